@@ -1,0 +1,38 @@
+# The one place that knows which platform the daemon is built for.
+set(ORV_PLATFORM desk CACHE STRING "desk: the TV on a desk; tizen: the target's own libraries")
+set_property(CACHE ORV_PLATFORM PROPERTY STRINGS desk tizen)
+
+# What packages and callers use on the target; the daemon only compares and passes them on.
+set(ORV_METADATA_PREFIX "http://kalmora.com/tv/metadata/" CACHE STRING
+    "Namespace of the metadata keys, ending in tv/metadata/")
+set(ORV_OPERATION_CHANNEL_LIST "http://kalmora.com/tv/appcontrol/operation/channel-list" CACHE STRING
+    "App operation of the channel list")
+set(ORV_OPERATION_EPG "http://kalmora.com/tv/appcontrol/operation/epg" CACHE STRING
+    "App operation of the programme guide")
+set(ORV_LAUNCH_MODE_KEY "http://kalmora.com/appcontrol/data/launch_mode" CACHE STRING
+    "Extra-data key of a background launch")
+
+# Headers of the platform, and the values above.
+add_library(orv_platform_headers INTERFACE)
+target_compile_definitions(orv_platform_headers INTERFACE
+  ORV_METADATA_PREFIX="${ORV_METADATA_PREFIX}"
+  ORV_OPERATION_CHANNEL_LIST="${ORV_OPERATION_CHANNEL_LIST}"
+  ORV_OPERATION_EPG="${ORV_OPERATION_EPG}"
+  ORV_LAUNCH_MODE_KEY="${ORV_LAUNCH_MODE_KEY}")
+
+# What the daemon is linked with.
+add_library(orv_platform INTERFACE)
+target_link_libraries(orv_platform INTERFACE orv_platform_headers)
+
+if(ORV_PLATFORM STREQUAL "desk")
+  target_include_directories(orv_platform_headers INTERFACE ${CMAKE_SOURCE_DIR}/platform/include)
+  target_link_libraries(orv_platform INTERFACE orv_desk_client)
+elseif(ORV_PLATFORM STREQUAL "tizen")
+  pkg_check_modules(TIZEN REQUIRED IMPORTED_TARGET
+    capi-appfw-app-common capi-appfw-app-control capi-appfw-application capi-appfw-app-manager
+    capi-appfw-package-manager vconf bundle capi-message-port libtzplatform-config dlog)
+  target_link_libraries(orv_platform_headers INTERFACE PkgConfig::TIZEN)
+  target_link_libraries(orv_platform INTERFACE PkgConfig::TIZEN)
+else()
+  message(FATAL_ERROR "ORV_PLATFORM is \"${ORV_PLATFORM}\": desk or tizen")
+endif()

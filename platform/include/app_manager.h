@@ -1,0 +1,35 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <stdbool.h>
+
+#include "app_context.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+typedef enum {
+  APP_MANAGER_ERROR_NONE = 0,
+  APP_MANAGER_ERROR_INVALID_PARAMETER = -22,
+  APP_MANAGER_ERROR_OUT_OF_MEMORY = -12,
+  APP_MANAGER_ERROR_IO_ERROR = -5,
+  APP_MANAGER_ERROR_NO_SUCH_APP = -17891327,
+  APP_MANAGER_ERROR_DB_FAILED = -17891325,
+  APP_MANAGER_ERROR_INVALID_PACKAGE = -17891324,
+  APP_MANAGER_ERROR_APP_NO_RUNNING = -17891323,
+  APP_MANAGER_ERROR_REQUEST_FAILED = -17891322,
+  APP_MANAGER_ERROR_PERMISSION_DENIED = -13,
+  APP_MANAGER_ERROR_NOT_SUPPORTED = -1073741822
+} app_manager_error_e;
+
+/// *running is written only on success. An unknown app id is no error: *running becomes false.
+int app_manager_is_running(const char *app_id, bool *running);
+/// On success *app_context is owned by the caller. An app that does not run is
+/// APP_MANAGER_ERROR_APP_NO_RUNNING, an unknown one APP_MANAGER_ERROR_NO_SUCH_APP.
+int app_manager_get_app_context(const char *app_id, app_context_h *app_context);
+
+#ifdef __cplusplus
+}
+#endif
