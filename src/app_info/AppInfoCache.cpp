@@ -1,0 +1,102 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#include "app_info/AppInfoCache.h"
+
+#include "common/Log.h"
+#include "common/ORVConstants.h"
+
+AppInfoCache* AppInfoCache::GetInstance() {
+  static AppInfoCache* const s_pInstance = new AppInfoCache;
+  return s_pInstance;
+}
+
+bool AppInfoCache::AddAppInfo(const std::string& rPackageID, AppInfo* pAppInfo, bool bUpdateDB) {
+  std::lock_guard<std::recursive_mutex> lock(m_mutexAppList);
+  // A record that stood here is not freed: it may be a layer of the new chain.
+  m_mapAppList.insert_or_assign(rPackageID, pAppInfo);
+  if (!bUpdateDB) return true;
+  if (m_AppInfoDB.InsertNewRecord(pAppInfo)) return true;
+  return ReplaceRow(rPackageID, pAppInfo);
+}
+
+bool AppInfoCache::UpdateAppInfo(const std::string& rPackageID, AppInfo* pAppInfo) {
+  std::lock_guard<std::recursive_mutex> lock(m_mutexAppList);
+  const auto iter = m_mapAppList.find(rPackageID);
+  if (iter == m_mapAppList.end()) return AddAppInfo(rPackageID, pAppInfo, true);
+  iter->second = pAppInfo;
+  if (m_AppInfoDB.UpdateRecord(pAppInfo)) return true;
+  return ReplaceRow(rPackageID, pAppInfo);
+}
+
+bool AppInfoCache::ReplaceRow(const std::string& rPackageID, const AppInfo* pAppInfo) {
+  m_AppInfoDB.DeleteRecord(rPackageID);
+  if (m_AppInfoDB.InsertNewRecord(pAppInfo)) return true;
+  ORV_LOG_ERROR("[ERROR] AppInfoDB::InsertNewRecord() return false.");
+  return false;
+}
+
+AppInfo* AppInfoCache::RemoveAppInfo(const std::string& rPackageID) {
+  std::lock_guard<std::recursive_mutex> lock(m_mutexAppList);
+  const auto iter = m_mapAppList.find(rPackageID);
+  if (iter == m_mapAppList.end()) {
+    ORV_LOG_ERROR("[ERROR] Cannot find target AppInfo.");
+    return nullptr;
+  }
+  AppInfo* pAppInfo = iter->second;
+  m_mapAppList.erase(iter);
+  if (!m_AppInfoDB.DeleteRecord(rPackageID)) {
+    ORV_LOG_ERROR("[ERROR] AppInfoDB::DeleteRecord() return false.");
+  }
+  return pAppInfo;
+}
+
+AppInfo* AppInfoCache::GetAppInfo(const std::string& rPackageID) {
+  std::lock_guard<std::recursive_mutex> lock(m_mutexAppList);
+  const auto iter = m_mapAppList.find(rPackageID);
+  if (iter == m_mapAppList.end()) {
+    ORV_LOG_DEBUG("[Debug] Cannot find target AppInfo.");
+    return nullptr;
+  }
+  return iter->second;
+}
+
+void AppInfoCache::GetAppIDList(std::vector<std::string>& rList) const {
+  for (const auto& rEntry : m_mapAppList) rList.push_back(rEntry.first);
+}
+
+void AppInfoCache::GetAppIDListByType(const std::string& rAppType,
+                                      std::vector<std::string>& rList) const {
+  for (const auto& [sPackageID, pAppInfo] : m_mapAppList) {
+    if (!pAppInfo->GetMetadata(METADATA_ORV_TYPE, rAppType).empty()) rList.push_back(sPackageID);
+  }
+}
+
+void AppInfoCache::GetPreloadingApps(std::vector<PreloadingApp>& rList) {
+  std::lock_guard<std::recursive_mutex> lock(m_mutexAppList);
+  for (const auto& [sPackageID, pAppInfo] : m_mapAppList) {
+    ORV_LOG_DEBUG("[Debug] appid : %s, widgetid : %s", pAppInfo->m_sAppID.c_str(),
+                  pAppInfo->m_sWidgetID.c_str());
+    if (pAppInfo->GetMetadata(METADATA_ORV_TYPE, APP_TYPE_CUSTOM_UI_STANDARD).empty() &&
+        pAppInfo->GetMetadata(METADATA_ORV_TYPE, APP_TYPE_CUSTOM_UI_EXTENDED).empty()) {
+      continue;
+    }
+    rList.emplace_back(pAppInfo->m_sAppID, pAppInfo->m_sWidgetID);
+  }
+}
+
+void AppInfoCache::ClearCacheAndDB() {
+  std::lock_guard<std::recursive_mutex> lock(m_mutexAppList);
+  m_mapAppList.clear();
+  // Under the app list's lock alone: nothing schedules before the records exist.
+  m_vSchedulingList.clear();
+  m_AppInfoDB.RemoveDBFile();
+}
+
+void AppInfoCache::OpenDB() {
+  std::lock_guard<std::recursive_mutex> lock(m_mutexAppList);
+  m_AppInfoDB.OpenDB();
+}
+
+bool AppInfoCache::LoadData(AppInfoDB::RowMap& rRows) {
+  return m_AppInfoDB.LoadData(rRows);
+}

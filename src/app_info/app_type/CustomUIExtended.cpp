@@ -1,0 +1,214 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#include "app_info/app_type/CustomUIExtended.h"
+
+#include <app_control.h>
+
+#include <chrono>
+#include <exception>
+#include <fstream>
+#include <future>
+
+#include "app_info/app_type/CustomUITypes.h"
+#include "common/JsonText.h"
+#include "common/Log.h"
+#include "common/ORVConstants.h"
+#include "utils/AppControlUtils.h"
+#include "utils/AppPreloadingUtils.h"
+
+namespace {
+
+constexpr std::chrono::seconds APP_STATUS_WAIT(20);
+
+const char* const MEMBER_CUSTOM_APP = "CustomApp";
+const char* const REPLACEMENT_UI_KEY_APP_ID = "appid";
+
+/// False, with a line in the log, when there is no such app id to go on with.
+bool ReadLayoutAppID(std::string& rLayoutAppID) try {
+  std::ifstream file(REPLACEMENT_UI_FILE);
+  std::string sText;
+  // Drops all white space, inside texts too: settled behaviour.
+  for (char cNext; file >> cNext;) sText += cNext;
+  Json::Value root;
+  if (!JsonText::Parse(sText, root)) {
+    ORV_LOG_ERROR("[ERROR] Invalid Json String.");
+    return false;
+  }
+  rLayoutAppID = root[REPLACEMENT_UI_KEY_APP_ID].asString();
+  return true;
+} catch (const std::exception&) {
+  ORV_LOG_ERROR("[ERROR] Exception Caught");
+  return false;
+}
+
+}  // namespace
+
+std::condition_variable CustomUIExtended::s_condAppStatus;
+std::mutex CustomUIExtended::s_mutexAppStatus;
+std::atomic<bool> CustomUIExtended::s_bWaitingForApp{false};
+
+const std::map<std::string, CustomUIExtended::SupportedAppType> CustomUIExtended::s_mapAppTypes = {
+    {CUSTOM_APP_CHANNEL_LIST, SUPPORTED_APP_TYPE_CHANNEL_LIST},
+    {CUSTOM_APP_EPG, SUPPORTED_APP_TYPE_EPG}};
+
+const std::map<CustomUIExtended::SupportedAppType, std::string> CustomUIExtended::s_mapOperations =
+    {{SUPPORTED_APP_TYPE_CHANNEL_LIST, OPERATION_CHANNEL_LIST},
+     {SUPPORTED_APP_TYPE_EPG, OPERATION_EPG}};
+
+CustomUIExtended::CustomUIExtended(AppInfo* pAppInfo, const std::string& rMetadataValue)
+    : AppTypeDecorator(pAppInfo, APP_TYPE_CUSTOM_UI_EXTENDED, rMetadataValue) {
+  // Applied only: the option cannot be staged before the first update has made its key.
+  m_mapAppliedData[DATA_KEY_CUSTOM_UI_COLD_BOOT_OPT];
+}
+
+AppInfo* CustomUIExtended::DecorateAppType(AppInfo* pAppInfo, const std::string& rMetadataValue) {
+  ORV_LOG_INFO("[Info] rMetadataValue : %s", rMetadataValue.c_str());
+  return new CustomUIExtended(pAppInfo, rMetadataValue);  // owned by the caller until Release()
+}
+
+void CustomUIExtended::Release(AppInfo* pAppInfo) {
+  delete static_cast<CustomUIExtended*>(pAppInfo);
+}
+
+AppInfo::ReleaseFunction CustomUIExtended::GetReleaseFunction() const {
+  return &Release;
+}
+
+void CustomUIExtended::RunOperation(bool bStarted) {
+  AppTypeDecorator::RunOperation(bStarted);
+  if (!bStarted && !WriteAppInfoVconfKey(false)) {
+    ORV_LOG_DEBUG("[Debug] WriteAppInfoVconfKey() return false.");
+    return;
+  }
+  SetOperation(GetAppliedAppTypes(), true);
+}
+
+void CustomUIExtended::UpdateOperation() {
+  ORV_LOG_DEBUG("[Debug] Applied Metadata : %s, Updatable Metadata : %s",
+                m_AppliedAppType.second.c_str(), m_UpdatableAppType.second.c_str());
+  AppTypeDecorator::UpdateOperation();
+  if (m_UpdatableAppType.second.empty()) return;
+  if (m_AppliedAppType.second == m_UpdatableAppType.second &&
+      m_mapAppliedData[DATA_KEY_CUSTOM_UI_COLD_BOOT_OPT] ==
+          m_mapUpdatableData[DATA_KEY_CUSTOM_UI_COLD_BOOT_OPT]) {
+    return;
+  }
+  SetOperation(GetAppliedAppTypes(), false);
+  m_AppliedAppType.second = m_UpdatableAppType.second;
+  // Makes the staged key where it is missing, so a first update wipes the option: settled
+  // behaviour.
+  m_mapAppliedData[DATA_KEY_CUSTOM_UI_COLD_BOOT_OPT] =
+      m_mapUpdatableData[DATA_KEY_CUSTOM_UI_COLD_BOOT_OPT];
+  SetOperation(GetAppliedAppTypes(), true);
+  // The settings key keeps the option of the last run, and the staged option stays staged.
+  m_UpdatableAppType.second.clear();
+}
+
+void CustomUIExtended::StopOperation() {
+  ORV_LOG_INFO("[Info] In");
+  AppTypeDecorator::StopOperation();
+  SetOperation(GetAppliedAppTypes(), false);
+  WriteAppInfoVconfKey(true);
+}
+
+void CustomUIExtended::GetEnabledAppTypes(const std::string& rMetadataValue,
+                                          std::vector<SupportedAppType>& rTypes) {
+  ORV_LOG_INFO("[Info] rMetadataValue : %s", rMetadataValue.c_str());
+  CustomUITypes::AppendKnownNames(rMetadataValue, s_mapAppTypes, rTypes);
+}
+
+bool CustomUIExtended::WriteAppInfoVconfKey(bool bClear) {
+  return CustomUITypes::WriteAppInfoVconfKey(
+      MEMBER_CUSTOM_APP,
+      CustomUITypes::MakeAppInfo(m_sPackageID, m_sAppID, m_sWidgetID, m_mapAppliedData), bClear);
+}
+
+void CustomUIExtended::SetOperationByAppType(const std::vector<SupportedAppType>& rTypes,
+                                             const std::string& rAppID, bool bEnable) {
+  for (const SupportedAppType eType : rTypes) {
+    if (AppControlUtils::SetCurrentAppOfAppOperation(s_mapOperations.at(eType), rAppID, bEnable)) {
+      continue;
+    }
+    ORV_LOG_ERROR(
+        "[ERROR] AppControlUtils::SetCurrentAppOfAppOperation() return false.(eType : %d, bEnable "
+        ": "
+        "%d)",
+        eType, bEnable);
+  }
+}
+
+void CustomUIExtended::SetOperation(const std::vector<SupportedAppType>& rTypes, bool bEnable) {
+  const auto it = m_mapAppliedData.find(DATA_KEY_CUSTOM_UI_COLD_BOOT_OPT);
+  const std::string sOption = it == m_mapAppliedData.end() ? CUSTOM_UI_DEFAULT : it->second;
+  if (sOption == CUSTOM_UI_BACKGROUND_IMG) {
+    // Takes the operations over also when they are to be handed back: callers rely on it.
+    RunSetOperationAsynchronously(rTypes, m_sAppID, this);
+    return;
+  }
+  SetOperationByAppType(rTypes, m_sAppID, bEnable);
+  if (!bEnable) {
+    AppPreloadingUtils::RemoveWebStatusChangedCallback(m_sAppID, APP_TYPE_CUSTOM_UI_EXTENDED);
+    return;
+  }
+  if (!AppPreloadingUtils::PreloadAppAndRegisterAppStatusChangedCB(
+          m_sAppID, APP_TYPE_CUSTOM_UI_EXTENDED, {&OnAppStatusChanged, this})) {
+    AppControlUtils::LaunchApp(m_sAppID, APP_CONTROL_OPERATION_DEFAULT);
+  }
+}
+
+void CustomUIExtended::OnAppStatusChanged(int eStatus, void* pUserData) {
+  switch (eStatus) {
+    case AppPreloadingUtils::WEB_APP_STATUS_PRELOAD:
+    case AppPreloadingUtils::WEB_APP_STATUS_RESUME:
+    case AppPreloadingUtils::WEB_APP_STATUS_PAUSE:
+      WakeWaiter();
+      return;
+    case AppPreloadingUtils::WEB_APP_STATUS_QUIT: {
+      WakeWaiter();
+      const auto* const pThis = static_cast<const CustomUIExtended*>(pUserData);
+      RunSetOperationAsynchronously(pThis->GetAppliedAppTypes(), pThis->m_sAppID, pUserData);
+      return;
+    }
+    default:
+      return;
+  }
+}
+
+std::vector<CustomUIExtended::SupportedAppType> CustomUIExtended::GetAppliedAppTypes() const {
+  std::vector<SupportedAppType> vTypes;
+  GetEnabledAppTypes(m_AppliedAppType.second, vTypes);
+  return vTypes;
+}
+
+void CustomUIExtended::RunSetOperationAsynchronously(const std::vector<SupportedAppType>& rTypes,
+                                                     const std::string& rAppID, void* pUserData) {
+  // The future joins the worker when it goes, so the caller waits here; the worker may use the
+  // layer that long. Without a free thread the work is deferred and never done.
+  const std::future<void> future =
+      std::async(&SetOperationAsynchronously, rTypes, rAppID, pUserData);
+}
+
+void CustomUIExtended::WakeWaiter() {
+  if (!s_bWaitingForApp) return;
+  s_condAppStatus.notify_all();
+  s_bWaitingForApp = false;
+}
+
+void SetOperationAsynchronously(std::vector<CustomUIExtended::SupportedAppType> vTypes,
+                                std::string sAppID, void* pUserData) {
+  std::string sLayoutAppID;
+  if (!ReadLayoutAppID(sLayoutAppID)) return;
+  ORV_LOG_DEBUG("[Debug] sLayoutAppID : %s", sLayoutAppID.c_str());
+  std::unique_lock<std::mutex> lock(CustomUIExtended::s_mutexAppStatus);
+  CustomUIExtended::SetOperationByAppType(vTypes, sLayoutAppID, true);
+  if (AppPreloadingUtils::PreloadAppAndRegisterAppStatusChangedCB(
+          sAppID, APP_TYPE_CUSTOM_UI_EXTENDED,
+          {&CustomUIExtended::OnAppStatusChanged, pUserData})) {
+    CustomUIExtended::s_bWaitingForApp = true;
+    // Once and without a predicate: any wake-up ends it, and a timeout leaves the flag set.
+    CustomUIExtended::s_condAppStatus.wait_for(lock, APP_STATUS_WAIT);
+    lock.unlock();
+  }
+  // Without a wait the mutex is still held here.
+  CustomUIExtended::SetOperationByAppType(vTypes, sAppID, true);
+}

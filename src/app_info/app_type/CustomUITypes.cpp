@@ -1,0 +1,64 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#include "app_info/app_type/CustomUITypes.h"
+
+#include <vconf.h>
+
+#include <cstdlib>
+#include <memory>
+#include <stdexcept>
+
+#include "common/JsonText.h"
+#include "common/Log.h"
+#include "common/ORVConstants.h"
+
+namespace CustomUITypes {
+
+namespace {
+
+bool ReplaceMember(const std::string& rText, const std::string& rMember,
+                   const Json::Value& rAppInfo, bool bClear) {
+  Json::Value root;
+  if (!rText.empty() && !JsonText::Parse(rText, root)) {
+    ORV_LOG_DEBUG("[Debug] Invalid Json Str : %s", rText.c_str());
+    return false;
+  }
+  if (bClear) {
+    root[rMember].clear();  // null where there was no such member: settled behaviour
+  } else {
+    root[rMember] = rAppInfo;
+  }
+  vconf_set_str(VCONF_CUSTOM_UI_TYPE.c_str(), JsonText::Write(root).c_str());
+  return true;
+}
+
+}  // namespace
+
+Json::Value MakeAppInfo(const std::string& rPackageID, const std::string& rAppID,
+                        const std::string& rWidgetID,
+                        const std::map<std::string, std::string>& rData) {
+  const auto it = rData.find(DATA_KEY_CUSTOM_UI_COLD_BOOT_OPT);
+  Json::Value appInfo;
+  appInfo["pkg_id"] = rPackageID;
+  appInfo["app_id"] = rAppID;
+  appInfo["widget_id"] = rWidgetID;
+  appInfo["cold_boot_opt"] =
+      it == rData.end() || it->second.empty() ? CUSTOM_UI_DEFAULT : it->second;
+  return appInfo;
+}
+
+bool WriteAppInfoVconfKey(const std::string& rMember, const Json::Value& rAppInfo, bool bClear) {
+  const std::unique_ptr<char, decltype(&std::free)> pText(
+      vconf_get_str(VCONF_CUSTOM_UI_TYPE.c_str()), &std::free);
+  ORV_LOG_DEBUG("[Debug] str = %s", pText ? pText.get() : "(null)");
+  // The key is expected to exist; without it the caller's operation ends here.
+  if (!pText) throw std::logic_error("basic_string: construction from null is not valid");
+  try {
+    return ReplaceMember(pText.get(), rMember, rAppInfo, bClear);
+  } catch (...) {  // whatever the JSON of others raises, the key stays as it is
+    ORV_LOG_ERROR("[ERROR] Exception Caught");
+    return false;
+  }
+}
+
+}  // namespace CustomUITypes

@@ -1,0 +1,101 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <app_info.h>
+#include <package_info.h>
+
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "app_info/AppInfo.h"
+#include "app_info/app_type/AppTypeDecorator.h"
+
+/// Package id to what its metadata says.
+using AppMetadataTable = std::map<std::string, MetadataMap>;
+
+/// How to wrap a record in a type and how to destroy the outermost layer of that type.
+using AppTypeCreator =
+    std::pair<AppInfo* (*)(AppInfo*, const std::string&, RequestEventCallback), void (*)(AppInfo*)>;
+
+/// What the caller of UpdateApp() has to do with the package.
+enum UpdateResult {
+  UPDATE_RESULT_UPDATE = 0,
+  UPDATE_RESULT_CREATE = 1,
+  UPDATE_RESULT_REMOVE = 2,
+  UPDATE_RESULT_FAIL = 3
+};
+
+/// Turns packages and stored rows into decorated records, makes a record fit an updated package,
+/// and destroys records: the one place that knows which layer belongs to which type name.
+///
+/// Used on the installer task's thread; the removal also on the main loop's. Nothing is locked and
+/// nothing is retried: a failure is a log line and a false.
+class ORVAppCreator {
+ public:
+  /// Created on the first call and never destroyed. The creation registers the
+  /// types, forgets all records after a reset of the TV, and opens the store.
+  static ORVAppCreator* GetInstance();
+
+  /// Turns the store's rows into records. Ends at the first row that cannot be read.
+  void LoadAndCreateAppInfo();
+
+  /// True if a record was made. False for a package that is no channel-bound app, and on failure.
+  bool CreateApp(const std::string& rPackageID);
+  /// Makes the chain of the package's record fit its new metadata and stages the new values.
+  UpdateResult UpdateApp(const std::string& rPackageID);
+  /// Takes the record out of cache and store and destroys its chain from the outside in.
+  void RemoveApp(const std::string& rPackageID);
+  /// Removes the apps that the web-app service does not know or holds as gone.
+  void RunValidationTesting();
+
+  /// rInfo comes with its package id. On success its app ids and version are filled, and the table
+  /// holds what was seen first under each key of the package's metadata.
+  bool ExtractAppInfoFromMetadata(AppBaseInfo& rInfo);
+  /// Builds the chain and enters it in the cache. A record whose row could not be written stays in
+  /// the cache although the result is false.
+  bool AddAppInfoToAppCache(const AppBaseInfo& rInfo, const MetadataMap& rMetadata, bool bUpdateDB);
+  /// Replaces rpAppInfo by the new outermost layer, which owns it. Unknown types change nothing.
+  void AddAppTypeDecorator(AppInfo*& rpAppInfo, const std::string& rType,
+                           const std::string& rValue);
+
+  static bool IsSupportedAppType(const std::string& rType);
+  void AddSupportedAppType(const std::string& rType);
+  /// Makes a type known by name: to the list of supported types and to the table of creators.
+  void RegisterAppType(const std::string& rType, const AppTypeCreator& rCreator);
+
+  /// Platform callbacks, called within ExtractAppInfoFromMetadata(); user data is its AppBaseInfo.
+  /// No exception leaves them.
+  static bool PackageInfoAppCB(package_info_app_component_type_e eType, const char* pAppID,
+                               void* pUserData);
+  static bool AppInfoMetadataCB(const char* pKey, const char* pValue, void* pUserData);
+
+ private:
+  using AppTypeMap = std::map<std::string, std::string>;
+
+  ORVAppCreator();
+  ~ORVAppCreator() = default;
+
+  bool GetPackageInfo(AppBaseInfo& rInfo);
+  static void SetComponentID(AppBaseInfo& rInfo, package_info_app_component_type_e eType,
+                             const char* pAppID);
+  void ParseMetadata(const std::string& rPackageID, const std::string& rKey,
+                     const std::string& rValue);
+  void AddMetadata(const std::string& rPackageID, const std::string& rType, const std::string& rKey,
+                   const std::string& rValue);
+  AppInfo* DecorateAppTypeByMatadata(const AppBaseInfo& rInfo, const MetadataMap& rMetadata);
+  bool CreateAppInfoFromRow(std::map<std::string, std::string>& rRow);
+
+  void RemoveDeactivatedAppTypes(AppInfo*& rpAppInfo, const AppTypeMap& rOldTypes,
+                                 const AppTypeMap& rNewTypes);
+  void AddActivatedAppTypes(AppInfo* pAppInfo, const AppTypeMap& rOldTypes,
+                            const AppTypeMap& rNewTypes);
+  void UpdateChangedMetadata(AppInfo* pAppInfo, const AppTypeMap& rOldTypes,
+                             const AppTypeMap& rNewTypes);
+
+  AppMetadataTable m_mapMetadata;
+  std::map<std::string, AppTypeCreator> m_mapAppTypeCreators;
+  static std::vector<std::string> s_vSupportedAppTypes;
+};
