@@ -1,0 +1,233 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+// The boost decision: does the current channel belong to an app that wants an early start?
+#include <TVServiceAPI.h>
+#include <app_common.h>
+#include <app_control.h>
+
+#include <algorithm>
+#include <boost/filesystem.hpp>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <fstream>
+
+#include "app_info/AppInfoCache.h"
+#include "common/Log.h"
+#include "common/ORVConstants.h"
+#include "controller/ORVInstaller.h"
+#include "utils/AppControlUtils.h"
+
+namespace {
+
+constexpr int FIELD_SERVICE_ID = 12;
+constexpr int FIELD_PACKAGE_ID = 179;
+
+constexpr int SIGNAL_TUNE_TO_SERVICEID = 103;
+
+std::string GetBoostFlagFile() {
+  char* pDataPath = app_get_data_path();
+  std::string sPath = pDataPath == nullptr ? "" : pDataPath;
+  std::free(pDataPath);
+  return sPath + BOOST_FILE;
+}
+
+/// Readers see the whole flag or none. An exception of the rename passes to the caller.
+void CreateFlagFile(const std::string& rPath) {
+  const std::string sDummy = rPath + "_dummy";
+  std::ofstream(sDummy).close();  // the rename tells when this failed
+  boost::filesystem::rename(sDummy, rPath);
+}
+
+std::string GetVconfValue(const std::string& rKey) {
+  char* pValue = vconf_get_str(rKey.c_str());
+  if (pValue == nullptr) {
+    ORV_LOG_INFO("[Info] key : %s is not valid", rKey.c_str());
+    return {};
+  }
+  std::string sValue = pValue;
+  std::free(pValue);
+  return sValue;
+}
+
+/// False when the lookup failed. A service without the field leaves the text empty.
+bool FindPackageIDOfService(std::uint64_t serviceID, std::string& rPackageID) {
+  TCServiceData data;
+  TCCriteriaHelper criteria;
+  criteria.Where(FIELD_SERVICE_ID, serviceID);
+  criteria.Fetch(FIELD_PACKAGE_ID);
+  TCService* pService = nullptr;
+  TVServiceAPI::CreateService(&pService);
+  if (pService == nullptr) {
+    ORV_LOG_ERROR("[ERROR] [Error] pService is null");
+    return false;
+  }
+  if (pService->FindService(criteria, data, 1) < 1) {
+    ORV_LOG_ERROR("[ERROR] [Error] FindService has failed");
+    TVServiceAPI::Destroy(pService);
+    return false;
+  }
+  TVServiceAPI::Destroy(pService);
+  data.Get(FIELD_PACKAGE_ID, rPackageID);
+  return true;
+}
+
+/// False when the navigation failed. The service id stays as it is when the service has none.
+bool GetCurrentServiceID(TCServiceNavigation& rNavigation, std::uint64_t& rServiceID) {
+  TSTvMode mode;
+  if (rNavigation.GetTVMode(mode) < 1) {
+    ORV_LOG_ERROR("[ERROR] GetTVMode() failed");
+    return false;
+  }
+  TCServiceData data;
+  TCCriteriaHelper criteria;
+  criteria.Fetch(FIELD_SERVICE_ID);
+  if (rNavigation.GetCurrentServiceInfo(mode, criteria, data) < 1) {
+    ORV_LOG_ERROR("[ERROR] GetCurrentServiceInfo() failed");
+    return false;
+  }
+  data.Get(FIELD_SERVICE_ID, rServiceID);
+  return true;
+}
+
+void LaunchFirstScreen() {
+  AppControlUtils::LaunchApp(FIRST_SCREEN_APP_ID, APP_CONTROL_OPERATION_DEFAULT);
+}
+
+void RemoveBoostFlag() {
+  ORV_LOG_INFO("[Info] non boosting hbbTV App");
+  boost::filesystem::remove(GetBoostFlagFile());
+}
+
+void OnTune(const void* pSignalData) {
+  ORV_LOG_INFO("[Info] SIGNAL_TUNE_TO_SERVICEID");
+  std::uint64_t serviceID = 0;
+  std::memcpy(&serviceID, pSignalData, sizeof(serviceID));
+  if (!ORVInstaller::GetInstance()->m_IsBoostingApp(serviceID)) {
+    RemoveBoostFlag();
+    return;
+  }
+  ORV_LOG_INFO("[Info] boosting hbbTV App");
+  CreateFlagFile(GetBoostFlagFile());
+}
+
+}  // namespace
+
+bool ORVInstaller::m_IsBoostingApp(std::uint64_t serviceID) {
+  std::string sPackageID;
+  if (!FindPackageIDOfService(serviceID, sPackageID)) {
+    return false;
+  }
+  // The field is padded with NUL bytes, which may stand anywhere in it.
+  sPackageID.erase(std::remove(sPackageID.begin(), sPackageID.end(), '\0'), sPackageID.end());
+  if (sPackageID.empty()) {
+    ORV_LOG_INFO("[Info] PACKAGE_ID is empty");
+    return false;
+  }
+  AppInfo* pAppInfo = AppInfoCache::GetInstance()->GetAppInfo(sPackageID);
+  if (pAppInfo == nullptr) {
+    ORV_LOG_INFO("[Info] invalid app");
+    return false;
+  }
+  const std::string sBoosting = pAppInfo->GetMetadata(METADATA_ORV_DATA, DATA_KEY_CH_APP_BOOSTING);
+  ORV_LOG_INFO("[Info] ch.app.boosting value is %s", sBoosting.c_str());
+  return sBoosting == "true";
+}
+
+bool ORVInstaller::m_IsBoostingAppOnCurrentCh() {
+  if (GetVconfValue(VCONF_BOOT_LAST_SERVICE) != VIRTUAL_CHANNEL_SERVICE) {
+    ORV_LOG_INFO("[Info] Not Virtual ch.");
+    return false;
+  }
+  TCServiceNavigation* pServiceNavigation = nullptr;
+  TVServiceAPI::CreateServiceNavigation(1, 0, &pServiceNavigation);
+  if (pServiceNavigation == nullptr) {
+    ORV_LOG_ERROR("[ERROR] pServiceNavigation is NULL.");
+    return false;
+  }
+  std::uint64_t serviceID = UINT64_MAX;
+  const bool bFound = GetCurrentServiceID(*pServiceNavigation, serviceID);
+  TVServiceAPI::Destroy(pServiceNavigation);
+  return bFound && m_IsBoostingApp(serviceID);
+}
+
+void ORVInstaller::m_CheckBoostFlagWithCh() {
+  ORV_LOG_INFO("[Info] TVS Time Timer");
+  const bool bBoostFile = boost::filesystem::exists(GetBoostFlagFile());
+  const bool bBoostChApp = m_IsBoostingAppOnCurrentCh();
+  ORV_LOG_INFO("[Info] isBoostFile : %lu, isBoostChApp : %lu",
+               static_cast<unsigned long>(bBoostFile), static_cast<unsigned long>(bBoostChApp));
+  m_DecideFirstScreen(bBoostFile, bBoostChApp);
+  if (m_TVSTimeAlarm.IsRunning()) {
+    m_TVSTimeAlarm.Destroy();
+  }
+}
+
+void ORVInstaller::m_DecideFirstScreen(bool bBoostFile, bool bBoostChApp) {
+  if (bBoostChApp) {
+    if (!bBoostFile) {
+      CreateFlagFile(GetBoostFlagFile());
+    }
+    return;  // the HbbTV status decides about the first screen
+  }
+  if (bBoostFile) {
+    CreateFlagFile(BOOST_READY_FILE);
+    boost::filesystem::remove(GetBoostFlagFile());
+    LaunchFirstScreen();
+  }
+  m_bFirstScreenRun = true;
+}
+
+void ORVInstaller::m_OnHbbtvStatusChanged() {
+  ORV_LOG_DEBUG("[Debug] vconf_hbbtv_status_cb");
+  if (m_bFirstScreenRun) {
+    ORV_LOG_DEBUG("[Debug] first screen already run");
+    vconf_ignore_key_changed(VCONF_HBBTV_STATUS.c_str(), vconf_hbbtv_status_cb);
+    return;
+  }
+  int value = -1;
+  if (vconf_get_int(VCONF_HBBTV_STATUS.c_str(), &value) != 0) {
+    ORV_LOG_ERROR("[ERROR] vconf_get_int() failed.");
+    return;
+  }
+  ORV_LOG_DEBUG("[Debug] VCONFKEY_HBBTV_CHANGED value %d", value);
+  if (value != 6 && value != 10) {
+    return;
+  }
+  ORV_LOG_DEBUG("[Debug] LAUNCHING fisrtscreen app");
+  // The boost flag stays, unlike when the timer releases the first screen; that is wanted.
+  CreateFlagFile(BOOST_READY_FILE);
+  LaunchFirstScreen();
+  m_bFirstScreenRun = true;
+  vconf_ignore_key_changed(VCONF_HBBTV_STATUS.c_str(), vconf_hbbtv_status_cb);
+}
+
+void vconf_hbbtv_status_cb(keynode_t* /*keynode*/, void* user_data) try {
+  static_cast<ORVInstaller*>(user_data)->m_OnHbbtvStatusChanged();
+} catch (const std::exception& e) {
+  ORV_LOG_ERROR("[ERROR] exception : %s", e.what());
+}
+
+int tvs_signal_callback(int signalType, const void* signalData, void* /*user_data*/) try {
+  ORV_LOG_INFO("[Info] signalType[%d]", signalType);
+  switch (signalType) {
+    case SIGNAL_TUNE_TO_SERVICEID:
+      OnTune(signalData);
+      break;
+    case 25:
+    case 135:
+    case 170:
+    case 2560:
+      RemoveBoostFlag();
+      break;
+    case SIGNAL_TVS_ACTIVATE:
+      ORVInstaller::GetInstance()->t_SendEvent(SIGNAL_TVS_ACTIVATE, nullptr);
+      break;
+    default:
+      break;
+  }
+  return 1;
+} catch (const std::exception& e) {
+  ORV_LOG_ERROR("[ERROR] exception : %s", e.what());
+  return 1;
+}

@@ -1,0 +1,240 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#include "controller/ORVScheduler.h"
+
+#include <app_control.h>
+#include <glib.h>
+
+#include <ctime>
+#include <exception>
+
+#include "app_info/AppInfoCache.h"
+#include "common/Log.h"
+#include "common/ORVConstants.h"
+#include "utils/AppControlUtils.h"
+#include "utils/TimeUtils.h"
+
+namespace {
+
+constexpr guint SCHEDULER_PERIOD_SECONDS = 720;
+
+}  // namespace
+
+std::atomic<unsigned int> g_nSchedulerTimerID{0};
+
+std::atomic<ORVScheduler*> ORVScheduler::s_pInstance{nullptr};
+
+ORVScheduler* ORVScheduler::GetInstance() {
+  ORVScheduler* pInstance = s_pInstance;
+  if (pInstance == nullptr) {
+    pInstance = new ORVScheduler();  // owned by the process, never deleted
+    s_pInstance = pInstance;
+  }
+  return pInstance;
+}
+
+ORVScheduler::ORVScheduler() {
+  ORV_LOG_INFO("[Info] ");
+  if (!FCTask::Create("ORVScheduler", 1000, 0x2000)) {
+    ORV_LOG_ERROR("[ERROR] FCTask::Create() return false.");
+  }
+  if (!CreateMessagePortChannel()) {
+    // Without the port network time is not looked at either: the scheduler stays idle for good.
+    ORV_LOG_ERROR("[ERROR] CreateMessagePortChannel return false.");
+    return;
+  }
+  WaitForNetworkTime();
+}
+
+ORVScheduler::~ORVScheduler() {
+  FCTask::Destroy();
+}
+
+bool ORVScheduler::CreateMessagePortChannel() {
+  ORV_LOG_INFO("[Info] ");
+  m_nLocalPortID = message_port_register_local_port(SCHEDULER_COMMAND_PORT.c_str(),
+                                                    MessagePortCommandCallback, nullptr);
+  if (m_nLocalPortID < 0) {
+    ORV_LOG_ERROR("[ERROR] Port register error: %d", m_nLocalPortID);
+    return false;
+  }
+  return true;
+}
+
+void ORVScheduler::WaitForNetworkTime() {
+  m_bNetworkTimeSet = false;
+  int value = 0;
+  vconf_get_int(VCONF_NETWORK_SET_TIME.c_str(), &value);
+  if (value == 1) {
+    m_bNetworkTimeSet = true;
+    t_SendEvent(EVENT_START_SCHEDULER);
+    return;
+  }
+  const int ret = vconf_notify_key_changed(VCONF_NETWORK_SET_TIME.c_str(), OnSetTimeChanged,
+                                           &m_bNetworkTimeSet);
+  if (ret != 0) {
+    ORV_LOG_ERROR("[ERROR] vconf_notify_key_changed, ret = %d", ret);
+  }
+}
+
+void ORVScheduler::t_PurgeEvents() {
+  FCQueue::Delete(GetQueue(), GetHandler());
+}
+
+bool ORVScheduler::t_SendEvent(int type) {
+  FSEvent event;
+  event.pReceiver = GetHandler();
+  event.type = static_cast<unsigned int>(type);
+  event.P0 = nullptr;
+  event.P1 = nullptr;
+  const bool bSent = FCTask::Send(event, false, false);
+  if (!bSent) {
+    ORV_LOG_ERROR("[ERROR] Send() return False!!, Name[%s] Type[%d] P0[%d] P1[%d] Size[%ld]",
+                  GetName().c_str(), type, 0, 0, GetQueue() == nullptr ? 0L : GetQueue()->Size());
+  }
+  return bSent;
+}
+
+bool ORVScheduler::t_OnEvent(const FSEvent* pEvent) try {
+  if (FCTask::t_OnEvent(pEvent)) {
+    return true;
+  }
+  ORV_LOG_INFO("[Info] pEvent : %d", static_cast<int>(pEvent->type));
+  Dispatch(static_cast<int>(pEvent->type));
+  return true;
+} catch (const std::exception& e) {
+  ORV_LOG_ERROR("[ERROR] exception : %s", e.what());
+  return true;
+}
+
+void ORVScheduler::Dispatch(int type) {
+  switch (type) {
+    case EVENT_START_SCHEDULER:
+      ORV_LOG_DEBUG("[Debug] [EVENT_START_SCHEDULER]");
+      StartScheduler();
+      return;
+    case EVENT_STOP_SCHEDULER:
+      ORV_LOG_DEBUG("[Debug] [EVENT_STOP_SCHEDULER]");
+      if (!StopScheduler()) {
+        ORV_LOG_DEBUG("[Debug] StopScheduler() return false.");
+      }
+      return;
+    case EVENT_RESET_SCHEDULER:
+      ORV_LOG_DEBUG("[Debug] [EVENT_RESET_SCHEDULER]");
+      ResetScheduler();
+      return;
+    case EVENT_LAUNCH_NEXT_ITEM:
+      ORV_LOG_DEBUG("[Debug] [EVENT_LAUNCH_NEXT_ITEM]");
+      TerminateCurrentServiceApp();
+      if (!LaunchNextItem()) {
+        ORV_LOG_DEBUG("[Debug] LaunchNextItem() return false.");
+      }
+      return;
+    case EVENT_APP_TERMINATED:
+      ORV_LOG_DEBUG("[Debug] [EVENT_APP_TERMINATED]");
+      TerminateCurrentServiceApp();
+      // A list that has run out is refilled by the next tick, not here.
+      if (AppInfoCache::GetInstance()->GetSchedulingListSize() > 0) {
+        LaunchNextItem();
+      }
+      return;
+    default:
+      ORV_LOG_DEBUG("[Debug] Invalid Event Type : %d", type);
+  }
+}
+
+void ORVScheduler::StartScheduler() {
+  if (!m_bNetworkTimeSet) {
+    ORV_LOG_DEBUG("[Debug] Network Time is not enabled.");
+    ORV_LOG_DEBUG("[Debug] StartScheduler() return false.");
+    return;
+  }
+  if (AppInfoCache::GetInstance()->GetSchedulingListSize() == 0) {
+    AppInfoCache::GetInstance()->ResetSchedulingList();
+  }
+  // A second start adds a second source and the first id is lost; whoever asks for a start looks
+  // at the id before.
+  g_nSchedulerTimerID = g_timeout_add_seconds(SCHEDULER_PERIOD_SECONDS, OnSchedulerTimer, nullptr);
+  LaunchNextItem();
+}
+
+void ORVScheduler::ResetScheduler() {
+  AppInfoCache* pCache = AppInfoCache::GetInstance();
+  if (pCache->GetSchedulingListSize() == 0 && pCache->ResetSchedulingList() == 0) {
+    ORV_LOG_DEBUG("[Debug] Scheduling List is empty");
+    StopScheduler();
+    return;
+  }
+  // The current service app may still run; a tick does not end it. That is settled.
+  if (!LaunchNextItem()) {
+    ORV_LOG_DEBUG("[Debug] LaunchNextItem() return false.");
+  }
+}
+
+bool ORVScheduler::LaunchNextItem() {
+  if (!AppInfoCache::GetInstance()->GetNextSchedulingItem(m_currentItem)) {
+    ORV_LOG_DEBUG("[Debug] Scheduling List is empty!!!");
+    return false;
+  }
+  const time_t now = time(nullptr);
+  const time_t expiry = TimeUtils::GetEpochTime(m_currentItem.expiration_date);
+  ORV_LOG_DEBUG("[Debug] now : %d, time : %d", static_cast<int>(now), static_cast<int>(expiry));
+  if (now < expiry) {
+    return true;  // not due; the item stays current although no app of it runs
+  }
+  if (!AppControlUtils::LaunchApp(m_currentItem.service_id, APP_CONTROL_OPERATION_DEFAULT)) {
+    ORV_LOG_ERROR("[ERROR] AppControlUtils::LaunchApp() return false.");
+    return false;
+  }
+  ORV_LOG_DEBUG("[Debug] Launched Time : %s", TimeUtils::GetUTCTimeString(&now).c_str());
+  return true;
+}
+
+void ORVScheduler::RequestEvent(int eventType, void* pParam) {
+  ORVScheduler* pScheduler = GetInstance();
+  ORV_LOG_INFO("[Info] EventType : %d", eventType);
+  if (eventType == EVENT_ADD_ITEM) {
+    ORV_LOG_DEBUG("[Debug] [EVENT_ADD_ITEM]");
+  } else if (eventType == EVENT_DELETE_ITEM) {
+    ORV_LOG_DEBUG("[Debug] [EVENT_DELETE_ITEM]");
+  } else {
+    ORV_LOG_DEBUG("[Debug] Invalid EventType : %d", eventType);
+    return;
+  }
+  if (pParam == nullptr) {
+    ORV_LOG_DEBUG("[Debug] pParam is NULL");
+    return;
+  }
+  const std::string sPackageID = static_cast<const char*>(pParam);
+  if (sPackageID == pScheduler->m_currentItem.package_id) {
+    pScheduler->TerminateCurrentServiceApp();
+  }
+  if (eventType == EVENT_DELETE_ITEM) {
+    AppInfoCache::GetInstance()->RemoveSchedulingItem(sPackageID);
+    return;
+  }
+  AppInfoCache::GetInstance()->AddSchedulingItem(sPackageID);
+  // Also when the package was not found.
+  pScheduler->t_SendEvent(g_nSchedulerTimerID == 0 ? EVENT_START_SCHEDULER
+                                                   : EVENT_LAUNCH_NEXT_ITEM);
+}
+
+void OnSetTimeChanged(keynode_t* keynode, void* user_data) try {
+  const int value = vconf_keynode_get_int(keynode);
+  ORV_LOG_DEBUG("[Debug] set_time value = %d", value);
+  if (value != 1) {
+    return;
+  }
+  *static_cast<std::atomic<bool>*>(user_data) = true;
+  ORVScheduler::GetInstance()->t_SendEvent(EVENT_START_SCHEDULER);
+} catch (const std::exception& e) {
+  ORV_LOG_ERROR("[ERROR] exception : %s", e.what());
+}
+
+int OnSchedulerTimer(void* /*user_data*/) try {
+  ORVScheduler::GetInstance()->t_SendEvent(EVENT_RESET_SCHEDULER);
+  return TRUE;
+} catch (const std::exception& e) {
+  ORV_LOG_ERROR("[ERROR] exception : %s", e.what());
+  return TRUE;
+}

@@ -1,0 +1,100 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <FCTask.h>
+#include <message_port.h>
+#include <vconf.h>
+
+#include <atomic>
+#include <cstdint>
+#include <map>
+#include <string>
+
+#include "app_info/SchedulingItem.h"
+
+/// Event types of the scheduler. The first two are arguments of RequestEvent() and never queued.
+enum SchedulerEvent : int {
+  EVENT_ADD_ITEM = 1000,
+  EVENT_DELETE_ITEM = 1001,
+  EVENT_START_SCHEDULER = 1002,
+  EVENT_STOP_SCHEDULER = 1003,
+  EVENT_RESET_SCHEDULER = 1004,
+  EVENT_LAUNCH_NEXT_ITEM = 1005,
+  EVENT_APP_TERMINATED = 1006
+};
+
+/// Commands of the message port, see RunMessagePortCommand().
+enum SchedulerCommand : int { COMMAND_SET_EXPIRATION_TIME = 0, COMMAND_COMPLETE_OPERATION = 1 };
+
+/// GLib source id of the repeating timer; 0 means that the scheduler is stopped.
+extern std::atomic<unsigned int> g_nSchedulerTimerID;
+
+/// The task that runs service apps one at a time, once the TV has network time.
+class ORVScheduler : public FCTask {
+ public:
+  /// Created on the first call, before any other thread exists; there is no lock.
+  static ORVScheduler* GetInstance();
+  ~ORVScheduler() override;
+
+  /// What the decorators of service apps call, on their thread: EVENT_ADD_ITEM puts the package (a
+  /// C string) next, EVENT_DELETE_ITEM takes it off the list. Either ends the package's running
+  /// service app first, also while the task's thread uses the current item: that is accepted.
+  static void RequestEvent(int eventType, void* pParam);
+
+  /// Callable from any thread. Nobody acts on a false result, which is logged.
+  bool t_SendEvent(int type);
+  /// On the task's thread. True for every event.
+  bool t_OnEvent(const FSEvent* pEvent) override;
+
+  /// Ends the current service app by force, without waiting for its end. True when nothing was left
+  /// to end or the kill went through. The item is forgotten either way.
+  bool TerminateCurrentServiceApp();
+  /// Stops the timer, empties the list and ends the current service app. Always true.
+  bool StopScheduler();
+  /// Launches the front of the list when it is due. False when the list is empty or the launch
+  /// failed; true without a launch when the item is not due, which then waits for the next refill.
+  bool LaunchNextItem();
+
+  // The framework calls these, on the task's thread.
+  bool t_Create() override { return true; }
+  void t_OnSuspend() override {}
+  void t_OnResume() override {}
+  bool t_CanSuspend() override { return true; }
+  bool t_CanResume() override { return true; }
+  void t_PurgeEvents() override;
+
+ private:
+  ORVScheduler();
+  bool CreateMessagePortChannel();
+  void WaitForNetworkTime();
+  void Dispatch(int type);
+  void StartScheduler();
+  void ResetScheduler();
+
+  static std::atomic<ORVScheduler*> s_pInstance;
+
+  // The app that was picked last; all empty when there is none. Used by the task's thread and by
+  // the callers of RequestEvent(), without a lock: that is accepted.
+  SchedulingItem m_currentItem;
+  // Set by the constructor or by the settings-key callback, never cleared.
+  std::atomic<bool> m_bNetworkTimeSet{false};
+  // Negative when the port could not be registered. Nothing reads it afterwards.
+  std::int32_t m_nLocalPortID = 0;
+};
+
+// Callbacks of the platform, on the main-loop thread. They keep their exceptions to themselves.
+
+/// user_data is the scheduler's flag, a std::atomic<bool>.
+void OnSetTimeChanged(keynode_t* keynode, void* user_data);
+/// GLib timer, repeats.
+int OnSchedulerTimer(void* user_data);
+/// Carries out one command of a service app and answers to remote_port.
+void MessagePortCommandCallback(int local_port_id, const char* remote_app_id,
+                                const char* remote_port, bool trusted_remote_port, bundle* message,
+                                void* user_data);
+
+/// Carries out a command and gives the text of its result, which lives as long as the process.
+/// Blocks for a write of the store. params is what came with the command.
+const std::string& RunMessagePortCommand(int eCommand, const std::string& remoteAppID,
+                                         std::map<std::string, std::string>& params);

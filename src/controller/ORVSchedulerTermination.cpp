@@ -1,0 +1,100 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+// Ending service apps, and bringing the whole scheduler to rest.
+#include <app_manager.h>
+#include <app_manager_extension.h>
+#include <glib.h>
+#include <signal.h>
+
+#include "app_info/AppInfoCache.h"
+#include "common/Log.h"
+#include "controller/ORVScheduler.h"
+
+namespace {
+
+// For log lines. A code that is not here is entered with an empty text when it is looked up.
+std::map<int, std::string> AppManagerErrorMessages = {
+    {APP_MANAGER_ERROR_NONE, "Successful"},
+    {APP_MANAGER_ERROR_INVALID_PARAMETER, "Invalid parameter"},
+    {APP_MANAGER_ERROR_OUT_OF_MEMORY, "Out of memory"},
+    {APP_MANAGER_ERROR_IO_ERROR, "Internal I/O error"},
+    {APP_MANAGER_ERROR_NO_SUCH_APP, "No such application"},
+    {APP_MANAGER_ERROR_DB_FAILED, "Database error"},
+    {APP_MANAGER_ERROR_INVALID_PACKAGE, "Invalid package name"},
+    {APP_MANAGER_ERROR_APP_NO_RUNNING, "App is not running"},
+    {APP_MANAGER_ERROR_REQUEST_FAILED, "Internal aul request error"},
+    {APP_MANAGER_ERROR_PERMISSION_DENIED, "Permission denied"},
+    {APP_MANAGER_ERROR_NOT_SUPPORTED, "Not supported (Since 3.0)"},
+};
+
+const char* GetErrorText(int error) {
+  return AppManagerErrorMessages[error].c_str();
+}
+
+bool KillApp(app_context_h hContext) {
+  pid_t pid = 1;
+  // The context was just destroyed; the order is settled and the platform answers all the same, or
+  // with an error.
+  const int ret = app_context_get_pid(hContext, &pid);
+  if (ret != 0 || pid < 1) {
+    ORV_LOG_DEBUG("[Debug] Cannot get pid.(ret : %d)", ret);
+    return false;
+  }
+  ORV_LOG_DEBUG("[Debug] Tartget pid : %d", pid);
+  return kill(pid, SIGKILL) == 0;
+}
+
+/// rServiceID is for the log alone.
+bool TerminateApp(app_context_h hContext, const std::string& rServiceID) {
+  int ret = app_manager_terminate_app(hContext);
+  if (ret != 0) {
+    // The context stays undestroyed; that is settled.
+    ORV_LOG_DEBUG("[Debug] app_manager_terminate_app() failed = %s [%s]", GetErrorText(ret),
+                  rServiceID.c_str());
+    return false;
+  }
+  ret = app_context_destroy(hContext);
+  if (ret != 0) {
+    ORV_LOG_DEBUG("[Debug] app_context_destroy() failed = %s [%s]", GetErrorText(ret),
+                  rServiceID.c_str());
+  }
+  return KillApp(hContext);
+}
+
+}  // namespace
+
+bool ORVScheduler::TerminateCurrentServiceApp() {
+  if (m_currentItem.service_id.empty()) {
+    return true;
+  }
+  ORV_LOG_INFO("[Info] Current ServiceApp ID : %s", m_currentItem.service_id.c_str());
+  bool bRunning = false;
+  app_manager_is_running(m_currentItem.service_id.c_str(), &bRunning);
+  if (!bRunning) {
+    m_currentItem = {};
+    return true;
+  }
+  app_context_h hContext = nullptr;
+  const int ret = app_manager_get_app_context(m_currentItem.service_id.c_str(), &hContext);
+  // Forgotten from here on, whatever comes: the log lines below show an empty id.
+  m_currentItem = {};
+  if (ret != 0) {
+    ORV_LOG_ERROR("[ERROR] app_manager_get_app_context() failed = %s", GetErrorText(ret));
+    return false;
+  }
+  return TerminateApp(hContext, m_currentItem.service_id);
+}
+
+bool ORVScheduler::StopScheduler() {
+  ORV_LOG_INFO("[Info] ");
+  if (g_nSchedulerTimerID != 0) {
+    g_source_remove(g_nSchedulerTimerID);
+    g_nSchedulerTimerID = 0;
+  }
+  AppInfoCache::GetInstance()->ClearSchedulingList();
+  if (!TerminateCurrentServiceApp()) {
+    ORV_LOG_DEBUG("[Debug] TerminateCurrentServiceApp() return false.[ServiceID : %s]",
+                  m_currentItem.service_id.c_str());
+  }
+  return true;
+}

@@ -1,0 +1,269 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#include "utils/AppPreloadingUtils.h"
+
+#include <app_control.h>
+#include <glib.h>
+
+#include <atomic>
+#include <exception>
+#include <map>
+#include <mutex>
+
+#include "common/Log.h"
+#include "common/ORVConstants.h"
+#include "utils/AppControlUtils.h"
+
+namespace AppPreloadingUtils {
+
+namespace {
+
+constexpr guint LMK_CHECK_PERIOD_SECONDS = 2;
+constexpr int LMK_CHECK_MAX_COUNT = 20;
+constexpr guint PRELOAD_RETRY_PERIOD_SECONDS = 5;
+constexpr int PRELOAD_RETRY_MAX_COUNT = 20;
+
+const std::map<std::string, int> s_mapWebAppStatus = {
+    {"init", WEB_APP_STATUS_INIT},       {"load", WEB_APP_STATUS_LOAD},
+    {"preload", WEB_APP_STATUS_PRELOAD}, {"resume", WEB_APP_STATUS_RESUME},
+    {"pause", WEB_APP_STATUS_PAUSE},     {"destroy", WEB_APP_STATUS_DESTROY},
+    {"quit", WEB_APP_STATUS_QUIT}};
+
+// Written by add and remove under the lock; read by the callbacks of the main loop without it.
+std::mutex m_mutexWebStatusCallbacks;
+std::string m_sPreloadingAppID;
+std::map<std::string, WebAppStatusCallback> m_mapWebStatusCallbacks;
+
+// Each stands alone; there is no guard over more than one of them.
+std::atomic<int> m_iCurrentWebAppStatus{WEB_APP_STATUS_INVALID};
+std::atomic<bool> m_bAppStatusVconfRegistered{false};
+std::atomic<guint> m_uLMKTimerID{0};
+std::atomic<int> m_iLMKCheckingCount{0};
+std::atomic<guint> m_uPreloadingTimerID{0};
+std::atomic<int> m_iPreloadingCount{0};
+
+std::string GetStatusKey(const std::string& rAppID) {
+  return VCONF_WEBAPP_STATUS_PREFIX + rAppID;
+}
+
+bool IsAlreadyUp(const std::string& rAppID) {
+  const int iStatus = m_iCurrentWebAppStatus;
+  return rAppID == m_sPreloadingAppID && iStatus >= WEB_APP_STATUS_PRELOAD &&
+         iStatus <= WEB_APP_STATUS_PAUSE;
+}
+
+void StartPreloadingTimer() {
+  if (m_uPreloadingTimerID != 0) return;
+  m_uPreloadingTimerID =
+      g_timeout_add_seconds(PRELOAD_RETRY_PERIOD_SECONDS, PreloadingTimerCBFunc, nullptr);
+}
+
+bool StopPreloadingTimer() {
+  m_uPreloadingTimerID = 0;
+  m_iPreloadingCount = 0;
+  return false;
+}
+
+bool CountPreloadingTry() {
+  ++m_iPreloadingCount;
+  return true;
+}
+
+/// One tick of the retry timer; false ends it.
+bool RetryPreloading() {
+  ORV_LOG_INFO("[Info] ");
+  if (m_iPreloadingCount > PRELOAD_RETRY_MAX_COUNT) {
+    StopPreloadingTimer();
+    AppControlUtils::LaunchApp(m_sPreloadingAppID, APP_CONTROL_OPERATION_DEFAULT);
+    return false;
+  }
+  ORV_LOG_INFO("[Info] count = %d", m_iPreloadingCount.load());
+  const int iCode = AppControlUtils::PreloadWebApp(m_sPreloadingAppID);
+  if (iCode == APP_CONTROL_ERROR_APP_NOT_FOUND) return StopPreloadingTimer();
+  if (iCode != APP_CONTROL_ERROR_NONE) return CountPreloadingTry();
+  return RegisterAppStatusVconfCallback(m_sPreloadingAppID) ? StopPreloadingTimer()
+                                                            : CountPreloadingTry();
+}
+
+/// One tick of the low-memory timer; false ends it.
+bool CheckLowMemoryKill() {
+  ORV_LOG_INFO("[Info] m_iCurrentWebAppStatus : %d, count : %d", m_iCurrentWebAppStatus.load(),
+               m_iLMKCheckingCount.load());
+  if (m_iCurrentWebAppStatus <= WEB_APP_STATUS_PAUSE) {
+    // The id keeps its old value, so the next "preload" sees a running timer: settled behaviour.
+    NotifyWebAppStatus();
+    return false;
+  }
+  m_uLMKTimerID = 0;
+  if (m_iLMKCheckingCount > LMK_CHECK_MAX_COUNT) {
+    m_iLMKCheckingCount = 0;
+    return false;
+  }
+  AppControlUtils::PreloadWebApp(m_sPreloadingAppID);
+  ++m_iLMKCheckingCount;
+  return true;  // the timer goes on although its id is forgotten: settled behaviour
+}
+
+void OnPreload() {
+  if (m_uLMKTimerID != 0) {
+    NotifyWebAppStatus();
+    return;
+  }
+  m_uLMKTimerID =
+      g_timeout_add_seconds(LMK_CHECK_PERIOD_SECONDS, LMKCheckingTimerCallback, nullptr);
+}
+
+void OnResume() {
+  if (m_uLMKTimerID != 0) {
+    g_source_remove(m_uLMKTimerID);
+    m_uLMKTimerID = 0;
+  }
+  NotifyWebAppStatus();
+}
+
+void OnPauseOrQuit() {
+  if (m_uLMKTimerID != 0) {
+    ORV_LOG_DEBUG("[Debug] LMKTimer is running.");
+    return;
+  }
+  NotifyWebAppStatus();
+}
+
+void HandleStatusWord(const std::string& sAppStatus) {
+  const auto it = s_mapWebAppStatus.find(sAppStatus);
+  const int iStatus = it == s_mapWebAppStatus.end() ? WEB_APP_STATUS_INVALID : it->second;
+  m_iCurrentWebAppStatus = iStatus;
+  switch (iStatus) {
+    case WEB_APP_STATUS_INVALID:
+      ORV_LOG_DEBUG("[Debug] m_iCurrentWebAppStatus is invalid.");
+      return;
+    case WEB_APP_STATUS_PRELOAD:
+      return OnPreload();
+    case WEB_APP_STATUS_RESUME:
+      return OnResume();
+    case WEB_APP_STATUS_PAUSE:
+    case WEB_APP_STATUS_QUIT:
+      return OnPauseOrQuit();
+    default:
+      return;
+  }
+}
+
+}  // namespace
+
+bool PreloadAppAndRegisterAppStatusChangedCB(const std::string& rAppID, const std::string& rAppType,
+                                             const WebAppStatusCallback& rCallback) {
+  if (IsAlreadyUp(rAppID)) {
+    AddWebStatusChangedCallback(rAppID, rAppType, rCallback);
+    return true;
+  }
+  switch (AppControlUtils::PreloadWebApp(rAppID)) {
+    case APP_CONTROL_ERROR_NONE:
+      AddWebStatusChangedCallback(rAppID, rAppType, rCallback);
+      return RegisterAppStatusVconfCallback(rAppID);
+    case APP_CONTROL_ERROR_LAUNCH_REJECTED:
+      AddWebStatusChangedCallback(rAppID, rAppType, rCallback);
+      StartPreloadingTimer();
+      return true;
+    case APP_CONTROL_ERROR_APP_NOT_FOUND:
+      ORV_LOG_ERROR("[ERROR] Cannot find target app.");
+      return false;
+    default:
+      ORV_LOG_ERROR("[ERROR] SendRequestforPreloading() failed.");
+      return false;
+  }
+}
+
+void AddWebStatusChangedCallback(const std::string& rAppID, const std::string& rAppType,
+                                 const WebAppStatusCallback& rCallback) {
+  const std::lock_guard<std::mutex> lock(m_mutexWebStatusCallbacks);
+  ORV_LOG_INFO("[Info] rAppID : %s, rAppType : %s, pCallbackFuncPtr : %p, pUserData : %p",
+               rAppID.c_str(), rAppType.c_str(), reinterpret_cast<void*>(rCallback.first),
+               rCallback.second);
+  if (rAppID != m_sPreloadingAppID) {
+    if (!m_sPreloadingAppID.empty()) {
+      // The key is the new app's: the old one's subscription stays, and so does the mark that there
+      // is one. Settled behaviour.
+      vconf_ignore_key_changed(GetStatusKey(rAppID).c_str(), WebAppStatusChangedCallback);
+      m_mapWebStatusCallbacks.clear();
+    }
+    m_sPreloadingAppID = rAppID;
+  }
+  m_mapWebStatusCallbacks[rAppType] = rCallback;
+}
+
+void RemoveWebStatusChangedCallback(const std::string& rAppID, const std::string& rAppType) {
+  const std::lock_guard<std::mutex> lock(m_mutexWebStatusCallbacks);
+  ORV_LOG_INFO("[Info] rAppID : %s, rAppType : %s", rAppID.c_str(), rAppType.c_str());
+  const auto it = m_mapWebStatusCallbacks.find(rAppType);
+  if (it == m_mapWebStatusCallbacks.end()) {
+    ORV_LOG_DEBUG("[Debug] Cannot find target callback function.");
+    return;
+  }
+  m_mapWebStatusCallbacks.erase(it);
+  if (m_mapWebStatusCallbacks.empty()) UnregisterAppStatusVconfCallback(rAppID);
+}
+
+bool RegisterAppStatusVconfCallback(const std::string& rAppID) {
+  if (m_bAppStatusVconfRegistered) {
+    ORV_LOG_DEBUG("[Debug] Already regitered.");
+    return true;
+  }
+  const std::string sVconfKey = GetStatusKey(rAppID);
+  ORV_LOG_DEBUG("[Debug] sVconfKey = %s", sVconfKey.c_str());
+  const int iRet =
+      vconf_notify_key_changed(sVconfKey.c_str(), WebAppStatusChangedCallback, nullptr);
+  if (iRet != 0) {
+    ORV_LOG_ERROR("[ERROR] Error, vconf_notify_key_changed() return %d.", iRet);
+    return false;
+  }
+  m_bAppStatusVconfRegistered = true;
+  return true;
+}
+
+void UnregisterAppStatusVconfCallback(const std::string& rAppID) {
+  ORV_LOG_INFO("[Info] rAppID : %s", rAppID.c_str());
+  if (!m_bAppStatusVconfRegistered) return;
+  vconf_ignore_key_changed(GetStatusKey(rAppID).c_str(), WebAppStatusChangedCallback);
+  m_bAppStatusVconfRegistered = false;
+  m_sPreloadingAppID.clear();
+  m_mapWebStatusCallbacks.clear();
+}
+
+void WebAppStatusChangedCallback(keynode_t* pNode, void* pUserData) try {
+  if (!m_bAppStatusVconfRegistered) return;
+  const char* const pAppStatus = vconf_keynode_get_str(pNode);
+  // A removed key has no word, which is no word of the table either.
+  const std::string sAppStatus = pAppStatus ? pAppStatus : "";
+  ORV_LOG_DEBUG("[Debug] sAppStatus = %s", sAppStatus.c_str());
+  HandleStatusWord(sAppStatus);
+} catch (const std::exception& e) {
+  ORV_LOG_ERROR("[ERROR] exception : %s", e.what());
+}
+
+int LMKCheckingTimerCallback(void* pUserData) try {
+  return CheckLowMemoryKill();
+} catch (const std::exception& e) {
+  ORV_LOG_ERROR("[ERROR] exception : %s", e.what());
+  return true;
+}
+
+int PreloadingTimerCBFunc(void* pUserData) try {
+  return RetryPreloading();
+} catch (const std::exception& e) {
+  ORV_LOG_ERROR("[ERROR] exception : %s", e.what());
+  return true;
+}
+
+void NotifyWebAppStatus() {
+  // A callback may change the map, and so may another thread while it runs: the walk goes on by the
+  // key, never from an entry that may be gone.
+  for (auto it = m_mapWebStatusCallbacks.begin(); it != m_mapWebStatusCallbacks.end();) {
+    const std::string sAppType = it->first;
+    const WebAppStatusCallback callback = it->second;
+    if (callback.first != nullptr) callback.first(m_iCurrentWebAppStatus, callback.second);
+    it = m_mapWebStatusCallbacks.upper_bound(sAppType);
+  }
+}
+
+}  // namespace AppPreloadingUtils

@@ -1,0 +1,237 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#include "utils/PackagedData.h"
+
+#include <ps_mount.h>
+#include <tzplatform_config.h>
+
+#include <algorithm>
+#include <boost/filesystem.hpp>
+#include <exception>
+#include <vector>
+
+#include "common/JsonText.h"
+#include "common/Log.h"
+#include "common/ORVConstants.h"
+#include "utils/FileSystemUtils.h"
+#include "utils/PackagedDataArchive.h"
+
+namespace boostfs = boost::filesystem;
+
+namespace FileSystemUtils {
+
+namespace {
+
+constexpr const char* MOUNT_POINT = "temp_app";
+constexpr const char* MOUNT_OPTIONS = "-o loop,nosuid,nodev,noexec ";
+constexpr const char* FALLBACK_ARCHIVE_DIR = "/home/owner/share/tmp/sdk_tools/";
+constexpr const char* NO_EXCEPTION_TEXT = "No diagnostic information available.";
+
+std::string ReadPackagesPath() {
+  const char* pPath = tzplatform_getenv(TZ_USER_APP);
+  return pPath ? std::string(pPath) : std::string();
+}
+
+const std::string s_sPackagesPath = ReadPackagesPath();
+
+struct Paths {
+  std::string m_sTargetFile;  ///< the image in the package
+  std::string m_sMountedDirectory;
+  std::string m_sTargetHbbTvAppDirectory;
+  std::string m_sAppTypeFile;
+  std::string m_sMetaDataSource;
+  std::string m_sMetaDataTarget;
+};
+
+Paths GetPaths(const std::string& rPackageID, const std::string& rWidgetID) {
+  Paths paths;
+  paths.m_sTargetFile = s_sPackagesPath + "/" + rPackageID + "/res/" + rWidgetID + ".tmg";
+  paths.m_sMountedDirectory = GetHbbTvDirectoryPath() + MOUNT_POINT;
+  paths.m_sTargetHbbTvAppDirectory = GetHbbTvDirectoryPath() + rPackageID;
+  paths.m_sAppTypeFile = paths.m_sTargetHbbTvAppDirectory + "/" + PACKAGED_APP_TYPE_FILE;
+  paths.m_sMetaDataSource = paths.m_sTargetHbbTvAppDirectory + "/metadata";
+  paths.m_sMetaDataTarget = GetMetaDataDirectoryPath() + rPackageID;
+  return paths;
+}
+
+bool MountFile(const std::string& sTargetFilePath, const std::string& sMountedDir) {
+  ORV_LOG_INFO("[Info] sTargetFilePath : %s, sMountedDir : %s", sTargetFilePath.c_str(),
+               sMountedDir.c_str());
+  const std::string sTarget = MOUNT_OPTIONS + sTargetFilePath + " " + sMountedDir;
+  ORV_LOG_DEBUG("[Debug] [TVMesaDev] sTarget : %s", sTarget.c_str());
+  int iResult = -1;
+  const int iRet = PS_Mount(sTarget.c_str(), static_cast<int>(sTarget.length()), 0, &iResult);
+  ORV_LOG_DEBUG("[Debug] Mounting is done. ret[%d], result[%d] ", iRet, iResult);
+  return iResult == 0;
+}
+
+/// The entries in ascending order of their paths, so that a run can be repeated.
+std::vector<boostfs::directory_entry> ListDirectory(const std::string& sDirectoryPath) {
+  const boostfs::directory_iterator begin(sDirectoryPath);
+  std::vector<boostfs::directory_entry> vEntries(begin, boostfs::directory_iterator());
+  std::sort(vEntries.begin(), vEntries.end());
+  return vEntries;
+}
+
+/// Throws what a failed walk or rename throws. Subdirectories stay.
+void MoveEveryFilesInDirectory(const std::string& sOldDirectoryPath,
+                               const std::string& sNewDirectoryPath) {
+  ORV_LOG_INFO("[Info] sOldDirectoryPath : %s", sOldDirectoryPath.c_str());
+  ORV_LOG_INFO("[Info] sNewDirectoryPath : %s", sNewDirectoryPath.c_str());
+  for (const boostfs::directory_entry& rEntry : ListDirectory(sOldDirectoryPath)) {
+    ORV_LOG_INFO("[Info] directory_iterator -> %s", rEntry.path().c_str());
+    if (boostfs::is_directory(rEntry.status())) continue;
+    const std::string sNewPath = sNewDirectoryPath + "/" + rEntry.path().filename().string();
+    ORV_LOG_INFO("[Info] Move to %s", sNewPath.c_str());
+    boostfs::rename(rEntry.path(), sNewPath);
+  }
+}
+
+bool CreateDirectory(const std::string& sDirectoryPath) {
+  if (CreateDirectories(sDirectoryPath + "/")) return true;
+  ORV_LOG_ERROR("[ERROR] FileSystemUtils::CreateDirectory() return false.");
+  return false;
+}
+
+bool UnpackArchive(const std::string& sArchivePath, const std::string& sTargetHbbTvAppDirectory) {
+  ORV_LOG_INFO("[Info] sTargetHbbTvAppDirectory : %s", sTargetHbbTvAppDirectory.c_str());
+  if (!CreateDirectory(sTargetHbbTvAppDirectory)) return false;
+  if (Unzip(sArchivePath, sTargetHbbTvAppDirectory)) return true;
+  ORV_LOG_ERROR("[ERROR] FileSystemUtils::Unzip() return false.");
+  return false;
+}
+
+/// Mounts the image, or falls back to the developer's archive, and unpacks. An exception leaves the
+/// mount in place: settled behaviour.
+bool UnpackImage(const Paths& rPaths) {
+  ORV_LOG_INFO("[Info] sMountedDirectory : %s", rPaths.m_sMountedDirectory.c_str());
+  if (!CreateDirectory(rPaths.m_sMountedDirectory)) return false;
+  const bool bMounted = MountFile(rPaths.m_sTargetFile, rPaths.m_sMountedDirectory);
+  const std::string sArchivePath =
+      (bMounted ? rPaths.m_sMountedDirectory : FALLBACK_ARCHIVE_DIR) + PACKAGED_ARCHIVE;
+  if (!bMounted && !Exists(sArchivePath)) {
+    ORV_LOG_ERROR("[ERROR] Cannot find target zip file.");
+    return false;
+  }
+  const bool bUnpacked = UnpackArchive(sArchivePath, rPaths.m_sTargetHbbTvAppDirectory);
+  if (bMounted) Unmount(rPaths.m_sMountedDirectory);
+  return bUnpacked;
+}
+
+bool MoveMetaData(const Paths& rPaths) {
+  if (!CreateDirectory(rPaths.m_sMetaDataTarget)) return false;
+  if (Exists(rPaths.m_sMetaDataSource) && Exists(rPaths.m_sMetaDataTarget)) {
+    MoveEveryFilesInDirectory(rPaths.m_sMetaDataSource, rPaths.m_sMetaDataTarget);
+  }
+  return true;
+}
+
+bool Install(const Paths& rPaths, const std::string& rAppType, int iDataType, bool bStarted) {
+  if (Exists(rPaths.m_sTargetHbbTvAppDirectory)) {
+    return bStarted || AddAppTypeToFile(rPaths.m_sAppTypeFile, rAppType, false);
+  }
+  if (!UnpackImage(rPaths)) return false;
+  if ((iDataType & PACKAGED_TYPE_META_DATA) && !MoveMetaData(rPaths)) return false;
+  return AddAppTypeToFile(rPaths.m_sAppTypeFile, rAppType, true);
+}
+
+/// The root of a list file and the list in it. What is no JSON comes out as an empty list.
+struct AppTypeList {
+  explicit AppTypeList(const std::string& rContent) {
+    // Whether the text was JSON at all is not looked at.
+    JsonText::Parse(rContent, m_Root);
+    m_Types = m_Root[PACKAGED_APP_TYPE_KEY];
+  }
+  bool Write(const std::string& sFilePath) {
+    m_Root[PACKAGED_APP_TYPE_KEY] = m_Types;
+    return WriteFile(sFilePath, JsonText::Write(m_Root));
+  }
+
+  Json::Value m_Root;
+  Json::Value m_Types;
+};
+
+bool AddAppTypeToList(const std::string& sFilePath, const std::string& rContent,
+                      const std::string& rAppType) {
+  AppTypeList list(rContent);
+  for (Json::ArrayIndex i = 0; i < list.m_Types.size(); ++i) {
+    if (list.m_Types[i].asString() == rAppType) return true;
+  }
+  list.m_Types.append(rAppType);
+  return list.Write(sFilePath);
+}
+
+void RemoveFromList(Json::Value& rTypes, const std::string& rAppType) {
+  // The index moves on after a removal too: what slid into the gap stays unexamined, settled.
+  for (Json::ArrayIndex i = 0; i < rTypes.size(); ++i) {
+    Json::Value removed;
+    if (rTypes[i].asString() == rAppType) rTypes.removeIndex(i, &removed);
+  }
+}
+
+void UninstallHbbTvApp(const std::string& sTargetDirectory, const std::string& rAppType) {
+  const std::string sAppTypeFilePath = sTargetDirectory + "/" + PACKAGED_APP_TYPE_FILE;
+  std::string sContent;
+  if (!Exists(sAppTypeFilePath) || !ReadFile(sAppTypeFilePath, sContent)) {
+    RemoveDirectories(sTargetDirectory);
+    return;
+  }
+  AppTypeList list(sContent);
+  RemoveFromList(list.m_Types, rAppType);
+  if (list.m_Types.empty() || !list.Write(sAppTypeFilePath)) RemoveDirectories(sTargetDirectory);
+}
+
+}  // namespace
+
+bool InstallPackagedData(const std::string& rPackageID, const std::string& rWidgetID,
+                         const std::string& rAppType, const int& rDataType, bool bStarted) try {
+  ORV_LOG_INFO("[Info] rPackageID : %s, bStarted : %d, rAppType : %s, rDataType : %d",
+               rPackageID.c_str(), bStarted, rAppType.c_str(), rDataType);
+  return Install(GetPaths(rPackageID, rWidgetID), rAppType, rDataType, bStarted);
+} catch (const std::exception& e) {
+  const std::string sText = e.what();
+  ORV_LOG_INFO("[Info] exception : %s", sText.empty() ? NO_EXCEPTION_TEXT : sText.c_str());
+  return false;
+} catch (...) {  // what is thrown without being an exception has no text
+  ORV_LOG_INFO("[Info] exception : %s", NO_EXCEPTION_TEXT);
+  return false;
+}
+
+void UninstallPackagedData(const std::string& rPackageID, const std::string& rAppType,
+                           const int& rDataType) {
+  ORV_LOG_INFO("[Info] rPackageID : %s, rAppType : %s, rDataType : %d", rPackageID.c_str(),
+               rAppType.c_str(), rDataType);
+  if (rDataType & PACKAGED_TYPE_META_DATA) {
+    const std::string sTargetDirectory = GetMetaDataDirectoryPath() + rPackageID + "/";
+    ORV_LOG_INFO("[Info] [PACKAGED_TYPE_META_DATA] sTargetDirectory : %s",
+                 sTargetDirectory.c_str());
+    if (Exists(sTargetDirectory)) RemoveDirectories(sTargetDirectory);
+  }
+  if (rDataType & PACKAGED_TYPE_HBBTV_APP) {
+    const std::string sTargetDirectory = GetHbbTvDirectoryPath() + rPackageID + "/";
+    ORV_LOG_INFO("[Info] [PACKAGED_TYPE_HBBTV_APP] sTargetDirectory : %s",
+                 sTargetDirectory.c_str());
+    if (Exists(sTargetDirectory)) UninstallHbbTvApp(sTargetDirectory, rAppType);
+  }
+}
+
+bool AddAppTypeToFile(const std::string& sFilePath, const std::string& rAppType, bool bCreate) {
+  std::string sContent;
+  if (Exists(sFilePath) && ReadFile(sFilePath, sContent)) {
+    return AddAppTypeToList(sFilePath, sContent, rAppType);
+  }
+  if (!bCreate) return false;
+  Json::Value root;
+  root[PACKAGED_APP_TYPE_KEY].append(rAppType);
+  return WriteFile(sFilePath, JsonText::Write(root));
+}
+
+void Unmount(const std::string& sMountedDir) {
+  ORV_LOG_INFO("[Info] sMountedDir : %s", sMountedDir.c_str());
+  int iResult = -1;
+  const int iRet =
+      PS_Umount(sMountedDir.c_str(), static_cast<int>(sMountedDir.length()), 0, &iResult);
+  ORV_LOG_DEBUG("[Debug] UnMounting is done. ret[%d], result[%d] ", iRet, iResult);
+}
+
+}  // namespace FileSystemUtils

@@ -1,0 +1,121 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#include "utils/PackagedDataArchive.h"
+
+#include <unzip.h>
+
+#include <algorithm>
+#include <boost/filesystem.hpp>
+#include <cstring>
+#include <exception>
+#include <fstream>
+#include <memory>
+
+#include "common/Log.h"
+#include "utils/FileSystemUtils.h"
+
+namespace boostfs = boost::filesystem;
+
+namespace FileSystemUtils {
+
+namespace {
+
+constexpr std::size_t MAX_ENTRY_NAME = 256;
+constexpr std::size_t READ_SIZE = 4096;
+
+using ArchiveHandle = std::unique_ptr<void, decltype(&unzClose)>;
+
+/// False also when the rest of the entry cannot be unpacked.
+bool CopyCurrentEntry(unzFile pHandle, std::ofstream& rFile) {
+  char aBuffer[READ_SIZE];
+  for (;;) {
+    const int iCount = unzReadCurrentFile(pHandle, aBuffer, sizeof(aBuffer));
+    if (iCount < 0) return false;
+    if (iCount == 0) return true;
+    rFile.write(aBuffer, iCount);
+  }
+}
+
+bool WriteCurrentEntry(unzFile pHandle, const std::string& rTargetFilePath) {
+  std::ofstream file(rTargetFilePath, std::ios::out | std::ios::binary | std::ios::trunc);
+  if (!file) {
+    ORV_LOG_ERROR("[ERROR] Fail to open target file.(filename : %s)", rTargetFilePath.c_str());
+    return false;
+  }
+  if (!CopyCurrentEntry(pHandle, file)) return false;
+  file.close();
+  return true;
+}
+
+bool ExtractFile(unzFile pHandle, const std::string& rTargetFilePath) try {
+  ORV_LOG_INFO("[Info] rTargetFilePath : %s", rTargetFilePath.c_str());
+  if (unzOpenCurrentFile(pHandle) != UNZ_OK) {
+    ORV_LOG_ERROR("[ERROR] unzOpenCurrentFile() failed.");
+    return false;
+  }
+  if (!CreateDirectories(rTargetFilePath)) {
+    ORV_LOG_ERROR("[ERROR] Fail to Create target Directories.(path : %s)", rTargetFilePath.c_str());
+    return false;
+  }
+  boost::system::error_code error;
+  const boostfs::path targetPath(rTargetFilePath);
+  // Entries that are directories pass here, and so does a link to a directory: settled behaviour.
+  if (boostfs::is_directory(boostfs::status(targetPath, error))) return true;
+  if (boostfs::is_symlink(boostfs::symlink_status(targetPath, error))) {
+    ORV_LOG_ERROR("[ERROR] rTargetFilePath is symbolic link.");
+    return false;
+  }
+  return WriteCurrentEntry(pHandle, rTargetFilePath);
+} catch (const std::exception& e) {
+  ORV_LOG_ERROR("[ERROR] exception : %s", e.what());
+  return false;
+}
+
+std::string GetEntryPath(const std::string& sDirectoryPath, const char* pName) {
+  std::string sPath = sDirectoryPath;
+  if (sPath.empty() || sPath.back() != '/') sPath += '/';
+  // A name that fills its buffer comes without a terminator.
+  sPath.append(pName, strnlen(pName, MAX_ENTRY_NAME));
+  std::replace(sPath.begin(), sPath.end(), '\\', '/');
+  return sPath;
+}
+
+bool ExtractCurrentEntry(unzFile pHandle, const std::string& sDirectoryPath) {
+  unz_file_info info;
+  char aName[MAX_ENTRY_NAME];
+  if (unzGetCurrentFileInfo(pHandle, &info, aName, sizeof(aName), nullptr, 0, nullptr, 0) !=
+      UNZ_OK) {
+    return false;
+  }
+  const std::string targetFilename = GetEntryPath(sDirectoryPath, aName);
+  if (ExtractFile(pHandle, targetFilename)) return true;
+  ORV_LOG_ERROR("[ERROR] ExtractFile() return false.[targetFilename : %s]", targetFilename.c_str());
+  return false;
+}
+
+bool ExtractEveryEntry(unzFile pHandle, const std::string& sDirectoryPath) {
+  if (unzGoToFirstFile(pHandle) != UNZ_OK) return false;
+  do {
+    if (!ExtractCurrentEntry(pHandle, sDirectoryPath)) return false;
+    // Answers with an error when the entry's checksum is wrong; such an entry is taken all the
+    // same.
+    unzCloseCurrentFile(pHandle);
+    // Any other error leaves no current entry, which the next round's look at it then reports.
+  } while (unzGoToNextFile(pHandle) != UNZ_END_OF_LIST_OF_FILE);
+  return true;
+}
+
+}  // namespace
+
+bool Unzip(const std::string& sArchivePath, const std::string& sDirectoryPath) {
+  const ArchiveHandle pHandle(unzOpen(sArchivePath.c_str()), &unzClose);
+  if (!pHandle) {
+    ORV_LOG_ERROR("[ERROR] unzHandle is NULL");
+    return false;
+  }
+  if (ExtractEveryEntry(pHandle.get(), sDirectoryPath)) return true;
+  unzCloseCurrentFile(pHandle.get());
+  return false;
+}
+
+}  // namespace FileSystemUtils
