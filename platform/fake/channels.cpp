@@ -1,0 +1,168 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#include "fake/control/channels.h"
+
+#include <FCAPI.h>
+#include <json/json.h>
+
+#include <algorithm>
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <sstream>
+
+#include "fake/recorder.h"
+#include "fake/resets.h"
+
+namespace fake {
+namespace {
+
+struct Channel {
+  std::string package;
+  std::string record;
+};
+
+struct State {
+  std::atomic<bool> present{true};
+  std::mutex mutex;
+  // Guarded by mutex.
+  std::vector<ChannelRequest> requests;
+  std::vector<Channel> channels;
+};
+
+State& GetState() {
+  static auto* s_state = new State;
+  return *s_state;
+}
+
+/// Nothing when the record is no JSON object with a package id.
+std::optional<std::string> PackageOf(const std::string& record) {
+  Json::Value value;
+  std::string errors;
+  std::istringstream stream(record);
+  if (!Json::parseFromStream(Json::CharReaderBuilder(), stream, &value, &errors) ||
+      !value.isObject() || !value["pkg_id"].isString()) {
+    return std::nullopt;
+  }
+  return value["pkg_id"].asString();
+}
+
+/// Needs the mutex.
+std::vector<Channel>::iterator Find(State& state, const std::string& package) {
+  return std::find_if(state.channels.begin(), state.channels.end(),
+                      [&](const Channel& channel) { return channel.package == package; });
+}
+
+void Put(State& state, const std::string& package, const std::string& record) {
+  const auto found = Find(state, package);
+  if (found == state.channels.end()) {
+    state.channels.push_back({package, record});
+  } else {
+    found->record = record;
+  }
+}
+
+bool Create(State& state, const std::string& package, const std::string& record) {
+  Put(state, package, record);
+  return true;
+}
+
+bool Update(State& state, const std::string& package, const std::string& record) {
+  const bool known = Find(state, package) != state.channels.end();
+  if (known) {
+    Put(state, package, record);
+  }
+  return known;
+}
+
+bool Remove(State& state, const std::string& package, const std::string&) {
+  const auto found = Find(state, package);
+  if (found == state.channels.end()) {
+    return false;
+  }
+  state.channels.erase(found);
+  return true;
+}
+
+using Change = bool (*)(State&, const std::string&, const std::string&);
+
+bool Request(const char* operation, const std::string& record, Change change) {
+  Recorder call((std::string("FCOrvAppInfoAPI::") + operation).c_str(), record);
+  State& state = GetState();
+  const auto package = PackageOf(record);
+  const std::lock_guard<std::mutex> lock(state.mutex);
+  const bool accepted = !call.Fails() && package && change(state, *package, record);
+  if (call.Fails()) {
+    const bool result = call.ReturnBoolFault();
+    state.requests.push_back({operation, record, result});
+    return result;
+  }
+  state.requests.push_back({operation, record, accepted});
+  return call.Return(accepted);
+}
+
+class Registry final : public FCOrvAppInfoAPI {
+ public:
+  bool CreateAppInfo(const std::string& rAppInfo) override {
+    return Request("CreateAppInfo", rAppInfo, Create);
+  }
+  bool RemoveAppInfo(const std::string& rAppInfo) override {
+    return Request("RemoveAppInfo", rAppInfo, Remove);
+  }
+  bool UpdateAppInfo(const std::string& rAppInfo) override {
+    return Request("UpdateAppInfo", rAppInfo, Update);
+  }
+};
+
+}  // namespace
+
+std::vector<ChannelRequest> ChannelRequests() {
+  State& state = GetState();
+  const std::lock_guard<std::mutex> lock(state.mutex);
+  return state.requests;
+}
+
+void ClearChannelRequests() {
+  State& state = GetState();
+  const std::lock_guard<std::mutex> lock(state.mutex);
+  state.requests.clear();
+}
+
+std::vector<std::string> Channels() {
+  State& state = GetState();
+  const std::lock_guard<std::mutex> lock(state.mutex);
+  std::vector<std::string> records;
+  for (const Channel& channel : state.channels) {
+    records.push_back(channel.record);
+  }
+  return records;
+}
+
+void AddChannel(const std::string& record) {
+  State& state = GetState();
+  const std::lock_guard<std::mutex> lock(state.mutex);
+  Put(state, PackageOf(record).value_or(""), record);
+}
+
+void SetChannelFrameworkPresent(bool present) {
+  GetState().present = present;
+}
+
+void ResetChannels() {
+  State& state = GetState();
+  state.present = true;
+  const std::lock_guard<std::mutex> lock(state.mutex);
+  state.requests.clear();
+  state.channels.clear();
+}
+
+}  // namespace fake
+
+FCOrvAppInfoAPI* FCAPI::GetOrvAppInfoAPI() {
+  static fake::Registry s_registry;
+  fake::Recorder call("FCAPI::GetOrvAppInfoAPI");
+  const bool there = !call.Fails() && fake::GetState().present;
+  return call.ReturnAs<FCOrvAppInfoAPI*>(there ? &s_registry : nullptr,
+                                         there ? "FCOrvAppInfoAPI" : "null");
+}

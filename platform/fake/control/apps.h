@@ -1,0 +1,61 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+/// Launches, running apps and app operations.
+namespace fake {
+
+struct Launch {
+  std::string app;
+  std::string operation;
+  std::vector<std::pair<std::string, std::string>> extra;  ///< in the order of adding
+  int result = 0;
+};
+
+/// Every launch request, refused ones included, in order.
+std::vector<Launch> Launches();
+void ClearLaunches();
+/// The results of the next launch requests, one each; afterwards 0 again. An accepted launch of an
+/// app does not make it run: SetRunning() or the hook does.
+void QueueLaunchResults(const std::vector<int>& results);
+/// Runs within every launch request, on the daemon's thread, before it returns; its value is the
+/// result unless one is queued. An empty function takes it away.
+void SetLaunchHook(std::function<int(const Launch&)> hook);
+
+/// An app that the platform knows of although no package names it.
+void AddKnownApp(const std::string& app);
+/// Makes the app known and running with this pid.
+void SetRunning(const std::string& app, pid_t pid);
+void SetStopped(const std::string& app);
+bool IsRunning(const std::string& app);
+/// What app_context_get_pid() gives for contexts that were destroyed. By default the pid that they
+/// had; with false an error, *pid untouched.
+void SetDestroyedContextsAnswer(bool answer);
+
+struct Kill {
+  pid_t pid = 0;
+  int signal = 0;
+  int result = 0;
+};
+
+/// Every kill() of the daemon. No signal is ever sent. A running app with the pid ends with signal
+/// 9 and the result is 0; any other pid gives -1 and ESRCH.
+std::vector<Kill> Kills();
+
+/// App that answers an operation; empty text: nobody does. Nothing: the platform's own app again.
+void SetOperationApp(const std::string& operation, const std::optional<std::string>& app);
+/// The platform's own app, to which a reset goes back. None unless set.
+void SetPlatformOperationApp(const std::string& operation, const std::string& app);
+/// Nothing when no app serves the operation.
+std::optional<std::string> OperationApp(const std::string& operation);
+
+}  // namespace fake

@@ -1,0 +1,105 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#include <app_control.h>
+#include <app_operation.h>
+
+#include <cstring>
+#include <map>
+#include <mutex>
+
+#include "fake/control/apps.h"
+#include "fake/recorder.h"
+#include "fake/resets.h"
+
+namespace fake {
+namespace {
+
+struct State {
+  std::mutex mutex;
+  // Guarded by mutex.
+  std::map<std::string, std::string> platform;
+  std::map<std::string, std::string> current;
+};
+
+State& GetState() {
+  static auto* s_state = new State;
+  return *s_state;
+}
+
+}  // namespace
+
+void SetOperationApp(const std::string& operation, const std::optional<std::string>& app) {
+  State& state = GetState();
+  const std::lock_guard<std::mutex> lock(state.mutex);
+  if (app) {
+    state.current[operation] = *app;
+  } else {
+    state.current.erase(operation);
+  }
+}
+
+void SetPlatformOperationApp(const std::string& operation, const std::string& app) {
+  State& state = GetState();
+  const std::lock_guard<std::mutex> lock(state.mutex);
+  state.platform[operation] = app;
+}
+
+std::optional<std::string> OperationApp(const std::string& operation) {
+  State& state = GetState();
+  const std::lock_guard<std::mutex> lock(state.mutex);
+  for (const auto* apps : {&state.current, &state.platform}) {
+    const auto found = apps->find(operation);
+    if (found != apps->end()) {
+      return found->second;
+    }
+  }
+  return std::nullopt;
+}
+
+void ResetOperations() {
+  State& state = GetState();
+  const std::lock_guard<std::mutex> lock(state.mutex);
+  state.platform.clear();
+  state.current.clear();
+}
+
+}  // namespace fake
+
+using fake::Recorder;
+
+int app_operation_get_current_app(const char* operation, char** app_id) {
+  Recorder call("app_operation_get_current_app", operation);
+  if (call.Fails()) {
+    return call.ReturnFault();
+  }
+  if (operation == nullptr || app_id == nullptr) {
+    return call.Return(static_cast<int>(APP_CONTROL_ERROR_INVALID_PARAMETER));
+  }
+  const auto app = fake::OperationApp(operation);
+  *app_id = app ? strdup(app->c_str()) : nullptr;
+  return call.Return(0);
+}
+
+int app_operation_set_current_app(const char* operation, const char* app_id) {
+  Recorder call("app_operation_set_current_app", operation, app_id);
+  if (call.Fails()) {
+    return call.ReturnFault();
+  }
+  if (operation == nullptr || app_id == nullptr) {
+    return call.Return(static_cast<int>(APP_CONTROL_ERROR_INVALID_PARAMETER));
+  }
+  fake::SetOperationApp(operation, app_id);
+  return call.Return(0);
+}
+
+int app_operation_reset_current_app(const char* operation) {
+  Recorder call("app_operation_reset_current_app", operation);
+  if (call.Fails()) {
+    return call.ReturnFault();
+  }
+  if (operation == nullptr) {
+    return call.Return(static_cast<int>(APP_CONTROL_ERROR_INVALID_PARAMETER));
+  }
+  fake::SetOperationApp(operation, std::nullopt);
+  return call.Return(0);
+}

@@ -1,0 +1,32 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#include <app_common.h>
+#include <tzplatform_config.h>
+
+#include <cstring>
+
+#include "fake/recorder.h"
+
+namespace {
+
+char* CopyOf(const char* function, const char* path) {
+  fake::Recorder call(function);
+  return call.Return(call.Fails() ? static_cast<char*>(nullptr) : strdup(path));
+}
+
+}  // namespace
+
+char* app_get_data_path(void) {
+  return CopyOf("app_get_data_path", "/opt/usr/apps/com.kalmora.tv.orv-enabler/data/");
+}
+
+char* app_get_shared_data_path(void) {
+  return CopyOf("app_get_shared_data_path",
+                "/opt/usr/apps/com.kalmora.tv.orv-enabler/shared/data/");
+}
+
+const char* tzplatform_getenv(enum tzplatform_variable id) {
+  fake::Recorder call("tzplatform_getenv", static_cast<int>(id));
+  const bool known = id == TZ_USER_APP || id == TZ_SYS_RW_APP;
+  return call.Return(known && !call.Fails() ? "/opt/usr/apps" : static_cast<const char*>(nullptr));
+}

@@ -1,0 +1,236 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#include "fake/control/timers.h"
+
+#include <algorithm>
+#include <map>
+#include <mutex>
+#include <optional>
+
+#include "fake/recorder.h"
+#include "fake/resets.h"
+#include "framework/alarm_clock.h"
+
+namespace fake {
+namespace {
+
+struct Entry {
+  Timer timer;
+  unsigned long due = 0;
+};
+
+struct State {
+  std::mutex mutex;
+  // Guarded by mutex.
+  std::map<unsigned int, Entry> timers;
+  unsigned int lastID = 0;
+  unsigned long now = 0;  // milliseconds that AdvanceTimers() let pass
+};
+
+State& GetState() {
+  static auto* s_state = new State;
+  return *s_state;
+}
+
+/// Alarms that tick when the test says so.
+class AlarmTable : public framework::AlarmClock {
+ public:
+  unsigned long Start(const framework::AlarmRequest& request, std::function<bool()> tick) override {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const Alarm alarm{++m_last, request.task, request.type, request.periodMs, request.repeat};
+    m_alarms[m_last] = {alarm, std::move(tick)};
+    return m_last;
+  }
+
+  void Stop(unsigned long number) override {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_alarms.erase(number);
+  }
+
+  std::vector<Alarm> List() {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    std::vector<Alarm> alarms;
+    for (const auto& [id, entry] : m_alarms) {
+      alarms.push_back(entry.first);
+    }
+    return alarms;
+  }
+
+  std::size_t Fire(unsigned int type) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    std::size_t fired = 0;
+    for (auto next = m_alarms.begin(); next != m_alarms.end();) {
+      const auto entry = next++;
+      Alarm& alarm = entry->second.first;
+      if (alarm.type != type) {
+        continue;
+      }
+      ++fired;
+      const bool more = entry->second.second();
+      alarm.left -= alarm.left > 0 ? 1 : 0;
+      if (!more) {
+        m_alarms.erase(entry);
+      }
+    }
+    return fired;
+  }
+
+  void Clear() {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_alarms.clear();
+  }
+
+ private:
+  std::mutex m_mutex;  // held during a tick, as an alarm clock has to
+  std::map<unsigned long, std::pair<Alarm, std::function<bool()>>> m_alarms;
+  unsigned long m_last = 0;
+};
+
+AlarmTable& GetAlarms() {
+  static auto* s_alarms = new AlarmTable;
+  return *s_alarms;
+}
+
+[[maybe_unused]] const bool g_installed = (framework::SetAlarmClock(&GetAlarms()), true);
+
+unsigned int Add(Timer timer) {
+  State& state = GetState();
+  const std::lock_guard<std::mutex> lock(state.mutex);
+  timer.id = ++state.lastID;
+  state.timers[timer.id] = {timer, state.now + timer.intervalMs};
+  return timer.id;
+}
+
+bool Remove(unsigned int id) {
+  State& state = GetState();
+  const std::lock_guard<std::mutex> lock(state.mutex);
+  return state.timers.erase(id) != 0;
+}
+
+unsigned int AddRecorded(Recorder& call, const Timer& timer) {
+  if (call.Fails()) {
+    // No source has the id 0.
+    return call.Return(static_cast<unsigned int>(std::max(call.Fault(), 0)));
+  }
+  return call.Return(Add(timer));
+}
+
+/// The timer that is due first, at the latest at `until`, set to its next moment.
+std::optional<unsigned int> NextDue(unsigned long until) {
+  State& state = GetState();
+  const std::lock_guard<std::mutex> lock(state.mutex);
+  Entry* first = nullptr;
+  for (auto& [id, entry] : state.timers) {
+    if (entry.due <= until && (first == nullptr || entry.due < first->due)) {
+      first = &entry;
+    }
+  }
+  if (first == nullptr) {
+    state.now = until;
+    return std::nullopt;
+  }
+  state.now = first->due;
+  first->due += std::max(first->timer.intervalMs, 1U);
+  return first->timer.id;
+}
+
+unsigned long Now() {
+  State& state = GetState();
+  const std::lock_guard<std::mutex> lock(state.mutex);
+  return state.now;
+}
+
+}  // namespace
+
+std::vector<Timer> Timers() {
+  State& state = GetState();
+  const std::lock_guard<std::mutex> lock(state.mutex);
+  std::vector<Timer> timers;
+  for (const auto& [id, entry] : state.timers) {
+    timers.push_back(entry.timer);
+  }
+  return timers;
+}
+
+std::vector<Timer> TimersOf(unsigned int intervalMs) {
+  std::vector<Timer> timers = Timers();
+  const auto other = [intervalMs](const Timer& timer) { return timer.intervalMs != intervalMs; };
+  timers.erase(std::remove_if(timers.begin(), timers.end(), other), timers.end());
+  return timers;
+}
+
+bool FireTimer(unsigned int id) {
+  State& state = GetState();
+  std::unique_lock<std::mutex> lock(state.mutex);
+  const auto found = state.timers.find(id);
+  if (found == state.timers.end()) {
+    return false;
+  }
+  const Timer timer = found->second.timer;
+  lock.unlock();
+  if (timer.function(timer.data) == 0) {
+    Remove(id);
+  }
+  return true;
+}
+
+std::size_t FireTimersOf(unsigned int intervalMs) {
+  std::size_t fired = 0;
+  for (const Timer& timer : TimersOf(intervalMs)) {
+    fired += FireTimer(timer.id) ? 1 : 0;
+  }
+  return fired;
+}
+
+std::size_t AdvanceTimers(unsigned int milliseconds) {
+  const unsigned long until = Now() + milliseconds;
+  std::size_t fired = 0;
+  while (const auto id = NextDue(until)) {
+    fired += FireTimer(*id) ? 1 : 0;
+  }
+  return fired;
+}
+
+std::vector<Alarm> Alarms() {
+  return GetAlarms().List();
+}
+
+std::size_t FireAlarms(unsigned int type) {
+  return GetAlarms().Fire(type);
+}
+
+void ResetTimers() {
+  GetAlarms().Clear();
+  State& state = GetState();
+  const std::lock_guard<std::mutex> lock(state.mutex);
+  state.timers.clear();
+  state.lastID = 0;
+  state.now = 0;
+}
+
+}  // namespace fake
+
+// In place of GLib, by the linker. The types are GLib's, spelt in C++'s own.
+extern "C" {
+
+unsigned int __wrap_g_timeout_add(unsigned int interval, int (*function)(void*), void* data) {
+  fake::Recorder call("g_timeout_add", interval, fake::Presence(function), fake::Presence(data));
+  return fake::AddRecorded(call, {0, interval, false, function, data});
+}
+
+unsigned int __wrap_g_timeout_add_seconds(unsigned int interval, int (*function)(void*),
+                                          void* data) {
+  fake::Recorder call("g_timeout_add_seconds", interval, fake::Presence(function),
+                      fake::Presence(data));
+  return fake::AddRecorded(call, {0, interval * 1000, true, function, data});
+}
+
+int __wrap_g_source_remove(unsigned int id) {
+  fake::Recorder call("g_source_remove", id);
+  if (call.Fails()) {
+    return call.ReturnFault();
+  }
+  return call.Return(fake::Remove(id) ? 1 : 0);
+}
+
+}  // extern "C"

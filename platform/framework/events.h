@@ -1,0 +1,11 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+namespace framework {
+
+/// Event types of the framework's own. FCTask::t_OnEvent() consumes them.
+constexpr unsigned int kEventSuspend = 0x7FFF0001;
+constexpr unsigned int kEventResume = 0x7FFF0002;
+
+}  // namespace framework

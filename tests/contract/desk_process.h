@@ -1,0 +1,35 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+
+#include "common/paths.h"
+#include "support/files.h"
+
+namespace contract {
+
+/// A television of a test's own, in a directory of its own, with a daemon that does nothing. Off
+/// again with the object. Throws std::runtime_error when it does not come up.
+class DeskProcess {
+ public:
+  DeskProcess();
+  ~DeskProcess();
+  DeskProcess(const DeskProcess&) = delete;
+  DeskProcess& operator=(const DeskProcess&) = delete;
+
+  const desk::DeskPaths& Paths() const { return m_paths; }
+  /// For what a test makes beside the television.
+  std::string ScratchFile(const std::string& name) const { return m_directory / name; }
+
+ private:
+  void Start();
+
+  support::TempDir m_directory;
+  const desk::DeskPaths m_paths;
+  pid_t m_pid = -1;
+};
+
+}  // namespace contract

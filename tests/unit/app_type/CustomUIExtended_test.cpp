@@ -1,0 +1,591 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#include "app_info/app_type/CustomUIExtended.h"
+
+#include <app_control.h>
+#include <dlog.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include <boost/filesystem.hpp>
+#include <stdexcept>
+#include <thread>
+
+#include "fake/control/apps.h"
+#include "fake/control/calls.h"
+#include "fake/control/clock.h"
+#include "fake/control/keys.h"
+#include "fake/control/log.h"
+#include "fake/control/timers.h"
+#include "layers.h"
+#include "support/files.h"
+#include "support/log_matchers.h"
+#include "support/wait_for.h"
+
+namespace {
+
+using support::HasLog;
+using support::HasLogsInOrder;
+using support::Texts;
+using support::WaitFor;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
+using Screens = std::vector<CustomUIExtended::SupportedAppType>;
+
+constexpr auto kChannelList = CustomUIExtended::SUPPORTED_APP_TYPE_CHANNEL_LIST;
+constexpr auto kEpg = CustomUIExtended::SUPPORTED_APP_TYPE_EPG;
+
+const std::string kKey = "db/orv_channel/custom_ui_type";
+const std::string kStatusKey = std::string("rtc/memory/WebApp/") + layers::kApp;
+const std::string kOption = "custom_ui_cold_boot_opt";
+const std::string kFile = "/opt/share/orv_ch/replacement_ui_info.json";
+const std::string kBackground = "background_img";
+const std::string kLayout = "org.example.layout";
+
+class CustomUIExtendedTest : public testing::Test {
+ protected:
+  CustomUIExtendedTest() {
+    fake::StoreKey(kKey, std::string());
+    boost::filesystem::remove_all("/opt/share/orv_ch");
+    // Whoever waits for the app waits until the test says otherwise.
+    fake::SetWaits(fake::Waits::kManual);
+  }
+
+  void Forget() {
+    fake::ClearLog();
+    fake::ClearCalls();
+    fake::ClearLaunches();
+  }
+  void Make(const std::string& rValue, const std::string& rOption = "default") {
+    m_ui = layers::Decorate<CustomUIExtended>(rValue);
+    layers::Apply(*m_ui, kOption, rOption);
+    Forget();
+  }
+  void WriteReplacementFile() { support::WriteFile(kFile, "{\"appid\":\"" + kLayout + "\"}"); }
+  /// An operation of the layer on a thread of its own, the caller's; the worker of it waits when
+  /// this returns.
+  void Begin(const std::function<void()>& operation) {
+    m_caller = std::thread(operation);
+    ASSERT_TRUE(WaitFor([] { return fake::WaitingThreads() == 1; }, "the worker's wait"));
+  }
+  void End() { m_caller.join(); }
+  static void Tell(int eStatus, void* pLayer) {
+    CustomUIExtended::OnAppStatusChanged(eStatus, pLayer);
+  }
+  static std::string App(const std::string& rOption) {
+    return "\"CustomApp\":{\"app_id\":\"AbCdEfGhIj.app\",\"cold_boot_opt\":\"" + rOption +
+           "\",\"pkg_id\":\"org.example.pkg\",\"widget_id\":\"AbCdEfGhIj.widget\"}";
+  }
+  std::string Key() { return fake::StringKey(kKey).value_or("no such key"); }
+  Screens Enabled(const std::string& rText) {
+    Screens types;
+    CustomUIExtended::GetEnabledAppTypes(rText, types);
+    return types;
+  }
+  /// "channel-list=app" for each change of an operation, in order.
+  static std::vector<std::string> OperationChanges() {
+    std::vector<std::string> changes;
+    for (const fake::Call& rCall : fake::Calls()) {
+      if (rCall.name == "app_operation_set_current_app") {
+        changes.push_back(ShortName(rCall.args[0]) + "=" + rCall.args[1]);
+      } else if (rCall.name == "app_operation_reset_current_app") {
+        changes.push_back(ShortName(rCall.args[0]) + " reset");
+      }
+    }
+    return changes;
+  }
+  static std::string ShortName(const std::string& rOperation) {
+    return rOperation.substr(rOperation.rfind('/') + 1);
+  }
+  std::vector<std::string> Errors() { return fake::LogTexts(DLOG_ERROR); }
+
+  const std::string m_app = layers::kApp;
+  layers::Chain<CustomUIExtended> m_ui;
+  std::thread m_caller;
+};
+
+TEST_F(CustomUIExtendedTest, TheFactoryLogsTheValueAndEntersTheOption) {
+  m_ui = layers::Decorate<CustomUIExtended>("epg");
+  EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] rMetadataValue : epg"));
+  MetadataMap metadata;
+  m_ui->GetAllMetadata(metadata);
+  EXPECT_EQ(metadata, (MetadataMap{{"orv_type", {{"custom_ui_extended", "epg"}}},
+                                   {"orv_data", {{"custom_ui_cold_boot_opt", ""}}}}));
+}
+
+TEST_F(CustomUIExtendedTest, TheReleaseOfNullDoesNothing) {
+  CustomUIExtended::Release(nullptr);
+  EXPECT_THAT(fake::CallNames(), IsEmpty());
+}
+
+TEST_F(CustomUIExtendedTest, ScreensAreCutAtCommasAndKeepTheirOrderAndRepeats) {
+  EXPECT_EQ(Enabled("epg,channel_list,epg"), (Screens{kEpg, kChannelList, kEpg}));
+  EXPECT_THAT(Enabled("EPG, channel_list,info,,"), IsEmpty());
+  EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] rMetadataValue : epg,channel_list,epg",
+                                            "[Info] rMetadataValue : EPG, channel_list,info,,"));
+}
+
+TEST_F(CustomUIExtendedTest, TheNumbersOfTheScreensAreFixed) {
+  EXPECT_EQ(kChannelList, 0);
+  EXPECT_EQ(kEpg, 1);
+}
+
+// The settings key.
+
+TEST_F(CustomUIExtendedTest, ARunOverAnEmptyKeyWritesTheFourMembers) {
+  Make("epg", "");
+  m_ui->RunOperation(false);
+  EXPECT_EQ(Key(), "{" + App("default") + "}\n");
+}
+
+TEST_F(CustomUIExtendedTest, TheAnnouncementOfTheBannersStaysUntouched) {
+  fake::StoreKey(kKey, std::string("{\"CustomBanner\":{\"app_id\":\"b\"}}"));
+  Make("epg", "invisible");
+  m_ui->RunOperation(false);
+  EXPECT_EQ(Key(), "{" + App("invisible") + ",\"CustomBanner\":{\"app_id\":\"b\"}}\n");
+  m_ui->StopOperation();
+  EXPECT_EQ(Key(), "{\"CustomApp\":{},\"CustomBanner\":{\"app_id\":\"b\"}}\n");
+}
+
+TEST_F(CustomUIExtendedTest, AKeyWithBrokenJsonStaysAndNoOperationIsTouched) {
+  fake::StoreKey(kKey, std::string("{broken"));
+  Make("epg");
+  m_ui->RunOperation(false);
+  EXPECT_EQ(Key(), "{broken");
+  EXPECT_THAT(fake::LogTexts(),
+              ElementsAre("[Debug] str = {broken", "[Debug] Invalid Json Str : {broken",
+                          "[Debug] WriteAppInfoVconfKey() return false."));
+  EXPECT_THAT(fake::CallNames(), ElementsAre("vconf_get_str"));
+}
+
+TEST_F(CustomUIExtendedTest, AKeyOfAnotherKindOfJsonRaisesAndStays) {
+  fake::StoreKey(kKey, std::string("7"));
+  Make("epg");
+  EXPECT_FALSE(m_ui->WriteAppInfoVconfKey(false));
+  EXPECT_EQ(Key(), "7");
+  EXPECT_THAT(Errors(), ElementsAre("[ERROR] Exception Caught"));
+}
+
+TEST_F(CustomUIExtendedTest, WithoutTheKeyAnExceptionLeavesTheRun) {
+  fake::UnsetKey(kKey);
+  Make("epg");
+  EXPECT_THROW(m_ui->RunOperation(false), std::logic_error);
+  EXPECT_THAT(OperationChanges(), IsEmpty());
+}
+
+// The direct path.
+
+TEST_F(CustomUIExtendedTest, ARunTakesTheOperationsInTheOrderOfTheTextAndPreloads) {
+  Make("epg,unknown,channel_list");
+  m_ui->RunOperation(false);
+  EXPECT_THAT(OperationChanges(), ElementsAre("epg=" + m_app, "channel-list=" + m_app));
+  EXPECT_EQ(fake::OperationApp(ORV_OPERATION_EPG), m_app);
+  EXPECT_EQ(fake::OperationApp(ORV_OPERATION_CHANNEL_LIST), m_app);
+  ASSERT_EQ(fake::Launches().size(), 1u);
+  EXPECT_EQ(fake::Launches()[0].extra.size(), 1u);
+  EXPECT_EQ(fake::KeySubscriptions(kStatusKey), 1u);
+  const std::vector<std::string> order = fake::CallNames();
+  EXPECT_LT(std::find(order.begin(), order.end(), "vconf_set_str"),
+            std::find(order.begin(), order.end(), "app_operation_set_current_app"));
+  EXPECT_LT(std::find(order.begin(), order.end(), "app_operation_set_current_app"),
+            std::find(order.begin(), order.end(), "app_control_create"));
+}
+
+TEST_F(CustomUIExtendedTest, AValueOfOneKnownScreenSetsOneOperation) {
+  Make("epg,unknown");
+  m_ui->RunOperation(false);
+  EXPECT_THAT(OperationChanges(), ElementsAre("epg=" + m_app));
+}
+
+TEST_F(CustomUIExtendedTest, ARunOfAKnownAppLeavesTheKeyAndTakesTheOperations) {
+  Make("epg");
+  fake::StoreKey(kKey, std::string("left from the earlier run"));
+  m_ui->RunOperation(true);
+  EXPECT_EQ(Key(), "left from the earlier run");
+  EXPECT_EQ(fake::CallCount("vconf_get_str"), 0u);
+  EXPECT_THAT(OperationChanges(), ElementsAre("epg=" + m_app));
+}
+
+TEST_F(CustomUIExtendedTest, AnOperationThatCannotBeSetIsLoggedAndTheNextOneFollows) {
+  Make("channel_list,epg");
+  fake::Fail("app_operation_set_current_app", -5);
+  m_ui->RunOperation(false);
+  EXPECT_THAT(Errors(), HasLog("[ERROR] AppControlUtils::SetCurrentAppOfAppOperation() return "
+                               "false.(eType : 0, bEnable : 1)"));
+  EXPECT_EQ(fake::OperationApp(ORV_OPERATION_CHANNEL_LIST), std::nullopt);
+  EXPECT_EQ(fake::OperationApp(ORV_OPERATION_EPG), m_app);
+  EXPECT_EQ(fake::Launches().size(), 1u);
+}
+
+TEST_F(CustomUIExtendedTest, AnOperationThatCannotBeResetIsLoggedWithItsNumber) {
+  Make("epg");
+  m_ui->RunOperation(false);
+  fake::Fail("app_operation_reset_current_app", -5);
+  m_ui->StopOperation();
+  EXPECT_THAT(Errors(), HasLog("[ERROR] AppControlUtils::SetCurrentAppOfAppOperation() return "
+                               "false.(eType : 1, bEnable : 0)"));
+  EXPECT_EQ(Key(), "{\"CustomApp\":{}}\n");
+}
+
+TEST_F(CustomUIExtendedTest, APreloadThatFailsOnTheDirectPathLeadsToAPlainLaunch) {
+  Make("epg");
+  fake::QueueLaunchResults({APP_CONTROL_ERROR_LAUNCH_FAILED});
+  m_ui->RunOperation(false);
+  ASSERT_EQ(fake::Launches().size(), 2u);
+  EXPECT_EQ(fake::Launches()[0].extra.size(), 1u);
+  EXPECT_EQ(fake::Launches()[1].app, m_app);
+  EXPECT_EQ(fake::Launches()[1].operation, APP_CONTROL_OPERATION_DEFAULT);
+  EXPECT_THAT(fake::Launches()[1].extra, IsEmpty());
+}
+
+TEST_F(CustomUIExtendedTest, TheStatusCallbackIsEnteredWithTheLayer) {
+  Make("epg");
+  m_ui->RunOperation(false);
+  char aText[256];
+  std::snprintf(aText, sizeof(aText),
+                "[Info] rAppID : %s, rAppType : custom_ui_extended, pCallbackFuncPtr : %p, "
+                "pUserData : %p",
+                layers::kApp, reinterpret_cast<void*>(&CustomUIExtended::OnAppStatusChanged),
+                static_cast<void*>(static_cast<AppInfo*>(m_ui.get())));
+  EXPECT_THAT(fake::LogTexts(), HasLog(aText));
+}
+
+TEST_F(CustomUIExtendedTest, AStopOnTheDirectPathGivesBackWhatIsItsOwn) {
+  Make("channel_list,epg");
+  m_ui->RunOperation(false);
+  fake::SetOperationApp(ORV_OPERATION_EPG, "somebody.else");
+  Forget();
+  m_ui->StopOperation();
+  EXPECT_EQ(fake::LogTexts().front(), "[Info] In");
+  EXPECT_THAT(OperationChanges(), ElementsAre("channel-list reset"));
+  EXPECT_EQ(fake::OperationApp(ORV_OPERATION_EPG), "somebody.else");
+  EXPECT_EQ(fake::KeySubscriptions(kStatusKey), 0u);
+  EXPECT_EQ(Key(), "{\"CustomApp\":{}}\n");
+  EXPECT_EQ(fake::CallNames().back(), "vconf_set_str");
+}
+
+TEST_F(CustomUIExtendedTest, TheReleaseLeavesTheKeyAndTheOperations) {
+  Make("epg");
+  m_ui->RunOperation(false);
+  Forget();
+  m_ui.reset();
+  EXPECT_THAT(fake::CallNames(), IsEmpty());
+  EXPECT_EQ(fake::OperationApp(ORV_OPERATION_EPG), m_app);
+}
+
+TEST_F(CustomUIExtendedTest, OtherOptionsAndNoneTakeTheDirectPath) {
+  WriteReplacementFile();
+  for (const char* pOption : {"", "default", "invisible", "Background_img"}) {
+    Make("epg", pOption);
+    fake::SetOperationApp(ORV_OPERATION_EPG, std::nullopt);
+    m_ui->RunOperation(true);
+    EXPECT_THAT(OperationChanges(), ElementsAre("epg=" + m_app)) << pOption;
+  }
+}
+
+// The way over the replacement UI.
+
+TEST_F(CustomUIExtendedTest, WithABackgroundImageTheReplacementServesUntilTheAppIsUp) {
+  WriteReplacementFile();
+  Make("epg,channel_list", kBackground);
+  Begin([this] { m_ui->RunOperation(false); });
+  EXPECT_THAT(OperationChanges(), ElementsAre("epg=" + kLayout, "channel-list=" + kLayout));
+  EXPECT_EQ(Key(), "{" + App(kBackground) + "}\n");
+  EXPECT_EQ(fake::Launches().size(), 1u);
+  Tell(3, m_ui.get());
+  End();
+  EXPECT_THAT(OperationChanges(), ElementsAre("epg=" + kLayout, "channel-list=" + kLayout,
+                                              "epg=" + m_app, "channel-list=" + m_app));
+  EXPECT_THAT(fake::LogTexts(), HasLogsInOrder(Texts({"[Info] rMetadataValue : epg,channel_list",
+                                                      "[Debug] sLayoutAppID : " + kLayout})));
+}
+
+TEST_F(CustomUIExtendedTest, TheWorkRunsOnAnotherThreadWhileTheCallerWaits) {
+  WriteReplacementFile();
+  fake::SetWaits(fake::Waits::kTimeOut);
+  Make("epg", kBackground);
+  m_ui->RunOperation(false);
+  const std::vector<fake::Call> calls = fake::Calls("app_operation_set_current_app");
+  ASSERT_EQ(calls.size(), 2u);
+  EXPECT_NE(calls[0].threadID, std::this_thread::get_id());
+  EXPECT_EQ(calls[0].threadID, calls[1].threadID);
+  EXPECT_EQ(fake::Calls("vconf_set_str")[0].threadID, std::this_thread::get_id());
+}
+
+TEST_F(CustomUIExtendedTest, AfterTwentySecondsTheAppServesReadyOrNot) {
+  WriteReplacementFile();
+  Make("epg", kBackground);
+  Begin([this] { m_ui->RunOperation(false); });
+  EXPECT_EQ(fake::AdvanceWaits(19999), 0u);
+  EXPECT_EQ(fake::WaitingThreads(), 1u);
+  EXPECT_EQ(fake::AdvanceWaits(1), 1u);
+  End();
+  EXPECT_THAT(OperationChanges(), ElementsAre("epg=" + kLayout, "epg=" + m_app));
+}
+
+TEST_F(CustomUIExtendedTest, PreloadResumeAndPauseWakeTheWaiter) {
+  WriteReplacementFile();
+  for (const int iStatus : {2, 3, 4}) {
+    Make("epg", kBackground);
+    Begin([this] { m_ui->RunOperation(true); });
+    Tell(iStatus, m_ui.get());
+    End();
+    EXPECT_EQ(OperationChanges().back(), "epg=" + m_app) << iStatus;
+  }
+}
+
+TEST_F(CustomUIExtendedTest, InitLoadDestroyAndUnknownWakeNobody) {
+  WriteReplacementFile();
+  Make("epg", kBackground);
+  Begin([this] { m_ui->RunOperation(true); });
+  for (const int iStatus : {-1, 0, 1, 5, 7}) Tell(iStatus, m_ui.get());
+  // Nobody was notified: only the time limit ends the wait.
+  EXPECT_EQ(fake::AdvanceWaits(19999), 0u);
+  EXPECT_EQ(fake::AdvanceWaits(1), 1u);
+  End();
+  EXPECT_EQ(OperationChanges().back(), "epg=" + m_app);
+}
+
+TEST_F(CustomUIExtendedTest, AStatusOfAnotherAppOfTheTypeWakesTheWaiterToo) {
+  WriteReplacementFile();
+  const auto pOther = layers::Decorate<CustomUIExtended>(
+      layers::NewRecord("org.example.other", "other.app"), "epg");
+  Make("epg", kBackground);
+  Begin([this] { m_ui->RunOperation(true); });
+  Tell(4, pOther.get());
+  End();
+  EXPECT_EQ(OperationChanges().back(), "epg=" + m_app);
+}
+
+TEST_F(CustomUIExtendedTest, AStatusThatComesBeforeTheWaitIsLost) {
+  WriteReplacementFile();
+  Make("epg", kBackground);
+  fake::SetLaunchHook([this](const fake::Launch&) {
+    Tell(3, m_ui.get());
+    return 0;
+  });
+  Begin([this] { m_ui->RunOperation(true); });
+  EXPECT_EQ(fake::AdvanceWaits(20000), 1u);
+  End();
+}
+
+TEST_F(CustomUIExtendedTest, WithoutAReplacementFileTheKeyIsWrittenAndNoOperationSet) {
+  Make("epg", kBackground);
+  m_ui->RunOperation(false);
+  EXPECT_EQ(Key(), "{" + App(kBackground) + "}\n");
+  EXPECT_THAT(Errors(), ElementsAre("[ERROR] Invalid Json String."));
+  EXPECT_THAT(OperationChanges(), IsEmpty());
+  EXPECT_THAT(fake::Launches(), IsEmpty());
+}
+
+TEST_F(CustomUIExtendedTest, AnEmptyReplacementFileIsNoJsonEither) {
+  support::WriteFile(kFile, "");
+  Make("epg", kBackground);
+  m_ui->RunOperation(true);
+  EXPECT_THAT(Errors(), ElementsAre("[ERROR] Invalid Json String."));
+}
+
+TEST_F(CustomUIExtendedTest, AReplacementFileOfAnotherKindOfJsonRaises) {
+  for (const char* pText : {"[1]", "{\"appid\":{}}"}) {
+    support::WriteFile(kFile, pText);
+    Make("epg", kBackground);
+    m_ui->RunOperation(true);
+    EXPECT_THAT(Errors(), ElementsAre("[ERROR] Exception Caught")) << pText;
+    EXPECT_THAT(OperationChanges(), IsEmpty()) << pText;
+  }
+}
+
+TEST_F(CustomUIExtendedTest, AReplacementFileWithoutAnAppIDGoesOnWithAnEmptyOne) {
+  support::WriteFile(kFile, "{}");
+  fake::SetOperationApp(ORV_OPERATION_EPG, "somebody.else");
+  fake::SetWaits(fake::Waits::kTimeOut);
+  Make("epg", kBackground);
+  m_ui->RunOperation(true);
+  EXPECT_THAT(fake::LogTexts(), HasLog("[Debug] sLayoutAppID : "));
+  EXPECT_THAT(OperationChanges(), ElementsAre("epg=", "epg=" + m_app));
+}
+
+TEST_F(CustomUIExtendedTest, WhiteSpaceInTheReplacementFileIsGoneAlsoInTexts) {
+  support::WriteFile(kFile,
+                     " {\n\t\"app id\" : \"x\",\n \"appid\" : \" org. example\\tlayout \" }\n");
+  fake::SetWaits(fake::Waits::kTimeOut);
+  Make("epg", kBackground);
+  m_ui->RunOperation(true);
+  // The two keys fall together, and the tab is an escape, no blank of the file.
+  EXPECT_THAT(fake::LogTexts(), HasLog("[Debug] sLayoutAppID : org.example\tlayout"));
+}
+
+TEST_F(CustomUIExtendedTest, APreloadThatFailsHandsOverAtOnceWithoutAWait) {
+  WriteReplacementFile();
+  Make("epg", kBackground);
+  fake::QueueLaunchResults({APP_CONTROL_ERROR_APP_NOT_FOUND});
+  m_ui->RunOperation(true);  // would wait for ever otherwise
+  EXPECT_THAT(OperationChanges(), ElementsAre("epg=" + kLayout, "epg=" + m_app));
+  EXPECT_EQ(fake::Launches().size(), 1u);
+}
+
+TEST_F(CustomUIExtendedTest, AfterAFailedPreloadTheNextWorkerIsNotLockedOut) {
+  WriteReplacementFile();
+  Make("epg", kBackground);
+  fake::QueueLaunchResults({APP_CONTROL_ERROR_APP_NOT_FOUND});
+  m_ui->RunOperation(true);
+  fake::SetWaits(fake::Waits::kTimeOut);
+  m_ui->RunOperation(true);
+  EXPECT_EQ(OperationChanges().size(), 4u);
+}
+
+TEST_F(CustomUIExtendedTest, WithoutAFreeThreadTheWorkIsNeverDone) {
+  WriteReplacementFile();
+  Make("epg", kBackground);
+  // No thread gets a stack of this size.
+  pthread_attr_t attributes;
+  ASSERT_EQ(pthread_getattr_default_np(&attributes), 0);
+  std::size_t uSize = 0;
+  ASSERT_EQ(pthread_attr_getstacksize(&attributes, &uSize), 0);
+  ASSERT_EQ(pthread_attr_setstacksize(&attributes, std::size_t{1} << 46), 0);
+  ASSERT_EQ(pthread_setattr_default_np(&attributes), 0);
+  m_ui->RunOperation(false);
+  ASSERT_EQ(pthread_attr_setstacksize(&attributes, uSize), 0);
+  ASSERT_EQ(pthread_setattr_default_np(&attributes), 0);
+  EXPECT_EQ(Key(), "{" + App(kBackground) + "}\n");
+  EXPECT_THAT(OperationChanges(), IsEmpty());
+  EXPECT_THAT(fake::Launches(), IsEmpty());
+}
+
+TEST_F(CustomUIExtendedTest, AStopWithABackgroundImageTakesTheOperationsOver) {
+  WriteReplacementFile();
+  fake::SetWaits(fake::Waits::kTimeOut);
+  Make("epg", kBackground);
+  m_ui->RunOperation(false);
+  Forget();
+  m_ui->StopOperation();
+  EXPECT_THAT(OperationChanges(), ElementsAre("epg=" + kLayout, "epg=" + m_app));
+  EXPECT_EQ(fake::KeySubscriptions(kStatusKey), 1u);
+  EXPECT_EQ(Key(), "{\"CustomApp\":{}}\n");
+}
+
+// The app has quit.
+
+TEST_F(CustomUIExtendedTest, QuitPutsTheReplacementInPlaceAgainWhateverTheOptionSays) {
+  WriteReplacementFile();
+  fake::SetWaits(fake::Waits::kTimeOut);
+  Make("epg", "default");
+  m_ui->RunOperation(false);
+  Forget();
+  Tell(6, m_ui.get());
+  EXPECT_THAT(OperationChanges(), ElementsAre("epg=" + kLayout, "epg=" + m_app));
+  EXPECT_EQ(fake::Launches().size(), 1u);
+  EXPECT_EQ(fake::LogTexts().front(), "[Info] rMetadataValue : epg");
+}
+
+TEST_F(CustomUIExtendedTest, QuitComesFromTheSettingsKeyAndBlocksItForTheWholeTime) {
+  WriteReplacementFile();
+  Make("epg", "default");
+  m_ui->RunOperation(false);
+  Forget();
+  fake::SetKey(kStatusKey, "quit");
+  Begin([] { fake::DeliverKeyChanges(); });
+  // The next word waits behind the callback that is blocked, so it cannot end the wait.
+  fake::SetKey(kStatusKey, "resume");
+  EXPECT_EQ(fake::WaitingThreads(), 1u);
+  EXPECT_EQ(fake::AdvanceWaits(20000), 1u);
+  End();
+  EXPECT_THAT(OperationChanges(), ElementsAre("epg=" + kLayout, "epg=" + m_app));
+}
+
+TEST_F(CustomUIExtendedTest, QuitWakesAWaiterBeforeItRearms) {
+  WriteReplacementFile();
+  Make("epg", kBackground);
+  Begin([this] { m_ui->RunOperation(true); });
+  fake::SetWaits(fake::Waits::kTimeOut);  // for the worker that quit starts
+  Tell(6, m_ui.get());
+  End();
+  // Two handed over to the replacement and two to the app; what was in place already is skipped.
+  EXPECT_EQ(fake::CallCount("app_operation_get_current_app"), 4u);
+  EXPECT_EQ(fake::OperationApp(ORV_OPERATION_EPG), m_app);
+}
+
+// The update.
+
+TEST_F(CustomUIExtendedTest, AnUpdateWithNothingStagedEndsAtOnce) {
+  Make("epg", "invisible");
+  m_ui->UpdateOperation();
+  EXPECT_THAT(fake::LogTexts(),
+              ElementsAre("[Debug] Applied Metadata : epg, Updatable Metadata : "));
+  EXPECT_THAT(fake::CallNames(), IsEmpty());
+}
+
+TEST_F(CustomUIExtendedTest, AnUpdateOfEqualTextsAndOptionsClearsNothing) {
+  Make("epg", "");
+  layers::StageValue(*m_ui, "epg");
+  m_ui->UpdateOperation();
+  m_ui->UpdateOperation();
+  EXPECT_THAT(fake::LogTexts(),
+              ElementsAre("[Debug] Applied Metadata : epg, Updatable Metadata : epg",
+                          "[Debug] Applied Metadata : epg, Updatable Metadata : epg"));
+  EXPECT_THAT(fake::CallNames(), IsEmpty());
+}
+
+TEST_F(CustomUIExtendedTest, AnUnknownScreenMoreIsAChangeOfTheText) {
+  Make("epg", "");
+  m_ui->RunOperation(false);
+  const std::string sBefore = Key();
+  Forget();
+  layers::StageValue(*m_ui, "epg,x");
+  m_ui->UpdateOperation();
+  EXPECT_THAT(OperationChanges(), ElementsAre("epg reset", "epg=" + m_app));
+  EXPECT_EQ(m_ui->GetMetadata("orv_type", "custom_ui_extended"), "epg,x");
+  EXPECT_EQ(Key(), sBefore);
+  EXPECT_EQ(fake::CallCount("vconf_set_str"), 0u);
+}
+
+TEST_F(CustomUIExtendedTest, AnUpdateHandsTheOldScreensBackAndTakesTheNewOnes) {
+  Make("epg", "");
+  m_ui->RunOperation(false);
+  Forget();
+  layers::StageValue(*m_ui, "channel_list");
+  m_ui->UpdateOperation();
+  EXPECT_THAT(OperationChanges(), ElementsAre("epg reset", "channel-list=" + m_app));
+  EXPECT_THAT(fake::CallTexts({"vconf_ignore_key_changed", "vconf_notify_key_changed"}),
+              testing::SizeIs(2));
+  Forget();
+  m_ui->UpdateOperation();
+  EXPECT_THAT(fake::LogTexts(),
+              ElementsAre("[Debug] Applied Metadata : channel_list, Updatable Metadata : "));
+}
+
+TEST_F(CustomUIExtendedTest, TheFirstUpdateWipesAnOptionThatIsSetAndTheKeyKeepsIt) {
+  Make("epg", "invisible");
+  m_ui->RunOperation(false);
+  layers::Stage(*m_ui, kOption, "background_img");  // dropped: the key is not there yet
+  layers::StageValue(*m_ui, "epg");
+  Forget();
+  m_ui->UpdateOperation();
+  EXPECT_THAT(OperationChanges(), ElementsAre("epg reset", "epg=" + m_app));
+  EXPECT_EQ(m_ui->GetMetadata("orv_data", kOption), "");
+  EXPECT_EQ(Key(), "{" + App("invisible") + "}\n");
+}
+
+TEST_F(CustomUIExtendedTest, AnOptionStagedAloneHandsBackDirectlyAndTakesOverByTheWorker) {
+  WriteReplacementFile();
+  fake::SetWaits(fake::Waits::kTimeOut);
+  Make("epg", "");
+  m_ui->RunOperation(false);
+  layers::StageValue(*m_ui, "epg");
+  m_ui->UpdateOperation();  // no change, but the option can be staged now
+  layers::Stage(*m_ui, kOption, kBackground);
+  Forget();
+  m_ui->UpdateOperation();
+  EXPECT_THAT(OperationChanges(), ElementsAre("epg reset", "epg=" + kLayout, "epg=" + m_app));
+  EXPECT_EQ(m_ui->GetMetadata("orv_data", kOption), kBackground);
+  EXPECT_EQ(Key(), "{" + App("default") + "}\n");
+  // The staged option stays, so the same text staged again is no change.
+  layers::StageValue(*m_ui, "epg");
+  Forget();
+  m_ui->UpdateOperation();
+  EXPECT_THAT(OperationChanges(), IsEmpty());
+}
+
+}  // namespace

@@ -1,0 +1,235 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#include "controller/ORVAppOperator.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "controller/recording_app.h"
+#include "fake/control/fake.h"
+#include "support/log_matchers.h"
+
+namespace {
+
+using support::HasLog;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
+
+const char kInstallKey[] = "memory/was/app_install";
+
+std::vector<std::string> KeyCalls() {
+  return fake::CallTexts({"vconf_ignore_key_changed", "vconf_notify_key_changed"});
+}
+
+ORVAppOperator& Operator() {
+  return *ORVAppOperator::GetInstance();
+}
+
+TEST(ORVAppOperator, IsOneInstance) {
+  EXPECT_EQ(ORVAppOperator::GetInstance(), ORVAppOperator::GetInstance());
+}
+
+TEST(ORVAppOperator, AnOperationOnAnUnknownPackageIsALogLine) {
+  Operator().DoOperation("gone", OPERATION_TYPE_STOP);
+  EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] rPackageID : gone, eType : 2",
+                                            "[Debug] Cannot find target AppInfo.",
+                                            "[Debug] Cannot find target App(rPackageID : gone)"));
+}
+
+TEST(ORVAppOperator, ARunOfAKnownWebAppRunsAtOnce) {
+  RecordingApp app("a", "widget");
+  Operator().DoOperation("a", OPERATION_TYPE_RUN);
+  EXPECT_THAT(RecordingApp::Operations(), ElementsAre("a.run(false)"));
+  EXPECT_THAT(KeyCalls(), IsEmpty());
+  EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] rPackageID : a, eType : 0"));
+}
+
+TEST(ORVAppOperator, ARunWithoutAWidgetIdWaitsForTheKey) {
+  RecordingApp app("a", "");
+  Operator().DoOperation("a", OPERATION_TYPE_RUN);
+  EXPECT_THAT(RecordingApp::Operations(), IsEmpty());
+  EXPECT_THAT(KeyCalls(),
+              ElementsAre("vconf_ignore_key_changed(memory/was/app_install, set) = -1",
+                          "vconf_notify_key_changed(memory/was/app_install, set, set) = 0"));
+  EXPECT_EQ(fake::KeySubscriptions(kInstallKey), 1u);
+}
+
+TEST(ORVAppOperator, AFailedWaitIsLogged) {
+  RecordingApp app("a", "");
+  fake::Fail("vconf_notify_key_changed", -7);
+  Operator().DoOperation("a", OPERATION_TYPE_RUN);
+  EXPECT_THAT(fake::LogTexts(6), ElementsAre("[ERROR] vconf_notify_key_changed, ret = -7"));
+  EXPECT_THAT(RecordingApp::Operations(), IsEmpty());
+}
+
+TEST(ORVAppOperator, APositiveResultOfTheWaitIsAFailureToo) {
+  RecordingApp app("a", "");
+  fake::Fail("vconf_notify_key_changed", 3);
+  Operator().DoOperation("a", OPERATION_TYPE_RUN);
+  EXPECT_THAT(fake::LogTexts(6), ElementsAre("[ERROR] vconf_notify_key_changed, ret = 3"));
+}
+
+TEST(ORVAppOperator, UpdateAndStopDoNotWaitForAWidgetId) {
+  RecordingApp app("a", "");
+  Operator().DoOperation("a", OPERATION_TYPE_UPDATE);
+  Operator().DoOperation("a", OPERATION_TYPE_STOP);
+  EXPECT_THAT(RecordingApp::Operations(), ElementsAre("a.update", "a.stop"));
+  EXPECT_THAT(KeyCalls(), IsEmpty());
+}
+
+TEST(ORVAppOperator, AnUnknownOperationIsARun) {
+  RecordingApp app("a", "widget");
+  Operator().DoOperation("a", static_cast<OperationType>(5));
+  EXPECT_THAT(RecordingApp::Operations(), ElementsAre("a.run(false)"));
+  EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] rPackageID : a, eType : 5"));
+}
+
+TEST(ORVAppOperator, AnUnknownOperationDoesNotWaitForAWidgetId) {
+  RecordingApp app("a", "");
+  Operator().DoOperation("a", static_cast<OperationType>(5));
+  EXPECT_THAT(RecordingApp::Operations(), ElementsAre("a.run(false)"));
+  EXPECT_THAT(KeyCalls(), IsEmpty());
+}
+
+TEST(ORVAppOperator, TheFirstChangeOfTheKeyIsTheWidgetIdOfWhoWaits) {
+  RecordingApp app("a", "");
+  Operator().DoOperation("a", OPERATION_TYPE_RUN);
+  fake::ClearCalls();
+  fake::ClearLog();
+  fake::SetKey(kInstallKey, "widget-of-another-app");
+  fake::DeliverKeyChanges();
+  EXPECT_EQ(app.m_sWidgetID, "widget-of-another-app");
+  EXPECT_THAT(RecordingApp::Operations(), ElementsAre("a.run(false)"));
+  EXPECT_EQ(fake::LogTexts().at(0), "[Debug] sWidgetID = widget-of-another-app");
+  EXPECT_THAT(KeyCalls(), ElementsAre("vconf_ignore_key_changed(memory/was/app_install, set) = 0"));
+  EXPECT_EQ(fake::KeySubscriptions(kInstallKey), 0u);
+}
+
+TEST(ORVAppOperator, TheRowIsWrittenBeforeTheAppRuns) {
+  // The store is not open here, so the write leaves its line in the log; a run that throws tells
+  // its place in the order.
+  RecordingApp app("a", "");
+  app.Throw("running");
+  Operator().DoOperation("a", OPERATION_TYPE_RUN);
+  fake::SetKey(kInstallKey, "widget");
+  fake::DeliverKeyChanges();
+  EXPECT_THAT(
+      fake::LogTexts(),
+      support::HasLogsInOrder(support::Texts({"[Debug] sWidgetID = widget",
+                                              "[ERROR] AppInfoDB::InsertNewRecord() return false.",
+                                              "[ERROR] exception : running"})));
+}
+
+TEST(ORVAppOperator, OnlyOneRecordCanWait) {
+  RecordingApp first("a", "");
+  RecordingApp second("b", "");
+  Operator().DoOperation("a", OPERATION_TYPE_RUN);
+  Operator().DoOperation("b", OPERATION_TYPE_RUN);
+  EXPECT_EQ(fake::KeySubscriptions(kInstallKey), 1u);
+  fake::SetKey(kInstallKey, "one");
+  fake::SetKey(kInstallKey, "two");
+  fake::DeliverKeyChanges();
+  EXPECT_EQ(first.m_sWidgetID, "");
+  EXPECT_EQ(second.m_sWidgetID, "one");
+  EXPECT_THAT(RecordingApp::Operations(), ElementsAre("b.run(false)"));
+}
+
+TEST(ORVAppOperator, AKeyThatWasRemovedBringsNoWidgetIdAndTheWaitGoesOn) {
+  RecordingApp app("a", "");
+  Operator().DoOperation("a", OPERATION_TYPE_RUN);
+  fake::StoreKey(kInstallKey, std::string("old"));
+  fake::UnsetKey(kInstallKey);
+  fake::DeliverKeyChanges();
+  EXPECT_THAT(RecordingApp::Operations(), IsEmpty());
+  EXPECT_THAT(fake::LogTexts(6), ElementsAre("[ERROR] exception : the key holds no widget id"));
+  fake::SetKey(kInstallKey, "widget");
+  fake::DeliverKeyChanges();
+  EXPECT_THAT(RecordingApp::Operations(), ElementsAre("a.run(false)"));
+}
+
+TEST(ORVAppOperator, ARecordThatLeftTheCacheWhileItWaitedIsNotTouched) {
+  RecordingApp app("a", "");
+  RecordingApp other("b", "");
+  Operator().DoOperation("a", OPERATION_TYPE_RUN);
+  AppInfoCache::GetInstance()->RemoveAppInfo("a");
+  fake::SetKey(kInstallKey, "widget");
+  fake::DeliverKeyChanges();
+  EXPECT_THAT(RecordingApp::Operations(), IsEmpty());
+  EXPECT_EQ(app.m_sWidgetID, "");
+  EXPECT_EQ(other.m_sWidgetID, "");
+  EXPECT_EQ(fake::KeySubscriptions(kInstallKey), 0u);
+}
+
+TEST(ORVAppOperator, AnExceptionOfTheRunEndsInTheCallback) {
+  RecordingApp app("a", "");
+  app.Throw("broken");
+  Operator().DoOperation("a", OPERATION_TYPE_RUN);
+  fake::SetKey(kInstallKey, "widget");
+  EXPECT_NO_THROW(fake::DeliverKeyChanges());
+  EXPECT_THAT(fake::LogTexts(6), HasLog("[ERROR] exception : broken"));
+}
+
+TEST(ORVAppOperator, RunAllAppsAppendsToTheListAndRunsItInOrder) {
+  RecordingApp a("a");
+  RecordingApp b("b", "");
+  std::vector<std::string> ids = {"b"};
+  Operator().RunAllApps(ids);
+  EXPECT_THAT(ids, ElementsAre("b", "a", "b"));
+  EXPECT_THAT(RecordingApp::Operations(), ElementsAre("b.run(true)", "a.run(true)", "b.run(true)"));
+  EXPECT_THAT(KeyCalls(), IsEmpty());
+}
+
+TEST(ORVAppOperator, RunAllAppsPassesOverAnIdWithoutARecord) {
+  RecordingApp a("a");
+  std::vector<std::string> ids = {"gone"};
+  Operator().RunAllApps(ids);
+  EXPECT_THAT(RecordingApp::Operations(), ElementsAre("a.run(true)"));
+}
+
+TEST(ORVAppOperator, ARecordThatThrowsDoesNotKeepTheOthersFromRunning) {
+  RecordingApp a("a");
+  RecordingApp b("b");
+  a.Throw("a is broken");
+  std::vector<std::string> ids;
+  EXPECT_NO_THROW(Operator().RunAllApps(ids));
+  EXPECT_THAT(RecordingApp::Operations(), ElementsAre("a.run(true)", "b.run(true)"));
+  EXPECT_THAT(fake::LogTexts(6), ElementsAre("[ERROR] exception : a is broken"));
+}
+
+TEST(ORVAppOperator, InstalledAppsRunTwiceOneWholePassAfterTheOther) {
+  RecordingApp b("b");
+  RecordingApp a("a");
+  Operator().RunInstalledApps();
+  EXPECT_THAT(RecordingApp::Operations(),
+              ElementsAre("a.run(true)", "b.run(true)", "a.run(true)", "b.run(true)"));
+}
+
+TEST(ORVAppOperator, AnEmptyCacheRunsNothing) {
+  Operator().RunInstalledApps();
+  EXPECT_THAT(RecordingApp::Operations(), IsEmpty());
+  EXPECT_THAT(fake::LogTexts(), IsEmpty());
+}
+
+TEST(ORVAppOperator, ValidationStopsOnlyAppsThatAreGone) {
+  RecordingApp a("a");
+  RecordingApp b("b");
+  RecordingApp c("c");
+  fake::AddWasApp({"a", "a.ui", "wa", 2, 0});
+  fake::AddWasApp({"b", "b.ui", "wb", 2, 1});
+  fake::AddWasApp({"no-record", "x.ui", "wx", 2, 1});
+  Operator().RunValidationTesting();
+  EXPECT_THAT(RecordingApp::Operations(), ElementsAre("b.stop"));
+}
+
+TEST(ORVAppOperator, AFailedListOfTheWebAppServiceStopsNothing) {
+  RecordingApp b("b");
+  fake::AddWasApp({"b", "b.ui", "wb", 2, 1});
+  fake::Fail("was_get_all_app_list");
+  Operator().RunValidationTesting();
+  EXPECT_THAT(RecordingApp::Operations(), IsEmpty());
+  EXPECT_THAT(fake::LogTexts(), ElementsAre("[ERROR] was_get_all_app_list failed.",
+                                            "[Debug] WASUtils::GetAllWASAppList() return false."));
+}
+
+}  // namespace

@@ -1,0 +1,477 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#include <cstdint>
+
+#include "controller/installer_fixture.h"
+
+namespace {
+
+using support::Exists;
+using support::HasLog;
+using support::HasLogsInOrder;
+using support::Texts;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
+using testing::SizeIs;
+
+const char kReadyFile[] = "/tmp/hbb_ready";
+const char kStatusKey[] = "memory/hbbtv_status";
+const char kLastServiceKey[] = "db/boot/last_service";
+const char kFirstScreenApp[] = "com.kalmora.tv.csfs";
+constexpr std::uint64_t kService = 0x1122334455667788;
+
+class BoostTest : public InstallerTest {
+ protected:
+  void SetUp() override { Installer(); }
+
+  std::string BoostFlag() const { return DataFile("hbb_boost"); }
+  void MakeBoostFlag() { support::WriteFile(BoostFlag(), ""); }
+  static std::vector<std::string> LaunchedApps() {
+    std::vector<std::string> apps;
+    for (const fake::Launch& launch : fake::Launches()) apps.push_back(launch.app);
+    return apps;
+  }
+  /// A service of the package, and a record that says whether it boosts.
+  void AddBoostingService(const std::string& value) {
+    m_app.Put("orv_data", "ch.app.boosting", value);
+    fake::AddService(fake::MakeService(kService, "p"));
+  }
+
+  RecordingApp m_app{"p"};
+};
+
+class BoostingApp : public BoostTest {};
+
+TEST_F(BoostingApp, IsOneWhoseMetadataSaysTrue) {
+  AddBoostingService("true");
+  EXPECT_TRUE(Installer().m_IsBoostingApp(kService));
+  EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] ch.app.boosting value is true"));
+}
+
+TEST_F(BoostingApp, AsksForThePackageOfOneService) {
+  AddBoostingService("true");
+  Installer().m_IsBoostingApp(kService);
+  EXPECT_THAT(fake::CallNames(), ElementsAre("TVServiceAPI::CreateService",
+                                             "TCService::FindService", "TVServiceAPI::Destroy"));
+  EXPECT_EQ(fake::OpenHandles("TCService"), 0u);
+}
+
+TEST_F(BoostingApp, OtherValuesAreNotBoosting) {
+  AddBoostingService("");
+  for (const char* value : {"TRUE", "True", "1", "yes", "true ", ""}) {
+    m_app.Put("orv_data", "ch.app.boosting", value);
+    fake::ClearLog();
+    EXPECT_FALSE(Installer().m_IsBoostingApp(kService)) << value;
+    EXPECT_THAT(fake::LogTexts(),
+                ElementsAre(std::string("[Info] ch.app.boosting value is ") + value));
+  }
+}
+
+TEST_F(BoostingApp, ARecordWithoutTheKeyIsNotBoosting) {
+  fake::AddService(fake::MakeService(kService, "p"));
+  EXPECT_FALSE(Installer().m_IsBoostingApp(kService));
+  EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] ch.app.boosting value is "));
+}
+
+TEST_F(BoostingApp, NulBytesOfTheFieldAreDroppedWhereverTheyStand) {
+  m_app.Put("orv_data", "ch.app.boosting", "true");
+  RecordingApp other("ab");
+  other.Put("orv_data", "ch.app.boosting", "true");
+  fake::AddService(fake::MakeService(kService, std::string("\0a\0\0b\0", 6)));
+  EXPECT_TRUE(Installer().m_IsBoostingApp(kService));
+}
+
+TEST_F(BoostingApp, AFieldOfNulBytesOnlyIsEmpty) {
+  fake::AddService(fake::MakeService(kService, std::string(8, '\0')));
+  EXPECT_FALSE(Installer().m_IsBoostingApp(kService));
+  EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] PACKAGE_ID is empty"));
+}
+
+TEST_F(BoostingApp, AServiceWithoutTheFieldIsEmptyToo) {
+  fake::Service service;
+  service.numbers[fake::kServiceIDField] = kService;
+  fake::AddService(service);
+  EXPECT_FALSE(Installer().m_IsBoostingApp(kService));
+  EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] PACKAGE_ID is empty"));
+}
+
+TEST_F(BoostingApp, APackageWithoutARecordIsInvalid) {
+  fake::AddService(fake::MakeService(kService, "unknown"));
+  EXPECT_FALSE(Installer().m_IsBoostingApp(kService));
+  EXPECT_THAT(fake::LogTexts(),
+              ElementsAre("[Debug] Cannot find target AppInfo.", "[Info] invalid app"));
+}
+
+TEST_F(BoostingApp, AnUnknownServiceIsAnErrorAndNothingStaysOpen) {
+  EXPECT_FALSE(Installer().m_IsBoostingApp(UINT64_MAX));
+  EXPECT_THAT(fake::LogTexts(), ElementsAre("[ERROR] [Error] FindService has failed"));
+  EXPECT_EQ(fake::CallCount("TVServiceAPI::Destroy"), 1u);
+  EXPECT_EQ(fake::OpenHandles("TCService"), 0u);
+}
+
+TEST_F(BoostingApp, ATvServiceThatCannotBeMadeIsAnError) {
+  AddBoostingService("true");
+  fake::Fail("TVServiceAPI::CreateService");
+  EXPECT_FALSE(Installer().m_IsBoostingApp(kService));
+  EXPECT_THAT(fake::LogTexts(), ElementsAre("[ERROR] [Error] pService is null"));
+  EXPECT_EQ(fake::CallCount("TVServiceAPI::Destroy"), 0u);
+}
+
+class CurrentChannel : public BoostTest {
+ protected:
+  void Tune(const fake::Service& service) {
+    fake::StoreKey(kLastServiceKey, std::string("vc-service"));
+    fake::SetCurrentService(service);
+  }
+};
+
+TEST_F(CurrentChannel, BoostsWhenItsAppDoes) {
+  AddBoostingService("true");
+  Tune(fake::MakeService(kService, "p"));
+  EXPECT_TRUE(Installer().m_IsBoostingAppOnCurrentCh());
+  EXPECT_THAT(fake::CallTexts({"TVServiceAPI::CreateServiceNavigation"}),
+              ElementsAre("TVServiceAPI::CreateServiceNavigation(1, 0) = 0"));
+  EXPECT_EQ(fake::OpenHandles("TCServiceNavigation"), 0u);
+}
+
+TEST_F(CurrentChannel, AnotherLastServiceIsNoVirtualChannel) {
+  AddBoostingService("true");
+  Tune(fake::MakeService(kService, "p"));
+  fake::StoreKey(kLastServiceKey, std::string("dvb"));
+  EXPECT_FALSE(Installer().m_IsBoostingAppOnCurrentCh());
+  EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] Not Virtual ch."));
+}
+
+TEST_F(CurrentChannel, AnUnreadableLastServiceIsNoVirtualChannel) {
+  EXPECT_FALSE(Installer().m_IsBoostingAppOnCurrentCh());
+  EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] key : db/boot/last_service is not valid",
+                                            "[Info] Not Virtual ch."));
+}
+
+TEST_F(CurrentChannel, ANavigationThatCannotBeMadeIsAnError) {
+  Tune(fake::MakeService(kService, "p"));
+  fake::Fail("TVServiceAPI::CreateServiceNavigation");
+  EXPECT_FALSE(Installer().m_IsBoostingAppOnCurrentCh());
+  EXPECT_THAT(fake::LogTexts(), ElementsAre("[ERROR] pServiceNavigation is NULL."));
+}
+
+TEST_F(CurrentChannel, AnUnknownModeIsAnErrorAndTheNavigationDestroyed) {
+  Tune(fake::MakeService(kService, "p"));
+  fake::Fail("TCServiceNavigation::GetTVMode", 0);
+  EXPECT_FALSE(Installer().m_IsBoostingAppOnCurrentCh());
+  EXPECT_THAT(fake::LogTexts(), ElementsAre("[ERROR] GetTVMode() failed"));
+  EXPECT_EQ(fake::OpenHandles("TCServiceNavigation"), 0u);
+  EXPECT_EQ(fake::CallCount("TCServiceNavigation::GetCurrentServiceInfo"), 0u);
+}
+
+TEST_F(CurrentChannel, AnUnknownServiceIsAnErrorAndTheNavigationDestroyed) {
+  fake::StoreKey(kLastServiceKey, std::string("vc-service"));
+  EXPECT_FALSE(Installer().m_IsBoostingAppOnCurrentCh());
+  EXPECT_THAT(fake::LogTexts(), ElementsAre("[ERROR] GetCurrentServiceInfo() failed"));
+  EXPECT_EQ(fake::OpenHandles("TCServiceNavigation"), 0u);
+}
+
+TEST_F(CurrentChannel, AServiceWithoutAnIdIsLookedForAsAllOnes) {
+  fake::Service nameless;
+  nameless.texts[fake::kPackageIDField] = "p";
+  Tune(nameless);
+  AddBoostingService("true");
+  EXPECT_FALSE(Installer().m_IsBoostingAppOnCurrentCh());
+  EXPECT_THAT(fake::LogTexts(), ElementsAre("[ERROR] [Error] FindService has failed"));
+  fake::AddService(fake::MakeService(UINT64_MAX, "p"));
+  EXPECT_TRUE(Installer().m_IsBoostingAppOnCurrentCh());
+}
+
+/// The decision that the timer brings a second after the start.
+class TimeTimer : public BoostTest {
+ protected:
+  void MakeCurrentChannelBoost() {
+    AddBoostingService("true");
+    fake::StoreKey(kLastServiceKey, std::string("vc-service"));
+    fake::SetCurrentService(fake::MakeService(kService, "p"));
+  }
+  /// What a status of 6 does tells what the flag of the first screen is.
+  bool FirstScreenMayStillRun() {
+    fake::ClearLog();
+    fake::StoreKey(kStatusKey, 2);
+    vconf_hbbtv_status_cb(nullptr, &Installer());
+    const auto logs = fake::LogTexts();
+    return std::find(logs.begin(), logs.end(), "[Debug] first screen already run") == logs.end();
+  }
+};
+
+TEST_F(TimeTimer, ABoostingChannelWithoutAFlagGetsOne) {
+  MakeCurrentChannelBoost();
+  EXPECT_TRUE(Handle(1004));
+  EXPECT_THAT(fake::LogTexts(),
+              HasLogsInOrder(Texts({"[Info] pEvent : 1004", "[Info] TVS Time Timer",
+                                    "[Info] ch.app.boosting value is true",
+                                    "[Info] isBoostFile : 0, isBoostChApp : 1"})));
+  EXPECT_TRUE(Exists(BoostFlag()));
+  EXPECT_EQ(support::ReadFile(BoostFlag()), "");
+  EXPECT_FALSE(Exists(BoostFlag() + "_dummy"));
+  EXPECT_FALSE(Exists(kReadyFile));
+  EXPECT_THAT(LaunchedApps(), IsEmpty());
+  EXPECT_TRUE(FirstScreenMayStillRun());
+}
+
+TEST_F(TimeTimer, NoFlagAndNoBoostingChannelOnlyEndsTheFirstScreen) {
+  EXPECT_TRUE(Handle(1004));
+  EXPECT_THAT(fake::LogTexts(), HasLog("[Info] isBoostFile : 0, isBoostChApp : 0"));
+  EXPECT_FALSE(Exists(BoostFlag()));
+  EXPECT_FALSE(Exists(kReadyFile));
+  EXPECT_THAT(LaunchedApps(), IsEmpty());
+  EXPECT_FALSE(FirstScreenMayStillRun());
+}
+
+TEST_F(TimeTimer, AFlagAndABoostingChannelStayAsTheyAre) {
+  MakeBoostFlag();
+  MakeCurrentChannelBoost();
+  EXPECT_TRUE(Handle(1004));
+  EXPECT_THAT(fake::LogTexts(), HasLog("[Info] isBoostFile : 1, isBoostChApp : 1"));
+  EXPECT_TRUE(Exists(BoostFlag()));
+  EXPECT_FALSE(Exists(kReadyFile));
+  EXPECT_THAT(LaunchedApps(), IsEmpty());
+  EXPECT_TRUE(FirstScreenMayStillRun());
+}
+
+TEST_F(TimeTimer, AFlagWithoutABoostingChannelReleasesTheFirstScreen) {
+  MakeBoostFlag();
+  bool ready = false;
+  bool flag = true;
+  fake::SetLaunchHook([&](const fake::Launch&) {
+    ready = Exists(kReadyFile);
+    flag = Exists(BoostFlag());
+    return 0;
+  });
+  EXPECT_TRUE(Handle(1004));
+  EXPECT_THAT(fake::LogTexts(), HasLog("[Info] isBoostFile : 1, isBoostChApp : 0"));
+  EXPECT_TRUE(ready) << "the ready file comes before the launch";
+  EXPECT_FALSE(flag) << "the flag goes before the launch";
+  EXPECT_THAT(LaunchedApps(), ElementsAre(kFirstScreenApp));
+  EXPECT_EQ(fake::Launches()[0].operation, "http://tizen.org/appcontrol/operation/default");
+  EXPECT_THAT(fake::Launches()[0].extra, IsEmpty());
+  EXPECT_FALSE(FirstScreenMayStillRun());
+}
+
+TEST_F(TimeTimer, AFailedLookUpReleasesTheFirstScreenToo) {
+  MakeBoostFlag();
+  MakeCurrentChannelBoost();
+  fake::Fail("TCService::FindService", 0);
+  EXPECT_TRUE(Handle(1004));
+  EXPECT_THAT(LaunchedApps(), ElementsAre(kFirstScreenApp));
+  EXPECT_FALSE(Exists(BoostFlag()));
+}
+
+TEST_F(TimeTimer, TheAlarmIsDestroyedAfterTheDecision) {
+  EXPECT_THAT(fake::Alarms(), SizeIs(1));
+  EXPECT_TRUE(Handle(1004));
+  EXPECT_THAT(fake::Alarms(), IsEmpty());
+}
+
+TEST_F(TimeTimer, AFlagThatCannotBeMadeEndsInTheTaskAndKeepsTheAlarm) {
+  MakeCurrentChannelBoost();
+  RemoveDataDirectory();
+  EXPECT_TRUE(Handle(1004));
+  EXPECT_THAT(fake::LogTexts(6),
+              ElementsAre(testing::AllOf(testing::StartsWith("[ERROR] exception : "),
+                                         testing::HasSubstr("data/hbb_boost"))));
+  EXPECT_THAT(fake::Alarms(), SizeIs(1));
+}
+
+class HbbtvStatus : public BoostTest {
+ protected:
+  void SetStatus(int value) {
+    fake::SetKey(kStatusKey, value);
+    fake::DeliverKeyChanges();
+  }
+};
+
+TEST_F(HbbtvStatus, SixLaunchesTheFirstScreenOnce) {
+  MakeBoostFlag();
+  SetStatus(6);
+  EXPECT_THAT(
+      fake::LogTexts(),
+      ElementsAre("[Debug] vconf_hbbtv_status_cb", "[Debug] VCONFKEY_HBBTV_CHANGED value 6",
+                  "[Debug] LAUNCHING fisrtscreen app", "[Info] rAppID : com.kalmora.tv.csfs"));
+  EXPECT_THAT(LaunchedApps(), ElementsAre(kFirstScreenApp));
+  EXPECT_TRUE(Exists(kReadyFile));
+  EXPECT_FALSE(Exists(std::string(kReadyFile) + "_dummy"));
+  EXPECT_TRUE(Exists(BoostFlag())) << "the flag is not this path's to remove";
+  EXPECT_EQ(fake::KeySubscriptions(kStatusKey), 0u);
+  SetStatus(6);
+  EXPECT_THAT(LaunchedApps(), SizeIs(1));
+}
+
+TEST_F(HbbtvStatus, TenLaunchesTheFirstScreenToo) {
+  SetStatus(10);
+  EXPECT_THAT(LaunchedApps(), ElementsAre(kFirstScreenApp));
+  EXPECT_EQ(fake::KeySubscriptions(kStatusKey), 0u);
+}
+
+TEST_F(HbbtvStatus, TheReadyFileIsThereBeforeTheLaunch) {
+  bool ready = false;
+  fake::SetLaunchHook([&](const fake::Launch&) {
+    ready = Exists(kReadyFile);
+    return 0;
+  });
+  SetStatus(6);
+  EXPECT_TRUE(ready);
+}
+
+TEST_F(HbbtvStatus, OtherValuesDoNothing) {
+  for (const int value : {2, 7, 14, -1, 0, 5, 8, 9, 11}) {
+    fake::ClearLog();
+    SetStatus(value);
+    EXPECT_THAT(fake::LogTexts(),
+                ElementsAre("[Debug] vconf_hbbtv_status_cb",
+                            "[Debug] VCONFKEY_HBBTV_CHANGED value " + std::to_string(value)));
+  }
+  EXPECT_THAT(LaunchedApps(), IsEmpty());
+  EXPECT_FALSE(Exists(kReadyFile));
+  EXPECT_EQ(fake::KeySubscriptions(kStatusKey), 1u);
+}
+
+TEST_F(HbbtvStatus, AnUnreadableKeyIsAnErrorAndTheCallbackStays) {
+  fake::Fail("vconf_get_int");
+  SetStatus(6);
+  EXPECT_THAT(fake::LogTexts(),
+              ElementsAre("[Debug] vconf_hbbtv_status_cb", "[ERROR] vconf_get_int() failed."));
+  EXPECT_THAT(LaunchedApps(), IsEmpty());
+  EXPECT_EQ(fake::KeySubscriptions(kStatusKey), 1u);
+}
+
+TEST_F(HbbtvStatus, AfterTheDecisionTheNextChangeOnlyUnregisters) {
+  Handle(1004);
+  fake::ClearLog();
+  fake::ClearCalls();
+  SetStatus(6);
+  EXPECT_THAT(fake::LogTexts(),
+              ElementsAre("[Debug] vconf_hbbtv_status_cb", "[Debug] first screen already run"));
+  EXPECT_THAT(fake::CallTexts(),
+              ElementsAre("vconf_ignore_key_changed(memory/hbbtv_status, set) = 0"));
+  EXPECT_THAT(LaunchedApps(), IsEmpty());
+}
+
+TEST_F(HbbtvStatus, ARefusedLaunchCountsAsLaunched) {
+  fake::QueueLaunchResults({-13});
+  SetStatus(6);
+  EXPECT_EQ(fake::KeySubscriptions(kStatusKey), 0u);
+}
+
+TEST_F(HbbtvStatus, AReadyFileThatCannotBeMadeEndsInTheCallback) {
+  support::MakeDirectories(std::string(kReadyFile) + "/not-empty");
+  EXPECT_NO_THROW(SetStatus(6));
+  EXPECT_THAT(fake::LogTexts(6), ElementsAre(testing::StartsWith("[ERROR] exception : ")));
+  EXPECT_THAT(LaunchedApps(), IsEmpty());
+  EXPECT_EQ(fake::KeySubscriptions(kStatusKey), 1u) << "the next change tries again";
+}
+
+class TvSignal : public BoostTest {
+ protected:
+  void Tune(std::uint64_t service) { fake::FireTvSignalOnThread(103, fake::Payload(service)); }
+};
+
+TEST_F(TvSignal, ATuneToABoostingServiceMakesTheFlag) {
+  AddBoostingService("true");
+  Tune(kService);
+  EXPECT_TRUE(Exists(BoostFlag()));
+  EXPECT_THAT(fake::LogTexts(),
+              ElementsAre("[Info] signalType[103]", "[Info] SIGNAL_TUNE_TO_SERVICEID",
+                          "[Info] ch.app.boosting value is true", "[Info] boosting hbbTV App"));
+  EXPECT_EQ(fake::CallCount("FCTask::Send"), 0u) << "the work is done in the callback";
+}
+
+TEST_F(TvSignal, AFlagThatIsThereIsMadeAgain) {
+  AddBoostingService("true");
+  support::WriteFile(BoostFlag(), "old");
+  Tune(kService);
+  EXPECT_EQ(support::ReadFile(BoostFlag()), "");
+}
+
+TEST_F(TvSignal, ATuneToAnotherServiceRemovesTheFlag) {
+  AddBoostingService("false");
+  MakeBoostFlag();
+  Tune(kService);
+  EXPECT_FALSE(Exists(BoostFlag()));
+  EXPECT_THAT(
+      fake::LogTexts(),
+      ElementsAre("[Info] signalType[103]", "[Info] SIGNAL_TUNE_TO_SERVICEID",
+                  "[Info] ch.app.boosting value is false", "[Info] non boosting hbbTV App"));
+}
+
+TEST_F(TvSignal, AFailedLookUpOnATuneRemovesTheFlag) {
+  AddBoostingService("true");
+  MakeBoostFlag();
+  fake::Fail("TVServiceAPI::CreateService");
+  Tune(kService);
+  EXPECT_FALSE(Exists(BoostFlag()));
+}
+
+TEST_F(TvSignal, OnlyTheFirstEightBytesOfATuneAreTheService) {
+  AddBoostingService("true");
+  std::vector<std::uint8_t> payload = fake::Payload(kService);
+  payload.insert(payload.end(), 16, 0xFF);
+  fake::FireTvSignal(103, payload);
+  EXPECT_TRUE(Exists(BoostFlag()));
+}
+
+TEST_F(TvSignal, FourSignalsRemoveTheFlag) {
+  for (const int signal : {25, 135, 170, 2560}) {
+    MakeBoostFlag();
+    fake::ClearLog();
+    EXPECT_EQ(fake::FireTvSignal(signal), 1u);
+    EXPECT_FALSE(Exists(BoostFlag())) << signal;
+    EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] signalType[" + std::to_string(signal) + "]",
+                                              "[Info] non boosting hbbTV App"));
+  }
+}
+
+TEST_F(TvSignal, RemovingAnAbsentFlagIsNoError) {
+  EXPECT_EQ(fake::FireTvSignal(25), 1u);
+  EXPECT_THAT(fake::LogTexts(6), IsEmpty());
+}
+
+TEST_F(TvSignal, ActivationIsPostedToTheTask) {
+  EXPECT_EQ(fake::FireTvSignal(75), 1u);
+  EXPECT_THAT(fake::CallTexts({"FCTask::Send"}),
+              ElementsAre("FCTask::Send(ORVInstaller, 75, false, false) = true"));
+  Drain();
+  EXPECT_THAT(fake::LogTexts(), HasLog("[Info] SIGNAL_TVS_ACTIVATE event comming"));
+}
+
+TEST_F(TvSignal, AnyOtherSignalIsOnlyLogged) {
+  MakeBoostFlag();
+  const std::uint64_t data = 0;
+  EXPECT_EQ(tvs_signal_callback(104, &data, nullptr), 1);
+  EXPECT_TRUE(Exists(BoostFlag()));
+  EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] signalType[104]"));
+  EXPECT_EQ(fake::CallCount("FCTask::Send"), 0u);
+}
+
+TEST_F(TvSignal, EverySignalIsAnsweredWithOne) {
+  const std::uint64_t data = 0;
+  for (const int signal : {75, 103, 25, 135, 170, 2560, 1}) {
+    EXPECT_EQ(tvs_signal_callback(signal, &data, nullptr), 1) << signal;
+  }
+  Drain();
+}
+
+TEST_F(TvSignal, AFlagThatCannotBeMadeEndsInTheCallback) {
+  AddBoostingService("true");
+  RemoveDataDirectory();
+  EXPECT_EQ(tvs_signal_callback(103, fake::Payload(kService).data(), nullptr), 1);
+  EXPECT_THAT(fake::LogTexts(6), ElementsAre(testing::StartsWith("[ERROR] exception : ")));
+}
+
+TEST_F(TvSignal, WithoutADataPathTheFlagIsABareName) {
+  AddBoostingService("true");
+  MakeBoostFlag();
+  fake::Fail("app_get_data_path");
+  EXPECT_NO_THROW(fake::FireTvSignal(25));
+  EXPECT_TRUE(Exists(BoostFlag()));
+  EXPECT_THAT(fake::LogTexts(6), IsEmpty());
+}
+
+}  // namespace

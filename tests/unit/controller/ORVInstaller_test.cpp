@@ -1,0 +1,420 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#include "controller/ORVInstaller.h"
+
+#include <algorithm>
+#include <functional>
+#include <memory>
+#include <thread>
+
+#include "controller/allocations.h"
+#include "controller/installer_fixture.h"
+
+namespace {
+
+using support::HasLog;
+using support::HasLogsInOrder;
+using support::Texts;
+using testing::Each;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
+using testing::SizeIs;
+
+constexpr unsigned int kValidationMs = 1800 * 1000;
+const char kResetKey[] = "db/tellahub/reset/apps";
+const char kStatusKey[] = "memory/hbbtv_status";
+
+/// Creation, step by step: nothing is created before the test says so.
+class ORVInstallerCreation : public InstallerTest {
+ protected:
+  void Create() { ORVInstaller::GetInstance(); }
+  void CreateAndWaitForTheTask() {
+    Create();
+    // With a failed subscriber t_Create() ends early; a handled event says that it has ended.
+    FSEvent event;
+    event.pReceiver = ORVInstaller::GetInstance();
+    event.type = 999;
+    ASSERT_TRUE(ORVInstaller::GetInstance()->Send(event, false, true));
+  }
+  static std::vector<fake::LogRecord> LogsOf(const std::string& thread) {
+    std::vector<fake::LogRecord> logs = fake::Logs();
+    logs.erase(std::remove_if(logs.begin(), logs.end(),
+                              [&](const fake::LogRecord& log) { return log.thread != thread; }),
+               logs.end());
+    return logs;
+  }
+};
+
+TEST_F(ORVInstallerCreation, IsOneTaskOfItsName) {
+  Create();
+  EXPECT_EQ(ORVInstaller::GetInstance(), ORVInstaller::GetInstance());
+  EXPECT_EQ(ORVInstaller::GetInstance()->GetName(), "ORVInstaller");
+  EXPECT_THAT(fake::CallTexts({"FCTask::Create"}),
+              ElementsAre("FCTask::Create(ORVInstaller, 1000, 8192) = true"));
+  EXPECT_EQ(fake::LogTexts().at(0), "[Info] ");
+}
+
+TEST_F(ORVInstallerCreation, TheStepsOfTheMainThreadComeInOrder) {
+  RecordingApp app("a");
+  Create();
+  const std::vector<std::string> names = {"FCTask::Create",         "vconf_get_int",
+                                          "package_manager_create", "package_manager_set_event_cb",
+                                          "g_timeout_add_seconds",  "vconf_notify_key_changed"};
+  std::vector<std::string> texts;
+  for (const fake::Call& call : fake::Calls()) {
+    if (call.threadID == std::this_thread::get_id() &&
+        std::find(names.begin(), names.end(), call.name) != names.end()) {
+      texts.push_back(fake::ToText(call));
+    }
+  }
+  EXPECT_THAT(texts,
+              ElementsAre("FCTask::Create(ORVInstaller, 1000, 8192) = true",
+                          "vconf_get_int(db/factory/factory_reset_count) = -1",
+                          "vconf_get_int(db/factory/service_reset_count) = -1",
+                          "package_manager_create() = 0",
+                          "package_manager_set_event_cb(package_manager#1, set, null) = 0",
+                          "g_timeout_add_seconds(1800, set, null) = 1",
+                          "vconf_notify_key_changed(db/tellahub/reset/apps, set, null) = 0"));
+  EXPECT_THAT(RecordingApp::Operations(), ElementsAre("a.run(true)", "a.run(true)"));
+}
+
+TEST_F(ORVInstallerCreation, AFailedTaskIsLoggedAndTheRestIsDone) {
+  fake::Fail("FCTask::Create", 0);
+  Create();
+  EXPECT_THAT(fake::LogTexts(6), HasLog("[ERROR] FCTask::Create() is failed."));
+  EXPECT_EQ(fake::PackageEventCallbacks(), 1u);
+  EXPECT_EQ(fake::KeySubscriptions(kResetKey), 1u);
+}
+
+TEST_F(ORVInstallerCreation, StoredAppsRunTwiceAtStart) {
+  RecordingApp a("a");
+  RecordingApp b("b");
+  Create();
+  EXPECT_THAT(RecordingApp::Operations(),
+              ElementsAre("a.run(true)", "b.run(true)", "a.run(true)", "b.run(true)"));
+}
+
+TEST_F(ORVInstallerCreation, TheInstanceIsPublishedLast) {
+  // A record that asks for the instance while the constructor runs it does not find one: nothing
+  // guards the creation.
+  RecordingApp app("a");
+  ORVInstaller* nested = nullptr;
+  app.SetHook([&] {
+    app.SetHook(nullptr);
+    nested = ORVInstaller::GetInstance();
+  });
+  ORVInstaller* outer = ORVInstaller::GetInstance();
+  ASSERT_NE(nested, nullptr);
+  EXPECT_NE(nested, outer);
+  EXPECT_EQ(ORVInstaller::GetInstance(), outer);
+  delete nested;
+}
+
+TEST_F(ORVInstallerCreation, ADecisionAboutTheFirstScreenBeforeTheEndIsForgotten) {
+  // The task takes its decision while the constructor still runs the records.
+  RecordingApp app("a");
+  app.SetHook([&] {
+    app.SetHook(nullptr);
+    ASSERT_TRUE(support::WaitFor([] { return fake::FireAlarms(1004) == 1; }, "the alarm"));
+    ASSERT_TRUE(support::WaitFor([] { return fake::CallCount("FCStateAlarm::Destroy") == 1; },
+                                 "the end of the decision"));
+  });
+  Create();
+  fake::SetKey(kStatusKey, 2);
+  fake::DeliverKeyChanges();
+  EXPECT_THAT(fake::LogTexts(), HasLog("[Debug] VCONFKEY_HBBTV_CHANGED value 2"));
+  EXPECT_THAT(fake::LogTexts(), Not(HasLog("[Debug] first screen already run")));
+}
+
+TEST_F(ORVInstallerCreation, AFailedPackageManagerMeansNoTimerAndNoResetKey) {
+  fake::Fail("package_manager_create", -12);
+  Create();
+  EXPECT_THAT(fake::LogTexts(6), HasLog("[ERROR] failed to package_manager_create : -12"));
+  EXPECT_EQ(fake::CallCount("package_manager_set_event_cb"), 0u);
+  EXPECT_THAT(fake::TimersOf(kValidationMs), IsEmpty());
+  EXPECT_EQ(fake::KeySubscriptions(kResetKey), 0u);
+}
+
+TEST_F(ORVInstallerCreation, AFailedEventCallbackMeansNoTimerAndNoResetKey) {
+  fake::Fail("package_manager_set_event_cb", -5);
+  Create();
+  EXPECT_THAT(fake::LogTexts(6), HasLog("[ERROR] failed to package_manager_set_event_cb : -5"));
+  EXPECT_THAT(fake::TimersOf(kValidationMs), IsEmpty());
+  EXPECT_EQ(fake::KeySubscriptions(kResetKey), 0u);
+}
+
+TEST_F(ORVInstallerCreation, ARefusedResetKeyIsALogLine) {
+  // The task asks for its own key on its own thread: every request fails here.
+  fake::Fail("vconf_notify_key_changed", -1, fake::kForever);
+  CreateAndWaitForTheTask();
+  EXPECT_THAT(fake::LogTexts(6),
+              support::HasLogTimes("[ERROR] failed to vconf_notify_key_changed().", 2));
+  EXPECT_THAT(fake::TimersOf(kValidationMs), SizeIs(1));
+  EXPECT_THAT(fake::Alarms(), SizeIs(1));
+}
+
+TEST_F(ORVInstallerCreation, TheTaskSubscribesInOrderAndStartsItsAlarm) {
+  CreateAndWaitForTheTask();
+  std::vector<int> signals;
+  for (const fake::TvSubscription& subscription : fake::TvSubscriptions()) {
+    signals.push_back(subscription.signal);
+    EXPECT_THAT(subscription.arguments, ElementsAre(0, 1, 0, 0)) << subscription.signal;
+  }
+  EXPECT_THAT(signals, ElementsAre(75, 135, 103, 170, 25, 2560));
+  EXPECT_THAT(fake::ProxySubscriptions(), ElementsAre(90014));
+  EXPECT_EQ(fake::KeySubscriptions(kStatusKey), 1u);
+  ASSERT_THAT(fake::Alarms(), SizeIs(1));
+  EXPECT_EQ(fake::Alarms()[0].task, "ORVInstaller");
+  EXPECT_EQ(fake::Alarms()[0].type, 1004u);
+  EXPECT_EQ(fake::Alarms()[0].periodMs, 1000);
+  EXPECT_EQ(fake::Alarms()[0].left, 1);
+  EXPECT_THAT(fake::LogTexts(), HasLog("[Info] start timer"));
+}
+
+TEST_F(ORVInstallerCreation, TheProxyComesBeforeTheTvServiceAndTheKeyBeforeTheAlarm) {
+  CreateAndWaitForTheTask();
+  std::vector<std::string> names;
+  for (const fake::Call& call : fake::Calls()) {
+    if (call.thread == "ORVInstaller") {
+      names.push_back(call.name);
+    }
+  }
+  EXPECT_THAT(names, ElementsAre("FIIPCConnection::GetInstance", "FCEMSProxy::GetInstance",
+                                 "FCEMSProxy::Subscribe", "TVServiceAPI::CreateSignalSubscriber",
+                                 "TCSignalSubscriber::Subscribe", "TCSignalSubscriber::Subscribe",
+                                 "TCSignalSubscriber::Subscribe", "TCSignalSubscriber::Subscribe",
+                                 "TCSignalSubscriber::Subscribe", "TCSignalSubscriber::Subscribe",
+                                 "vconf_notify_key_changed", "FCStateAlarm::Create"));
+}
+
+TEST_F(ORVInstallerCreation, WithoutAProxyTheTaskSubscribesToNothing) {
+  fake::Fail("FCEMSProxy::GetInstance");
+  CreateAndWaitForTheTask();
+  EXPECT_THAT(fake::LogTexts(6), HasLog("[ERROR] pTvmesaSignalSubscriber is NULL"));
+  EXPECT_THAT(fake::TvSubscriptions(), IsEmpty());
+  EXPECT_EQ(fake::KeySubscriptions(kStatusKey), 0u);
+  EXPECT_THAT(fake::Alarms(), IsEmpty());
+}
+
+TEST_F(ORVInstallerCreation, AFailedTvServiceLeavesTheProxySubscribed) {
+  fake::Fail("TVServiceAPI::CreateSignalSubscriber", 1);
+  CreateAndWaitForTheTask();
+  EXPECT_THAT(fake::LogTexts(6), HasLog("[ERROR] pSignalSubscriber is NULL"));
+  EXPECT_THAT(fake::ProxySubscriptions(), ElementsAre(90014));
+  EXPECT_THAT(fake::TvSubscriptions(), IsEmpty());
+  EXPECT_EQ(fake::KeySubscriptions(kStatusKey), 0u);
+  EXPECT_THAT(fake::Alarms(), IsEmpty());
+}
+
+TEST_F(ORVInstallerCreation, ATvServiceThatGivesNoSubscriberCountsAsFailed) {
+  fake::Fail("TVServiceAPI::CreateSignalSubscriber", 0);
+  CreateAndWaitForTheTask();
+  EXPECT_THAT(fake::LogTexts(6), HasLog("[ERROR] pSignalSubscriber is NULL"));
+  EXPECT_THAT(fake::Alarms(), IsEmpty());
+}
+
+TEST_F(ORVInstallerCreation, TheDestructorLetsGoOfThePackageManagerTheAlarmAndTheThread) {
+  CreateAndWaitForTheTask();
+  fake::ClearCalls();
+  delete ORVInstaller::GetInstance();
+  const std::vector<std::string> names = fake::CallNames();
+  EXPECT_THAT(std::vector<std::string>(names.begin(), names.begin() + 4),
+              ElementsAre("package_manager_unset_event_cb", "package_manager_destroy",
+                          "FCStateAlarm::Destroy", "FCTask::Destroy"));
+  EXPECT_EQ(fake::OpenHandles("package_manager"), 0u);
+}
+
+TEST_F(ORVInstallerCreation, TheDestructorLeavesAloneWhatWasNeverCreated) {
+  fake::Fail("package_manager_create");
+  fake::Fail("FCEMSProxy::GetInstance");
+  CreateAndWaitForTheTask();
+  fake::ClearCalls();
+  delete ORVInstaller::GetInstance();
+  EXPECT_EQ(fake::CallCount("package_manager_unset_event_cb"), 0u);
+  EXPECT_EQ(fake::CallCount("package_manager_destroy"), 0u);
+  EXPECT_THAT(fake::CallNames().at(0), "FCTask::Destroy");
+}
+
+/// Sending and the callbacks that only post. The task's own thread handles what is posted.
+class ORVInstallerSending : public InstallerTest {
+ protected:
+  static std::vector<std::string> Sent() { return fake::CallTexts({"FCTask::Send"}); }
+};
+
+TEST_F(ORVInstallerSending, AnEventGoesToTheTaskWithItsPayload) {
+  EXPECT_TRUE(Installer().t_SendEvent(999, nullptr));
+  EXPECT_THAT(Sent(), ElementsAre("FCTask::Send(ORVInstaller, 999, false, false) = true"));
+  Drain();
+  EXPECT_THAT(fake::LogTexts(),
+              HasLogsInOrder(Texts({"[Info] event_type[999]", "[Info] pEvent : 999"})));
+}
+
+TEST_F(ORVInstallerSending, ARefusedEventIsLoggedWithTheSizeOfTheQueueAndItsPayloadStays) {
+  auto payload = std::make_unique<std::string>("com.example.a-name-that-is-not-in-place");
+  Installer();
+  fake::Fail("FCTask::Send", 0);
+  EXPECT_FALSE(Installer().t_SendEvent(1000, payload.get()));
+  const std::string p0 =
+      std::to_string(static_cast<int>(reinterpret_cast<std::intptr_t>(payload.get())));
+  EXPECT_THAT(fake::LogTexts(),
+              ElementsAre("[Info] event_type[1000]",
+                          "[ERROR] Send() return false!!, Name[ORVInstaller] Type[1000] P0[" + p0 +
+                              "] P1[0] Size[0]"));
+  EXPECT_EQ(*payload, "com.example.a-name-that-is-not-in-place");
+}
+
+TEST_F(ORVInstallerSending, AFullQueueRefusesAndTellsItsSize) {
+  Installer();
+  fake::SetRecording(false);
+  RecordingApp app("held");
+  Gate gate;
+  app.SetHook([&gate] { gate.Pass(); });
+  ASSERT_TRUE(Installer().t_SendEvent(90014, nullptr));
+  ASSERT_TRUE(gate.WaitUntilReached());
+  int accepted = 0;
+  while (accepted <= 0x2000 && Installer().t_SendEvent(1005, nullptr)) {
+    ++accepted;
+  }
+  EXPECT_EQ(accepted, 0x2000);
+  EXPECT_EQ(fake::LogTexts(6).back(),
+            "[ERROR] Send() return false!!, Name[ORVInstaller] Type[1005] P0[0] P1[0] Size[8192]");
+  Installer().t_PurgeEvents();
+  gate.Open();
+  Drain();
+}
+
+TEST_F(ORVInstallerSending, PurgingDropsWhatWaitsInTheTasksQueue) {
+  Installer();
+  RecordingApp app("held");
+  Gate gate;
+  app.SetHook([&gate] { gate.Pass(); });
+  ASSERT_TRUE(Installer().t_SendEvent(90014, nullptr));
+  ASSERT_TRUE(gate.WaitUntilReached());
+  Installer().t_SendEvent(1005, nullptr);
+  Installer().t_SendEvent(1005, nullptr);
+  EXPECT_EQ(Installer().GetQueue()->Size(), 2);
+  Installer().t_PurgeEvents();
+  EXPECT_EQ(Installer().GetQueue()->Size(), 0);
+  gate.Open();
+  Drain();
+  EXPECT_THAT(fake::LogTexts(6), Not(HasLog("[ERROR] Invalid EventType : 1005")));
+}
+
+TEST_F(ORVInstallerSending, CompletedPackageEventsArePostedByKind) {
+  Installer();
+  fake::FirePackageEvent("p", PACKAGE_MANAGER_EVENT_TYPE_INSTALL);
+  fake::FirePackageEvent("p", PACKAGE_MANAGER_EVENT_TYPE_UNINSTALL);
+  fake::FirePackageEvent("p", PACKAGE_MANAGER_EVENT_TYPE_UPDATE);
+  EXPECT_THAT(Sent(), ElementsAre("FCTask::Send(ORVInstaller, 1000, false, false) = true",
+                                  "FCTask::Send(ORVInstaller, 1002, false, false) = true",
+                                  "FCTask::Send(ORVInstaller, 1001, false, false) = true"));
+  Drain();
+}
+
+TEST_F(ORVInstallerSending, PackageEventsThatAreNotCompletedPostNothing) {
+  Installer();
+  for (const auto type : {PACKAGE_MANAGER_EVENT_TYPE_INSTALL, PACKAGE_MANAGER_EVENT_TYPE_UNINSTALL,
+                          PACKAGE_MANAGER_EVENT_TYPE_UPDATE}) {
+    for (const auto state :
+         {PACKAGE_MANAGER_EVENT_STATE_STARTED, PACKAGE_MANAGER_EVENT_STATE_PROCESSING,
+          PACKAGE_MANAGER_EVENT_STATE_FAILED}) {
+      EXPECT_EQ(fake::FirePackageEvent("p", type, state), 1u);
+    }
+  }
+  EXPECT_THAT(Sent(), IsEmpty());
+  EXPECT_THAT(fake::LogTexts(), IsEmpty());
+}
+
+TEST_F(ORVInstallerSending, AnUnknownKindOfPackageEventPostsNothing) {
+  Installer();
+  PackageManagerEventCallback("wgt", "p", static_cast<package_manager_event_type_e>(3),
+                              PACKAGE_MANAGER_EVENT_STATE_COMPLETED, 100,
+                              PACKAGE_MANAGER_ERROR_NONE, nullptr);
+  EXPECT_THAT(Sent(), IsEmpty());
+}
+
+TEST_F(ORVInstallerSending, ThePackageIdIsCopiedBeforeTheCallbackReturns) {
+  Installer();
+  std::string package = "com.example.package-with-a-long-name";
+  PackageManagerEventCallback("wgt", package.c_str(), PACKAGE_MANAGER_EVENT_TYPE_UNINSTALL,
+                              PACKAGE_MANAGER_EVENT_STATE_COMPLETED, 100,
+                              PACKAGE_MANAGER_ERROR_NONE, nullptr);
+  package.assign(package.size(), '#');
+  Drain();
+  EXPECT_THAT(fake::LogTexts(), HasLog("[Info] packageID : com.example.package-with-a-long-name"));
+}
+
+TEST_F(ORVInstallerSending, APackageEventWithoutAPackageEndsInTheCallback) {
+  Installer();
+  EXPECT_NO_THROW(PackageManagerEventCallback("wgt", nullptr, PACKAGE_MANAGER_EVENT_TYPE_INSTALL,
+                                              PACKAGE_MANAGER_EVENT_STATE_COMPLETED, 100,
+                                              PACKAGE_MANAGER_ERROR_NONE, nullptr));
+  EXPECT_THAT(Sent(), IsEmpty());
+  EXPECT_THAT(fake::LogTexts(6), ElementsAre(testing::StartsWith("[ERROR] exception : ")));
+}
+
+TEST_F(ORVInstallerSending, TheProxySignalIsPostedUnderItsNumber) {
+  Installer();
+  EXPECT_EQ(tvmesa_signal_callback(90014, nullptr), 1);
+  EXPECT_THAT(Sent(), ElementsAre("FCTask::Send(ORVInstaller, 90014, false, false) = true"));
+  EXPECT_EQ(fake::LogTexts().at(0), "[Info] signalType[90014]");
+  Drain();
+}
+
+TEST_F(ORVInstallerSending, AnotherProxySignalIsOnlyLogged) {
+  Installer();
+  EXPECT_EQ(tvmesa_signal_callback(90013, nullptr), 1);
+  EXPECT_THAT(Sent(), IsEmpty());
+  EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] signalType[90013]"));
+}
+
+TEST_F(ORVInstallerSending, TheProxyCallsBackThroughItsSubscription) {
+  Installer();
+  EXPECT_TRUE(fake::FireProxySignal(90014));
+  EXPECT_THAT(Sent(), ElementsAre("FCTask::Send(ORVInstaller, 90014, false, false) = true"));
+  Drain();
+}
+
+TEST_F(ORVInstallerSending, TheValidationTimerFiresOnceAfterHalfAnHour) {
+  Installer();
+  EXPECT_EQ(fake::AdvanceTimers(kValidationMs - 1), 0u);
+  EXPECT_EQ(fake::AdvanceTimers(1), 1u);
+  EXPECT_THAT(Sent(), ElementsAre("FCTask::Send(ORVInstaller, 1003, false, false) = true"));
+  EXPECT_THAT(fake::TimersOf(kValidationMs), IsEmpty());
+  Drain();
+}
+
+TEST_F(ORVInstallerSending, TheAlarmPostsTheTimeTimerAndIsDestroyedByIt) {
+  Installer();
+  EXPECT_EQ(fake::FireAlarms(1004), 1u);
+  Drain();
+  EXPECT_THAT(fake::LogTexts(), HasLog("[Info] TVS Time Timer"));
+  EXPECT_EQ(fake::CallCount("FCStateAlarm::Destroy"), 1u);
+  Handle(1004);
+  EXPECT_EQ(fake::CallCount("FCStateAlarm::Destroy"), 1u) << "a stopped alarm is left alone";
+}
+
+TEST_F(ORVInstallerSending, AnExceptionEndsInEveryCallbackThatOnlyPosts) {
+  Installer();
+  const std::vector<std::function<int()>> callbacks = {
+      [] { return tvmesa_signal_callback(90014, nullptr) == 1 ? 0 : 1; },
+      [] { return tvs_signal_callback(75, nullptr, nullptr) == 1 ? 0 : 1; },
+      [] { return ValidationTimerCallback(nullptr); },
+      [] {
+        PackageManagerEventCallback("wgt", "p", PACKAGE_MANAGER_EVENT_TYPE_INSTALL,
+                                    PACKAGE_MANAGER_EVENT_STATE_COMPLETED, 100,
+                                    PACKAGE_MANAGER_ERROR_NONE, nullptr);
+        return 0;
+      }};
+  for (const auto& callback : callbacks) {
+    fake::ClearLog();
+    allocations::FailNext();
+    EXPECT_NO_THROW(EXPECT_EQ(callback(), 0));
+    EXPECT_FALSE(allocations::CancelFailure());
+    EXPECT_THAT(fake::LogTexts(6), ElementsAre("[ERROR] exception : std::bad_alloc"));
+  }
+  EXPECT_THAT(Sent(), IsEmpty());
+}
+
+}  // namespace

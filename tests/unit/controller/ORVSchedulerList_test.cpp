@@ -1,0 +1,343 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+// Requests of the decorators, and what is launched when.
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <fstream>
+#include <functional>
+#include <future>
+#include <thread>
+
+#include "controller/gate.h"
+#include "controller/scheduler_fixture.h"
+
+namespace {
+
+using support::HasLog;
+using support::HasLogsInOrder;
+using support::Texts;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
+using testing::SizeIs;
+
+class SchedulerRequest : public SchedulerTest {
+ protected:
+  static void Request(int type, const std::string& package) {
+    std::string text = package;
+    ORVScheduler::RequestEvent(type, text.data());
+  }
+};
+
+TEST_F(SchedulerRequest, OtherTypesAreInvalid) {
+  Scheduler();
+  for (const int type : {999, 1002, 1006}) {
+    Forget();
+    Request(type, "a");
+    EXPECT_THAT(fake::LogTexts(),
+                ElementsAre("[Info] EventType : " + std::to_string(type),
+                            "[Debug] Invalid EventType : " + std::to_string(type)));
+  }
+  EXPECT_THAT(Sent(), IsEmpty());
+}
+
+TEST_F(SchedulerRequest, ARequestWithoutAPackageIsLogged) {
+  Scheduler();
+  ORVScheduler::RequestEvent(EVENT_ADD_ITEM, nullptr);
+  ORVScheduler::RequestEvent(EVENT_DELETE_ITEM, nullptr);
+  EXPECT_THAT(fake::LogTexts(),
+              ElementsAre("[Info] EventType : 1000", "[Debug] [EVENT_ADD_ITEM]",
+                          "[Debug] pParam is NULL", "[Info] EventType : 1001",
+                          "[Debug] [EVENT_DELETE_ITEM]", "[Debug] pParam is NULL"));
+  EXPECT_THAT(Sent(), IsEmpty());
+}
+
+TEST_F(SchedulerRequest, AnAddWhileStoppedAsksForAStart) {
+  CustomFeeder a("a");
+  Scheduler();
+  Request(EVENT_ADD_ITEM, "a");
+  EXPECT_EQ(AppInfoCache::GetInstance()->GetSchedulingListSize(), 1);
+  EXPECT_THAT(Sent(), ElementsAre("1002"));
+  Drain();
+}
+
+TEST_F(SchedulerRequest, AnAddWhileRunningAsksForTheNextItem) {
+  CustomFeeder a("a");
+  StartedScheduler();
+  Forget();
+  Request(EVENT_ADD_ITEM, "a");
+  EXPECT_THAT(Sent(), ElementsAre("1005"));
+  Drain();
+  EXPECT_THAT(LaunchedApps(), ElementsAre("a.service"));
+}
+
+TEST_F(SchedulerRequest, AnAddOfAnUnknownPackagePostsAllTheSame) {
+  Scheduler();
+  Request(EVENT_ADD_ITEM, "nobody");
+  EXPECT_THAT(fake::LogTexts(),
+              HasLogsInOrder(Texts({"[Info] EventType : 1000", "[Debug] [EVENT_ADD_ITEM]",
+                                    "[Info] rPackageID : nobody",
+                                    "[Debug] Cannot find the target PackageID in m_mapAppList : "
+                                    "nobody"})));
+  EXPECT_THAT(Sent(), ElementsAre("1002"));
+  Drain();
+}
+
+TEST_F(SchedulerRequest, AnAddPutsThePackageFirstAndOnce) {
+  CustomFeeder a("a");
+  CustomFeeder b("b");
+  Scheduler();
+  Request(EVENT_ADD_ITEM, "a");
+  Request(EVENT_ADD_ITEM, "b");
+  Request(EVENT_ADD_ITEM, "a");
+  Drain();
+  EXPECT_EQ(AppInfoCache::GetInstance()->GetSchedulingListSize(), 2);
+  SchedulingItem item;
+  ASSERT_TRUE(AppInfoCache::GetInstance()->GetNextSchedulingItem(item));
+  EXPECT_EQ(item.package_id, "a");
+}
+
+TEST_F(SchedulerRequest, AnAddOfTheCurrentPackageKillsItsServiceAppAndRelaunchesIt) {
+  CustomFeeder a("a");
+  StartedScheduler();
+  fake::SetRunning("a.service", 4711);
+  Forget();
+  Request(EVENT_ADD_ITEM, "a");
+  EXPECT_THAT(KilledPids(), ElementsAre(4711));
+  Drain();
+  EXPECT_THAT(LaunchedApps(), ElementsAre("a.service"));
+}
+
+TEST_F(SchedulerRequest, AnAddOfAnotherPackageKillsNothingByItself) {
+  CustomFeeder a("a");
+  CustomFeeder b("b");
+  MakeCurrent(a.record);
+  Request(EVENT_ADD_ITEM, "b");  // posts a start, which is dropped without network time
+  Drain();
+  EXPECT_THAT(KilledPids(), IsEmpty());
+}
+
+TEST_F(SchedulerRequest, ADeleteTakesThePackageOffTheListAndPostsNothing) {
+  CustomFeeder a("a");
+  CustomFeeder b("b");
+  Scheduler();
+  AppInfoCache::GetInstance()->ResetSchedulingList();
+  Request(EVENT_DELETE_ITEM, "a");
+  Request(EVENT_DELETE_ITEM, "b");
+  EXPECT_EQ(AppInfoCache::GetInstance()->GetSchedulingListSize(), 0);
+  EXPECT_THAT(Sent(), IsEmpty());
+}
+
+TEST_F(SchedulerRequest, ADeleteOfWhatIsNotOnTheListIsLogged) {
+  Scheduler();
+  Request(EVENT_DELETE_ITEM, "nobody");
+  EXPECT_THAT(
+      fake::LogTexts(),
+      ElementsAre("[Info] EventType : 1001", "[Debug] [EVENT_DELETE_ITEM]",
+                  "[Info] rPackageID : nobody",
+                  "[Debug] Cannot find the target PackageID in m_vSchedulingList : nobody"));
+}
+
+TEST_F(SchedulerRequest, ADeleteOfTheCurrentPackageKillsItsServiceAppAndStartsNoOther) {
+  CustomFeeder a("a");
+  CustomFeeder b("b");
+  MakeCurrent(a.record, 4711);
+  AppInfoCache::GetInstance()->AddSchedulingItem("b");
+  Request(EVENT_DELETE_ITEM, "a");
+  EXPECT_THAT(KilledPids(), ElementsAre(4711));
+  EXPECT_THAT(Sent(), IsEmpty());
+  EXPECT_THAT(LaunchedApps(), IsEmpty());
+}
+
+TEST_F(SchedulerRequest, AFailedKillDoesNotKeepTheListFromChanging) {
+  CustomFeeder a("a");
+  MakeCurrent(a.record);
+  fake::Fail("app_manager_terminate_app");
+  Request(EVENT_ADD_ITEM, "a");
+  EXPECT_THAT(fake::LogTexts(), HasLog("[Info] rPackageID : a"));
+  Drain();
+}
+
+TEST_F(SchedulerRequest, TheEmptyPackageMatchesAnEmptyCurrentItemWithoutAPlatformCall) {
+  Scheduler();
+  Request(EVENT_DELETE_ITEM, "");
+  EXPECT_THAT(fake::CallNames(), IsEmpty());
+}
+
+class LaunchNextItem : public SchedulerTest {
+ protected:
+  /// Takes "a", due at the text, off the list.
+  bool LaunchDueAt(const std::string& due) {
+    m_feeder.record.Put("orv_data", "expiration_date_str", due);
+    Scheduler();
+    AppInfoCache::GetInstance()->AddSchedulingItem("a");
+    Forget();
+    return Scheduler().LaunchNextItem();
+  }
+  CustomFeeder m_feeder{"a"};
+};
+
+TEST_F(LaunchNextItem, AnEmptyListIsNotRefilled) {
+  EXPECT_FALSE(Scheduler().LaunchNextItem());
+  EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] m_vSchedulingList.size() : 0",
+                                            "[Debug] Scheduling List is empty!!!"));
+  EXPECT_EQ(AppInfoCache::GetInstance()->GetSchedulingListSize(), 0);
+}
+
+TEST_F(LaunchNextItem, AnEmptyListKeepsTheCurrentItem) {
+  MakeCurrent(m_feeder.record);
+  EXPECT_FALSE(Scheduler().LaunchNextItem());
+  Forget();
+  Scheduler().TerminateCurrentServiceApp();
+  EXPECT_EQ(fake::LogTexts().at(0), "[Info] Current ServiceApp ID : a.service");
+}
+
+TEST_F(LaunchNextItem, AnAppWithoutADueTimeIsLaunchedAtOnce) {
+  EXPECT_TRUE(LaunchDueAt(""));
+  EXPECT_THAT(fake::LogTexts(),
+              ElementsAre("[Info] m_vSchedulingList.size() : 1",
+                          "[Debug] rTime : ", "[Debug] now : 1700000000, time : 0",
+                          "[Info] rAppID : a.service", "[Debug] timeUTCStr : 2023-11-14T22:13:20Z",
+                          "[Debug] Launched Time : 2023-11-14T22:13:20Z"));
+  ASSERT_THAT(fake::Launches(), SizeIs(1));
+  EXPECT_EQ(fake::Launches()[0].app, "a.service");
+  EXPECT_EQ(fake::Launches()[0].operation, "http://tizen.org/appcontrol/operation/default");
+  EXPECT_THAT(fake::Launches()[0].extra, IsEmpty());
+}
+
+TEST_F(LaunchNextItem, AnAppThatIsDueThisSecondIsLaunched) {
+  EXPECT_TRUE(LaunchDueAt("2023-11-14T22:13:20Z"));
+  EXPECT_THAT(fake::LogTexts(), HasLog("[Debug] now : 1700000000, time : 1700000000"));
+  EXPECT_THAT(LaunchedApps(), ElementsAre("a.service"));
+}
+
+TEST_F(LaunchNextItem, AnAppThatIsDueInASecondIsNotLaunchedAndLeavesTheList) {
+  EXPECT_TRUE(LaunchDueAt("2023-11-14T22:13:21Z"));
+  EXPECT_THAT(fake::LogTexts(), HasLog("[Debug] now : 1700000000, time : 1700000001"));
+  EXPECT_THAT(LaunchedApps(), IsEmpty());
+  EXPECT_EQ(AppInfoCache::GetInstance()->GetSchedulingListSize(), 0);
+  Forget();
+  EXPECT_TRUE(Scheduler().TerminateCurrentServiceApp()) << "the item is current but runs nowhere";
+  EXPECT_THAT(fake::CallNames(), ElementsAre("app_manager_is_running"));
+  Forget();
+  EXPECT_TRUE(Scheduler().TerminateCurrentServiceApp());
+  EXPECT_THAT(fake::CallNames(), IsEmpty());
+}
+
+TEST_F(LaunchNextItem, AMalformedDueTimeIsNotRefused) {
+  EXPECT_TRUE(LaunchDueAt("soon"));
+  EXPECT_THAT(fake::LogTexts(), Not(HasLog("[Debug] Scheduling List is empty!!!")));
+  EXPECT_THAT(fake::LogTexts(), HasLog("[Debug] rTime : soon"));
+}
+
+TEST_F(LaunchNextItem, AFailedLaunchIsFalseAndTheItemIsGone) {
+  Scheduler();
+  fake::QueueLaunchResults({-13});
+  EXPECT_FALSE(LaunchDueAt(""));
+  EXPECT_THAT(fake::LogTexts(6).back(), "[ERROR] AppControlUtils::LaunchApp() return false.");
+  EXPECT_EQ(AppInfoCache::GetInstance()->GetSchedulingListSize(), 0);
+}
+
+TEST_F(LaunchNextItem, IdsWithoutARecordAreDrainedSilently) {
+  CustomFeeder gone("gone");
+  Scheduler();
+  AppInfoCache::GetInstance()->AddSchedulingItem("gone");
+  AppInfoCache::GetInstance()->RemoveAppInfo("gone");
+  Forget();
+  EXPECT_FALSE(Scheduler().LaunchNextItem());
+  EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] m_vSchedulingList.size() : 1",
+                                            "[Debug] Scheduling List is empty!!!"));
+  EXPECT_EQ(AppInfoCache::GetInstance()->GetSchedulingListSize(), 0);
+}
+
+TEST_F(LaunchNextItem, LooksAtOneItemOnly) {
+  CustomFeeder b("b");
+  Scheduler();
+  AppInfoCache::GetInstance()->AddSchedulingItem("b");
+  EXPECT_TRUE(LaunchDueAt("2099-01-01T00:00:00Z"));
+  EXPECT_THAT(LaunchedApps(), IsEmpty());
+  EXPECT_EQ(AppInfoCache::GetInstance()->GetSchedulingListSize(), 1);
+}
+
+/// Which lock an operation holds while it waits for the other. The app list's lock is held by a
+/// walk that stands at a gate.
+class SchedulingLocks : public SchedulerTest {
+ protected:
+  void SetUp() override {
+    m_feeder.record.SetReadHook([this] { m_gate.Pass(); });
+    m_walk = std::thread([] {
+      std::vector<PreloadingApp> apps;
+      AppInfoCache::GetInstance()->GetPreloadingApps(apps);
+    });
+    ASSERT_TRUE(m_gate.WaitUntilReached());
+  }
+  void TearDown() override {
+    m_gate.Open();
+    for (std::thread* thread : {&m_walk, &m_operation, &m_reader}) {
+      if (thread->joinable()) thread->join();
+    }
+  }
+
+  /// Starts the operation and waits until it sleeps on a lock.
+  void StartAndLetWait(std::thread& thread, std::function<void()> operation) {
+    std::promise<pid_t> started;
+    thread = std::thread([&started, operation] {
+      started.set_value(gettid());
+      operation();
+    });
+    const pid_t id = started.get_future().get();
+    ASSERT_TRUE(support::WaitFor([id] { return WaitsForALock(id); }, "the thread at a lock"));
+  }
+  /// Blocked in the futex system call.
+  static bool WaitsForALock(pid_t thread) {
+    std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/syscall");
+    long number = -1;
+    return (file >> number) && number == SYS_futex;
+  }
+
+  CustomFeeder m_feeder{"a"};
+  Gate m_gate;
+  std::thread m_walk;
+  std::thread m_operation;
+  std::thread m_reader;
+  std::atomic<bool> m_read{false};
+};
+
+TEST_F(SchedulingLocks, AnAddTakesTheAppListBeforeTheSchedulingList) {
+  StartAndLetWait(m_operation, [] { AppInfoCache::GetInstance()->AddSchedulingItem("a"); });
+  // The add holds nothing yet: the list can be asked.
+  EXPECT_EQ(AppInfoCache::GetInstance()->GetSchedulingListSize(), 0);
+}
+
+TEST_F(SchedulingLocks, ARefillTakesTheSchedulingListBeforeTheAppList) {
+  StartAndLetWait(m_operation, [] { AppInfoCache::GetInstance()->ResetSchedulingList(); });
+  StartAndLetWait(m_reader, [this] {
+    AppInfoCache::GetInstance()->GetSchedulingListSize();
+    m_read = true;
+  });
+  EXPECT_FALSE(m_read);
+}
+
+class SchedulingLocksOfAPick : public SchedulingLocks {
+ protected:
+  void SetUp() override {
+    AppInfoCache::GetInstance()->AddSchedulingItem("a");
+    SchedulingLocks::SetUp();
+  }
+};
+
+TEST_F(SchedulingLocksOfAPick, APickTakesTheSchedulingListBeforeTheAppList) {
+  StartAndLetWait(m_operation, [] {
+    SchedulingItem item;
+    AppInfoCache::GetInstance()->GetNextSchedulingItem(item);
+  });
+  StartAndLetWait(m_reader, [this] {
+    AppInfoCache::GetInstance()->GetSchedulingListSize();
+    m_read = true;
+  });
+  EXPECT_FALSE(m_read);
+}
+
+}  // namespace

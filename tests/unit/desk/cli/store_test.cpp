@@ -1,0 +1,175 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#include "cli/store_reader.h"
+
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "cli/failure.h"
+
+namespace desk {
+namespace {
+
+namespace fs = std::filesystem;
+
+class CliStore : public testing::Test {
+ protected:
+  CliStore() {
+    std::string name = (fs::temp_directory_path() / "cli-store-XXXXXX").string();
+    EXPECT_NE(mkdtemp(name.data()), nullptr);
+    m_directory = name;
+  }
+  ~CliStore() override { fs::remove_all(m_directory); }
+
+  std::string Path() const { return (m_directory / "appinfo.db").string(); }
+
+  static sqlite3* OpenAt(const std::string& path) {
+    sqlite3* db = nullptr;
+    EXPECT_EQ(sqlite3_open(path.c_str(), &db), SQLITE_OK);
+    return db;
+  }
+
+  static void Run(sqlite3* db, const std::string& statement) {
+    char* error = nullptr;
+    EXPECT_EQ(sqlite3_exec(db, statement.c_str(), nullptr, nullptr, &error), SQLITE_OK) << error;
+  }
+
+  void Make(const std::string& rows) {
+    sqlite3* db = OpenAt(Path());
+    Run(db,
+        "CREATE TABLE appinfo(package_id TEXT PRIMARY KEY, app_id TEXT, widget_id TEXT, service_id "
+        "TEXT, version TEXT, variables TEXT, extra_data1 TEXT, extra_data2 TEXT, extra_data3 TEXT, "
+        "extra_data4 TEXT);" +
+            rows);
+    sqlite3_close(db);
+  }
+
+  std::string Content() const {
+    std::ifstream file(Path(), std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+
+  Failure ReadFails() {
+    try {
+      ReadStore(Path());
+    } catch (const Failure& failure) {
+      return failure;
+    }
+    ADD_FAILURE() << "the store was read";
+    return Failure(Exit::Done, "");
+  }
+
+  fs::path m_directory;
+};
+
+std::string Insert(const std::string& package, const std::string& variables) {
+  return "INSERT INTO appinfo VALUES('" + package + "','app','widget','','1.0','" + variables +
+         "','','','','');";
+}
+
+TEST_F(CliStore, ARowHasAMemberForEachColumn) {
+  Make(Insert("a", R"({"orv_type":{"ch_feeder_custom":"extended"}})"));
+  const Json::Value rows = ReadStore(Path());
+  ASSERT_EQ(rows.size(), 1U);
+  EXPECT_EQ(rows[0].size(), 10U);
+  EXPECT_EQ(rows[0]["package_id"], "a");
+  EXPECT_EQ(rows[0]["widget_id"], "widget");
+  EXPECT_EQ(rows[0]["extra_data4"], "");
+}
+
+TEST_F(CliStore, VariablesIsAnObject) {
+  Make(Insert("a", R"({"orv_type":{"ch_feeder_custom":"extended"}})"
+                   "\n"));
+  EXPECT_EQ(ReadStore(Path())[0]["variables"]["orv_type"]["ch_feeder_custom"], "extended");
+}
+
+TEST_F(CliStore, VariablesThatAreNoJsonStayText) {
+  Make(Insert("a", "{broken") + Insert("b", ""));
+  const Json::Value rows = ReadStore(Path());
+  EXPECT_EQ(rows[0]["variables"], "{broken");
+  EXPECT_EQ(rows[1]["variables"], "");
+}
+
+TEST_F(CliStore, ANullColumnIsNull) {
+  Make("INSERT INTO appinfo(package_id) VALUES('a');");
+  EXPECT_TRUE(ReadStore(Path())[0]["variables"].isNull());
+}
+
+TEST_F(CliStore, RowsComeInAscendingPackageId) {
+  Make(Insert("b", "") + Insert("a", ""));
+  const Json::Value rows = ReadStore(Path());
+  EXPECT_EQ(rows[0]["package_id"], "a");
+  EXPECT_EQ(rows[1]["package_id"], "b");
+}
+
+TEST_F(CliStore, AStoreWithoutRowsIsAnEmptyList) {
+  Make("");
+  EXPECT_EQ(ReadStore(Path()), Json::Value(Json::arrayValue));
+}
+
+TEST_F(CliStore, AMissingFileIsNoSuchThing) {
+  EXPECT_EQ(ReadFails().Code(), Exit::NotFound);
+  EXPECT_FALSE(fs::exists(Path()));
+}
+
+TEST_F(CliStore, ADamagedFileIsOneClearLine) {
+  std::ofstream(Path()) << std::string(4096, 'x');
+  const Failure failure = ReadFails();
+  EXPECT_EQ(failure.Code(), Exit::Failed);
+  EXPECT_EQ(std::string(failure.what()),
+            "the store is damaged (file is not a database): the daemon removes " + Path() +
+                " when it starts the next time");
+}
+
+TEST_F(CliStore, ADatabaseWithoutTheTableIsSaidToBeSomethingElse) {
+  sqlite3* db = OpenAt(Path());
+  Run(db, "CREATE TABLE other(a TEXT);");
+  sqlite3_close(db);
+  EXPECT_EQ(std::string(ReadFails().what()),
+            "cannot read the store " + Path() +
+                " (no such table: appinfo): it is not what the daemon writes");
+}
+
+TEST_F(CliStore, ReadingChangesNothing) {
+  Make(Insert("a", ""));
+  const std::string before = Content();
+  fs::permissions(Path(), fs::perms::owner_read);
+  ReadStore(Path());
+  EXPECT_EQ(Content(), before);
+  EXPECT_EQ(std::distance(fs::directory_iterator(m_directory), fs::directory_iterator()), 1);
+}
+
+TEST_F(CliStore, AnInterruptedWriteIsReadAsItWasBefore) {
+  Make(Insert("a", ""));
+  sqlite3* db = OpenAt(Path());
+  Run(db, "PRAGMA cache_size = 1; BEGIN;");
+  for (int i = 0; i < 200; ++i) {
+    Run(db, Insert("new" + std::to_string(i), std::string(4000, 'v')));
+  }
+  // What the daemon leaves when it is killed now: the file half written, and its journal.
+  const fs::path killed = m_directory / "killed";
+  fs::create_directory(killed);
+  fs::copy_file(Path(), killed / "appinfo.db");
+  fs::copy_file(Path() + "-journal", killed / "appinfo.db-journal");
+  Run(db, "ROLLBACK;");
+  sqlite3_close(db);
+
+  const Json::Value rows = ReadStore((killed / "appinfo.db").string());
+  ASSERT_EQ(rows.size(), 1U);
+  EXPECT_EQ(rows[0]["package_id"], "a");
+  EXPECT_TRUE(fs::exists(killed / "appinfo.db-journal"));
+}
+
+TEST_F(CliStore, TheStoreLiesInTheDaemonsDataDirectory) {
+  EXPECT_EQ(StorePath(DeskPaths("/d")),
+            "/d/opt/usr/apps/com.kalmora.tv.orv-enabler/data/appinfo.db");
+}
+
+}  // namespace
+}  // namespace desk

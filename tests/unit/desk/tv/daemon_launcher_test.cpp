@@ -1,0 +1,136 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#include "tv/daemon_launcher.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+#include "common/desk_error.h"
+#include "support/files.h"
+#include "tv/desk_directory.h"
+
+namespace desk {
+namespace {
+
+using testing::HasSubstr;
+
+// The daemon is a script; what it does and says is looked at when it has ended.
+class Launching : public testing::Test {
+ protected:
+  Launching() {
+    m_options.paths = m_paths;
+    setenv("ORV_ENABLER", m_program.c_str(), 1);
+  }
+
+  void Script(const std::string& text) {
+    support::WriteFile(m_program, "#!/bin/sh\n" + text + "\n");
+    ASSERT_EQ(chmod(m_program.c_str(), 0755), 0);
+  }
+
+  // What the script said.
+  std::string Run() {
+    const DeskDirectory directory(m_paths);
+    support::WriteFile(m_paths.BusSocket(), "");
+    const DaemonProcess process = DaemonLauncher(m_options, m_paths.BusSocket()).Launch();
+    int status = 0;
+    EXPECT_EQ(waitpid(process.pid, &status, 0), process.pid);
+    if (process.infoFd >= 0) {
+      close(process.infoFd);
+    }
+    return support::ReadFile(process.output);
+  }
+
+  support::TempDir m_dir;
+  const DeskPaths m_paths{m_dir / "tv"};
+  const std::string m_program = m_dir / "programs/daemon";
+  TvOptions m_options;
+};
+
+TEST_F(Launching, InTheSandboxTheDaemonIsToldTheSandboxesPaths) {
+  Script("env");
+  const std::string said = Run();
+  EXPECT_THAT(said, HasSubstr("TV_ROOT=/run/tv-desk\n"));
+  EXPECT_THAT(said, HasSubstr("TV_BUS=unix:path=/run/tv-desk/bus\n"));
+  EXPECT_THAT(said, HasSubstr("TV_PREFIX=\n"));
+  EXPECT_THAT(said, HasSubstr("TV_ROLE=daemon\n"));
+  EXPECT_THAT(said, HasSubstr("TV_FAULTS=/run/tv-desk/faults\n"));
+  EXPECT_THAT(said, HasSubstr("TV_LOG=/run/tv-desk/log/daemon.log\n"));
+  EXPECT_THAT(said, HasSubstr("TV_JOURNAL=/run/tv-desk/log/journal.jsonl\n"));
+}
+
+TEST_F(Launching, WithoutOneItIsToldTheMachinesPaths) {
+  m_options.sandbox = false;
+  Script("env; pwd");
+  const std::string said = Run();
+  EXPECT_THAT(said, HasSubstr("TV_ROOT=" + m_paths.Root() + "\n"));
+  EXPECT_THAT(said, HasSubstr("TV_BUS=unix:path=" + m_paths.BusSocket() + "\n"));
+  EXPECT_THAT(said, HasSubstr("TV_PREFIX=" + m_paths.Root() + "\n"));
+  EXPECT_THAT(said, HasSubstr("TV_FAULTS=" + m_paths.Faults() + "\n"));
+  EXPECT_THAT(said, HasSubstr("TV_LOG=" + m_paths.DaemonLog() + "\n"));
+  EXPECT_THAT(said, testing::EndsWith("\n/\n"));
+}
+
+TEST_F(Launching, WhatTheDaemonWritesAtThePlatformsPathsLandsInTheTv) {
+  Script(
+      "echo 1 > /tmp/hbb_ready; echo 2 > /opt/share/x; echo 3 > /home/owner/y\n"
+      "echo 4 > /opt/usr/apps/com.kalmora.tv.orv-enabler/data/z");
+  EXPECT_EQ(Run(), "");
+  EXPECT_EQ(support::ReadFile(m_paths.Tmp() + "/hbb_ready"), "1\n");
+  EXPECT_EQ(support::ReadFile(m_paths.OptShare() + "/x"), "2\n");
+  EXPECT_EQ(support::ReadFile(m_paths.HomeOwner() + "/y"), "3\n");
+  EXPECT_EQ(support::ReadFile(m_paths.DaemonData() + "/z"), "4\n");
+}
+
+TEST_F(Launching, NothingElseCanBeWritten) {
+  support::MakeDirectories(m_paths.Package("org.other"));
+  Script(
+      "for d in / /usr /etc /opt /opt/usr /home /run /opt/usr/apps /opt/usr/apps/org.other; do\n"
+      "  touch $d/x 2> /dev/null && echo wrote $d\n"
+      "done; true");
+  EXPECT_EQ(Run(), "");
+  EXPECT_FALSE(support::Exists(m_paths.Package("org.other") + "/x"));
+}
+
+TEST_F(Launching, APackageCanBeRead) {
+  support::WriteFile(m_paths.Package("org.other") + "/res/file", "content\n");
+  Script("cat /opt/usr/apps/org.other/res/file");
+  EXPECT_EQ(Run(), "content\n");
+}
+
+TEST_F(Launching, AFasterClockIsLoadedIntoTheDaemon) {
+  m_options.speed = 50;
+  Script("echo $LD_PRELOAD $DESK_CLOCK_SPEED");
+  EXPECT_EQ(Run(), "/run/tv-tools/libdesk_clock.so 50\n");
+}
+
+TEST_F(Launching, AProgramThatIsMissingIsToldByName) {
+  try {
+    DaemonLauncher(m_options, m_paths.BusSocket());
+    FAIL() << "no error";
+  } catch (const DeskError& e) {
+    EXPECT_EQ(e.Code(), "NotFound");
+    EXPECT_THAT(e.what(), HasSubstr(m_program));
+  }
+}
+
+TEST_F(Launching, WithoutBubblewrapItIsRefusedUnlessNoSandboxIsWanted) {
+  Script("true");
+  setenv("PATH", m_dir.Path().c_str(), 1);
+  try {
+    DaemonLauncher(m_options, m_paths.BusSocket());
+    FAIL() << "no error";
+  } catch (const DeskError& e) {
+    EXPECT_EQ(e.Code(), "NotFound");
+    EXPECT_THAT(e.what(), HasSubstr("--no-sandbox"));
+  }
+  m_options.sandbox = false;
+  EXPECT_NO_THROW(DaemonLauncher(m_options, m_paths.BusSocket()));
+}
+
+}  // namespace
+}  // namespace desk

@@ -1,0 +1,26 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "fake/control/calls.h"
+
+/// What a test's callbacks were told, in order.
+inline std::vector<std::string>& Told() {
+  static std::vector<std::string> s_told;
+  return s_told;
+}
+
+/// A test that begins and ends with a fake as new.
+class FakeTest : public testing::Test {
+ protected:
+  FakeTest() { fake::Reset(); }
+  ~FakeTest() override {
+    fake::Reset();
+    Told().clear();
+  }
+};

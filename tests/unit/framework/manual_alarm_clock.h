@@ -1,0 +1,49 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <map>
+#include <mutex>
+#include <utility>
+
+#include "framework/alarm_clock.h"
+
+/// A clock whose alarms tick when the test says so. The framework's while it lives.
+class ManualAlarmClock : public framework::AlarmClock {
+ public:
+  ManualAlarmClock() { framework::SetAlarmClock(this); }
+  ~ManualAlarmClock() override { framework::SetAlarmClock(nullptr); }
+
+  unsigned long Start(const framework::AlarmRequest& request, std::function<bool()> tick) override {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_request = request;
+    m_ticks[++m_last] = std::move(tick);
+    return m_last;
+  }
+
+  void Stop(unsigned long number) override {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_ticks.erase(number);
+  }
+
+  /// One period passes for the alarm. False when it has no more to post.
+  bool Tick(unsigned long number) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const auto tick = m_ticks.find(number);
+    if (tick == m_ticks.end()) {
+      return false;
+    }
+    if (!tick->second()) {
+      m_ticks.erase(tick);
+    }
+    return true;
+  }
+
+  framework::AlarmRequest LastRequest() const { return m_request; }
+
+ private:
+  std::mutex m_mutex;
+  framework::AlarmRequest m_request;
+  std::map<unsigned long, std::function<bool()>> m_ticks;
+  unsigned long m_last = 0;
+};
