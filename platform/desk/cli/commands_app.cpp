@@ -1,0 +1,207 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+// tv app, tv op
+#include <app_control.h>
+
+#include <filesystem>
+#include <ostream>
+
+#include "cli/bundle_args.h"
+#include "cli/commands.h"
+#include "cli/failure.h"
+#include "cli/session.h"
+#include "cli/table.h"
+
+namespace desk {
+namespace {
+
+std::string NameOf(int code) {
+  switch (code) {
+    case APP_CONTROL_ERROR_IO_ERROR:
+      return "input or output error";
+    case APP_CONTROL_ERROR_PERMISSION_DENIED:
+      return "permission denied";
+    case APP_CONTROL_ERROR_INVALID_PARAMETER:
+      return "invalid parameter";
+    case APP_CONTROL_ERROR_LAUNCH_REJECTED:
+      return "launch rejected";
+    case APP_CONTROL_ERROR_LAUNCH_FAILED:
+      return "launch failed";
+    case APP_CONTROL_ERROR_TIMED_OUT:
+      return "timed out";
+    default:
+      return "code " + std::to_string(code);
+  }
+}
+
+Failure NoApp(const std::string& id) {
+  return Failure(Exit::NotFound, "there is no app \"" + id + "\": `tv app list` shows all");
+}
+
+/// Throws when the app is unknown; the reply of `app.info`.
+Json::Value KnownApp(Session& session, const std::string& id) {
+  Json::Value app = session.Call("app.info", Object({{"app", id}}));
+  if (!app["found"].asBool()) {
+    throw NoApp(id);
+  }
+  return app;
+}
+
+int List(Session& session, const Invocation& words) {
+  const Json::Value apps = session.Call("app.list")["apps"];
+  if (words.Json()) {
+    session.PrintJson(apps);
+    return 0;
+  }
+  Table table({"APP", "PACKAGE", "KIND", "PID", "STATUS"});
+  table.AlignRight(3);
+  for (const auto& app : apps) {
+    const bool running = app["running"].asBool();
+    table.Add({app["id"].asString(), app["package"].asString(), app["component"].asString(),
+               running ? app["pid"].asString() : "", app["status"].asString()});
+  }
+  table.Print(session.Out());
+  return 0;
+}
+
+int Add(Session& session, const Invocation& words) {
+  std::error_code error;
+  const std::string program = std::filesystem::absolute(words.Text("PROGRAM"), error).string();
+  if (!std::filesystem::exists(program, error)) {
+    throw Failure(Exit::NotFound,
+                  "there is no file " + program + ": give the path of a program or script");
+  }
+  session.Call("app.add", Object({{"app", words.Text("ID")}, {"program", program}}));
+  return 0;
+}
+
+int Launch(Session& session, const Invocation& words) {
+  const std::string id = words.Text("ID");
+  const Json::Value reply = session.Call(
+      "app.launch", Object({{"app", id},
+                            {"operation", words.TextOr("operation", APP_CONTROL_OPERATION_DEFAULT)},
+                            {"extra", ParsePairs(words.All("PAIR"))}}));
+  const int result = reply["result"].asInt();
+  if (result == APP_CONTROL_ERROR_APP_NOT_FOUND) {
+    throw NoApp(id);
+  }
+  if (result != 0) {
+    throw Failure(Exit::Failed, "cannot launch " + id + " (" + NameOf(result) +
+                                    "): log/desk-tv.log in the desk's directory tells why");
+  }
+  if (words.Json()) {
+    session.PrintJson(reply);
+  } else {
+    session.Out() << "launched " << id << ", pid " << reply["pid"].asString() << '\n';
+  }
+  return 0;
+}
+
+int Kill(Session& session, const Invocation& words) {
+  const std::string id = words.Text("ID");
+  if (!KnownApp(session, id)["running"].asBool()) {
+    throw Failure(Exit::Failed, id + " is not running: `tv app launch " + id + "` starts it");
+  }
+  const int result = session.Call("app.kill", Object({{"app", id}}))["result"].asInt();
+  if (result != 0) {
+    throw Failure(Exit::Failed, "cannot kill " + id + " (" + NameOf(result) + ")");
+  }
+  return 0;
+}
+
+int Status(Session& session, const Invocation& words) {
+  session.Call("app.status", Object({{"app", words.Text("ID")}, {"word", words.Text("WORD")}}));
+  return 0;
+}
+
+[[noreturn]] void OperationFailed(const std::string& operation, int result) {
+  throw Failure(Exit::Failed, "cannot change who answers " + operation + " (" + NameOf(result) +
+                                  "): `tv fail --clear` takes back faults");
+}
+
+/// "channel-list" and "epg" stand for the operations that the daemon takes over.
+std::string OperationNamed(const std::string& name) {
+  if (name == "channel-list" || name == "channel_list") return ORV_OPERATION_CHANNEL_LIST;
+  if (name == "epg") return ORV_OPERATION_EPG;
+  return name;
+}
+
+int OpGet(Session& session, const Invocation& words) {
+  const std::string operation = OperationNamed(words.Text("OPERATION"));
+  const Json::Value reply = session.Call("op.get", Object({{"operation", operation}}));
+  if (words.Json()) {
+    session.PrintJson(reply);
+    return 0;
+  }
+  if (!reply.isMember("app")) {
+    throw Failure(Exit::NotFound, "no app answers " + operation + ": `tv op set` lets one do it");
+  }
+  session.Out() << reply["app"].asString() << '\n';
+  return 0;
+}
+
+int OpSet(Session& session, const Invocation& words) {
+  const std::string operation = OperationNamed(words.Text("OPERATION"));
+  const int result =
+      session
+          .Call("op.set", Object({{"operation", operation}, {"app", words.Text("APP")}}))["result"]
+          .asInt();
+  if (result != 0) {
+    OperationFailed(operation, result);
+  }
+  return 0;
+}
+
+int OpReset(Session& session, const Invocation& words) {
+  const std::string operation = OperationNamed(words.Text("OPERATION"));
+  const int result = session.Call("op.reset", Object({{"operation", operation}}))["result"].asInt();
+  if (result != 0) {
+    OperationFailed(operation, result);
+  }
+  return 0;
+}
+
+int OpList(Session& session, const Invocation& words) {
+  const Json::Value operations = session.Call("op.list")["operations"];
+  if (words.Json()) {
+    session.PrintJson(operations);
+    return 0;
+  }
+  Table table({"OPERATION", "APP"});
+  for (const auto& operation : operations) {
+    table.Add({operation["operation"].asString(), operation["app"].asString()});
+  }
+  table.Print(session.Out());
+  return 0;
+}
+
+}  // namespace
+
+std::vector<Command> AppCommands() {
+  const Argument id{"ID", "app id"};
+  const Argument operation{"OPERATION", "an operation, or channel-list or epg for short"};
+  const Argument pairs{"PAIR", "key=value of the extra data", Argument::Count::Any};
+  const Option launchOperation{"--operation", "OPERATION", "instead of the default operation"};
+  return {
+      {"app list", "apps, and which of them run", {}, {JsonOption()}, "", List},
+      {"app add",
+       "declare an app that no package brings",
+       {id, {"PROGRAM", "any executable file"}},
+       {},
+       "It is kept over power-off. The first-screen app and the replacement UI are such apps.",
+       Add},
+      {"app launch", "start an app", {id, pairs}, {launchOperation, JsonOption()}, "", Launch},
+      {"app kill", "kill an app's process", {id}, {}, "", Kill},
+      {"app status",
+       "make a web app enter a state",
+       {id, {"WORD", "init, load, preload, resume, pause, destroy or quit"}},
+       {},
+       "",
+       Status},
+      {"op list", "the operations and the apps that answer them", {}, {JsonOption()}, "", OpList},
+      {"op get", "the app that answers an operation", {operation}, {JsonOption()}, "", OpGet},
+      {"op set", "let an app answer", {operation, {"APP", "app id"}}, {}, "", OpSet},
+      {"op reset", "let no app answer", {operation}, {}, "", OpReset}};
+}
+
+}  // namespace desk

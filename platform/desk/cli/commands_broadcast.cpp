@@ -1,0 +1,102 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+// tv service, tv tune, tv signal, tv channel
+#include <ostream>
+
+#include "cli/bundle_args.h"
+#include "cli/commands.h"
+#include "cli/failure.h"
+#include "cli/session.h"
+#include "cli/table.h"
+
+namespace desk {
+namespace {
+
+Json::Value ServiceId(const Invocation& words) {
+  return Json::Value(static_cast<Json::UInt64>(words.Unsigned("ID", 0)));
+}
+
+int ServiceList(Session& session, const Invocation& words) {
+  const Json::Value services = session.Call("service.list")["services"];
+  if (words.Json()) {
+    session.PrintJson(services);
+    return 0;
+  }
+  Table table({"SERVICE", "PACKAGE"});
+  table.AlignRight(0);
+  for (const auto& service : services) {
+    table.Add({service["id"].asString(), service["package"].asString()});
+  }
+  table.Print(session.Out());
+  return 0;
+}
+
+int ServiceAdd(Session& session, const Invocation& words) {
+  session.Call("service.add",
+               Object({{"id", ServiceId(words)}, {"package", words.Text("package")}}));
+  return 0;
+}
+
+int ServiceRemove(Session& session, const Invocation& words) {
+  session.Call("service.remove", Object({{"id", ServiceId(words)}}));
+  return 0;
+}
+
+int Tune(Session& session, const Invocation& words) {
+  session.Call("tune", Object({{"id", ServiceId(words)}}));
+  return 0;
+}
+
+int Signal(Session& session, const Invocation& words) {
+  const std::string data = words.Text("data");
+  BytesFromHex(data);
+  const auto number = static_cast<Json::Int>(words.Number("N", 0, INT32_MIN, INT32_MAX));
+  session.Call("signal", Object({{"signal", number}, {"data", data}}));
+  return 0;
+}
+
+int ChannelList(Session& session, const Invocation& words) {
+  const Json::Value channels = session.Call("channel.list")["channels"];
+  if (words.Json()) {
+    session.PrintJson(channels);
+    return 0;
+  }
+  Table table({"SERVICE", "PACKAGE", "WIDGET", "CHANNELS", "SCHEDULE"});
+  table.AlignRight(0);
+  for (const auto& channel : channels) {
+    table.Add({channel["service_id"].asString(), channel["pkg_id"].asString(),
+               channel["widget_id"].asString(), channel["channel_data_url"].asString(),
+               channel["schedule_data_url"].asString()});
+  }
+  table.Print(session.Out());
+  return 0;
+}
+
+}  // namespace
+
+std::vector<Command> BroadcastCommands() {
+  const Argument id{"ID", "service id, a number of 64 bits"};
+  return {{"service list", "the services and their packages", {}, {JsonOption()}, "", ServiceList},
+          {"service add",
+           "add a service",
+           {id},
+           {{"--package", "P", "package id of the service's app"}},
+           "",
+           ServiceAdd},
+          {"service remove", "remove a service", {id}, {}, "", ServiceRemove},
+          {"tune", "tune to a service", {id}, {}, "", Tune},
+          {"signal",
+           "send a TV-service signal",
+           {{"N", "number of the signal"}},
+           {{"--data", "HEX", "its data, two hex digits for each byte"}},
+           "",
+           Signal},
+          {"channel list",
+           "the records of the channel framework",
+           {},
+           {JsonOption()},
+           "",
+           ChannelList}};
+}
+
+}  // namespace desk

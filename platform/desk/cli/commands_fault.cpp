@@ -1,0 +1,101 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+// tv reset, tv fail
+#include <algorithm>
+#include <ostream>
+
+#include "cli/commands.h"
+#include "cli/failure.h"
+#include "cli/platform_calls.h"
+#include "cli/session.h"
+#include "cli/table.h"
+
+namespace desk {
+namespace {
+
+int Reset(Session& session, const Invocation& words) {
+  const std::string kind = words.Text("KIND");
+  if (kind != "factory" && kind != "service" && kind != "apps") {
+    throw Failure(Exit::Usage, "\"" + kind + "\" is no reset: give factory, service or apps");
+  }
+  session.Call("reset", Object({{"kind", kind}}));
+  return 0;
+}
+
+int ListFaults(Session& session, const Invocation& words) {
+  const Json::Value faults = session.Call("fault.list")["faults"];
+  if (words.Json()) {
+    session.PrintJson(faults);
+    return 0;
+  }
+  Table table({"CALL", "RESULT", "TIMES", "AFTER"});
+  for (const auto& fault : faults) {
+    const bool always = fault["times"].asInt() == 0;
+    table.Add({fault["call"].asString(),
+               fault["result"].isNull() ? "as usual" : fault["result"].asString(),
+               always ? "always" : fault["times"].asString(), fault["after"].asString()});
+  }
+  table.Print(session.Out());
+  return 0;
+}
+
+void CheckCall(const std::string& call) {
+  const auto& calls = PlatformCalls();
+  if (std::find(calls.begin(), calls.end(), call) != calls.end()) {
+    return;
+  }
+  const std::string near = Nearest(call, calls);
+  throw Failure(Exit::NotFound, "no platform call is named \"" + call + "\": " +
+                                    (near.empty() ? "`tv journal` shows those that the daemon made"
+                                                  : "did you mean " + near + "?"));
+}
+
+int Fail(Session& session, const Invocation& words) {
+  if (words.Has("clear")) {
+    if (words.Has("CALL")) {
+      throw Failure(Exit::Usage, "--clear takes back all faults: leave out the call");
+    }
+    session.Call("fault.clear");
+    return 0;
+  }
+  if (!words.Has("CALL")) {
+    return ListFaults(session, words);
+  }
+  CheckCall(words.Text("CALL"));
+  Json::Value request =
+      Object({{"call", words.Text("CALL")},
+              {"times", static_cast<Json::Int>(words.Number("times", 0, 0, INT32_MAX))},
+              {"after", static_cast<Json::Int>(words.Number("after", 0, 0, INT32_MAX))}});
+  if (words.Has("RESULT")) {
+    // The greatest results are written as unsigned numbers in the platform's headers.
+    request["result"] = static_cast<Json::Int>(words.Number("RESULT", 0, INT32_MIN, UINT32_MAX));
+  }
+  session.Call("fault.add", request);
+  return 0;
+}
+
+}  // namespace
+
+std::vector<Command> FaultCommands() {
+  return {
+      {"reset",
+       "reset the TV",
+       {{"KIND", "factory, service or apps"}},
+       {},
+       "factory and service count the reset and restart the TV; apps tells the daemon to forget "
+       "its apps.",
+       Reset},
+      {"fail",
+       "make a platform call of the daemon fail",
+       {{"CALL", "name as in the header; without it the faults are listed",
+         Argument::Count::Optional},
+        {"RESULT", "what the call returns; else its usual failure", Argument::Count::Optional}},
+       {{"--times", "N", "so many uses fail; else all until --clear"},
+        {"--after", "N", "so many uses pass first"},
+        {"--clear", "", "take back all faults"},
+        JsonOption()},
+       "",
+       Fail}};
+}
+
+}  // namespace desk

@@ -1,0 +1,146 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+// tv port
+#include <message_port.h>
+
+#include <ostream>
+
+#include "cli/bundle_args.h"
+#include "cli/commands.h"
+#include "cli/failure.h"
+#include "cli/session.h"
+#include "cli/table.h"
+
+namespace desk {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+std::string NameOf(int code) {
+  switch (code) {
+    case MESSAGE_PORT_ERROR_PORT_NOT_FOUND:
+      return "no such port";
+    case MESSAGE_PORT_ERROR_INVALID_PARAMETER:
+      return "invalid parameter";
+    case MESSAGE_PORT_ERROR_IO_ERROR:
+      return "input or output error";
+    default:
+      return "code " + std::to_string(code);
+  }
+}
+
+void PrintBundle(Session& session, const Invocation& words, const Json::Value& event) {
+  if (words.Json()) {
+    session.PrintJson(event);
+    return;
+  }
+  for (const auto& entry : event["bundle"]) {
+    session.Out() << OneLine(BundleEntryText(entry)) << '\n';
+  }
+}
+
+/// Registers the port for the answer and keeps what comes to it.
+class ReplyPort {
+ public:
+  ReplyPort(Session& session, const Invocation& words)
+      : m_session(session),
+        m_port(words.Text("reply-port")),
+        m_timeout(words.Decimal("timeout", 5)) {
+    session.Tv().Subscribe("port", [this](const Json::Value& event) {
+      if (m_reply.isNull() && event["port"].asString() == m_port) m_reply = event;
+    });
+    Json::Value request = Object({{"port", m_port}});
+    if (words.Has("from")) {
+      request["from"] = words.Text("from");
+    }
+    session.Call("port.register", request);
+  }
+
+  const Json::Value& Receive() {
+    const auto end =
+        Clock::now() + std::chrono::milliseconds(static_cast<int64_t>(m_timeout * 1e3));
+    while (m_reply.isNull()) {
+      const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now());
+      if (left.count() <= 0) {
+        throw Failure(Exit::TimedOut, "the message was delivered, but no reply came to port " +
+                                          m_port + ": `tv log` shows what the daemon made of it");
+      }
+      m_session.Tv().Wait(left);
+    }
+    return m_reply;
+  }
+
+ private:
+  Session& m_session;
+  const std::string m_port;
+  const double m_timeout;
+  Json::Value m_reply;
+};
+
+void SendMessage(Session& session, const Invocation& words) {
+  const std::string app = words.TextOr("to", DeskPaths::DAEMON_ID);
+  const std::string port = words.Text("PORT");
+  Json::Value request =
+      Object({{"app", app}, {"port", port}, {"bundle", ParseBundle(words.All("PAIR"))}});
+  if (words.Has("from")) {
+    request["from"] = words.Text("from");
+  }
+  if (words.Has("reply-port")) {
+    request["reply_port"] = words.Text("reply-port");
+  }
+  const int result = session.Call("port.send", request)["result"].asInt();
+  if (result == 0) {
+    return;
+  }
+  const bool missing = result == MESSAGE_PORT_ERROR_PORT_NOT_FOUND;
+  throw Failure(missing ? Exit::NotFound : Exit::Failed,
+                "cannot send to port \"" + port + "\" of " + app + " (" + NameOf(result) +
+                    "): `tv port list` shows the ports that are open");
+}
+
+int Send(Session& session, const Invocation& words) {
+  ParseBundle(words.All("PAIR"));
+  if (!words.Has("reply-port")) {
+    SendMessage(session, words);
+    return 0;
+  }
+  ReplyPort reply(session, words);
+  SendMessage(session, words);
+  PrintBundle(session, words, reply.Receive());
+  return 0;
+}
+
+int List(Session& session, const Invocation& words) {
+  const Json::Value ports = session.Call("port.list")["ports"];
+  if (words.Json()) {
+    session.PrintJson(ports);
+    return 0;
+  }
+  Table table({"APP", "PORT", "ID"});
+  table.AlignRight(2);
+  for (const auto& port : ports) {
+    table.Add({port["app"].asString(), port["port"].asString(), port["id"].asString()});
+  }
+  table.Print(session.Out());
+  return 0;
+}
+
+}  // namespace
+
+std::vector<Command> PortCommands() {
+  return {
+      {"port send",
+       "send a message, and print the reply",
+       {{"PORT", "name of the port"},
+        {"PAIR", "key=text, key:int=5, key:bytes=0a0b, key:array=a,b", Argument::Count::Any}},
+       {{"--to", "APP", "owner of the port; else the daemon"},
+        {"--from", "APP", "the app that the message comes from; an app's own process needs none"},
+        {"--reply-port", "P", "port for the reply; waits for it"},
+        {"--timeout", "S", "seconds to wait for the reply; else 5"},
+        JsonOption()},
+       "",
+       Send},
+      {"port list", "the ports that are open", {}, {JsonOption()}, "", List}};
+}
+
+}  // namespace desk

@@ -1,0 +1,119 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+// tv store, tv dump, tv wait
+#include <algorithm>
+#include <ostream>
+
+#include "cli/commands.h"
+#include "cli/condition.h"
+#include "cli/dump.h"
+#include "cli/failure.h"
+#include "cli/session.h"
+#include "cli/store_reader.h"
+#include "cli/table.h"
+#include "common/desk_error.h"
+#include "common/json.h"
+
+namespace desk {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::milliseconds LOOK_AGAIN(50);
+constexpr double DEFAULT_TIMEOUT = 30;
+
+std::string TypesOf(const Json::Value& variables) {
+  std::string list;
+  if (!variables.isObject() || !variables["orv_type"].isObject()) {
+    return list;
+  }
+  for (const auto& type : variables["orv_type"].getMemberNames()) {
+    list += (list.empty() ? "" : ",") + type;
+  }
+  return list;
+}
+
+int Store(Session& session, const Invocation& words) {
+  const Json::Value rows = ReadStore(StorePath(session.Paths()));
+  if (words.Json()) {
+    session.PrintJson(rows);
+    return 0;
+  }
+  Table table({"PACKAGE", "VERSION", "APP", "WIDGET", "SERVICE", "TYPES"});
+  for (const auto& row : rows) {
+    table.Add({row["package_id"].asString(), row["version"].asString(), row["app_id"].asString(),
+               row["widget_id"].asString(), row["service_id"].asString(),
+               TypesOf(row["variables"])});
+  }
+  table.Print(session.Out());
+  return 0;
+}
+
+int Dump(Session& session, const Invocation&) {
+  std::string trouble;
+  const Json::Value dump = ComposeDump(session.Tv(), session.Paths(), trouble);
+  session.PrintJson(dump);
+  if (!trouble.empty()) {
+    session.Err() << "tv: " << trouble << '\n';
+  }
+  return 0;
+}
+
+std::string Seconds(double seconds) {
+  std::string text = std::to_string(seconds);
+  text.erase(text.find_last_not_of('0') + 1);
+  if (text.back() == '.') {
+    text.pop_back();
+  }
+  return text + " s";
+}
+
+/// Any event may change what is waited for.
+void SubscribeToAll(Television& tv) {
+  for (const char* topic : {"key", "package", "app", "daemon", "tvs"}) {
+    tv.Subscribe(topic, [](const Json::Value&) {});
+  }
+}
+
+int Wait(Session& session, const Invocation& words) {
+  const double timeout = words.Decimal("timeout", DEFAULT_TIMEOUT);
+  Condition condition(words.Text("EXPRESSION"));
+  const auto end = Clock::now() + std::chrono::milliseconds(static_cast<int64_t>(timeout * 1000));
+  SubscribeToAll(session.Tv());
+  std::string trouble;
+  while (true) {
+    const Json::Value dump = ComposeDump(session.Tv(), session.Paths(), trouble);
+    if (condition.Holds(dump)) {
+      return 0;
+    }
+    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now());
+    if (left.count() <= 0) {
+      throw Failure(Exit::TimedOut, "timed out after " + Seconds(timeout) + ": " +
+                                        condition.Missing(dump) +
+                                        (trouble.empty() ? "" : " (" + trouble + ")"));
+    }
+    session.Tv().Wait(std::min(left, LOOK_AGAIN));
+  }
+}
+
+}  // namespace
+
+std::vector<Command> StateCommands() {
+  return {{"store",
+           "the rows of the daemon's store",
+           {},
+           {JsonOption()},
+           "Reads the file without changing it; works without a running TV too. With --json a row\n"
+           "has one member per column, and variables is decoded.",
+           Store},
+          {"dump", "everything about the TV as one JSON object", {}, {JsonOption()}, "", Dump},
+          {"wait",
+           "wait until a condition on the dump holds",
+           {{"EXPRESSION", "jq expression on what `tv dump` prints"}},
+           {{"--timeout", "S", "seconds; else 30"}},
+           "The condition holds when one of the expression's values is neither false nor null. An\n"
+           "error, such as a member that is not there yet, is not holding.",
+           Wait}};
+}
+
+}  // namespace desk

@@ -1,0 +1,95 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+// tv was
+#include <ostream>
+
+#include "cli/commands.h"
+#include "cli/failure.h"
+#include "cli/session.h"
+#include "cli/table.h"
+
+namespace desk {
+namespace {
+
+std::string GoneText(const Json::Value& gone) {
+  const bool yes = gone.isBool() ? gone.asBool() : gone.isNumeric() && gone.asInt() != 0;
+  return yes ? "gone" : "";
+}
+
+int List(Session& session, const Invocation& words) {
+  const Json::Value entries = session.Call("was.list")["entries"];
+  if (words.Json()) {
+    session.PrintJson(entries);
+    return 0;
+  }
+  Table table({"PACKAGE", "APP", "WIDGET", "KIND", "STATE"});
+  table.AlignRight(3);
+  for (const auto& entry : entries) {
+    table.Add({entry["package"].asString(), entry["app"].asString(), entry["widget"].asString(),
+               entry["kind"].asString(), GoneText(entry["gone"])});
+  }
+  table.Print(session.Out());
+  return 0;
+}
+
+int Set(Session& session, const Invocation& words) {
+  Json::Value request = Object({{"package", words.Text("PACKAGE")}});
+  if (words.Has("widget")) {
+    request["widget"] = words.Text("widget");
+  }
+  if (words.Has("kind")) {
+    request["kind"] = static_cast<Json::Int>(words.Number("kind", 0, INT32_MIN, INT32_MAX));
+  }
+  if (words.Has("gone") && words.Has("present")) {
+    throw Failure(Exit::Usage, "--gone and --present say the opposite: give one of them");
+  }
+  if (words.Has("gone") || words.Has("present")) {
+    request["gone"] = words.Has("gone");
+  }
+  const Json::Value entry = session.Call("was.set", request);
+  if (words.Json()) {
+    session.PrintJson(entry);
+  }
+  return 0;
+}
+
+int Remove(Session& session, const Invocation& words) {
+  const std::string package = words.Text("PACKAGE");
+  if (!session.Call("was.remove", Object({{"package", package}}))["found"].asBool()) {
+    throw Failure(Exit::NotFound, "the web-app service does not know \"" + package +
+                                      "\": `tv was list` shows what it knows");
+  }
+  return 0;
+}
+
+int Delay(Session& session, const Invocation& words) {
+  const auto seconds = static_cast<Json::Int>(words.Number("S", 0, 0, INT32_MAX));
+  session.Call("was.delay", Object({{"seconds", seconds}}));
+  return 0;
+}
+
+}  // namespace
+
+std::vector<Command> WebAppServiceCommands() {
+  const Argument package{"PACKAGE", "package id"};
+  return {{"was list", "what the web-app service knows", {}, {JsonOption()}, "", List},
+          {"was set",
+           "change an entry, or make one",
+           {package},
+           {{"--widget", "ID", "widget id"},
+            {"--gone", "", "the app is gone"},
+            {"--present", "", "the app is there again"},
+            {"--kind", "N", "kind field"},
+            JsonOption()},
+           "",
+           Set},
+          {"was remove", "remove an entry", {package}, {}, "", Remove},
+          {"was delay",
+           "how late the service learns of an install",
+           {{"S", "seconds after the install is reported; 0 for before it"}},
+           {},
+           "",
+           Delay}};
+}
+
+}  // namespace desk

@@ -1,0 +1,162 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#include "cli/explain_text.h"
+
+#include <ostream>
+
+#include "cli/table.h"
+
+namespace desk {
+namespace {
+
+using Outcome = Ruling::Outcome;
+
+std::string OutcomeText(Outcome outcome) {
+  switch (outcome) {
+    case Outcome::ChannelBound:
+      return "yes";
+    case Outcome::NoMetadata:
+      return "no: no metadata key is of the daemon's namespace";
+    case Outcome::NoKnownType:
+      return "no: no key names an app type that the daemon knows";
+    case Outcome::Broken:
+      return "no: a metadata key ends the daemon's reading with an error";
+  }
+  return "";
+}
+
+void PrintKeys(std::ostream& out, const std::vector<KeyRuling>& keys) {
+  out << "\nMetadata, in the order in which the daemon reads it:\n";
+  if (keys.empty()) {
+    out << "  none\n";
+  }
+  std::string app;
+  for (const auto& key : keys) {
+    if (key.app != app) {
+      app = key.app;
+      out << "  " << app << '\n';
+    }
+    const bool taken = key.verdict == KeyRuling::Verdict::Taken;
+    const bool ends = key.verdict == KeyRuling::Verdict::EndsReading;
+    out << "    "
+        << (taken  ? '+'
+            : ends ? '!'
+                   : '-')
+        << ' ' << OneLine(key.key) << " = \"" << OneLine(key.value) << "\"\n      "
+        << (taken  ? "taken: "
+            : ends ? "error: "
+                   : "ignored: ")
+        << OneLine(key.reason) << '\n';
+  }
+}
+
+void PrintLayers(std::ostream& out, const std::vector<Layer>& layers) {
+  out << "\nLayers, from the inside out:\n";
+  int number = 0;
+  for (const auto& layer : layers) {
+    out << "  " << ++number << ". " << layer.type << " = \"" << OneLine(layer.value) << "\"\n";
+    for (const auto& entry : layer.data) {
+      out << "       " << entry.first << " = \"" << OneLine(entry.second) << "\"\n";
+    }
+  }
+}
+
+void PrintLines(std::ostream& out, const char* head, const std::vector<std::string>& lines) {
+  if (lines.empty()) {
+    return;
+  }
+  out << '\n' << head << ":\n";
+  for (const auto& line : lines) {
+    out << "  - " << OneLine(line) << '\n';
+  }
+}
+
+Json::Value Lines(const std::vector<std::string>& lines) {
+  Json::Value list(Json::arrayValue);
+  for (const auto& line : lines) {
+    list.append(line);
+  }
+  return list;
+}
+
+const char* VerdictName(KeyRuling::Verdict verdict) {
+  switch (verdict) {
+    case KeyRuling::Verdict::Taken:
+      return "taken";
+    case KeyRuling::Verdict::Ignored:
+      return "ignored";
+    case KeyRuling::Verdict::EndsReading:
+      return "error";
+  }
+  return "";
+}
+
+Json::Value KeyJson(const KeyRuling& key) {
+  Json::Value value;
+  value["app"] = key.app;
+  value["key"] = key.key;
+  value["value"] = key.value;
+  value["verdict"] = VerdictName(key.verdict);
+  value["category"] = key.category;
+  value["name"] = key.name;
+  value["reason"] = key.reason;
+  return value;
+}
+
+Json::Value LayerJson(const Layer& layer) {
+  Json::Value value;
+  value["type"] = layer.type;
+  value["value"] = layer.value;
+  value["data"] = Json::Value(Json::objectValue);
+  for (const auto& entry : layer.data) {
+    value["data"][entry.first] = entry.second;
+  }
+  return value;
+}
+
+}  // namespace
+
+void PrintExplanation(std::ostream& out, const PackageFacts& package,
+                      const Explanation& explanation) {
+  const Ruling& ruling = explanation.ruling;
+  out << "Package " << OneLine(package.id) << ' ' << OneLine(package.version) << "\n\n"
+      << "  UI application       " << (ruling.uiApp.empty() ? "-" : ruling.uiApp) << '\n'
+      << "  service application  " << (ruling.serviceApp.empty() ? "-" : ruling.serviceApp) << '\n'
+      << "  channel-bound app    " << OutcomeText(ruling.outcome) << '\n';
+  PrintKeys(out, ruling.keys);
+  if (!ruling.layers.empty()) {
+    PrintLayers(out, ruling.layers);
+  }
+  PrintLines(out, "On install", explanation.effects.install);
+  PrintLines(out, "On update", explanation.effects.update);
+  PrintLines(out, "Against the record that the daemon holds now", explanation.changes);
+  PrintLines(out, "On removal", explanation.effects.removal);
+  PrintLines(out, "Look at", explanation.effects.warnings);
+}
+
+Json::Value ToJson(const PackageFacts& package, const Explanation& explanation) {
+  const Ruling& ruling = explanation.ruling;
+  Json::Value value;
+  value["id"] = package.id;
+  value["version"] = package.version;
+  value["ui_app"] = ruling.uiApp;
+  value["service_app"] = ruling.serviceApp;
+  value["channel_bound"] = ruling.outcome == Outcome::ChannelBound;
+  value["outcome"] = OutcomeText(ruling.outcome);
+  value["keys"] = Json::Value(Json::arrayValue);
+  for (const auto& key : ruling.keys) {
+    value["keys"].append(KeyJson(key));
+  }
+  value["layers"] = Json::Value(Json::arrayValue);
+  for (const auto& layer : ruling.layers) {
+    value["layers"].append(LayerJson(layer));
+  }
+  value["install"] = Lines(explanation.effects.install);
+  value["update"] = Lines(explanation.effects.update);
+  value["changes"] = Lines(explanation.changes);
+  value["removal"] = Lines(explanation.effects.removal);
+  value["warnings"] = Lines(explanation.effects.warnings);
+  return value;
+}
+
+}  // namespace desk

@@ -1,0 +1,16 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#include <unistd.h>
+
+#include <csignal>
+#include <iostream>
+
+#include "cli/commands.h"
+
+int main(int argc, char** argv) {
+  // A reader that has gone ends the program as quietly as it ends any other filter.
+  std::signal(SIGPIPE, SIG_DFL);
+  std::ios::sync_with_stdio(false);
+  const std::vector<std::string> words(argv + 1, argv + argc);
+  return desk::RunTv(words, std::cout, std::cerr, isatty(STDOUT_FILENO) == 1);
+}

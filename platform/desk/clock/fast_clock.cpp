@@ -1,0 +1,135 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#include "clock/fast_clock.h"
+
+#include <dlfcn.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+namespace desk {
+namespace {
+
+// Wide enough for the farthest moment that a program can name, times the speed.
+__extension__ typedef __int128 Nanoseconds;
+constexpr Nanoseconds SECOND = 1000000000;
+
+Nanoseconds Count(const timespec& time) {
+  return static_cast<Nanoseconds>(time.tv_sec) * SECOND + time.tv_nsec;
+}
+
+timespec Split(Nanoseconds count) {
+  Nanoseconds seconds = count / SECOND;
+  Nanoseconds rest = count % SECOND;
+  if (rest < 0) {
+    rest += SECOND;
+    --seconds;
+  }
+  timespec time{};
+  time.tv_sec = static_cast<time_t>(seconds);
+  time.tv_nsec = static_cast<long>(rest);
+  return time;
+}
+
+// Where the two times part: read once, at the first use, which is before main.
+struct Base {
+  Base() {
+    const char* text = std::getenv("DESK_CLOCK_SPEED");
+    const long told = text == nullptr ? 1 : std::strtol(text, nullptr, 10);
+    speed = told < 1 ? 1 : told;
+    realtime = Count(RealNow(CLOCK_REALTIME));
+    monotonic = Count(RealNow(CLOCK_MONOTONIC));
+    boottime = Count(RealNow(CLOCK_BOOTTIME));
+    raw = Count(RealNow(CLOCK_MONOTONIC_RAW));
+  }
+
+  Nanoseconds Of(clockid_t clock) const {
+    switch (clock) {
+      case CLOCK_MONOTONIC:
+      case CLOCK_MONOTONIC_COARSE:
+        return monotonic;
+      case CLOCK_BOOTTIME:
+        return boottime;
+      case CLOCK_MONOTONIC_RAW:
+        return raw;
+      default:
+        return realtime;
+    }
+  }
+
+  Nanoseconds speed = 1;
+  Nanoseconds realtime = 0;
+  Nanoseconds monotonic = 0;
+  Nanoseconds boottime = 0;
+  Nanoseconds raw = 0;
+};
+
+const Base& TheBase() {
+  static const Base base;
+  return base;
+}
+
+Nanoseconds DivideUp(Nanoseconds count, Nanoseconds by) {
+  return (count + by - 1) / by;
+}
+
+__attribute__((constructor)) void StartClock() {
+  TheBase();
+}
+
+}  // namespace
+
+bool IsScaled(clockid_t clock) {
+  switch (clock) {
+    case CLOCK_REALTIME:
+    case CLOCK_REALTIME_COARSE:
+    case CLOCK_MONOTONIC:
+    case CLOCK_MONOTONIC_COARSE:
+    case CLOCK_MONOTONIC_RAW:
+    case CLOCK_BOOTTIME:
+      return true;
+    default:
+      return false;
+  }
+}
+
+timespec RealNow(clockid_t clock) {
+  timespec now{};
+  syscall(SYS_clock_gettime, clock, &now);
+  return now;
+}
+
+timespec FastNow(clockid_t clock) {
+  const Nanoseconds base = TheBase().Of(clock);
+  return Split(base + (Count(RealNow(clock)) - base) * TheBase().speed);
+}
+
+timespec RealMoment(clockid_t clock, const timespec& fast) {
+  const Nanoseconds base = TheBase().Of(clock);
+  const Nanoseconds span = Count(fast) - base;
+  const Nanoseconds real = base + (span > 0 ? DivideUp(span, TheBase().speed) : span);
+  return Split(real < 0 ? 0 : real);
+}
+
+timespec RealSpan(const timespec& fast) {
+  return Split(DivideUp(Count(fast), TheBase().speed));
+}
+
+timespec FastSpan(const timespec& real) {
+  return Split(Count(real) * TheBase().speed);
+}
+
+timespec FromMilliseconds(long milliseconds) {
+  return Split(static_cast<Nanoseconds>(milliseconds) * (SECOND / 1000));
+}
+
+long ToMilliseconds(const timespec& span) {
+  return static_cast<long>(DivideUp(Count(span), SECOND / 1000));
+}
+
+void* FindOriginal(const char* name) {
+  return dlsym(RTLD_NEXT, name);
+}
+
+}  // namespace desk

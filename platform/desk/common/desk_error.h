@@ -1,0 +1,31 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace desk {
+
+/// A failure that a person is told in one line: what, why, what to do. The code travels over the
+/// bus as the last part of the error's name.
+class DeskError : public std::runtime_error {
+ public:
+  static constexpr const char* Failed = "Failed";
+  static constexpr const char* Usage = "Usage";
+  static constexpr const char* NotFound = "NotFound";
+  static constexpr const char* Timeout = "Timeout";
+  static constexpr const char* NoSuchMethod = "NoSuchMethod";
+  /// No desk-tv answers: none is running, or it went away. Never sent over the bus.
+  static constexpr const char* NoTv = "NoTv";
+
+  DeskError(std::string code, const std::string& message)
+      : std::runtime_error(message), m_code(std::move(code)) {}
+
+  const std::string& Code() const { return m_code; }
+
+ private:
+  std::string m_code;
+};
+
+}  // namespace desk

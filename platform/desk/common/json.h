@@ -1,0 +1,30 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <json/value.h>
+
+#include <string>
+
+namespace desk {
+
+/// One line without a closing newline, members in ascending order. Bytes of strings go out as they
+/// are, also those that are no UTF-8; only quotes, backslashes and control characters are escaped.
+std::string FormatJson(const Json::Value& value);
+
+/// The same over several lines, for people and for files that people may edit.
+std::string FormatJsonIndented(const Json::Value& value);
+
+/// Throws DeskError (Failed) when the text is no JSON, or has something after the value. An empty
+/// text is an empty object.
+Json::Value ParseJson(const std::string& text);
+
+/// A member of a request. The first throws DeskError (Usage) when the member is absent or of
+/// another type; the others give the fallback when it is absent or null.
+std::string RequireString(const Json::Value& request, const char* member);
+std::string OptionalString(const Json::Value& request, const char* member,
+                           const std::string& fallback);
+int OptionalInt(const Json::Value& request, const char* member, int fallback);
+bool OptionalBool(const Json::Value& request, const char* member, bool fallback);
+
+}  // namespace desk

@@ -1,0 +1,135 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#include "tv/daemon_launcher.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+
+#include "common/desk_error.h"
+#include "tv/bus_daemon.h"
+#include "tv/process.h"
+#include "tv/sandbox.h"
+
+namespace desk {
+namespace {
+
+constexpr const char* CLOCK_LIBRARY = "libdesk_clock.so";
+
+std::string ChooseProgram(const std::string& tools) {
+  const char* told = std::getenv("ORV_ENABLER");
+  const std::string program = told != nullptr ? std::filesystem::absolute(told).lexically_normal()
+                                              : std::filesystem::path(tools + "/orv-enabler");
+  if (access(program.c_str(), X_OK) != 0) {
+    throw DeskError(DeskError::NotFound, "no daemon to run: " + program + ": " +
+                                             std::strerror(errno) +
+                                             "; build it, or name it with ORV_ENABLER");
+  }
+  return program;
+}
+
+std::string OutputOf(const DeskPaths& paths) {
+  return paths.Log() + "/daemon-output.log";
+}
+
+}  // namespace
+
+DaemonLauncher::DaemonLauncher(const TvOptions& options, const std::string& busSocket)
+    : m_options(options),
+      m_socket(busSocket),
+      m_tools(ProgramDirectory()),
+      m_program(ChooseProgram(m_tools)) {
+  if (options.sandbox && FindProgram("bwrap").empty()) {
+    throw DeskError(DeskError::NotFound,
+                    "the daemon's sandbox needs bubblewrap, which is not installed: install it, or "
+                    "run the daemon on this machine's own files with --no-sandbox");
+  }
+  if (options.speed > 1 && access((m_tools + "/" + CLOCK_LIBRARY).c_str(), R_OK) != 0) {
+    throw DeskError(DeskError::NotFound, "--speed needs " + m_tools + "/" + CLOCK_LIBRARY +
+                                             ", which is not there: build it");
+  }
+}
+
+DaemonProcess DaemonLauncher::Launch() const {
+  return m_options.sandbox ? LaunchInSandbox() : LaunchBare();
+}
+
+std::vector<std::string> DaemonLauncher::Environment(const std::string& root,
+                                                     const std::string& log,
+                                                     const std::string& prefix,
+                                                     const std::string& socket,
+                                                     const std::string& tools) const {
+  std::vector<std::string> environment = {
+      "TV_ROOT=" + root,
+      "TV_BUS=" + BusDaemon::AddressOf(socket),
+      "TV_PREFIX=" + prefix,
+      "TV_ROLE=daemon",
+      "TV_FAULTS=" + (m_options.sandbox ? root : m_options.paths.Run()) + "/faults",
+      "TV_LOG=" + log + "/daemon.log",
+      "TV_JOURNAL=" + log + "/journal.jsonl",
+  };
+  if (m_options.speed > 1) {
+    environment.push_back("LD_PRELOAD=" + tools + "/" + CLOCK_LIBRARY);
+    environment.push_back("DESK_CLOCK_SPEED=" + std::to_string(m_options.speed));
+    // A daemon with the address sanitizer minds that something is loaded before it.
+    const char* options = std::getenv("ASAN_OPTIONS");
+    environment.push_back("ASAN_OPTIONS=verify_asan_link_order=0" +
+                          (options == nullptr ? std::string() : std::string(":") + options));
+  }
+  return environment;
+}
+
+DaemonProcess DaemonLauncher::LaunchInSandbox() const {
+  int ends[2] = {-1, -1};
+  if (pipe2(ends, O_CLOEXEC) != 0) {
+    throw DeskError(DeskError::Failed, std::string("cannot start: ") + std::strerror(errno));
+  }
+  fcntl(ends[0], F_SETFL, O_NONBLOCK);
+  const std::string run = DeskPaths::SANDBOX_RUN;
+  SandboxPlan plan;
+  plan.paths = m_options.paths;
+  plan.program = m_program;
+  plan.tools = m_tools;
+  plan.socket = m_socket;
+  plan.infoFd = ends[1];
+  plan.root = ListHost("/");
+  plan.opt = ListHost("/opt");
+  plan.home = ListHost("/home");
+  plan.environment = Environment(run, run + "/log", "", SandboxSocket(plan), SANDBOX_TOOLS);
+  ProcessOrder order;
+  order.arguments = SandboxArguments(plan);
+  order.keep = {ends[1]};
+  order.output = OutputOf(m_options.paths);
+  DaemonProcess process;
+  process.sandboxed = true;
+  process.infoFd = ends[0];
+  process.output = order.output;
+  try {
+    process.pid = StartProcess(order);
+  } catch (const DeskError&) {
+    close(ends[0]);
+    close(ends[1]);
+    throw;
+  }
+  close(ends[1]);
+  return process;
+}
+
+DaemonProcess DaemonLauncher::LaunchBare() const {
+  const DeskPaths& paths = m_options.paths;
+  ProcessOrder order;
+  order.arguments = {m_program};
+  order.environment = Environment(paths.Root(), paths.Log(), paths.Root(), m_socket, m_tools);
+  order.output = OutputOf(paths);
+  order.directory = "/";
+  DaemonProcess process;
+  process.output = order.output;
+  process.pid = StartProcess(order);
+  return process;
+}
+
+}  // namespace desk

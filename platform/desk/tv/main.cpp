@@ -1,0 +1,179 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#include <fcntl.h>
+#include <glib-unix.h>
+#include <sys/stat.h>
+#include <systemd/sd-daemon.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+
+#include "common/desk_error.h"
+#include "tv/bus_daemon.h"
+#include "tv/bus_router.h"
+#include "tv/callers.h"
+#include "tv/desk_directory.h"
+#include "tv/mount_namespace.h"
+#include "tv/options.h"
+#include "tv/television.h"
+#include "tv/tv_log.h"
+
+namespace desk {
+namespace {
+
+constexpr int EXIT_FAILED = 1;
+constexpr int EXIT_USAGE = 2;
+
+// Tells once, to whoever started this process, how the start went.
+class Announcement {
+ public:
+  explicit Announcement(int fd) : m_fd(fd) {
+    if (m_fd >= 0) {
+      fcntl(m_fd, F_SETFD, FD_CLOEXEC);
+    }
+  }
+  ~Announcement() { Say("failed: the TV was ended while it started"); }
+  Announcement(const Announcement&) = delete;
+  Announcement& operator=(const Announcement&) = delete;
+
+  void Say(const std::string& text) {
+    if (m_fd < 0) {
+      return;
+    }
+    const std::string line = text + "\n";
+    [[maybe_unused]] const ssize_t written = write(m_fd, line.data(), line.size());
+    close(m_fd);
+    m_fd = -1;
+  }
+
+ private:
+  int m_fd;
+};
+
+// The service manager's watchdog, where there is one.
+void FeedServiceManager() {
+  std::uint64_t microseconds = 0;
+  if (sd_watchdog_enabled(0, &microseconds) <= 0) {
+    return;
+  }
+  g_timeout_add(
+      static_cast<guint>(microseconds / 2000),
+      [](gpointer) -> gboolean {
+        sd_notify(0, "WATCHDOG=1");
+        return G_SOURCE_CONTINUE;
+      },
+      nullptr);
+}
+
+void LogWarning(const gchar*, GLogLevelFlags, const gchar* message, gpointer log) {
+  static_cast<TvLog*>(log)->Say(message == nullptr ? "" : message);
+}
+
+gboolean OnSignal(gpointer television) {
+  static_cast<Television*>(television)->GoDown([] {});
+  return G_SOURCE_CONTINUE;
+}
+
+struct Loop {
+  Loop() : loop(g_main_loop_new(nullptr, FALSE)) {}
+  ~Loop() { g_main_loop_unref(loop); }
+  Loop(const Loop&) = delete;
+  Loop& operator=(const Loop&) = delete;
+  GMainLoop* const loop;
+};
+
+// The TV from its first start to its end; false when it never came up.
+bool Live(const TvOptions& options, TvLog& log, const std::string& mounts,
+          Announcement& announcement) {
+  Loop loop;
+  CallerTable callers;
+  BusDaemon bus(options.paths);
+  BusRouter router(bus.Address(), callers);
+  Television television({options, router, callers, log, mounts, bus.Address(), bus.Socket(),
+                         [&loop] { g_main_loop_quit(loop.loop); }});
+  bool up = false;
+  bus.OnDied([&log, &loop](const std::string& why) {
+    log.Say("the private bus died (" + why + "): the TV ends");
+    g_main_loop_quit(loop.loop);
+  });
+  g_unix_signal_add(SIGTERM, OnSignal, &television);
+  g_unix_signal_add(SIGINT, OnSignal, &television);
+  g_unix_signal_add(SIGHUP, OnSignal, &television);
+  FeedServiceManager();
+  television.TurnOn([&](const std::string& failure) {
+    up = failure.empty();
+    if (up) {
+      announcement.Say("ready");
+      sd_notify(0, "READY=1");
+      return;
+    }
+    std::fprintf(stderr, "desk-tv: %s\n", failure.c_str());
+    announcement.Say("failed: " + failure);
+    television.GoDown([] {});
+  });
+  g_main_loop_run(loop.loop);
+  sd_notify(0, "STOPPING=1");
+  router.Flush();
+  return up;
+}
+
+// The TV leaves the directory that it was started in, so that nothing is kept busy by it.
+void LeaveDirectory() {
+  if (const char* daemon = std::getenv("ORV_ENABLER")) {
+    setenv("ORV_ENABLER", std::filesystem::absolute(daemon).c_str(), 1);
+  }
+  if (chdir("/") != 0) {
+    throw DeskError(DeskError::Failed, std::string("cannot enter /: ") + std::strerror(errno));
+  }
+}
+
+int Run(const TvOptions& options, Announcement& announcement) {
+  umask(022);
+  signal(SIGPIPE, SIG_IGN);
+  unsetenv("TV_APP_ID");
+  DeskDirectory directory(options.paths);
+  TvLog log(options.log);
+  g_log_set_default_handler(LogWarning, &log);
+  directory.ClearLeftovers(log);
+  const std::string mounts = EnterMountNamespace(options.paths);
+  LeaveDirectory();
+  log.Say("a TV in " + options.paths.Root() + "; mounts: " + mounts);
+  const bool good = Live(options, log, mounts, announcement);
+  log.Say("off");
+  return good ? EXIT_SUCCESS : EXIT_FAILED;
+}
+
+int Main(int argc, char** argv) {
+  if (argc == 2 && std::strcmp(argv[1], "--help") == 0) {
+    std::fputs(TvOptions::HelpText(), stdout);
+    return EXIT_SUCCESS;
+  }
+  TvOptions options;
+  try {
+    options = TvOptions::Parse(argc, argv);
+  } catch (const DeskError& e) {
+    std::fprintf(stderr, "desk-tv: %s\n", e.what());
+    return EXIT_USAGE;
+  }
+  Announcement announcement(options.readyFd);
+  try {
+    return Run(options, announcement);
+  } catch (const std::exception& e) {
+    std::fprintf(stderr, "desk-tv: %s\n", e.what());
+    announcement.Say(std::string("failed: ") + e.what());
+    return EXIT_FAILED;
+  }
+}
+
+}  // namespace
+}  // namespace desk
+
+int main(int argc, char** argv) {
+  return desk::Main(argc, argv);
+}

@@ -1,0 +1,122 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#include "tv/options.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <map>
+
+#include "common/desk_error.h"
+
+namespace desk {
+namespace {
+
+constexpr int MAX_SPEED = 100000;
+
+DeskError Wrong(const std::string& why) {
+  return DeskError(DeskError::Usage, why + ": see desk-tv --help");
+}
+
+int Number(const std::string& option, const std::string& text, int least, int greatest) {
+  char* end = nullptr;
+  errno = 0;
+  const long value = std::strtol(text.c_str(), &end, 10);
+  if (text.empty() || *end != '\0' || errno != 0 || value < least || value > greatest) {
+    throw Wrong(option + " takes a number from " + std::to_string(least) + " to " +
+                std::to_string(greatest) + ", not \"" + text + "\"");
+  }
+  return static_cast<int>(value);
+}
+
+// "--name value" and "--name=value" alike.
+class Words {
+ public:
+  Words(int argc, const char* const* argv) : m_count(argc), m_words(argv) {}
+
+  bool Next() {
+    if (m_at + 1 >= m_count) {
+      return false;
+    }
+    const std::string word = m_words[++m_at];
+    const std::size_t equals = word.find('=');
+    m_hasInline = equals != std::string::npos;
+    m_name = word.substr(0, equals);
+    m_inline = m_hasInline ? word.substr(equals + 1) : "";
+    return true;
+  }
+  const std::string& Name() const { return m_name; }
+  bool HasInline() const { return m_hasInline; }
+  std::string Value() {
+    if (m_hasInline) {
+      return m_inline;
+    }
+    if (m_at + 1 >= m_count) {
+      throw Wrong(m_name + " takes a value");
+    }
+    return m_words[++m_at];
+  }
+
+ private:
+  const int m_count;
+  const char* const* const m_words;
+  int m_at = 0;
+  std::string m_name;
+  std::string m_inline;
+  bool m_hasInline = false;
+};
+
+bool TakeFlag(TvOptions& options, const Words& words) {
+  const std::map<std::string, std::pair<bool TvOptions::*, bool>> flags = {
+      {"--offline", {&TvOptions::offline, true}}, {"--no-sandbox", {&TvOptions::sandbox, false}}};
+  const auto found = flags.find(words.Name());
+  if (found == flags.end() || words.HasInline()) {
+    return false;
+  }
+  options.*(found->second.first) = found->second.second;
+  return true;
+}
+
+}  // namespace
+
+TvOptions TvOptions::Parse(int argc, const char* const* argv) {
+  TvOptions options;
+  std::string root;
+  Words words(argc, argv);
+  while (words.Next()) {
+    if (TakeFlag(options, words)) {
+      continue;
+    }
+    if (words.Name() == "--root") {
+      root = words.Value();
+    } else if (words.Name() == "--speed") {
+      options.speed = Number("--speed", words.Value(), 1, MAX_SPEED);
+    } else if (words.Name() == "--log") {
+      options.log = words.Value();
+    } else if (words.Name() == "--ready-fd") {
+      options.readyFd = Number("--ready-fd", words.Value(), 0, 1 << 20);
+    } else {
+      throw Wrong("unknown option " + words.Name());
+    }
+  }
+  options.paths = DeskPaths::Select(root);
+  if (options.paths.Root() == "/") {
+    throw Wrong("a TV takes a directory of its own, not /");
+  }
+  if (options.log.empty()) {
+    options.log = options.paths.TvLog();
+  }
+  return options;
+}
+
+const char* TvOptions::HelpText() {
+  return "desk-tv: the television behind the command tv, which starts it (tv up).\n"
+         "\n"
+         "  --root DIR      the TV's directory; else $TV_ROOT, else $XDG_STATE_HOME/tv-desk\n"
+         "  --offline       network time does not come by itself\n"
+         "  --speed N       the daemon's clock and timers run N times faster\n"
+         "  --no-sandbox    the daemon runs without bubblewrap, on this machine's own files\n"
+         "  --log FILE      where desk-tv itself logs; else DIR/log/desk-tv.log\n"
+         "  --ready-fd N    gets one line, \"ready\" or \"failed: ...\", then is closed\n";
+}
+
+}  // namespace desk

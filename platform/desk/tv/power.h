@@ -1,0 +1,58 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "common/paths.h"
+#include "tv/keys.h"
+#include "tv/router.h"
+#include "tv/supervisor.h"
+#include "tv/timer.h"
+#include "tv/tv_log.h"
+
+namespace desk {
+
+/// What the parts of the TV do when the power goes and comes; run in the order given, on the main
+/// loop. Must not throw.
+struct PowerHooks {
+  std::vector<std::function<void()>> off;
+  std::vector<std::function<void()>> on;
+};
+
+/// The TV's power switch, its network time and its resets: tv.power_cycle, tv.down, reset. Main
+/// loop's thread only.
+class Power {
+ public:
+  using Done = Supervisor::Done;
+
+  /// quit is called once the TV is off for good, and ends the main loop.
+  Power(Router& router, const DeskPaths& paths, Keys& keys, Supervisor& supervisor, TvLog& log,
+        bool offline, PowerHooks hooks, std::function<void()> quit);
+
+  /// Done when the daemon is in its main loop.
+  void TurnOn(Done done);
+  /// Ends everything that runs, then quits. Done is called before that; a second call waits for the
+  /// first.
+  void GoDown(std::function<void()> done);
+
+ private:
+  void TurnOff(std::function<void()> done);
+  void Cycle(const std::shared_ptr<Reply>& reply);
+  void Reset(const std::string& kind);
+
+  const DeskPaths m_paths;
+  Keys& m_keys;
+  Supervisor& m_supervisor;
+  TvLog& m_log;
+  const bool m_offline;
+  const PowerHooks m_hooks;
+  const std::function<void()> m_quit;
+  bool m_changing = false;
+  std::vector<std::function<void()>> m_goingDown;
+  Timer m_networkTime;
+};
+
+}  // namespace desk

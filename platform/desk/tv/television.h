@@ -1,0 +1,60 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <json/value.h>
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "tv/callers.h"
+#include "tv/options.h"
+#include "tv/power.h"
+#include "tv/router.h"
+#include "tv/tv_log.h"
+
+namespace desk {
+
+/// What the television stands on; everything lives longer than it.
+struct TvBase {
+  const TvOptions& options;
+  Router& router;
+  CallerTable& callers;
+  TvLog& log;
+  std::string mounts;          ///< how the mount namespace went
+  std::string busAddress;      ///< on the machine
+  std::string busSocket;       ///< on the machine
+  std::function<void()> quit;  ///< ends the main loop
+};
+
+/// The television: all its parts, made in the order in which they need each other. This is the only
+/// place that knows them all. Main loop's thread only.
+class Television {
+ public:
+  /// Makes the parts, which add their methods, and starts nothing. Throws DeskError.
+  explicit Television(const TvBase& base);
+  ~Television();
+
+  /// See Power.
+  void TurnOn(Power::Done done);
+  void GoDown(std::function<void()> done);
+
+ private:
+  struct Parts;
+
+  void AddStatusMethods();
+  Json::Value Status() const;
+  Json::Value Dump() const;
+
+  const TvBase m_base;
+  const long m_startedAt;
+  /// Member of the dump to what gives it.
+  std::map<std::string, std::function<Json::Value()>> m_dump;
+  PowerHooks m_hooks;
+  std::unique_ptr<Parts> m_parts;
+  std::unique_ptr<Power> m_power;
+};
+
+}  // namespace desk
