@@ -1,0 +1,351 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#include "fault/child.h"
+
+#include <json/json.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <sstream>
+#include <system_error>
+
+#include "fake/control/fake.h"
+#include "fault/daemon.h"
+#include "fault/packages.h"
+#include "fault/roads.h"
+#include "fault/store.h"
+#include "fault/store_faults.h"
+
+/// Of a build that counts coverage.
+extern "C" void __gcov_dump() __attribute__((weak));
+
+namespace fault {
+namespace {
+
+constexpr unsigned int kDeadlineSeconds = 60;
+constexpr int kDone = 42;  // anything but what a crash or an exit() of the daemon's would give
+const char kOrderFlag[] = "--order";
+const char kEnvironment[] = "ORV_FAULT_AT_START";
+
+const std::vector<std::string> kHandleKinds = {"app_control",  "app_info",           "app_context",
+                                               "package_info", "package_manager",    "bundle",
+                                               "TCService",    "TCServiceNavigation"};
+
+void Arm(const Fault& fault) {
+  if (IsStoreOperation(fault.name)) {
+    FailStore(fault.name, fault.result, fault.times, fault.after);
+  } else {
+    fake::Fail(fault.name, fault.result, fault.times, fault.after);
+  }
+}
+
+void Disarm() {
+  fake::ClearFaults();
+  ClearStoreFaults();
+}
+
+/// Before the static initialisers of the daemon, which ask the platform for paths already.
+__attribute__((constructor(101))) void ArmForStaticInitialisers() {
+  const char* text = std::getenv(kEnvironment);
+  if (text == nullptr) {
+    return;
+  }
+  Fault fault;
+  std::istringstream(text) >> fault.name >> fault.result >> fault.times >> fault.after;
+  Arm(fault);
+}
+
+std::map<std::string, int> OpenHandles() {
+  std::map<std::string, int> handles;
+  for (const std::string& kind : kHandleKinds) {
+    handles[kind] = static_cast<int>(fake::OpenHandles(kind));
+  }
+  return handles;
+}
+
+/// What a call that was made to fail gave: the result, or what stands for it.
+bool IsFailure(const fake::Call& call, const Fault& fault) {
+  if (call.name != fault.name) {
+    return false;
+  }
+  const bool isTimer = call.name.find("g_timeout_add") == 0;  // no source has the id 0
+  return call.result == std::to_string(isTimer ? 0 : fault.result) || call.result == "null" ||
+         call.result == "false" || call.result == "void";
+}
+
+/// One daemon, from its start to the end of the order.
+class Journey {
+ public:
+  explicit Journey(const Order& order) : m_order(order), m_road(FindRoad(order.road)) {}
+
+  Report Make() {
+    if (!m_order.afterRestart) {
+      MakeFreshDirectories();
+      StoreRows(m_road.stored);
+    }
+    MakeTelevision();
+    for (const fake::Package& package : m_road.stored) {
+      MakeKnown(package);
+    }
+    if (m_road.before) {
+      m_road.before();
+    }
+    WatchTheStore();
+    m_report.reachedMainLoop = RunDaemon([this] { BeInMainLoop(); });
+    if (!m_report.reachedMainLoop) {
+      EndRoad();
+      RunDaemon([this] { Work(); });
+    }
+    return m_report;
+  }
+
+ private:
+  void BeInMainLoop() {
+    Settle();
+    if (!m_order.afterRestart) {
+      if (!m_road.IsStart()) {
+        Travel();
+      }
+      EndRoad();
+    }
+    Work();
+  }
+
+  void Travel() {
+    if (m_road.hasNetworkTime) {
+      fake::SetKey("memory/menu/network/set_time", 1);
+      Settle();
+    }
+    if (m_road.prepare) {
+      m_road.prepare();
+      Settle();
+    }
+    fake::ClearCalls();
+    fake::ClearLog();
+    ForgetStoreOperations();
+    m_handles = OpenHandles();
+    if (m_order.fault) {
+      Arm(*m_order.fault);
+    }
+    m_road.travel();
+    Settle();
+  }
+
+  void EndRoad() {
+    Disarm();
+    m_report.calls = StoreOperations();
+    for (const fake::Call& call : fake::Calls()) {
+      ++m_report.calls[call.name];
+      m_report.callTexts.push_back(fake::ToText(call));
+      if (m_order.fault && IsFailure(call, *m_order.fault)) {
+        m_report.failed.push_back(fake::ToText(call));
+      }
+    }
+    m_report.failures = StoreFailures();
+    if (m_order.fault) {
+      m_report.failures += static_cast<int>(fake::FailureCount(m_order.fault->name));
+    }
+    m_report.log = fake::LogTexts();
+    m_report.errors = fake::LogTexts(DLOG_ERROR);
+    for (const auto& [kind, count] : OpenHandles()) {
+      m_report.handles[kind] = count - m_handles[kind];
+    }
+  }
+
+  /// A fresh package must come through, row and channel.
+  void Work() {
+    const std::string id = m_order.afterRestart ? "secondpack" : "freshpacka";
+    const fake::Package fresh = WebFeeder(id);
+    MakeKnown(fresh);
+    if (fake::FirePackageEvent(id, PACKAGE_MANAGER_EVENT_TYPE_INSTALL) == 0) {
+      m_report.problems.push_back("nobody listens to package events");
+    }
+    Settle();
+    for (const std::string& wrong : WhatIsWrongWithTheStore()) {
+      m_report.problems.push_back(wrong);
+    }
+    const auto stored = StoredPackages();
+    if (std::find(stored.begin(), stored.end(), id) == stored.end()) {
+      m_report.problems.push_back("a fresh package got no row");
+    }
+    const auto channels = fake::Channels();
+    if (std::none_of(channels.begin(), channels.end(), [&](const std::string& record) {
+          return record.find("\"" + id + "\"") != std::string::npos;
+        })) {
+      m_report.problems.push_back("a fresh package got no channel");
+    }
+  }
+
+  const Order& m_order;
+  const Road& m_road;
+  Report m_report;
+  std::map<std::string, int> m_handles;
+};
+
+Json::Value ToJson(const std::vector<std::string>& texts) {
+  Json::Value array(Json::arrayValue);
+  for (const std::string& text : texts) {
+    array.append(text);
+  }
+  return array;
+}
+Json::Value ToJson(const std::map<std::string, int>& numbers) {
+  Json::Value object(Json::objectValue);
+  for (const auto& [name, number] : numbers) {
+    object[name] = number;
+  }
+  return object;
+}
+void FromJson(const Json::Value& array, std::vector<std::string>& texts) {
+  for (const Json::Value& text : array) {
+    texts.push_back(text.asString());
+  }
+}
+void FromJson(const Json::Value& object, std::map<std::string, int>& numbers) {
+  for (const std::string& name : object.getMemberNames()) {
+    numbers[name] = object[name].asInt();
+  }
+}
+
+std::string ToText(const Report& report) {
+  Json::Value root;
+  root["reachedMainLoop"] = report.reachedMainLoop;
+  root["failures"] = report.failures;
+  root["calls"] = ToJson(report.calls);
+  root["callTexts"] = ToJson(report.callTexts);
+  root["failed"] = ToJson(report.failed);
+  root["log"] = ToJson(report.log);
+  root["errors"] = ToJson(report.errors);
+  root["handles"] = ToJson(report.handles);
+  root["problems"] = ToJson(report.problems);
+  return Json::writeString(Json::StreamWriterBuilder(), root);
+}
+
+Report ToReport(const std::string& text) {
+  Report report;
+  Json::Value root;
+  std::istringstream stream(text);
+  std::string errors;
+  if (!Json::parseFromStream(Json::CharReaderBuilder(), stream, &root, &errors)) {
+    report.end = "it gave no report";
+    return report;
+  }
+  report.reachedMainLoop = root["reachedMainLoop"].asBool();
+  report.failures = root["failures"].asInt();
+  FromJson(root["calls"], report.calls);
+  FromJson(root["callTexts"], report.callTexts);
+  FromJson(root["failed"], report.failed);
+  FromJson(root["log"], report.log);
+  FromJson(root["errors"], report.errors);
+  FromJson(root["handles"], report.handles);
+  FromJson(root["problems"], report.problems);
+  return report;
+}
+
+/// Carries out the order in this process and ends it, threads of the daemon or not.
+[[noreturn]] void CarryOut(const Order& order, int pipe) {
+  alarm(kDeadlineSeconds);
+  const std::string text = ToText(Journey(order).Make());
+  for (std::size_t done = 0; done < text.size();) {
+    const ssize_t written = write(pipe, text.data() + done, text.size() - done);
+    if (written <= 0) {
+      _exit(1);
+    }
+    done += static_cast<std::size_t>(written);
+  }
+  if (__gcov_dump != nullptr) {
+    __gcov_dump();
+  }
+  _exit(kDone);
+}
+
+/// A fresh image of the program, so that the fault is there before its static initialisers run.
+[[noreturn]] void Execute(const Order& order, int pipe) {
+  if (order.fault) {
+    const Fault& fault = *order.fault;
+    std::ostringstream text;
+    text << fault.name << ' ' << fault.result << ' ' << fault.times << ' ' << fault.after;
+    setenv(kEnvironment, text.str().c_str(), 1);
+  }
+  const std::string descriptor = std::to_string(pipe);
+  execl("/proc/self/exe", "fault_sweep", kOrderFlag, order.road.c_str(), descriptor.c_str(),
+        order.afterRestart ? "restart" : "start", nullptr);
+  _exit(1);
+}
+
+std::string ReadAll(int pipe) {
+  std::string text;
+  char buffer[4096];
+  ssize_t count = 0;
+  while ((count = read(pipe, buffer, sizeof(buffer))) > 0 || (count < 0 && errno == EINTR)) {
+    text.append(buffer, count > 0 ? static_cast<std::size_t>(count) : 0);
+  }
+  return text;
+}
+
+std::string WaitForTheEnd(pid_t child) {
+  int status = 0;
+  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+  }
+  if (WIFEXITED(status)) {
+    const int code = WEXITSTATUS(status);
+    return code == kDone ? "" : "it ended with " + std::to_string(code);
+  }
+  if (WTERMSIG(status) == SIGALRM) {
+    return "it hung";
+  }
+  return std::string("it crashed: ") + strsignal(WTERMSIG(status));
+}
+
+}  // namespace
+
+Report RunInChild(const Order& order) {
+  int ends[2] = {};
+  if (pipe(ends) != 0) {
+    throw std::system_error(errno, std::generic_category(), "pipe");
+  }
+  const pid_t child = fork();
+  if (child < 0) {
+    throw std::system_error(errno, std::generic_category(), "fork");
+  }
+  if (child == 0) {
+    close(ends[0]);
+    if (order.afterRestart || FindRoad(order.road).IsStart()) {
+      Execute(order, ends[1]);
+    }
+    CarryOut(order, ends[1]);
+  }
+  close(ends[1]);
+  const std::string text = ReadAll(ends[0]);
+  close(ends[0]);
+  const std::string end = WaitForTheEnd(child);
+  Report report = ToReport(text);
+  report.end = end.empty() ? report.end : end;
+  return report;
+}
+
+void CarryOutTheOrder(int argc, char** argv) {
+  if (argc != 5 || std::strcmp(argv[1], kOrderFlag) != 0) {
+    return;
+  }
+  Order order;
+  order.road = argv[2];
+  order.afterRestart = std::strcmp(argv[4], "restart") == 0;
+  if (const char* text = std::getenv(kEnvironment)) {
+    order.fault.emplace();
+    std::istringstream(text) >> order.fault->name >> order.fault->result >> order.fault->times >>
+        order.fault->after;
+  }
+  CarryOut(order, std::atoi(argv[3]));
+}
+
+std::string ToText(const Fault& fault) {
+  return fault.name + " gives " + std::to_string(fault.result) + " at use " +
+         std::to_string(fault.after + 1) + (fault.times == 1 ? "" : " and ever after");
+}
+
+}  // namespace fault

@@ -1,0 +1,138 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#include "fault/expectations.h"
+
+#include <sqlite3.h>
+
+#include <algorithm>
+
+#include "fault/roads.h"
+#include "fault/store_faults.h"
+
+namespace fault {
+namespace {
+
+constexpr int kAnyFailure = -4242;
+constexpr int kSilentSuccess = 0;
+constexpr int kAppNotFound = static_cast<int>(0xFEF00021);
+constexpr int kLaunchRejected = static_cast<int>(0xFEF00023);
+
+bool Contains(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+bool Fits(const std::string& call, const std::string& args, const Order& order,
+          const Report& report) {
+  return call == order.fault->name &&
+         (args.empty() || std::any_of(report.failed.begin(), report.failed.end(),
+                                      [&](const auto& text) { return Contains(text, args); }));
+}
+
+/// More of a line than without the fault.
+bool IsMore(const std::string& line, const std::vector<std::string>& log,
+            const std::vector<std::string>& before) {
+  return std::count(log.begin(), log.end(), line) > std::count(before.begin(), before.end(), line);
+}
+
+bool HasMoreErrors(const Report& report, const Report& faultless) {
+  return std::any_of(report.errors.begin(), report.errors.end(), [&](const std::string& line) {
+    return IsMore(line, report.errors, faultless.errors);
+  });
+}
+
+bool IsTold(const Order& order, const Report& report, const Report& faultless) {
+  if (HasMoreErrors(report, faultless)) {
+    return true;
+  }
+  return std::any_of(Tellings().begin(), Tellings().end(), [&](const Telling& telling) {
+    if (!Fits(telling.call, telling.args, order, report)) {
+      return false;
+    }
+    return telling.line.empty() ||
+           std::any_of(report.log.begin(), report.log.end(), [&](const std::string& line) {
+             return line.compare(0, telling.line.size(), telling.line) == 0 &&
+                    IsMore(line, report.log, faultless.log);
+           });
+  });
+}
+
+bool IsDeaf(const Order& order, const Report& report) {
+  return FindRoad(order.road).IsStart() &&
+         std::any_of(Deafnesses().begin(), Deafnesses().end(), [&](const Deafness& deafness) {
+           return Fits(deafness.call, deafness.args, order, report);
+         });
+}
+
+bool MayLeak(const std::string& kind, const Order& order) {
+  return std::any_of(Leaks().begin(), Leaks().end(), [&](const Leak& leak) {
+    return leak.kind == kind && (leak.road.empty() || leak.road == order.road) &&
+           (leak.call.empty() || (order.fault && leak.call == order.fault->name));
+  });
+}
+
+void CheckHandles(const Order& order, const Report& report, std::vector<std::string>& wrong) {
+  for (const auto& [kind, count] : report.handles) {
+    const bool isManager = kind == "package_manager" && FindRoad(order.road).IsStart();
+    if (count > (isManager ? 1 : 0) && !MayLeak(kind, order)) {
+      wrong.push_back(std::to_string(count) + " handles of " + kind + " stay open");
+    }
+  }
+}
+
+}  // namespace
+
+std::vector<int> ResultsOf(const std::string& call) {
+  static const std::map<std::string, std::vector<int>> s_results = {
+      {"sqlite3.xOpen", {SQLITE_CANTOPEN}},
+      {"sqlite3.xRead", {SQLITE_IOERR_READ, SQLITE_CORRUPT}},
+      {"sqlite3.xWrite", {SQLITE_FULL, SQLITE_IOERR_WRITE}},
+      {"sqlite3.xSync", {SQLITE_IOERR_FSYNC}},
+      {"sqlite3.xTruncate", {SQLITE_IOERR_TRUNCATE}},
+      {"sqlite3.xLock", {SQLITE_BUSY, SQLITE_IOERR_LOCK}},
+      {"sqlite3.xDelete", {SQLITE_IOERR_DELETE}},
+      {"app_control_send_launch_request", {kAnyFailure, kAppNotFound, kLaunchRejected}},
+      {"app_control_create", {kAnyFailure, kSilentSuccess}},
+      {"app_manager_get_app_context", {kAnyFailure, kSilentSuccess}},
+      {"app_operation_get_current_app", {kAnyFailure, kSilentSuccess}},
+      {"app_info_create", {kAnyFailure, kSilentSuccess}},
+      {"package_info_get_version", {kAnyFailure, kSilentSuccess}},
+      {"package_manager_get_package_info", {kAnyFailure, kSilentSuccess}},
+      {"TVServiceAPI::CreateSignalSubscriber", {kAnyFailure, kSilentSuccess}},
+      {"was_get_all_app_list", {kAnyFailure, kSilentSuccess}},
+      {"was_get_app_info_by_tizenid", {kAnyFailure, kSilentSuccess}},
+      {"bundle_keyval_get_basic_val", {kAnyFailure, kSilentSuccess}},
+      {"vconf_get_int", {kAnyFailure, kSilentSuccess}},
+      {"PS_Mount", {kAnyFailure, kSilentSuccess}},
+      {"PS_Umount", {kAnyFailure, kSilentSuccess}},
+  };
+  const auto found = s_results.find(call);
+  return found == s_results.end() ? std::vector<int>{kAnyFailure} : found->second;
+}
+
+std::vector<std::string> WhatIsWrong(const Order& order, const Report& report,
+                                     const Report& faultless) {
+  std::vector<std::string> wrong;
+  if (!report.end.empty()) {
+    return {report.end};
+  }
+  if (order.fault && report.failures == 0) {
+    // At start the tasks race, and the last uses are not made every time.
+    const bool mayBeMissed = FindRoad(order.road).IsStart() && order.fault->after > 0;
+    return mayBeMissed ? wrong : std::vector<std::string>{"the call was not made to fail"};
+  }
+  const bool isSuccess = order.fault && order.fault->result == kSilentSuccess;
+  if (order.fault && !isSuccess && !IsTold(order, report, faultless)) {
+    wrong.push_back("no line tells it");
+  }
+  if (!order.fault || !IsDeaf(order, report)) {
+    wrong.insert(wrong.end(), report.problems.begin(), report.problems.end());
+  }
+  CheckHandles(order, report, wrong);
+  return wrong;
+}
+
+std::vector<std::string> WhatIsWrongAfterRestart(const Report& report) {
+  return report.end.empty() ? report.problems : std::vector<std::string>{report.end};
+}
+
+}  // namespace fault

@@ -1,0 +1,351 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#include "fault/roads.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "controller/ORVScheduler.h"
+#include "fake/control/fake.h"
+#include "fault/daemon.h"
+#include "fault/packages.h"
+
+namespace fault {
+namespace {
+
+constexpr unsigned int kValidationMs = 1800 * 1000;
+constexpr unsigned int kPreloadRetryMs = 5 * 1000;
+constexpr unsigned int kLowMemoryCheckMs = 2 * 1000;
+constexpr unsigned int kBoostTimerEvent = 1004;
+constexpr int kLaunchRejected = static_cast<int>(0xFEF00023);
+constexpr int kTuned = 103;
+constexpr std::uint64_t kFeederService = 7;
+constexpr std::uint64_t kOtherService = 8;
+
+const char kNetworkTimeKey[] = "memory/menu/network/set_time";
+const char kGuideStatusKey[] = "rtc/memory/WebApp/guidepacka.App";
+
+std::vector<fake::Package> OfEveryKind() {
+  return {PackagedFeeder(), ServiceFeeder("servicefda", "extended"), ServiceFeeder("servicefdb"),
+          Banner(), Guide()};
+}
+
+void MakeServices() {
+  fake::AddService(fake::MakeService(kFeederService, PackagedFeeder().id));
+  fake::AddService(fake::MakeService(kOtherService, ""));
+}
+
+void Tune(std::uint64_t service) {
+  fake::FireTvSignalOnThread(kTuned, fake::Payload(service));
+}
+
+void Signal(int signal) {
+  fake::FireTvSignalOnThread(signal);
+  Settle();
+}
+
+void SetKey(const std::string& key, const std::string& value) {
+  fake::SetKey(key, value);
+  Settle();
+}
+void SetKey(const std::string& key, int value) {
+  fake::SetKey(key, value);
+  Settle();
+}
+
+void Fire(unsigned int timerMs) {
+  fake::FireTimersOf(timerMs);
+  Settle();
+}
+
+void Tick() {
+  // A race for the first start may have left an older timer behind; this is the one that counts.
+  fake::FireTimer(g_nSchedulerTimerID);
+  Settle();
+}
+
+void Say(const std::vector<std::pair<std::string, std::string>>& message) {
+  fake::Incoming incoming;
+  incoming.port = "orv_scheduler_command_port";
+  incoming.app = "servicefda.Feed";
+  incoming.replyPort = "answers";
+  incoming.message = fake::Strings(message);
+  fake::SendMessage(incoming);
+  Settle();
+}
+
+std::vector<Road> Starts() {
+  const auto setNetworkTime = [] { fake::StoreKey(kNetworkTimeKey, 1); };
+  return {
+      {"StartWithStoredApps", OfEveryKind(), setNetworkTime, {}, {}},
+      {"StartWithAnEmptyStore", {}, setNetworkTime, {}, {}},
+      {"StartAfterAFactoryReset",
+       OfEveryKind(),
+       [] { fake::StoreKey("db/factory/factory_reset_count", 1); },
+       {},
+       {}},
+      {"StartWithoutNetworkTime", OfEveryKind(), {}, {}, {}},
+  };
+}
+
+std::vector<Road> Installs() {
+  return {
+      {"InstallOfAPackagedFeeder", {}, {}, {}, [] { Install(PackagedFeeder()); }},
+      {"InstallOfAWebFeeder", {}, {}, {}, [] { Install(WebFeeder("webfeederp")); }},
+      {"InstallOfAServiceFeeder", {}, {}, {}, [] { Install(ServiceFeeder("servicefda")); }},
+      {"InstallOfAPackagedServiceFeeder",
+       {},
+       {},
+       {},
+       [] { Install(ServiceFeeder("servicefda", "extended")); }},
+      {"InstallOfABanner", {}, {}, {}, [] { Install(Banner()); }},
+      {"InstallOfAGuide", {}, {}, {}, [] { Install(Guide()); }},
+      {"InstallOfABridgedGuide", {}, {}, {}, [] { Install(BridgedGuide()); }},
+      {"InstallBeforeTheWidgetIdIsKnown",
+       {},
+       {},
+       {},
+       [] {
+         MakeKnownWithoutWidgetId(WebFeeder("webfeederp"));
+         TellPackageEvent("webfeederp", PACKAGE_MANAGER_EVENT_TYPE_INSTALL);
+         SetKey("memory/was/app_install", "webfeederp.App");
+       }},
+      {"InstallOfAnOrdinaryPackage", {}, {}, {}, [] { Install(Ordinary(Banner())); }},
+  };
+}
+
+std::vector<Road> Updates() {
+  return {
+      {"UpdateOfAPackagedFeeder", {PackagedFeeder()}, {}, {}, [] { Update(PackagedFeeder()); }},
+      {"UpdateOfAServiceFeeder",
+       {ServiceFeeder("servicefda")},
+       {},
+       {},
+       [] { Update(ServiceFeeder("servicefda", "extended")); }},
+      {"UpdateOfABanner", {Banner("info")}, {}, {}, [] { Update(Banner("channel")); }},
+      {"UpdateOfAGuide", {Guide("epg")}, {}, {}, [] { Update(Guide("channel_list")); }},
+      {"UpdateThatTradesTypes",
+       {With(Banner(), {{"orv_type/ch_feeder_standard", "standard"}})},
+       {},
+       {},
+       [] {
+         fake::Package package = Ordinary(Banner());
+         Update(With(package, {{"orv_type/ch_feeder_standard", "standard"},
+                               {"orv_type/custom_ui_extended", "epg"}}));
+       }},
+      {"UpdateToAnOrdinaryPackage", {Banner()}, {}, {}, [] { Update(Ordinary(Banner())); }},
+  };
+}
+
+std::vector<Road> Removals() {
+  return {
+      {"UninstallOfAPackagedFeeder",
+       {PackagedFeeder()},
+       {},
+       {},
+       [] { Uninstall(PackagedFeeder().id); }},
+      {"UninstallOfARunningServiceFeeder",
+       {ServiceFeeder("servicefda", "extended")},
+       {},
+       {},
+       [] { Uninstall("servicefda"); }},
+      {"UninstallOfABanner", {Banner()}, {}, {}, [] { Uninstall(Banner().id); }},
+      {"UninstallOfAGuide", {Guide()}, {}, {}, [] { Uninstall(Guide().id); }},
+      {"ResetOfAllApps", OfEveryKind(), {}, {}, [] { SetKey("db/tellahub/reset/apps", 0); }},
+      {"Validation",
+       OfEveryKind(),
+       {},
+       [] {
+         fake::RemoveWasPackage(PackagedFeeder().id);
+         fake::RemoveWasPackage(Guide().id);
+         fake::AddWasApp({Guide().id, "guidepacka.App", "guidepacka.App", 2, 1});
+       },
+       [] { Fire(kValidationMs); }},
+  };
+}
+
+std::vector<Road> Signals() {
+  std::vector<Road> roads = {
+      {"TuneToABoostingChannel",
+       {PackagedFeeder()},
+       {},
+       MakeServices,
+       [] { Tune(kFeederService); }},
+      {"TuneToAnotherChannel",
+       {PackagedFeeder()},
+       {},
+       [] {
+         MakeServices();
+         Tune(kFeederService);
+       },
+       [] { Tune(kOtherService); }},
+      {"Activation", OfEveryKind(), {}, {}, [] { Signal(75); }},
+      {"VirtualServices",
+       OfEveryKind(),
+       {},
+       {},
+       [] {
+         fake::FireProxySignal(90014);
+         Settle();
+       }},
+  };
+  for (const auto& [name, signal] :
+       std::vector<std::pair<std::string, int>>{{"SignalTwentyFive", 25},
+                                                {"SignalOneHundredThirtyFive", 135},
+                                                {"SignalOneHundredSeventy", 170},
+                                                {"SignalTwoThousandFiveHundredSixty", 2560}}) {
+    const int number = signal;
+    roads.push_back({name, {PackagedFeeder()}, {}, {}, [number] { Signal(number); }});
+  }
+  return roads;
+}
+
+std::vector<Road> Boosts() {
+  const auto bootOnTheFeeder = [] {
+    fake::StoreKey("db/boot/last_service", "vc-service");
+    MakeServices();
+    fake::SetCurrentService(fake::MakeService(kFeederService, PackagedFeeder().id));
+  };
+  const auto fireTimer = [] {
+    fake::FireAlarms(kBoostTimerEvent);
+    Settle();
+  };
+  return {
+      {"BoostTimerOnABoostingChannel", {PackagedFeeder()}, bootOnTheFeeder, {}, fireTimer},
+      {"BoostTimerWithALeftoverFlag",
+       {PackagedFeeder()},
+       {},
+       [] {
+         MakeServices();
+         Tune(kFeederService);
+       },
+       fireTimer},
+      {"HbbtvReady",
+       {PackagedFeeder()},
+       bootOnTheFeeder,
+       fireTimer,
+       [] {
+         SetKey("memory/hbbtv_status", 6);
+         SetKey("memory/hbbtv_status", 6);
+       }},
+  };
+}
+
+std::vector<Road> Schedules() {
+  const std::vector<fake::Package> feeders = {ServiceFeeder("servicefda"),
+                                              ServiceFeeder("servicefdb")};
+  return {
+      {"TickOfTheScheduler", feeders, {}, {}, Tick},
+      {"TickWithoutServiceFeeders",
+       {ServiceFeeder("servicefda")},
+       {},
+       [] { Uninstall("servicefda"); },
+       Tick},
+      {"NetworkTimeArrives", feeders, {}, {}, [] { SetKey(kNetworkTimeKey, 1); }, false},
+      {"MessageWithADueTime",
+       feeders,
+       {},
+       {},
+       [] {
+         Say({{"orv_scheduler_command", "command_set_expiration_time"},
+              {"expiration_time", "3600"}});
+       }},
+      {"MessageOfCompletion",
+       feeders,
+       {},
+       Tick,
+       [] {
+         Say({{"orv_scheduler_command", "command_complete_operation"}});
+       }},
+      {"MessageWithoutSense",
+       feeders,
+       {},
+       {},
+       [] {
+         Say({{"orv_scheduler_command", "dance"}});
+       }},
+  };
+}
+
+std::vector<Road> WebAppLives() {
+  return {
+      {"LifeOfAWebApp",
+       {Guide()},
+       {},
+       {},
+       [] {
+         for (const char* word : {"init", "load", "preload", "resume", "pause", "quit"}) {
+           SetKey(kGuideStatusKey, word);
+         }
+       }},
+      {"EndOfAWebAppInLowMemory",
+       {Guide()},
+       {},
+       [] {
+         SetKey(kGuideStatusKey, "preload");
+         SetKey(kGuideStatusKey, "destroy");
+       },
+       [] {
+         Fire(kLowMemoryCheckMs);
+         SetKey(kGuideStatusKey, "preload");
+         Fire(kLowMemoryCheckMs);
+       }},
+      {"RejectedPreload",
+       {},
+       {},
+       [] {
+         fake::QueueLaunchResults({kLaunchRejected, kLaunchRejected});
+         Install(Guide());
+       },
+       [] {
+         Fire(kPreloadRetryMs);
+         Fire(kPreloadRetryMs);
+       }},
+      {"PreloadThatIsRejectedForGood",
+       {},
+       {},
+       [] {
+         fake::QueueLaunchResults(std::vector<int>(22, kLaunchRejected));
+         Install(Guide());
+         for (int i = 0; i < 21; ++i) {
+           Fire(kPreloadRetryMs);
+         }
+       },
+       [] { Fire(kPreloadRetryMs); }},
+      {"Housekeeping",
+       {},
+       {},
+       {},
+       [] {
+         fake::AdvanceTimers(60 * 1000);
+         Settle();
+       }},
+  };
+}
+
+std::vector<Road> MakeRoads() {
+  std::vector<Road> roads;
+  for (auto make : {Starts, Installs, Updates, Removals, Signals, Boosts, Schedules, WebAppLives}) {
+    const std::vector<Road> some = make();
+    roads.insert(roads.end(), some.begin(), some.end());
+  }
+  return roads;
+}
+
+}  // namespace
+
+const std::vector<Road>& Roads() {
+  static const std::vector<Road> s_roads = MakeRoads();
+  return s_roads;
+}
+
+const Road& FindRoad(const std::string& name) {
+  const auto found = std::find_if(Roads().begin(), Roads().end(),
+                                  [&](const Road& road) { return road.name == name; });
+  if (found == Roads().end()) {
+    throw std::runtime_error("no such road: " + name);
+  }
+  return *found;
+}
+
+}  // namespace fault
