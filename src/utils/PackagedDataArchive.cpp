@@ -6,9 +6,9 @@
 
 #include <algorithm>
 #include <boost/filesystem.hpp>
+#include <cstdio>
 #include <cstring>
 #include <exception>
-#include <fstream>
 #include <memory>
 
 #include "common/Log.h"
@@ -22,29 +22,32 @@ namespace {
 
 constexpr std::size_t MAX_ENTRY_NAME = 256;
 constexpr std::size_t READ_SIZE = 4096;
+/// What a stream holds back: reads of READ_SIZE each are a multiple of the writes' cost otherwise.
+constexpr std::size_t STREAM_SIZE = 8 * READ_SIZE;
 
 using ArchiveHandle = std::unique_ptr<void, decltype(&unzClose)>;
+using FileHandle = std::unique_ptr<std::FILE, decltype(&std::fclose)>;
 
-/// False also when the rest of the entry cannot be unpacked.
-bool CopyCurrentEntry(unzFile pHandle, std::ofstream& rFile) {
+/// False when the rest of the entry cannot be unpacked. A write that fails is not noticed.
+bool CopyCurrentEntry(unzFile pHandle, std::FILE* pFile) {
   char aBuffer[READ_SIZE];
   for (;;) {
     const int iCount = unzReadCurrentFile(pHandle, aBuffer, sizeof(aBuffer));
     if (iCount < 0) return false;
     if (iCount == 0) return true;
-    rFile.write(aBuffer, iCount);
+    std::fwrite(aBuffer, 1, static_cast<std::size_t>(iCount), pFile);
   }
 }
 
 bool WriteCurrentEntry(unzFile pHandle, const std::string& rTargetFilePath) {
-  std::ofstream file(rTargetFilePath, std::ios::out | std::ios::binary | std::ios::trunc);
-  if (!file) {
+  char aStreamBuffer[STREAM_SIZE];  // in use until the file is closed
+  const FileHandle pFile(std::fopen(rTargetFilePath.c_str(), "wb"), &std::fclose);
+  if (!pFile) {
     ORV_LOG_ERROR("[ERROR] Fail to open target file.(filename : %s)", rTargetFilePath.c_str());
     return false;
   }
-  if (!CopyCurrentEntry(pHandle, file)) return false;
-  file.close();
-  return true;
+  std::setvbuf(pFile.get(), aStreamBuffer, _IOFBF, sizeof(aStreamBuffer));
+  return CopyCurrentEntry(pHandle, pFile.get());
 }
 
 bool ExtractFile(unzFile pHandle, const std::string& rTargetFilePath) try {

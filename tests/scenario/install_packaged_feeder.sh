@@ -10,7 +10,7 @@ tv up
 needs_loop
 forget_log
 tv pkg install "$ORV_SAMPLES/feeder-packaged.wgt"
-package=$(tv pkg list --json | jq -r '(.packages // .)[0].id')
+package=$(tv pkg list --json | jq -r '.[0].id')
 reached "the row is in the store" "$(stored "$package")"
 reached "the record is at the channel framework" ".channels | length == 1"
 
@@ -56,7 +56,7 @@ FCOrvAppInfoAPI::CreateAppInfo" \
 
 forget_log
 tv pkg install "$ORV_SAMPLES/ordinary.wgt"
-ordinary=$(tv pkg list --json | jq -r --arg known "$package" '(.packages // .)[] | .id | select(. != $known)')
+ordinary=$(tv pkg list --json | jq -r --arg known "$package" '.[] | .id | select(. != $known)')
 logged "an ordinary package is no channel-bound app" "[Debug] $ordinary is not ORV Type."
 holds "and leaves no row" '.store | length == 1'
 the_end

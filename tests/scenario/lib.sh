@@ -92,7 +92,7 @@ journal_from=0
 # calls [PATTERN]: the platform calls since forget_log, one a line, name and arguments.
 calls() {
   tv journal --json | jq -r --argjson from "$journal_from" --arg pattern "${1:-.}" \
-    'select(.seq > $from and (.call | test($pattern))) | .call + "(" + ([.args[] | tostring] | join(", ")) + ") = " + (.result | tostring)'
+    'select(.seq > $from and (.call | test($pattern))) | .call + "(" + ([.args[] | tostring | gsub("\n"; "\\n")] | join(", ")) + ") = " + (.result | tostring)'
 }
 
 # metadata KIND NAME VALUE: one entry of a config.xml.

@@ -34,7 +34,8 @@ forget_log
 tv reset apps
 reached "apps: the store is empty at once" '.store | length == 0'
 reached "apps: the framework was told" '.channels | length == 0'
-equal "apps: first each app ran twice, as a known one" 4 "$(log_texts | grep -c '^\[Info\] sInputMetaDataURL http://example.org/resetapp01/')" 
+# Two URLs at each of two runs, and once more when the release asks what was installed.
+equal "apps: first each app ran twice, as a known one" 6 "$(log_texts | grep -c '^\[Info\] sInputMetaDataURL http://example.org/resetapp01/')" 
 logged "apps: then it was removed" "[Info] rPackageID : resetapp01"
 forget_log
 tv key set db/tellahub/reset/apps 1

@@ -16,7 +16,7 @@ forget_log
 tv pkg uninstall "$package"
 reached "the row is gone" '.store | length == 1'
 reached "the record is gone" '.channels | length == 1'
-reached "the trees are gone" "[.files[] | .path | select(contains(\"/$package\"))] | length == 0"
+reached "the trees are gone" "[.files | keys[] | select(contains(\"/$package\"))] | length == 0"
 absent "the hbbtv tree" "$HBBTV/$package"
 absent "the metadata tree" "$METADATA/$package"
 record="{\"pkg_id\":\"$package\"}"
@@ -30,7 +30,7 @@ logged "the second time it refused" "[ERROR] FCOrvAppInfoAPI::RemoveAppInfo() re
 
 forget_log
 tv pkg install "$ORV_SAMPLES/ordinary.wgt"
-ordinary=$(tv pkg list --json | jq -r '(.packages // .)[] | .id' | grep -v feeder | head -1)
+ordinary=$(tv pkg list --json | jq -r '.[] | .id' | grep -v feeder | head -1)
 tv pkg uninstall "$ordinary"
 logged "an uninstall of an unrelated package is harmless" "[Debug] Cannot find target App(rPackageID : $ordinary)"
 logged "its removal finds nothing" "[ERROR] Cannot find target AppInfo."

@@ -87,6 +87,8 @@ void Supervisor::AddMethods(Router& router) {
     }
     Json::Value reply;
     reply["pid"] = DaemonPid();
+    // A crash that somebody asked for says nothing of the daemon's health.
+    m_killAsked = true;
     Kill(SIGKILL);
     return reply;
   });
@@ -207,7 +209,8 @@ void Supervisor::OnEnded(int status) {
 }
 
 void Supervisor::OnDiedUnasked() {
-  const bool quick = Now() - m_startedAt < static_cast<long>(m_times.quickDeath);
+  const bool quick = !m_killAsked && Now() - m_startedAt < static_cast<long>(m_times.quickDeath);
+  m_killAsked = false;
   m_quickDeaths = quick ? m_quickDeaths + 1 : 0;
   // One death is answered at once; a daemon that keeps dying is given more and more time.
   unsigned delay = 0;

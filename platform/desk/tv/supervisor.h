@@ -95,6 +95,7 @@ class Supervisor {
   std::string m_reason;           ///< of the last end
   std::string m_silence;          ///< why the watchdog killed it; empty otherwise
   int m_restarts = 0;
+  bool m_killAsked = false;    ///< the next end is one that an operator asked for
   unsigned m_quickDeaths = 0;  ///< in a row
   long m_startedAt = 0;        ///< milliseconds of the monotonic clock
   unsigned m_watchdogTime = 0;

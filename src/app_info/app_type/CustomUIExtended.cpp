@@ -8,6 +8,7 @@
 #include <exception>
 #include <fstream>
 #include <future>
+#include <set>
 
 #include "app_info/app_type/CustomUITypes.h"
 #include "common/JsonText.h"
@@ -22,6 +23,11 @@ constexpr std::chrono::seconds APP_STATUS_WAIT(20);
 
 const char* const MEMBER_CUSTOM_APP = "CustomApp";
 const char* const REPLACEMENT_UI_KEY_APP_ID = "appid";
+
+// The layers that exist. The status callback of a layer can outlive it: a stop with the option
+// "background_img" leaves it registered, and so does an update that takes the type away.
+std::mutex s_mutexLayers;
+std::set<const void*> s_setLayers;
 
 /// False, with a line in the log, when there is no such app id to go on with.
 bool ReadLayoutAppID(std::string& rLayoutAppID) try {
@@ -59,6 +65,13 @@ CustomUIExtended::CustomUIExtended(AppInfo* pAppInfo, const std::string& rMetada
     : AppTypeDecorator(pAppInfo, APP_TYPE_CUSTOM_UI_EXTENDED, rMetadataValue) {
   // Applied only: the option cannot be staged before the first update has made its key.
   m_mapAppliedData[DATA_KEY_CUSTOM_UI_COLD_BOOT_OPT];
+  const std::lock_guard<std::mutex> lock(s_mutexLayers);
+  s_setLayers.insert(this);
+}
+
+CustomUIExtended::~CustomUIExtended() {
+  const std::lock_guard<std::mutex> lock(s_mutexLayers);
+  s_setLayers.erase(this);
 }
 
 AppInfo* CustomUIExtended::DecorateAppType(AppInfo* pAppInfo, const std::string& rMetadataValue) {
@@ -163,12 +176,9 @@ void CustomUIExtended::OnAppStatusChanged(int eStatus, void* pUserData) {
     case AppPreloadingUtils::WEB_APP_STATUS_PAUSE:
       WakeWaiter();
       return;
-    case AppPreloadingUtils::WEB_APP_STATUS_QUIT: {
+    case AppPreloadingUtils::WEB_APP_STATUS_QUIT:
       WakeWaiter();
-      const auto* const pThis = static_cast<const CustomUIExtended*>(pUserData);
-      RunSetOperationAsynchronously(pThis->GetAppliedAppTypes(), pThis->m_sAppID, pUserData);
-      return;
-    }
+      return Rearm(pUserData);
     default:
       return;
   }
@@ -186,6 +196,19 @@ void CustomUIExtended::RunSetOperationAsynchronously(const std::vector<Supported
   // layer that long. Without a free thread the work is deferred and never done.
   const std::future<void> future =
       std::async(&SetOperationAsynchronously, rTypes, rAppID, pUserData);
+}
+
+void CustomUIExtended::Rearm(void* pUserData) {
+  std::vector<SupportedAppType> vTypes;
+  std::string sAppID;
+  {
+    const std::lock_guard<std::mutex> lock(s_mutexLayers);
+    if (s_setLayers.count(pUserData) == 0) return;
+    const auto* const pThis = static_cast<const CustomUIExtended*>(pUserData);
+    vTypes = pThis->GetAppliedAppTypes();
+    sAppID = pThis->m_sAppID;
+  }
+  RunSetOperationAsynchronously(vTypes, sAppID, pUserData);
 }
 
 void CustomUIExtended::WakeWaiter() {

@@ -46,7 +46,7 @@ class CustomUIExtended final : public AppTypeDecorator {
   /// whatever bEnable says, and blocks until that is done.
   void SetOperation(const std::vector<SupportedAppType>& rTypes, bool bEnable);
   /// Told of the app's state by AppPreloadingUtils, on the main-loop thread. pUserData is the
-  /// layer. Blocks as SetOperation() does when the app has quit.
+  /// layer, which may be gone by then. Blocks as SetOperation() does when the app has quit.
   static void OnAppStatusChanged(int eStatus, void* pUserData);
 
  private:
@@ -63,12 +63,14 @@ class CustomUIExtended final : public AppTypeDecorator {
   static std::atomic<bool> s_bWaitingForApp;
 
   CustomUIExtended(AppInfo* pAppInfo, const std::string& rMetadataValue);
-  ~CustomUIExtended() = default;
+  ~CustomUIExtended();
 
   std::vector<SupportedAppType> GetAppliedAppTypes() const;
   static void RunSetOperationAsynchronously(const std::vector<SupportedAppType>& rTypes,
                                             const std::string& rAppID, void* pUserData);
   static void WakeWaiter();
+  /// The app has quit: the replacement UI answers again until the app is back.
+  static void Rearm(void* pUserData);
 };
 
 /// Body of the worker: puts the replacement UI in place, preloads the app, waits for it and hands

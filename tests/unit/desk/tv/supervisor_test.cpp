@@ -205,6 +205,17 @@ TEST_F(Supervision, ADaemonThatKeepsDyingIsStartedMoreAndMoreSlowly) {
             std::string::npos);
 }
 
+TEST_F(Supervision, AKilledDaemonIsStartedAtOnceHoweverOften) {
+  SupervisorTimes times = QuickTimes();
+  times.firstDelay = times.longestDelay = 1000000;
+  Make(times);
+  StartAndBeReady();
+  for (int kills = 1; kills <= 4; ++kills) {
+    m_router.Call("daemon.kill");
+    RunUntil("the next start", [this, kills] { return m_launches == kills + 1; });
+  }
+}
+
 TEST_F(Supervision, AStopEndsTheWaitForTheNextStart) {
   m_script = "exit 1";
   SupervisorTimes times = QuickTimes();
