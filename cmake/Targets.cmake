@@ -57,9 +57,15 @@ function(orv_test name)
   endif()
   orv_executable(${name} ${arg_SOURCES})
   target_link_libraries(${name} PRIVATE ${arg_LIBRARIES})
+  set(environment)
+  if(ORV_SANITIZE STREQUAL "thread")
+    # The races that are accepted, by name. A long history, so that a report shows both stacks.
+    set(environment ENVIRONMENT
+      "TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/support/tsan.supp:history_size=7")
+  endif()
   include(GoogleTest)
   gtest_discover_tests(${name} TEST_PREFIX ${name}. DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
-    PROPERTIES LABELS "${arg_LABEL}" TIMEOUT ${arg_TIMEOUT})
+    PROPERTIES LABELS "${arg_LABEL}" TIMEOUT ${arg_TIMEOUT} ${environment})
 endfunction()
 
 # A file that belongs to no target would escape the formatter, the linter and the compiler.

@@ -54,6 +54,7 @@ int Add(Recorder& call, bundle* b, const char* key, int type,
 
 std::vector<BundleEntry> Strings(const std::vector<std::pair<std::string, std::string>>& entries) {
   std::vector<BundleEntry> result;
+  result.reserve(entries.size());
   for (const auto& [key, value] : entries) {
     result.push_back({key, BUNDLE_TYPE_STR, {value}});
   }

@@ -54,6 +54,7 @@ std::vector<Call> CallsWith(const std::vector<std::string>& names) {
 
 std::vector<std::string> ToTexts(const std::vector<Call>& calls) {
   std::vector<std::string> texts;
+  texts.reserve(calls.size());
   for (const Call& call : calls) {
     texts.push_back(ToText(call));
   }

@@ -223,6 +223,10 @@ int __wrap_pthread_cond_clockwait(pthread_cond_t* condition, pthread_mutex_t* mu
   return fake::Wait(condition, mutex, limit);
 }
 
+#ifdef __clang__
+// The name is the mangled one: nothing in C is ever to call it.
+#pragma clang diagnostic ignored "-Wreturn-type-c-linkage"
+#endif
 /// std::chrono::steady_clock::now(), which a timed wait asks whether its limit has passed.
 std::chrono::steady_clock::time_point __wrap__ZNSt6chrono3_V212steady_clock3nowEv() {
   const std::lock_guard<std::mutex> lock(fake::GetState().mutex);

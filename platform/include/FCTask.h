@@ -32,8 +32,8 @@ class FCTask : public FCThread, public FCHandler {
   /// for t_Create(). False when the task already runs or the thread cannot be started.
   bool Create(const char* pName, int stackSize, int queueSize);
   /// Lets the event in hand finish, ends the thread and joins it. Waiting events are dropped, their
-  /// payloads not freed. True when a thread was ended. On the task's own thread it only asks for the
-  /// end. Idempotent.
+  /// payloads not freed. True when a thread was ended. On the task's own thread it only asks for
+  /// the end. Idempotent.
   bool Destroy() override;
 
   /// Copies the event into the queue. bUrgent puts it in front; bSync waits until it was handled,

@@ -9,13 +9,13 @@ extern "C" {
 #endif
 
 /// A running application as it was when the context was taken.
-typedef struct app_context_s *app_context_h;
+typedef struct app_context_s* app_context_h;
 
 int app_context_destroy(app_context_h app_context);
 /// Must answer also for a context that app_context_destroy() was called on a moment ago by the same
 /// thread: callers rely on it. A backend keeps the pid of a destroyed context readable, without
 /// touching freed memory, or answers with an error; *pid is untouched then.
-int app_context_get_pid(app_context_h app_context, pid_t *pid);
+int app_context_get_pid(app_context_h app_context, pid_t* pid);
 
 #ifdef __cplusplus
 }

@@ -26,7 +26,7 @@ typedef enum {
   APP_CONTROL_ERROR_TIMED_OUT = (int)0xC0000001
 } app_control_error_e;
 
-typedef struct app_control_s *app_control_h;
+typedef struct app_control_s* app_control_h;
 
 typedef enum {
   APP_CONTROL_RESULT_APP_STARTED = 1,
@@ -36,21 +36,21 @@ typedef enum {
 } app_control_result_e;
 
 typedef void (*app_control_reply_cb)(app_control_h request, app_control_h reply,
-                                     app_control_result_e result, void *user_data);
+                                     app_control_result_e result, void* user_data);
 
 /// Makes an empty request. On success *app_control is owned by the caller until
 /// app_control_destroy(); on an error it is set to null.
-int app_control_create(app_control_h *app_control);
+int app_control_create(app_control_h* app_control);
 /// Accepts null and answers APP_CONTROL_ERROR_INVALID_PARAMETER for it.
 int app_control_destroy(app_control_h app_control);
 /// The strings are copied.
-int app_control_set_app_id(app_control_h app_control, const char *app_id);
-int app_control_set_operation(app_control_h app_control, const char *operation);
-int app_control_add_extra_data(app_control_h app_control, const char *key, const char *value);
+int app_control_set_app_id(app_control_h app_control, const char* app_id);
+int app_control_set_operation(app_control_h app_control, const char* operation);
+int app_control_add_extra_data(app_control_h app_control, const char* key, const char* value);
 /// Synchronous: returns when the launcher has accepted or refused the request, not when the app is
 /// ready. reply_cb may be null; the handle may be destroyed at once afterwards.
 int app_control_send_launch_request(app_control_h app_control, app_control_reply_cb reply_cb,
-                                    void *user_data);
+                                    void* user_data);
 
 #ifdef __cplusplus
 }

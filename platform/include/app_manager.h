@@ -25,10 +25,10 @@ typedef enum {
 } app_manager_error_e;
 
 /// *running is written only on success. An unknown app id is no error: *running becomes false.
-int app_manager_is_running(const char *app_id, bool *running);
+int app_manager_is_running(const char* app_id, bool* running);
 /// On success *app_context is owned by the caller. An app that does not run is
 /// APP_MANAGER_ERROR_APP_NO_RUNNING, an unknown one APP_MANAGER_ERROR_NO_SUCH_APP.
-int app_manager_get_app_context(const char *app_id, app_context_h *app_context);
+int app_manager_get_app_context(const char* app_id, app_context_h* app_context);
 
 #ifdef __cplusplus
 }

@@ -11,11 +11,11 @@ extern "C" {
 
 /// *app_id is malloc'ed and owned by the caller; it stays null when no app serves the operation
 /// and the call still succeeded. Not touched on an error.
-int app_operation_get_current_app(const char *operation, char **app_id);
+int app_operation_get_current_app(const char* operation, char** app_id);
 /// An empty app_id is accepted and means that no real application answers.
-int app_operation_set_current_app(const char *operation, const char *app_id);
+int app_operation_set_current_app(const char* operation, const char* app_id);
 /// Gives the operation back to the platform's own app.
-int app_operation_reset_current_app(const char *operation);
+int app_operation_reset_current_app(const char* operation);
 
 #ifdef __cplusplus
 }

@@ -27,21 +27,21 @@ enum bundle_type {
   BUNDLE_TYPE_BYTE_ARRAY = BUNDLE_TYPE_BYTE | BUNDLE_TYPE_ARRAY
 };
 
-typedef void (*bundle_iterator_t)(const char *key, const int type, const bundle_keyval_t *kv,
-                                  void *user_data);
+typedef void (*bundle_iterator_t)(const char* key, const int type, const bundle_keyval_t* kv,
+                                  void* user_data);
 
-bundle *bundle_create(void);
-int bundle_free(bundle *b);
+bundle* bundle_create(void);
+int bundle_free(bundle* b);
 /// Both strings are copied. A key that is taken is an error and leaves the old value.
-int bundle_add_str(bundle *b, const char *key, const char *str);
+int bundle_add_str(bundle* b, const char* key, const char* str);
 /// Values that are no strings, for apps. size counts bytes.
-int bundle_add_byte(bundle *b, const char *key, const void *byte, const size_t size);
-int bundle_add_str_array(bundle *b, const char *key, const char **str_array, const int len);
+int bundle_add_byte(bundle* b, const char* key, const void* byte, const size_t size);
+int bundle_add_str_array(bundle* b, const char* key, const char** str_array, const int len);
 /// Calls the iterator once per entry, in insertion order. The bundle must not change meanwhile.
-void bundle_foreach(bundle *b, bundle_iterator_t iter, void *user_data);
+void bundle_foreach(bundle* b, bundle_iterator_t iter, void* user_data);
 /// *val points into the bundle and is not freed by the caller; *size of a string counts its
 /// terminator.
-int bundle_keyval_get_basic_val(bundle_keyval_t *kv, void **val, size_t *size);
+int bundle_keyval_get_basic_val(bundle_keyval_t* kv, void** val, size_t* size);
 
 #ifdef __cplusplus
 }

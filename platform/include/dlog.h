@@ -18,9 +18,9 @@ typedef enum {
 } log_priority;
 
 /// One record. Callable from any thread at any time, never blocks for longer than one write and
-/// never fails loudly: a lost record is the only outcome of an error. Returns the bytes written or a
-/// negative number.
-int __dlog_print(log_id_t log_id, int prio, const char *tag, const char *fmt, ...)
+/// never fails loudly: a lost record is the only outcome of an error. Returns the bytes written or
+/// a negative number.
+int __dlog_print(log_id_t log_id, int prio, const char* tag, const char* fmt, ...)
     __attribute__((format(printf, 4, 5)));
 
 #ifdef __cplusplus

@@ -12,8 +12,8 @@ extern "C" {
 
 /// command is what follows the name of the mount program: "-o <options> <image> <directory>". The
 /// options are honoured exactly as given. length counts the bytes of command without a terminator.
-int PS_Mount(const char *command, int length, int flags, int *result);
-int PS_Umount(const char *path, int length, int flags, int *result);
+int PS_Mount(const char* command, int length, int flags, int* result);
+int PS_Umount(const char* path, int length, int flags, int* result);
 
 #ifdef __cplusplus
 }

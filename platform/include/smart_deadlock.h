@@ -10,7 +10,7 @@ extern "C" {
 /// notified for longer than the given number of seconds. Returns 0 on success.
 int smart_deadlock_register_watchdog_service(int timeout_seconds);
 /// A sign of life. context names the loop that is alive; the watchdog does not dereference it.
-int smart_deadlock_watchdog_notify(void *context);
+int smart_deadlock_watchdog_notify(void* context);
 
 #ifdef __cplusplus
 }

@@ -8,7 +8,8 @@ extern "C" {
 
 /// Only the two directories that this project asks for.
 enum tzplatform_variable {
-  /// Where the content of installed packages lies: "<dir>/<package>/res/" are a package's resources.
+  /// Where the content of installed packages lies: "<dir>/<package>/res/" are a package's
+  /// resources.
   TZ_USER_APP = 27,
   /// Holds one writable directory per package, for what a package keeps between runs.
   TZ_SYS_RW_APP = 61
@@ -16,7 +17,7 @@ enum tzplatform_variable {
 
 /// The directory without a trailing "/", or null when unknown. Owned by the platform, valid for the
 /// life of the process. Callable from static initialisers.
-const char *tzplatform_getenv(enum tzplatform_variable id);
+const char* tzplatform_getenv(enum tzplatform_variable id);
 
 #ifdef __cplusplus
 }

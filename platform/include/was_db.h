@@ -28,9 +28,9 @@ typedef struct {
 
 /// On 0 *list is one malloc'ed array of *count items that the caller frees with free(); it may be
 /// null when *count is 0. On any other result both are untouched.
-int was_get_all_app_list(was_app_list_item_s **list, int *count);
+int was_get_all_app_list(was_app_list_item_s** list, int* count);
 /// 0 and a filled *info, or another number for an app that the service does not know.
-int was_get_app_info_by_tizenid(const char *app_tizen_id, was_app_info_s *info);
+int was_get_app_info_by_tizenid(const char* app_tizen_id, was_app_info_s* info);
 
 #ifdef __cplusplus
 }

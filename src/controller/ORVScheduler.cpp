@@ -190,6 +190,10 @@ bool ORVScheduler::LaunchNextItem() {
   return true;
 }
 
+bool ORVScheduler::IsCurrentPackage(const std::string& rPackageID) const {
+  return rPackageID == m_currentItem.package_id;
+}
+
 void ORVScheduler::RequestEvent(int eventType, void* pParam) {
   ORVScheduler* pScheduler = GetInstance();
   ORV_LOG_INFO("[Info] EventType : %d", eventType);
@@ -206,7 +210,7 @@ void ORVScheduler::RequestEvent(int eventType, void* pParam) {
     return;
   }
   const std::string sPackageID = static_cast<const char*>(pParam);
-  if (sPackageID == pScheduler->m_currentItem.package_id) {
+  if (pScheduler->IsCurrentPackage(sPackageID)) {
     pScheduler->TerminateCurrentServiceApp();
   }
   if (eventType == EVENT_DELETE_ITEM) {

@@ -71,6 +71,7 @@ class ORVScheduler : public FCTask {
   void Dispatch(int type);
   void StartScheduler();
   void ResetScheduler();
+  bool IsCurrentPackage(const std::string& rPackageID) const;
 
   static std::atomic<ORVScheduler*> s_pInstance;
 

@@ -69,41 +69,6 @@ bool CountPreloadingTry() {
   return true;
 }
 
-/// One tick of the retry timer; false ends it.
-bool RetryPreloading() {
-  ORV_LOG_INFO("[Info] ");
-  if (m_iPreloadingCount > PRELOAD_RETRY_MAX_COUNT) {
-    StopPreloadingTimer();
-    AppControlUtils::LaunchApp(m_sPreloadingAppID, APP_CONTROL_OPERATION_DEFAULT);
-    return false;
-  }
-  ORV_LOG_INFO("[Info] count = %d", m_iPreloadingCount.load());
-  const int iCode = AppControlUtils::PreloadWebApp(m_sPreloadingAppID);
-  if (iCode == APP_CONTROL_ERROR_APP_NOT_FOUND) return StopPreloadingTimer();
-  if (iCode != APP_CONTROL_ERROR_NONE) return CountPreloadingTry();
-  return RegisterAppStatusVconfCallback(m_sPreloadingAppID) ? StopPreloadingTimer()
-                                                            : CountPreloadingTry();
-}
-
-/// One tick of the low-memory timer; false ends it.
-bool CheckLowMemoryKill() {
-  ORV_LOG_INFO("[Info] m_iCurrentWebAppStatus : %d, count : %d", m_iCurrentWebAppStatus.load(),
-               m_iLMKCheckingCount.load());
-  if (m_iCurrentWebAppStatus <= WEB_APP_STATUS_PAUSE) {
-    // The id keeps its old value, so the next "preload" sees a running timer: settled behaviour.
-    NotifyWebAppStatus();
-    return false;
-  }
-  m_uLMKTimerID = 0;
-  if (m_iLMKCheckingCount > LMK_CHECK_MAX_COUNT) {
-    m_iLMKCheckingCount = 0;
-    return false;
-  }
-  AppControlUtils::PreloadWebApp(m_sPreloadingAppID);
-  ++m_iLMKCheckingCount;
-  return true;  // the timer goes on although its id is forgotten: settled behaviour
-}
-
 void OnPreload() {
   if (m_uLMKTimerID != 0) {
     NotifyWebAppStatus();
@@ -121,32 +86,9 @@ void OnResume() {
   NotifyWebAppStatus();
 }
 
-void OnPauseOrQuit() {
-  if (m_uLMKTimerID != 0) {
-    ORV_LOG_DEBUG("[Debug] LMKTimer is running.");
-    return;
-  }
-  NotifyWebAppStatus();
-}
-
-void HandleStatusWord(const std::string& sAppStatus) {
+int FindStatus(const std::string& sAppStatus) {
   const auto it = s_mapWebAppStatus.find(sAppStatus);
-  const int iStatus = it == s_mapWebAppStatus.end() ? WEB_APP_STATUS_INVALID : it->second;
-  m_iCurrentWebAppStatus = iStatus;
-  switch (iStatus) {
-    case WEB_APP_STATUS_INVALID:
-      ORV_LOG_DEBUG("[Debug] m_iCurrentWebAppStatus is invalid.");
-      return;
-    case WEB_APP_STATUS_PRELOAD:
-      return OnPreload();
-    case WEB_APP_STATUS_RESUME:
-      return OnResume();
-    case WEB_APP_STATUS_PAUSE:
-    case WEB_APP_STATUS_QUIT:
-      return OnPauseOrQuit();
-    default:
-      return;
-  }
+  return it == s_mapWebAppStatus.end() ? WEB_APP_STATUS_INVALID : it->second;
 }
 
 }  // namespace
@@ -236,20 +178,66 @@ void WebAppStatusChangedCallback(keynode_t* pNode, void* pUserData) try {
   // A removed key has no word, which is no word of the table either.
   const std::string sAppStatus = pAppStatus ? pAppStatus : "";
   ORV_LOG_DEBUG("[Debug] sAppStatus = %s", sAppStatus.c_str());
-  HandleStatusWord(sAppStatus);
+  m_iCurrentWebAppStatus = FindStatus(sAppStatus);
+  switch (m_iCurrentWebAppStatus) {
+    case WEB_APP_STATUS_INVALID:
+      ORV_LOG_DEBUG("[Debug] m_iCurrentWebAppStatus is invalid.");
+      return;
+    case WEB_APP_STATUS_PRELOAD:
+      OnPreload();
+      return;
+    case WEB_APP_STATUS_RESUME:
+      OnResume();
+      return;
+    case WEB_APP_STATUS_PAUSE:
+    case WEB_APP_STATUS_QUIT:
+      if (m_uLMKTimerID != 0) {
+        ORV_LOG_DEBUG("[Debug] LMKTimer is running.");
+        return;
+      }
+      NotifyWebAppStatus();
+      return;
+    default:
+      return;
+  }
 } catch (const std::exception& e) {
   ORV_LOG_ERROR("[ERROR] exception : %s", e.what());
 }
 
 int LMKCheckingTimerCallback(void* pUserData) try {
-  return CheckLowMemoryKill();
+  ORV_LOG_INFO("[Info] m_iCurrentWebAppStatus : %d, count : %d", m_iCurrentWebAppStatus.load(),
+               m_iLMKCheckingCount.load());
+  if (m_iCurrentWebAppStatus <= WEB_APP_STATUS_PAUSE) {
+    // The id keeps its old value, so the next "preload" sees a running timer: settled behaviour.
+    NotifyWebAppStatus();
+    return false;
+  }
+  m_uLMKTimerID = 0;
+  if (m_iLMKCheckingCount > LMK_CHECK_MAX_COUNT) {
+    m_iLMKCheckingCount = 0;
+    return false;
+  }
+  AppControlUtils::PreloadWebApp(m_sPreloadingAppID);
+  ++m_iLMKCheckingCount;
+  return true;  // the timer goes on although its id is forgotten: settled behaviour
 } catch (const std::exception& e) {
   ORV_LOG_ERROR("[ERROR] exception : %s", e.what());
   return true;
 }
 
 int PreloadingTimerCBFunc(void* pUserData) try {
-  return RetryPreloading();
+  ORV_LOG_INFO("[Info] ");
+  if (m_iPreloadingCount > PRELOAD_RETRY_MAX_COUNT) {
+    StopPreloadingTimer();
+    AppControlUtils::LaunchApp(m_sPreloadingAppID, APP_CONTROL_OPERATION_DEFAULT);
+    return false;
+  }
+  ORV_LOG_INFO("[Info] count = %d", m_iPreloadingCount.load());
+  const int iCode = AppControlUtils::PreloadWebApp(m_sPreloadingAppID);
+  if (iCode == APP_CONTROL_ERROR_APP_NOT_FOUND) return StopPreloadingTimer();
+  if (iCode != APP_CONTROL_ERROR_NONE) return CountPreloadingTry();
+  return RegisterAppStatusVconfCallback(m_sPreloadingAppID) ? StopPreloadingTimer()
+                                                            : CountPreloadingTry();
 } catch (const std::exception& e) {
   ORV_LOG_ERROR("[ERROR] exception : %s", e.what());
   return true;

@@ -87,52 +87,10 @@ void MoveEveryFilesInDirectory(const std::string& sOldDirectoryPath,
   }
 }
 
-bool CreateDirectory(const std::string& sDirectoryPath) {
-  if (CreateDirectories(sDirectoryPath + "/")) return true;
-  ORV_LOG_ERROR("[ERROR] FileSystemUtils::CreateDirectory() return false.");
-  return false;
-}
-
-bool UnpackArchive(const std::string& sArchivePath, const std::string& sTargetHbbTvAppDirectory) {
-  ORV_LOG_INFO("[Info] sTargetHbbTvAppDirectory : %s", sTargetHbbTvAppDirectory.c_str());
-  if (!CreateDirectory(sTargetHbbTvAppDirectory)) return false;
-  if (Unzip(sArchivePath, sTargetHbbTvAppDirectory)) return true;
-  ORV_LOG_ERROR("[ERROR] FileSystemUtils::Unzip() return false.");
-  return false;
-}
-
-/// Mounts the image, or falls back to the developer's archive, and unpacks. An exception leaves the
-/// mount in place: settled behaviour.
-bool UnpackImage(const Paths& rPaths) {
-  ORV_LOG_INFO("[Info] sMountedDirectory : %s", rPaths.m_sMountedDirectory.c_str());
-  if (!CreateDirectory(rPaths.m_sMountedDirectory)) return false;
-  const bool bMounted = MountFile(rPaths.m_sTargetFile, rPaths.m_sMountedDirectory);
-  const std::string sArchivePath =
-      (bMounted ? rPaths.m_sMountedDirectory : FALLBACK_ARCHIVE_DIR) + PACKAGED_ARCHIVE;
-  if (!bMounted && !Exists(sArchivePath)) {
-    ORV_LOG_ERROR("[ERROR] Cannot find target zip file.");
-    return false;
-  }
-  const bool bUnpacked = UnpackArchive(sArchivePath, rPaths.m_sTargetHbbTvAppDirectory);
-  if (bMounted) Unmount(rPaths.m_sMountedDirectory);
-  return bUnpacked;
-}
-
-bool MoveMetaData(const Paths& rPaths) {
-  if (!CreateDirectory(rPaths.m_sMetaDataTarget)) return false;
+void MoveMetaData(const Paths& rPaths) {
   if (Exists(rPaths.m_sMetaDataSource) && Exists(rPaths.m_sMetaDataTarget)) {
     MoveEveryFilesInDirectory(rPaths.m_sMetaDataSource, rPaths.m_sMetaDataTarget);
   }
-  return true;
-}
-
-bool Install(const Paths& rPaths, const std::string& rAppType, int iDataType, bool bStarted) {
-  if (Exists(rPaths.m_sTargetHbbTvAppDirectory)) {
-    return bStarted || AddAppTypeToFile(rPaths.m_sAppTypeFile, rAppType, false);
-  }
-  if (!UnpackImage(rPaths)) return false;
-  if ((iDataType & PACKAGED_TYPE_META_DATA) && !MoveMetaData(rPaths)) return false;
-  return AddAppTypeToFile(rPaths.m_sAppTypeFile, rAppType, true);
 }
 
 /// The root of a list file and the list in it. What is no JSON comes out as an empty list.
@@ -181,13 +139,52 @@ void UninstallHbbTvApp(const std::string& sTargetDirectory, const std::string& r
   if (list.m_Types.empty() || !list.Write(sAppTypeFilePath)) RemoveDirectories(sTargetDirectory);
 }
 
+/// Everything but the paths and the last catch. An exception leaves the mount in place: settled
+/// behaviour.
+bool InstallPackagedData(const Paths& rPaths, const std::string& rAppType, int iDataType,
+                         bool bStarted) {
+  if (Exists(rPaths.m_sTargetHbbTvAppDirectory)) {
+    return bStarted || AddAppTypeToFile(rPaths.m_sAppTypeFile, rAppType, false);
+  }
+  ORV_LOG_INFO("[Info] sMountedDirectory : %s", rPaths.m_sMountedDirectory.c_str());
+  if (!CreateDirectories(rPaths.m_sMountedDirectory + "/")) {
+    ORV_LOG_ERROR("[ERROR] FileSystemUtils::CreateDirectory() return false.");
+    return false;
+  }
+  const bool bMounted = MountFile(rPaths.m_sTargetFile, rPaths.m_sMountedDirectory);
+  const std::string sArchivePath =
+      (bMounted ? rPaths.m_sMountedDirectory : FALLBACK_ARCHIVE_DIR) + PACKAGED_ARCHIVE;
+  if (!bMounted && !Exists(sArchivePath)) {
+    ORV_LOG_ERROR("[ERROR] Cannot find target zip file.");
+    return false;
+  }
+  ORV_LOG_INFO("[Info] sTargetHbbTvAppDirectory : %s", rPaths.m_sTargetHbbTvAppDirectory.c_str());
+  const bool bCreated = CreateDirectories(rPaths.m_sTargetHbbTvAppDirectory + "/");
+  const bool bUnpacked = bCreated && Unzip(sArchivePath, rPaths.m_sTargetHbbTvAppDirectory);
+  if (!bCreated) {
+    ORV_LOG_ERROR("[ERROR] FileSystemUtils::CreateDirectory() return false.");
+  } else if (!bUnpacked) {
+    ORV_LOG_ERROR("[ERROR] FileSystemUtils::Unzip() return false.");
+  }
+  if (bMounted) Unmount(rPaths.m_sMountedDirectory);
+  if (!bUnpacked) return false;
+  if (iDataType & PACKAGED_TYPE_META_DATA) {
+    if (!CreateDirectories(rPaths.m_sMetaDataTarget + "/")) {
+      ORV_LOG_ERROR("[ERROR] FileSystemUtils::CreateDirectory() return false.");
+      return false;
+    }
+    MoveMetaData(rPaths);
+  }
+  return AddAppTypeToFile(rPaths.m_sAppTypeFile, rAppType, true);
+}
+
 }  // namespace
 
 bool InstallPackagedData(const std::string& rPackageID, const std::string& rWidgetID,
                          const std::string& rAppType, const int& rDataType, bool bStarted) try {
   ORV_LOG_INFO("[Info] rPackageID : %s, bStarted : %d, rAppType : %s, rDataType : %d",
                rPackageID.c_str(), bStarted, rAppType.c_str(), rDataType);
-  return Install(GetPaths(rPackageID, rWidgetID), rAppType, rDataType, bStarted);
+  return InstallPackagedData(GetPaths(rPackageID, rWidgetID), rAppType, rDataType, bStarted);
 } catch (const std::exception& e) {
   const std::string sText = e.what();
   ORV_LOG_INFO("[Info] exception : %s", sText.empty() ? NO_EXCEPTION_TEXT : sText.c_str());

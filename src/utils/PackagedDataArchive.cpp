@@ -39,17 +39,6 @@ bool CopyCurrentEntry(unzFile pHandle, std::FILE* pFile) {
   }
 }
 
-bool WriteCurrentEntry(unzFile pHandle, const std::string& rTargetFilePath) {
-  char aStreamBuffer[STREAM_SIZE];  // in use until the file is closed
-  const FileHandle pFile(std::fopen(rTargetFilePath.c_str(), "wb"), &std::fclose);
-  if (!pFile) {
-    ORV_LOG_ERROR("[ERROR] Fail to open target file.(filename : %s)", rTargetFilePath.c_str());
-    return false;
-  }
-  std::setvbuf(pFile.get(), aStreamBuffer, _IOFBF, sizeof(aStreamBuffer));
-  return CopyCurrentEntry(pHandle, pFile.get());
-}
-
 bool ExtractFile(unzFile pHandle, const std::string& rTargetFilePath) try {
   ORV_LOG_INFO("[Info] rTargetFilePath : %s", rTargetFilePath.c_str());
   if (unzOpenCurrentFile(pHandle) != UNZ_OK) {
@@ -68,44 +57,38 @@ bool ExtractFile(unzFile pHandle, const std::string& rTargetFilePath) try {
     ORV_LOG_ERROR("[ERROR] rTargetFilePath is symbolic link.");
     return false;
   }
-  return WriteCurrentEntry(pHandle, rTargetFilePath);
+  char aStreamBuffer[STREAM_SIZE];  // in use until the file is closed
+  const FileHandle pFile(std::fopen(rTargetFilePath.c_str(), "wb"), &std::fclose);
+  if (!pFile) {
+    ORV_LOG_ERROR("[ERROR] Fail to open target file.(filename : %s)", rTargetFilePath.c_str());
+    return false;
+  }
+  std::setvbuf(pFile.get(), aStreamBuffer, _IOFBF, sizeof(aStreamBuffer));
+  return CopyCurrentEntry(pHandle, pFile.get());
 } catch (const std::exception& e) {
   ORV_LOG_ERROR("[ERROR] exception : %s", e.what());
   return false;
 }
 
-std::string GetEntryPath(const std::string& sDirectoryPath, const char* pName) {
-  std::string sPath = sDirectoryPath;
-  if (sPath.empty() || sPath.back() != '/') sPath += '/';
-  // A name that fills its buffer comes without a terminator.
-  sPath.append(pName, strnlen(pName, MAX_ENTRY_NAME));
-  std::replace(sPath.begin(), sPath.end(), '\\', '/');
-  return sPath;
-}
-
-bool ExtractCurrentEntry(unzFile pHandle, const std::string& sDirectoryPath) {
+/// Where the current entry goes to. False when the archive has no current entry that can be read.
+bool GetTargetPath(unzFile pHandle, const std::string& sDirectoryPath, std::string& rTargetPath) {
   unz_file_info info;
   char aName[MAX_ENTRY_NAME];
   if (unzGetCurrentFileInfo(pHandle, &info, aName, sizeof(aName), nullptr, 0, nullptr, 0) !=
       UNZ_OK) {
     return false;
   }
-  const std::string targetFilename = GetEntryPath(sDirectoryPath, aName);
-  if (ExtractFile(pHandle, targetFilename)) return true;
-  ORV_LOG_ERROR("[ERROR] ExtractFile() return false.[targetFilename : %s]", targetFilename.c_str());
-  return false;
+  rTargetPath = sDirectoryPath;
+  if (rTargetPath.empty() || rTargetPath.back() != '/') rTargetPath += '/';
+  // A name that fills its buffer comes without a terminator.
+  rTargetPath.append(aName, strnlen(aName, sizeof(aName)));
+  std::replace(rTargetPath.begin(), rTargetPath.end(), '\\', '/');
+  return true;
 }
 
-bool ExtractEveryEntry(unzFile pHandle, const std::string& sDirectoryPath) {
-  if (unzGoToFirstFile(pHandle) != UNZ_OK) return false;
-  do {
-    if (!ExtractCurrentEntry(pHandle, sDirectoryPath)) return false;
-    // Answers with an error when the entry's checksum is wrong; such an entry is taken all the
-    // same.
-    unzCloseCurrentFile(pHandle);
-    // Any other error leaves no current entry, which the next round's look at it then reports.
-  } while (unzGoToNextFile(pHandle) != UNZ_END_OF_LIST_OF_FILE);
-  return true;
+bool GiveUp(unzFile pHandle) {
+  unzCloseCurrentFile(pHandle);
+  return false;
 }
 
 }  // namespace
@@ -116,9 +99,21 @@ bool Unzip(const std::string& sArchivePath, const std::string& sDirectoryPath) {
     ORV_LOG_ERROR("[ERROR] unzHandle is NULL");
     return false;
   }
-  if (ExtractEveryEntry(pHandle.get(), sDirectoryPath)) return true;
-  unzCloseCurrentFile(pHandle.get());
-  return false;
+  if (unzGoToFirstFile(pHandle.get()) != UNZ_OK) return GiveUp(pHandle.get());
+  do {
+    std::string targetFilename;
+    if (!GetTargetPath(pHandle.get(), sDirectoryPath, targetFilename)) return GiveUp(pHandle.get());
+    if (!ExtractFile(pHandle.get(), targetFilename)) {
+      ORV_LOG_ERROR("[ERROR] ExtractFile() return false.[targetFilename : %s]",
+                    targetFilename.c_str());
+      return GiveUp(pHandle.get());
+    }
+    // Answers with an error when the entry's checksum is wrong; such an entry is taken all the
+    // same.
+    unzCloseCurrentFile(pHandle.get());
+    // Any other error leaves no current entry, which the next round's look at it then reports.
+  } while (unzGoToNextFile(pHandle.get()) != UNZ_END_OF_LIST_OF_FILE);
+  return true;
 }
 
 }  // namespace FileSystemUtils

@@ -41,7 +41,9 @@ time_t TimeUtils::GetEpochTime(const std::string& rTime) {
 
 std::string TimeUtils::GetUTCTimeString(const time_t* pTime) {
   char buffer[TIME_TEXT_SIZE] = {};
-  const struct tm* pBrokenDown = gmtime(pTime);
+  // Not gmtime(): its one result would be shared by the main loop and the tasks.
+  struct tm brokenDown = {};
+  const struct tm* pBrokenDown = gmtime_r(pTime, &brokenDown);
   // Null for a year that no int holds; the text stays empty then, and callers refuse that.
   if (pBrokenDown != nullptr) strftime(buffer, sizeof(buffer), "%Y-%m-%dT%XZ", pBrokenDown);
   ORV_LOG_DEBUG("[Debug] timeUTCStr : %s", buffer);

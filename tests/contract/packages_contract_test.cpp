@@ -91,8 +91,7 @@ TEST_F(Packages, HaveAVersion) {
 TEST_F(Packages, ListTheirAppsInTheOrderOfTheManifest) {
   EXPECT_EQ(0,
             package_info_foreach_app_from_package(Open(), PACKAGE_INFO_ALLAPP, NoteApp, nullptr));
-  EXPECT_THAT(Notes::All(),
-              ElementsAre("1 contract.zeta", "2 contract.alpha", "1 contract.mid"));
+  EXPECT_THAT(Notes::All(), ElementsAre("1 contract.zeta", "2 contract.alpha", "1 contract.mid"));
 }
 
 TEST_F(Packages, ListTheirAppsOfOneKind) {
@@ -100,8 +99,7 @@ TEST_F(Packages, ListTheirAppsOfOneKind) {
   EXPECT_EQ(0,
             package_info_foreach_app_from_package(info, PACKAGE_INFO_SERVICEAPP, NoteApp, nullptr));
   EXPECT_EQ(0, package_info_foreach_app_from_package(info, PACKAGE_INFO_UIAPP, NoteApp, nullptr));
-  EXPECT_THAT(Notes::All(),
-              ElementsAre("2 contract.alpha", "1 contract.zeta", "1 contract.mid"));
+  EXPECT_THAT(Notes::All(), ElementsAre("2 contract.alpha", "1 contract.zeta", "1 contract.mid"));
 }
 
 TEST_F(Packages, EndTheWalkOverAppsEarlyWithSuccess) {
@@ -220,8 +218,7 @@ TEST_F(PackageEvents, GoToTheLastCallbackOfTheHandle) {
   EXPECT_EQ(0, package_manager_set_event_cb(m_manager, NoteEvent, second));
   Tv().Install(m_package);
   EXPECT_TRUE(Tv().RunMainLoopUntil([] { return Notes::Count() == 2; }));
-  EXPECT_THAT(Notes::All(),
-              ElementsAre("second wgt contract 0 0", "second wgt contract 0 2"));
+  EXPECT_THAT(Notes::All(), ElementsAre("second wgt contract 0 0", "second wgt contract 0 2"));
 }
 
 TEST_F(PackageEvents, EndWithUnset) {

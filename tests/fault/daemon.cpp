@@ -3,12 +3,14 @@
 #include "fault/daemon.h"
 
 #include <filesystem>
+#include <stdexcept>
 
 #include "controller/ORVInstaller.h"
 #include "controller/ORVScheduler.h"
 #include "fake/control/fake.h"
 #include "support/drain.h"
 #include "support/files.h"
+#include "support/sandbox.h"
 
 /// The daemon's entry, under the name that it has in this program.
 int OrvEnablerMain(int argc, char* argv[]);
@@ -52,6 +54,9 @@ int RunService(const fake::Launch& launch) {
 const std::string kDataDirectory = "/opt/usr/apps/com.kalmora.tv.orv-enabler/data/";
 
 void MakeFreshDirectories() {
+  if (!support::InSandbox()) {
+    throw std::runtime_error("not in a sandbox: these are the machine's own directories");
+  }
   for (const char* directory : {"/opt/usr/apps", "/opt/share", "/home/owner"}) {
     Empty(directory);
   }

@@ -21,8 +21,8 @@ struct Road {
   std::function<void()> prepare;
   /// In the main loop; empty when the road is the start of the process itself.
   std::function<void()> travel;
-  /// Network time comes before `prepare`, when the daemon is at rest: at start the two tasks would
-  /// race for what the scheduler does first.
+  /// Network time comes before `prepare`, when the daemon is at rest. Without it the scheduler does
+  /// nothing: for roads on which records run while it would be at work.
   bool hasNetworkTime = true;
 
   bool IsStart() const { return !travel; }

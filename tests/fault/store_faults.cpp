@@ -11,7 +11,7 @@
 namespace fault {
 namespace {
 
-const std::string kPrefix = "sqlite3.";
+constexpr char kPrefix[] = "sqlite3.";  // in use before static initialisers have run
 
 struct StoreFault {
   std::string name;
@@ -37,7 +37,7 @@ State& GetState() {
 
 /// One use of an operation: the result of its fault, or nothing when it is to be done.
 std::optional<int> Use(const char* operation) {
-  const std::string name = kPrefix + operation;
+  const std::string name = std::string(kPrefix) + operation;
   State& state = GetState();
   const std::lock_guard<std::mutex> lock(state.mutex);
   ++state.operations[name];
@@ -168,7 +168,7 @@ void WatchTheStore() {
 }
 
 bool IsStoreOperation(const std::string& name) {
-  return name.compare(0, kPrefix.size(), kPrefix) == 0;
+  return name.find(kPrefix) == 0;
 }
 
 std::map<std::string, int> StoreOperations() {

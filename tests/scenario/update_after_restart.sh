@@ -113,6 +113,7 @@ updated "screens that changed" changedgui "$(guide channel_list)" "$(guide epg)"
 app_operation_set_current_app($OPERATIONS/epg, changedgui.App)"
 equal "the channel list is handed back" "" "$(answers channel-list)"
 equal "and the guide taken over" "changedgui.App" "$(answers epg)"
+remove changedgui
 
 updated "all at once: the outermost went, another came, one changed" allatonce1 \
   "$(feeder 1; banner info; has_data ch.app.boosting true)" \
@@ -131,7 +132,7 @@ updated "the metadata is gone" metagone01 "$(feeder 1; banner info)" "" \
 "[Info] rPackageID : metagone01, eType : 2" \
 "" \
 'RemoveAppInfo({"pkg_id":"metagone01"})
-announce({"CustomBanner":{}})
+announce({"CustomApp":{},"CustomBanner":{}})
 RemoveAppInfo({"pkg_id":"metagone01"}) = false'
 holds "its channel is gone too" '.channels | all(.pkg_id != "metagone01")'
 
@@ -152,6 +153,8 @@ updated "every type went and another came" othertype1 "$(banner info)" "$(feeder
 "[Debug] [Removable] first : custom_ui_standard, second : info
 [Info] rTargetType : custom_ui_standard, first : custom_ui_standard
 [Debug] [Additional] first : ch_feeder_standard, second : standard
+[Debug] [Intersection] first : channel_data_url, second : http://a/1/c
+[Debug] [Intersection] first : schedule_data_url, second : http://a/1/s
 [Info] rPackageID : othertype1, eType : 1" \
 "1.0.0 null" \
 ""
@@ -169,6 +172,8 @@ updated "a bare record does not come back" barerecord "$(banner info)" "$(feeder
 "[Debug] [Removable] first : custom_ui_standard, second : info
 [Info] rTargetType : custom_ui_standard, first : custom_ui_standard
 [Debug] [Additional] first : ch_feeder_standard, second : standard
+[Debug] [Intersection] first : channel_data_url, second : http://a/1/c
+[Debug] [Intersection] first : schedule_data_url, second : http://a/1/s
 [Info] rPackageID : barerecord, eType : 1" \
 "1.0.0 null" \
 ""

@@ -6,6 +6,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace desk {
@@ -32,13 +33,17 @@ timespec Split(Nanoseconds count) {
   return time;
 }
 
+long long NumberFrom(const char* variable, long long otherwise) {
+  const char* text = std::getenv(variable);
+  return text == nullptr ? otherwise : std::strtoll(text, nullptr, 10);
+}
+
 // Where the two times part: read once, at the first use, which is before main.
 struct Base {
   Base() {
-    const char* text = std::getenv("DESK_CLOCK_SPEED");
-    const long told = text == nullptr ? 1 : std::strtol(text, nullptr, 10);
-    speed = told < 1 ? 1 : told;
-    realtime = Count(RealNow(CLOCK_REALTIME));
+    speed = std::max(NumberFrom("DESK_CLOCK_SPEED", 1), 1LL);
+    realtime =
+        NumberFrom("DESK_CLOCK_SINCE", static_cast<long long>(Count(RealNow(CLOCK_REALTIME))));
     monotonic = Count(RealNow(CLOCK_MONOTONIC));
     boottime = Count(RealNow(CLOCK_BOOTTIME));
     raw = Count(RealNow(CLOCK_MONOTONIC_RAW));

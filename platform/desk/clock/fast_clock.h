@@ -9,8 +9,10 @@
 
 namespace desk {
 
-/// Time that runs $DESK_CLOCK_SPEED times faster than the machine's, from the start of the process
-/// on: until then both tell the same. Everything is callable from any thread, also before main.
+/// Time that runs $DESK_CLOCK_SPEED times faster than the machine's. The time of day does so since
+/// $DESK_CLOCK_SINCE (nanoseconds of the machine's time of day), so that it goes on over the
+/// restarts of a program; it and all other clocks otherwise since the start of the process. Until
+/// then both tell the same. Everything is callable from any thread, also before main.
 
 /// False for clocks that are no time of day and no time since boot, such as processor time; those
 /// are left alone.

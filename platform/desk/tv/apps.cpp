@@ -27,6 +27,17 @@ bool IsBackgroundLaunch(const Json::Value& extra) {
   return extra.isObject() && extra[ORV_LAUNCH_MODE_KEY] == Json::Value(kBackground);
 }
 
+// Status of a process that has been killed, as waitpid gives it; the process stays for its watch.
+int AwaitEnd(pid_t pid) {
+  siginfo_t info{};
+  while (waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOWAIT) != 0) {
+    if (errno != EINTR) {
+      return SIGKILL;
+    }
+  }
+  return info.si_code == CLD_EXITED ? info.si_status << 8 : info.si_status;
+}
+
 Json::Value Result(int result) {
   Json::Value answer(Json::objectValue);
   answer["result"] = result;
@@ -174,11 +185,18 @@ int Apps::Signal(const std::string& id, int number) {
                                                 : APP_MANAGER_ERROR_REQUEST_FAILED;
 }
 
+// The ends are told before the package's change is, so they are not left to the watches, whose turn
+// comes later and which find the apps gone.
 void Apps::EndPackage(const std::string& package) {
+  std::vector<std::pair<std::string, pid_t>> ending;
   for (const auto& [id, running] : m_running) {
     if (PackageOfApp(id) == package) {
-      kill(-running.pid, SIGKILL);
+      ending.emplace_back(id, running.pid);
     }
+  }
+  for (const auto& [id, pid] : ending) {
+    kill(-pid, SIGKILL);
+    OnExit(id, pid, AwaitEnd(pid));
   }
 }
 

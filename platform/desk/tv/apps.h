@@ -42,7 +42,8 @@ class Apps {
   Apps(const Apps&) = delete;
   Apps& operator=(const Apps&) = delete;
 
-  /// Kills the processes of a package that changes or goes.
+  /// Kills the processes of a package that changes or goes. When it returns they have ended, and
+  /// that has been told.
   void EndPackage(const std::string& package);
   /// Power-off: kills all processes, and tells nobody.
   void EndAll();

@@ -42,7 +42,8 @@ DaemonLauncher::DaemonLauncher(const TvOptions& options, const std::string& busS
     : m_options(options),
       m_socket(busSocket),
       m_tools(ProgramDirectory()),
-      m_program(ChooseProgram(m_tools)) {
+      m_program(ChooseProgram(m_tools)),
+      m_since(std::chrono::system_clock::now().time_since_epoch()) {
   if (options.sandbox && FindProgram("bwrap").empty()) {
     throw DeskError(DeskError::NotFound,
                     "the daemon's sandbox needs bubblewrap, which is not installed: install it, or "
@@ -75,6 +76,7 @@ std::vector<std::string> DaemonLauncher::Environment(const std::string& root,
   if (m_options.speed > 1) {
     environment.push_back("LD_PRELOAD=" + tools + "/" + CLOCK_LIBRARY);
     environment.push_back("DESK_CLOCK_SPEED=" + std::to_string(m_options.speed));
+    environment.push_back("DESK_CLOCK_SINCE=" + std::to_string(m_since.count()));
     // A daemon with the address sanitizer minds that something is loaded before it.
     const char* options = std::getenv("ASAN_OPTIONS");
     environment.push_back("ASAN_OPTIONS=verify_asan_link_order=0" +

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -32,6 +33,8 @@ class DaemonLauncher {
   const std::string m_socket;
   const std::string m_tools;
   const std::string m_program;
+  /// Since when the daemon's time of day runs faster: over its restarts it never goes back.
+  const std::chrono::nanoseconds m_since;
 };
 
 }  // namespace desk

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "app_info/app_type/ChFeederCustom.h"
 
+#include <exception>
+
 #include "common/Log.h"
 #include "common/ORVConstants.h"
 #include "utils/PackagedData.h"
@@ -32,15 +34,18 @@ AppInfo* ChFeederCustom::DecorateAppType(AppInfo* pAppInfo, const std::string& r
 void ChFeederCustom::Release(AppInfo* pAppInfo) {
   if (pAppInfo == nullptr) return;
   auto* const pThis = static_cast<ChFeederCustom*>(pAppInfo);
-  // The object goes also when the removal of its data throws.
-  struct Owner {
-    ~Owner() { delete m_pFeeder; }
-    ChFeederCustom* m_pFeeder;
-  } const owner{pThis};
-  pThis->RequestEvent(EVENT_DELETE_ITEM);
-  if (pThis->m_AppliedAppType.second != APP_TYPE_VALUE_EXTENDED) return;
-  FileSystemUtils::UninstallPackagedData(pThis->m_sPackageID, APP_TYPE_CH_FEEDER_CUSTOM,
+  pThis->CleanUp();
+  delete pThis;
+}
+
+void ChFeederCustom::CleanUp() try {
+  RequestEvent(EVENT_DELETE_ITEM);
+  if (m_AppliedAppType.second != APP_TYPE_VALUE_EXTENDED) return;
+  FileSystemUtils::UninstallPackagedData(m_sPackageID, APP_TYPE_CH_FEEDER_CUSTOM,
                                          PACKAGED_TYPE_HBBTV_APP);
+} catch (const std::exception& e) {
+  // The next layer outward releases this one in its destructor, which nothing may leave.
+  ORV_LOG_ERROR("[ERROR] exception : %s", e.what());
 }
 
 AppInfo::ReleaseFunction ChFeederCustom::GetReleaseFunction() const {

@@ -19,6 +19,7 @@ class ChFeederCustom final : public AppTypeDecorator {
   static AppInfo* DecorateAppType(AppInfo* pAppInfo, const std::string& rMetadataValue,
                                   RequestEventCallback pfnRequestEvent);
   /// Tells the scheduler, removes the packaged data and frees the object with all that it wraps.
+  /// Throws nothing.
   static void Release(AppInfo* pAppInfo);
 
   void RunOperation(bool bStarted) override;
@@ -32,6 +33,7 @@ class ChFeederCustom final : public AppTypeDecorator {
                  RequestEventCallback pfnRequestEvent);
   ~ChFeederCustom() = default;
 
+  void CleanUp();
   void RequestEvent(int eType);
 
   const RequestEventCallback m_pfnRequestEvent;

@@ -4,6 +4,8 @@
 
 #include <FCAPI.h>
 
+#include <exception>
+
 #include "common/JsonText.h"
 #include "common/Log.h"
 #include "common/ORVConstants.h"
@@ -38,15 +40,18 @@ AppInfo* ChFeederStandard::DecorateAppType(AppInfo* pAppInfo, const std::string&
 void ChFeederStandard::Release(AppInfo* pAppInfo) {
   if (pAppInfo == nullptr) return;
   auto* const pThis = static_cast<ChFeederStandard*>(pAppInfo);
-  // The object goes also when the removal of its data throws.
-  struct Owner {
-    ~Owner() { delete m_pFeeder; }
-    ChFeederStandard* m_pFeeder;
-  } const owner{pThis};
-  pThis->RemoveChannelUsingKelvoApi();
-  const int iType = pThis->GetPackagedDataType(false);
+  pThis->CleanUp();
+  delete pThis;
+}
+
+void ChFeederStandard::CleanUp() try {
+  RemoveChannelUsingKelvoApi();
+  const int iType = GetPackagedDataType(false);
   if (iType == 0) return;
-  FileSystemUtils::UninstallPackagedData(pThis->m_sPackageID, APP_TYPE_CH_FEEDER_STANDARD, iType);
+  FileSystemUtils::UninstallPackagedData(m_sPackageID, APP_TYPE_CH_FEEDER_STANDARD, iType);
+} catch (const std::exception& e) {
+  // The next layer outward releases this one in its destructor, which nothing may leave.
+  ORV_LOG_ERROR("[ERROR] exception : %s", e.what());
 }
 
 AppInfo::ReleaseFunction ChFeederStandard::GetReleaseFunction() const {

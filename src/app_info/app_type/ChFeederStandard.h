@@ -25,7 +25,7 @@ class ChFeederStandard final : public AppTypeDecorator {
   /// Takes ownership of pAppInfo.
   static AppInfo* DecorateAppType(AppInfo* pAppInfo, const std::string& rMetadataValue);
   /// Asks the framework to remove the record, removes the packaged data and frees the object with
-  /// all that it wraps.
+  /// all that it wraps. Throws nothing.
   static void Release(AppInfo* pAppInfo);
 
   void RunOperation(bool bStarted) override;
@@ -54,6 +54,7 @@ class ChFeederStandard final : public AppTypeDecorator {
   ChFeederStandard(AppInfo* pAppInfo, const std::string& rMetadataValue);
   ~ChFeederStandard() = default;
 
+  void CleanUp();
   /// The text of a record with the URLs of rData.
   std::string GetChannelRecord(DataMap& rData) const;
 };

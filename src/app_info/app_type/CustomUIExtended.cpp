@@ -29,22 +29,12 @@ const char* const REPLACEMENT_UI_KEY_APP_ID = "appid";
 std::mutex s_mutexLayers;
 std::set<const void*> s_setLayers;
 
-/// False, with a line in the log, when there is no such app id to go on with.
-bool ReadLayoutAppID(std::string& rLayoutAppID) try {
+/// Without any white space, inside texts too: settled behaviour. Empty when there is no such file.
+std::string ReadReplacementFile() {
   std::ifstream file(REPLACEMENT_UI_FILE);
   std::string sText;
-  // Drops all white space, inside texts too: settled behaviour.
   for (char cNext; file >> cNext;) sText += cNext;
-  Json::Value root;
-  if (!JsonText::Parse(sText, root)) {
-    ORV_LOG_ERROR("[ERROR] Invalid Json String.");
-    return false;
-  }
-  rLayoutAppID = root[REPLACEMENT_UI_KEY_APP_ID].asString();
-  return true;
-} catch (const std::exception&) {
-  ORV_LOG_ERROR("[ERROR] Exception Caught");
-  return false;
+  return sText;
 }
 
 }  // namespace
@@ -220,7 +210,17 @@ void CustomUIExtended::WakeWaiter() {
 void SetOperationAsynchronously(std::vector<CustomUIExtended::SupportedAppType> vTypes,
                                 std::string sAppID, void* pUserData) {
   std::string sLayoutAppID;
-  if (!ReadLayoutAppID(sLayoutAppID)) return;
+  try {
+    Json::Value root;
+    if (!JsonText::Parse(ReadReplacementFile(), root)) {
+      ORV_LOG_ERROR("[ERROR] Invalid Json String.");
+      return;
+    }
+    sLayoutAppID = root[REPLACEMENT_UI_KEY_APP_ID].asString();
+  } catch (const std::exception&) {
+    ORV_LOG_ERROR("[ERROR] Exception Caught");
+    return;
+  }
   ORV_LOG_DEBUG("[Debug] sLayoutAppID : %s", sLayoutAppID.c_str());
   std::unique_lock<std::mutex> lock(CustomUIExtended::s_mutexAppStatus);
   CustomUIExtended::SetOperationByAppType(vTypes, sLayoutAppID, true);

@@ -14,26 +14,6 @@
 
 namespace CustomUITypes {
 
-namespace {
-
-bool ReplaceMember(const std::string& rText, const std::string& rMember,
-                   const Json::Value& rAppInfo, bool bClear) {
-  Json::Value root;
-  if (!rText.empty() && !JsonText::Parse(rText, root)) {
-    ORV_LOG_DEBUG("[Debug] Invalid Json Str : %s", rText.c_str());
-    return false;
-  }
-  if (bClear) {
-    root[rMember].clear();  // null where there was no such member: settled behaviour
-  } else {
-    root[rMember] = rAppInfo;
-  }
-  vconf_set_str(VCONF_CUSTOM_UI_TYPE.c_str(), JsonText::Write(root).c_str());
-  return true;
-}
-
-}  // namespace
-
 Json::Value MakeAppInfo(const std::string& rPackageID, const std::string& rAppID,
                         const std::string& rWidgetID,
                         const std::map<std::string, std::string>& rData) {
@@ -54,7 +34,19 @@ bool WriteAppInfoVconfKey(const std::string& rMember, const Json::Value& rAppInf
   // The key is expected to exist; without it the caller's operation ends here.
   if (!pText) throw std::logic_error("basic_string: construction from null is not valid");
   try {
-    return ReplaceMember(pText.get(), rMember, rAppInfo, bClear);
+    const std::string sText = pText.get();
+    Json::Value root;
+    if (!sText.empty() && !JsonText::Parse(sText, root)) {
+      ORV_LOG_DEBUG("[Debug] Invalid Json Str : %s", sText.c_str());
+      return false;
+    }
+    if (bClear) {
+      root[rMember].clear();  // null where there was no such member: settled behaviour
+    } else {
+      root[rMember] = rAppInfo;
+    }
+    vconf_set_str(VCONF_CUSTOM_UI_TYPE.c_str(), JsonText::Write(root).c_str());
+    return true;
   } catch (...) {  // whatever the JSON of others raises, the key stays as it is
     ORV_LOG_ERROR("[ERROR] Exception Caught");
     return false;

@@ -243,12 +243,14 @@ TEST_F(ChFeederCustomTest, TheReleaseOfAnotherAppLeavesTheTree) {
   EXPECT_THAT(fake::LogTexts(), IsEmpty());
 }
 
-TEST_F(ChFeederCustomTest, AReleaseWhoseDataRemovalThrowsFreesTheObjectAllTheSame) {
+TEST_F(ChFeederCustomTest, AReleaseWhoseDataRemovalThrowsIsLogged) {
   Make("extended");
   support::WriteFile(m_tree + "/app_type_file.txt", "[1]");
-  AppInfo* const pFeeder = m_feeder.release();
-  EXPECT_THROW(ChFeederCustom::Release(pFeeder), std::exception);
+  m_feeder.reset();
   EXPECT_THAT(Events(), ElementsAre(m_deleteEvent));
+  EXPECT_THAT(fake::LogTexts(DLOG_ERROR),
+              ElementsAre("[ERROR] exception : in Json::Value::resolveReference(key, end): "
+                          "requires objectValue"));
 }
 
 TEST_F(ChFeederCustomTest, WithoutACallbackTheSchedulerIsNeverCalledAndAllElseIsTheSame) {

@@ -509,11 +509,22 @@ TEST_F(ChFeederStandardTest, TheReleaseOfAnAppWithoutPackagedDataUninstallsNothi
   EXPECT_EQ(fake::LogTexts().back(), "[Info] PackagedDataType : 0");
 }
 
-TEST_F(ChFeederStandardTest, AReleaseWhoseDataRemovalThrowsFreesTheObjectAllTheSame) {
-  Make("extended");
+TEST_F(ChFeederStandardTest, AReleaseWhoseDataRemovalThrowsIsLoggedAndGoesOnInward) {
+  // Both layers come upon a list that is no object.
+  auto pChain = layers::Decorate<ChFeederStandard>(
+      ChFeederCustom::DecorateAppType(layers::NewRecord(), "extended", nullptr), "extended");
   support::WriteFile(m_tree + "/app_type_file.txt", "[1]");
-  AppInfo* const pFeeder = m_feeder.release();
-  EXPECT_THROW(ChFeederStandard::Release(pFeeder), std::exception);
+  Forget();
+  pChain.reset();
+  const std::string sException =
+      "[ERROR] exception : in Json::Value::resolveReference(key, end): requires objectValue";
+  EXPECT_THAT(fake::LogTexts(),
+              HasLogsInOrder(Texts({"[Info] rPackageID : org.example.pkg, rAppType : "
+                                    "ch_feeder_standard, rDataType : 1",
+                                    sException,
+                                    "[Info] rPackageID : org.example.pkg, rAppType : "
+                                    "ch_feeder_custom, rDataType : 1",
+                                    sException})));
 }
 
 std::vector<std::string> s_vCallsBeforeEvent;

@@ -507,6 +507,20 @@ TEST_F(CustomUIExtendedTest, QuitWakesAWaiterBeforeItRearms) {
   EXPECT_EQ(fake::OperationApp(ORV_OPERATION_EPG), m_app);
 }
 
+TEST_F(CustomUIExtendedTest, QuitOfAnAppThatWasRemovedSinceRearmsNothing) {
+  WriteReplacementFile();
+  fake::SetWaits(fake::Waits::kTimeOut);
+  Make("epg", kBackground);
+  m_ui->RunOperation(false);
+  m_ui->StopOperation();  // leaves the callback where it is
+  m_ui.reset();
+  Forget();
+  fake::SetKey(kStatusKey, "quit");
+  EXPECT_EQ(fake::DeliverKeyChanges(), 1u);
+  EXPECT_THAT(fake::LogTexts(), ElementsAre("[Debug] sAppStatus = quit"));
+  EXPECT_THAT(fake::CallNames(), ElementsAre("vconf_keynode_get_str"));
+}
+
 // The update.
 
 TEST_F(CustomUIExtendedTest, AnUpdateWithNothingStagedEndsAtOnce) {

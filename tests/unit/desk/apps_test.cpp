@@ -359,12 +359,21 @@ TEST_F(AppsTest, ADeclarationNeedsAFreeIdAndAProgram) {
 TEST_F(AppsTest, TheProcessesOfAPackageAreEndedWithIt) {
   Install("goes000001");
   Install("stays00001");
-  LaunchedPid("goes000001.Feed");
-  LaunchedPid("goes000001.App");
+  const pid_t service = LaunchedPid("goes000001.Feed");
+  const pid_t web = LaunchedPid("goes000001.App");
   LaunchedPid("stays00001.Feed");
+  Entered("goes000001.App", "preload");
   m_apps->EndPackage("goes000001");
-  RunUntil("their end", [&] { return !Running("goes000001.Feed") && !Running("goes000001.App"); });
+  // At once: what is told of the package comes behind what is told of its apps.
+  EXPECT_FALSE(Running("goes000001.Feed"));
+  EXPECT_FALSE(Running("goes000001.App"));
+  EXPECT_EQ(States("goes000001.Feed"), (Texts{"launched", "killed"}));
+  EXPECT_EQ(m_keys.back(), "rtc/memory/WebApp/goes000001.App=destroy");
   EXPECT_TRUE(Running("stays00001.Feed"));
+  RunUntil("their watches", [&] {
+    return m_callers.Identify(service).appId.empty() && m_callers.Identify(web).appId.empty();
+  });
+  EXPECT_EQ(States("goes000001.App"), (Texts{"launched", "status preload", "killed"}));
 }
 
 TEST_F(AppsTest, PowerOffEndsAllAndTellsNobody) {

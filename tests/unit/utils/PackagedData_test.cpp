@@ -100,6 +100,16 @@ class PackagedDataTest : public testing::Test {
   bool Install(int iDataType = PACKAGED_TYPE_HBBTV_APP, bool bStarted = false) {
     return InstallPackagedData(kPackage, kWidget, kStandard, iDataType, bStarted);
   }
+  /// The functions that logged, in order, each once for all its lines in a row.
+  std::vector<std::string> LoggingFunctions() {
+    std::vector<std::string> functions;
+    for (const fake::LogRecord& rRecord : fake::Logs()) {
+      const std::string sHead = rRecord.text.substr(0, rRecord.text.find('('));
+      const std::string sFunction = sHead.substr(sHead.find(": ") + 2);
+      if (functions.empty() || functions.back() != sFunction) functions.push_back(sFunction);
+    }
+    return functions;
+  }
   std::vector<std::string> Errors() { return fake::LogTexts(DLOG_ERROR); }
   std::vector<std::string> MountCalls() { return fake::CallTexts({"PS_Mount", "PS_Umount"}); }
 
@@ -148,16 +158,17 @@ TEST_F(PackagedDataTest, AFirstInstallLogsEachStep) {
 TEST_F(PackagedDataTest, TheStepsLogUnderTheirOwnNames) {
   PutIntoImage({{"metadata/a", "x"}});
   EXPECT_TRUE(Install(PACKAGED_TYPE_META_DATA));
-  std::vector<std::string> heads;
-  for (const fake::LogRecord& rRecord : fake::Logs()) {
-    const std::string sHead = rRecord.text.substr(0, rRecord.text.find('('));
-    heads.push_back(sHead.substr(sHead.find(": ") + 2));
-  }
-  EXPECT_THAT(heads, Contains("InstallPackagedData"));
-  EXPECT_THAT(heads, Contains("MountFile"));
-  EXPECT_THAT(heads, Contains("ExtractFile"));
-  EXPECT_THAT(heads, Contains("Unmount"));
-  EXPECT_THAT(heads, Contains("MoveEveryFilesInDirectory"));
+  EXPECT_THAT(LoggingFunctions(),
+              ElementsAre("InstallPackagedData", "MountFile", "InstallPackagedData", "ExtractFile",
+                          "Unmount", "MoveEveryFilesInDirectory"));
+}
+
+TEST_F(PackagedDataTest, TheFailuresLogUnderTheNamesOfTheirSteps) {
+  PutIntoImage({{"first", "1"}, {"first/below", "2"}});
+  EXPECT_FALSE(Install());
+  EXPECT_THAT(LoggingFunctions(),
+              ElementsAre("InstallPackagedData", "MountFile", "InstallPackagedData", "ExtractFile",
+                          "Unzip", "InstallPackagedData", "Unmount"));
 }
 
 TEST_F(PackagedDataTest, ATreeThatExistsIsEnoughForARunAtStart) {

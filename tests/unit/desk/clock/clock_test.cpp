@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -12,10 +13,10 @@ namespace {
 
 constexpr double WAIT_MS = 20000;
 
-std::string Probe(const std::string& what, int speed) {
+std::string Probe(const std::string& what, int speed, const std::string& variable = "") {
   const std::string command =
-      "LD_PRELOAD='" CLOCK_LIBRARY "' DESK_CLOCK_SPEED=" + std::to_string(speed) + " '" PROBE "' " +
-      what;
+      variable + " LD_PRELOAD='" CLOCK_LIBRARY "' DESK_CLOCK_SPEED=" + std::to_string(speed) +
+      " '" PROBE "' " + what;
   const std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
   std::string text;
   char buffer[256];
@@ -52,8 +53,8 @@ struct Times {
   double processor = 0;
 };
 
-Times ProbeTimes(int speed) {
-  std::istringstream text(Probe("times", speed));
+Times ProbeTimes(int speed, const std::string& variable = "") {
+  std::istringstream text(Probe("times", speed, variable));
   Times times;
   EXPECT_TRUE(text >> times.day >> times.seconds >> times.ahead >> times.processor);
   return times;
@@ -63,6 +64,16 @@ TEST(FastClockTimes, TheTimeOfDayBeginsAtTheMachines) {
   const Times times = ProbeTimes(10);
   EXPECT_GE(times.ahead, 0);
   EXPECT_LT(times.ahead, 60000);
+}
+
+TEST(FastClockTimes, TheTimeOfDayHasRunFasterSinceTheMomentThatIsTold) {
+  const auto now = std::chrono::system_clock::now().time_since_epoch();
+  const auto since = std::chrono::nanoseconds(now - std::chrono::seconds(60)).count();
+  const Times times = ProbeTimes(10, "DESK_CLOCK_SINCE=" + std::to_string(since));
+  EXPECT_GE(times.ahead, 9 * 60000);
+  EXPECT_LT(times.ahead, 9 * 60000 + 60000);
+  EXPECT_GE(times.day, -0.001);
+  EXPECT_LT(times.day, 20000);
 }
 
 TEST(FastClockTimes, AllWaysToAskForTheTimeOfDayAgree) {

@@ -33,10 +33,12 @@ class Launching : public testing::Test {
   }
 
   // What the script said.
-  std::string Run() {
+  std::string Run() { return Run(DaemonLauncher(m_options, m_paths.BusSocket())); }
+  std::string Run(const DaemonLauncher& launcher) {
     const DeskDirectory directory(m_paths);
     support::WriteFile(m_paths.BusSocket(), "");
-    const DaemonProcess process = DaemonLauncher(m_options, m_paths.BusSocket()).Launch();
+    support::WriteFile(m_paths.Log() + "/daemon-output.log", "");
+    const DaemonProcess process = launcher.Launch();
     int status = 0;
     EXPECT_EQ(waitpid(process.pid, &status, 0), process.pid);
     if (process.infoFd >= 0) {
@@ -106,6 +108,15 @@ TEST_F(Launching, AFasterClockIsLoadedIntoTheDaemon) {
   m_options.speed = 50;
   Script("echo $LD_PRELOAD $DESK_CLOCK_SPEED");
   EXPECT_EQ(Run(), "/run/tv-tools/libdesk_clock.so 50\n");
+}
+
+TEST_F(Launching, TheFasterTimeOfDayGoesOnOverRestarts) {
+  m_options.speed = 50;
+  Script("echo $DESK_CLOCK_SINCE");
+  const DaemonLauncher launcher(m_options, m_paths.BusSocket());
+  const std::string since = Run(launcher);
+  EXPECT_GT(std::stoll(since), 1700000000000000000);
+  EXPECT_EQ(Run(launcher), since);
 }
 
 TEST_F(Launching, AProgramThatIsMissingIsToldByName) {

@@ -1,0 +1,106 @@
+#!/bin/sh
+# SPDX-FileCopyrightText: the orv-enabler authors
+# SPDX-License-Identifier: Apache-2.0
+#
+# The signals that concern all apps: activation preloads the custom UIs, complete virtual services run
+# every record, the custom feeders twice.
+. "$(dirname "$0")/lib.sh"
+. "$(dirname "$0")/update_lib.sh"
+
+feeder() { is_type ch_feeder_standard standard; has_data channel_data_url "http://$1/c"; has_data schedule_data_url "http://$1/s"; }
+start_tv --offline
+# on_signal NUMBER TEXT: from the signal on, in log and journal, until the daemon is through with it.
+on_signal() {
+  forget_log
+  tv signal "$1"
+  logged "$1: it is heard" "$2"
+  handled
+}
+ACTIVATED="[Info] SIGNAL_TVS_ACTIVATE event comming"
+COMPLETE="[Info] VELDRIN_EVENT_GET_VIRTUAL_SERVICES_COMPLETE event comming"
+preloaded() { log_texts | sed -n 's/^\[Info\] PreloadWebApp appID : //p'; }
+launches() { calls '^app_control_(set_app_id|add_extra_data)$' | sed 's/^[a-z_]*([0-9]*, //; s/) = 0$//'; }
+
+echo "without apps"
+on_signal 75 "$ACTIVATED"
+equal "activation preloads nothing" "" "$(preloaded)$(launches)"
+on_signal 90014 "$COMPLETE"
+equal "complete services run nothing" "" "$(calls '^(was|FCOrv|app_control|vconf)')"
+
+version dfeeder001 1.0.0 "$(feeder d)"
+version cfeedcust1 1.0.0 "$(is_type ch_feeder_custom plain)"
+version bguide0001 1.0.0 "$(is_type custom_ui_extended epg)"
+version abanner001 1.0.0 "$(is_type custom_ui_standard info)"
+version eboth00001 1.0.0 "$(is_type custom_ui_standard nothing-known; is_type custom_ui_extended nothing-known)"
+version ffeedcust1 1.0.0 "$(is_type ch_feeder_custom plain; feeder f)"
+holds "six apps" '.store | length == 6'
+logged "each new channel has completed the services once more" "$COMPLETE" 3
+handled
+
+echo "activation"
+on_signal 75 "$ACTIVATED"
+equal "the custom UIs are preloaded, each once, by package" \
+"abanner001.App, widgetID :abanner001.App
+bguide0001.App, widgetID :bguide0001.App
+eboth00001.App, widgetID :eboth00001.App" "$(preloaded)"
+MODE="http://kalmora.com/appcontrol/data/launch_mode, backgroundAtStartup"
+equal "in the background" "abanner001.App
+$MODE
+bguide0001.App
+$MODE
+eboth00001.App
+$MODE" "$(launches)"
+tv fail app_control_send_launch_request 0xFEF00023 --times 1
+on_signal 75 "$ACTIVATED"
+equal "one that is rejected does not keep the others back, and is not tried again" \
+"-17825757
+0
+0" "$(calls '^app_control_send_launch_request$' | sed 's/.* = //')"
+tv fail app_control_send_launch_request 0xFEF00021
+on_signal 75 "$ACTIVATED"
+equal "nor do three" 3 "$(calls '^app_control_send_launch_request$' | grep -c .)"
+tv fail --clear
+
+echo "complete virtual services"
+# What each record's run leaves in the log.
+runs() {
+  log_texts | sed -n "/VIRTUAL_SERVICES_COMPLETE/,/$MARKER/p" | sed -nE \
+    -e 's/^\[Info\] rAppID : (.*)\.App, rAppType : ([a-z_]*),.*/\1 \2/p' \
+    -e 's/^\[Info\] sInputMetaDataURL http:\/\/(.)\/c$/\1 feeds/p' \
+    -e 's/^\[Info\] rPackageID : (.feedcust1)$/\1 is scheduled/p' | uniq
+}
+on_signal 90014 "$COMPLETE"
+equal "the custom feeders run first, then all, inner layers before outer ones" \
+"cfeedcust1 is scheduled
+ffeedcust1 is scheduled
+f feeds
+abanner001 custom_ui_standard
+bguide0001 custom_ui_extended
+cfeedcust1 is scheduled
+d feeds
+eboth00001 custom_ui_extended
+eboth00001 custom_ui_standard
+ffeedcust1 is scheduled
+f feeds" "$(runs)"
+equal "they run as known apps: nothing is announced or handed over again" "" "$(effects)"
+tv op reset epg
+on_signal 90014 "$COMPLETE"
+equal "a screen that was taken away is taken over again" \
+  "app_operation_set_current_app(http://kalmora.com/tv/appcontrol/operation/epg, bguide0001.App)" "$(effects)"
+
+echo "the channel list changes"
+forget_log
+version gfeeder001 1.0.0 "$(feeder g)"
+logged "a new channel completes the services" "$COMPLETE"
+handled
+equal "the new feeder has run with the others" "d feeds
+f feeds
+g feeds" "$(runs | grep feeds | sort -u)"
+forget_log
+version gfeeder001 2.0.0 "$(feeder h)"
+logged "so does a changed one" "$COMPLETE"
+forget_log
+remove gfeeder001
+remove dfeeder001
+silent "one that goes does not" "$COMPLETE"
+the_end
