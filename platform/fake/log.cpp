@@ -26,7 +26,7 @@ State& GetState() {
   return *s_state;
 }
 
-std::string Format(const char* format, std::va_list args) {
+__attribute__((format(printf, 1, 0))) std::string Format(const char* format, std::va_list args) {
   std::va_list again;
   va_copy(again, args);
   const int length = std::vsnprintf(nullptr, 0, format, args);

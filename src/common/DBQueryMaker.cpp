@@ -21,7 +21,7 @@ std::string DBQueryMaker::GetQuery_TableCreate() const {
   std::string sQuery = "CREATE TABLE IF NOT EXISTS " + m_sTableName + "(";
   const char* pSeparator = "";
   for (const auto& [sName, sType] : m_vColumns) {
-    sQuery += pSeparator + sName + " " + sType;
+    sQuery.append(pSeparator).append(sName).append(" ").append(sType);
     pSeparator = ", ";
   }
   sQuery += ");";

@@ -88,7 +88,7 @@ bool ReadFile(const std::string& filePath, std::string& rContent) {
 }
 
 std::string GetPackagedMetaDataDirectoryPath(const std::string& rPackageID) {
-  const std::string sTargetMetaDataDirectoryPath = s_sMetaDataDirectoryPath + rPackageID;
+  std::string sTargetMetaDataDirectoryPath = s_sMetaDataDirectoryPath + rPackageID;
   ORV_LOG_INFO("[Info] sTargetMetaDataDirectoryPath : %s", sTargetMetaDataDirectoryPath.c_str());
   if (Exists(sTargetMetaDataDirectoryPath)) return sTargetMetaDataDirectoryPath;
   ORV_LOG_ERROR("[ERROR] boostfs::exists(%s) return false.", sTargetMetaDataDirectoryPath.c_str());

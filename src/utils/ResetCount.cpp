@@ -20,7 +20,7 @@ namespace {
 std::string MakeResetCountPath() {
   char* pDataPath = app_get_data_path();
   if (pDataPath == nullptr) return RESET_COUNT_FILE;
-  const std::string sPath = pDataPath + RESET_COUNT_FILE;
+  std::string sPath = pDataPath + RESET_COUNT_FILE;
   std::free(pDataPath);
   return sPath;
 }

@@ -11,6 +11,9 @@
 #include <cstring>
 #include <filesystem>
 
+#include "fake/control/fake.h"
+#include "framework/hooks.h"
+
 namespace bench {
 
 std::string Place() {
@@ -81,10 +84,20 @@ std::string InsertSql(const std::string& package) {
          ".App', '', '1.0.0', '" + Variables(package) + "', '', '', '', '' )";
 }
 
+void LeaveTheFakeAside() {
+  fake::SetRecording(false);
+  framework::SetHooks(nullptr);
+}
+
 }  // namespace bench
 
-// Formatted as a real log would, and dropped.
+// A log service takes the format and its arguments; what it makes of them is its own cost, as on
+// the target. With $ORV_BENCH_LOG the text is made here, to see what that would add.
 extern "C" int __wrap___dlog_print(log_id_t, int, const char*, const char* format, ...) {
+  static const bool s_makeText = std::getenv("ORV_BENCH_LOG") != nullptr;
+  if (!s_makeText) {
+    return 0;
+  }
   char text[1024];
   std::va_list args;
   va_start(args, format);

@@ -9,7 +9,7 @@
 #include <mutex>
 #include <thread>
 
-#include "fake/control/fake.h"
+#include "bench/bench_place.h"
 
 namespace {
 
@@ -108,7 +108,7 @@ void RunBatches(benchmark::State& state, Gate& gate, const Send& send) {
 }
 
 void EventsDaemon(benchmark::State& state) {
-  fake::SetRecording(false);
+  bench::LeaveTheFakeAside();
   CountingTask task;
   RunBatches(state, task.m_gate, [&task](FSEvent& event) {
     event.pReceiver = &task;

@@ -39,7 +39,7 @@ void SendInstall(ORVInstaller& installer, const std::string& package) {
 
 void InstallDaemon(benchmark::State& state) {
   bench::StorePath();
-  fake::SetRecording(false);
+  bench::LeaveTheFakeAside();
   ORVInstaller& installer = *ORVInstaller::GetInstance();
   for (auto _ : state) {
     state.PauseTiming();

@@ -8,7 +8,6 @@
 
 #include "bench/bench_place.h"
 #include "controller/ORVAppCreator.h"
-#include "fake/control/fake.h"
 
 namespace {
 
@@ -20,7 +19,7 @@ std::size_t RowBytes(unsigned long number) {
 }
 
 void MemoryDaemon(benchmark::State& state) {
-  fake::SetRecording(false);
+  bench::LeaveTheFakeAside();
   std::size_t rowBytes = 0;
   {
     const bench::Database db = bench::OpenWithTable(bench::StorePath());

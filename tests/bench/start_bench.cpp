@@ -13,7 +13,6 @@
 #include "bench/bench_place.h"
 #include "controller/ORVAppCreator.h"
 #include "controller/ORVAppOperator.h"
-#include "fake/control/fake.h"
 
 namespace {
 
@@ -39,7 +38,7 @@ void ReleaseRecords() {
 
 void StartDaemon(benchmark::State& state) {
   bench::StorePath();
-  fake::SetRecording(false);
+  bench::LeaveTheFakeAside();
   ORVAppCreator* creator = ORVAppCreator::GetInstance();
   FillStore(state.range(0));
   for (auto _ : state) {

@@ -55,7 +55,7 @@ int LinkArchive(const fake::Mount& mount) {
 }
 
 void UnpackDaemon(benchmark::State& state) {
-  fake::SetRecording(false);
+  bench::LeaveTheFakeAside();
   fake::SetMountHandler(LinkArchive);
   bench::StorePath();
   for (auto _ : state) {

@@ -46,6 +46,7 @@ void Arm(const Fault& fault) {
 void Disarm() {
   fake::ClearFaults();
   ClearStoreFaults();
+  MakeStoreReadOnly(false);
 }
 
 /// Before the static initialisers of the daemon, which ask the platform for paths already.
@@ -77,6 +78,15 @@ bool IsFailure(const fake::Call& call, const Fault& fault) {
          call.result == "false" || call.result == "void";
 }
 
+/// What the call's thread logged next; empty when it had nothing more to say.
+std::string AnswerTo(const fake::Call& call) {
+  const std::vector<fake::LogRecord> log = fake::Logs();
+  const auto next = std::find_if(log.begin(), log.end(), [&](const fake::LogRecord& record) {
+    return record.seq > call.seq && record.threadID == call.threadID;
+  });
+  return next == log.end() ? "" : fake::WithoutHead(next->text);
+}
+
 /// One daemon, from its start to the end of the order.
 class Journey {
  public:
@@ -90,11 +100,13 @@ class Journey {
     MakeTelevision();
     for (const fake::Package& package : m_road.stored) {
       MakeKnown(package);
+      fake::AddChannel("{\"pkg_id\":\"" + package.id + "\"}");
     }
     if (m_road.before) {
       m_road.before();
     }
     WatchTheStore();
+    MakeStoreReadOnly(m_order.store == StoreState::kReadOnly);
     m_report.reachedMainLoop = RunDaemon([this] { BeInMainLoop(); });
     if (!m_report.reachedMainLoop) {
       EndRoad();
@@ -131,6 +143,7 @@ class Journey {
     if (m_order.fault) {
       Arm(*m_order.fault);
     }
+    const StoreLock lock(m_order.store == StoreState::kLocked);
     m_road.travel();
     Settle();
   }
@@ -143,14 +156,18 @@ class Journey {
       m_report.callTexts.push_back(fake::ToText(call));
       if (m_order.fault && IsFailure(call, *m_order.fault)) {
         m_report.failed.push_back(fake::ToText(call));
+        m_report.answers.push_back(AnswerTo(call));
       }
     }
     m_report.failures = StoreFailures();
     if (m_order.fault) {
       m_report.failures += static_cast<int>(fake::FailureCount(m_order.fault->name));
     }
+    if (StoreFailures() > 0) {
+      m_report.failed.push_back(m_order.fault->name +
+                                (m_road.IsStart() ? "(at start)" : "(later)"));
+    }
     m_report.log = fake::LogTexts();
-    m_report.errors = fake::LogTexts(DLOG_ERROR);
     for (const auto& [kind, count] : OpenHandles()) {
       m_report.handles[kind] = count - m_handles[kind];
     }
@@ -215,11 +232,11 @@ std::string ToText(const Report& report) {
   Json::Value root;
   root["reachedMainLoop"] = report.reachedMainLoop;
   root["failures"] = report.failures;
+  root["answers"] = ToJson(report.answers);
   root["calls"] = ToJson(report.calls);
   root["callTexts"] = ToJson(report.callTexts);
   root["failed"] = ToJson(report.failed);
   root["log"] = ToJson(report.log);
-  root["errors"] = ToJson(report.errors);
   root["handles"] = ToJson(report.handles);
   root["problems"] = ToJson(report.problems);
   return Json::writeString(Json::StreamWriterBuilder(), root);
@@ -236,11 +253,11 @@ Report ToReport(const std::string& text) {
   }
   report.reachedMainLoop = root["reachedMainLoop"].asBool();
   report.failures = root["failures"].asInt();
+  FromJson(root["answers"], report.answers);
   FromJson(root["calls"], report.calls);
   FromJson(root["callTexts"], report.callTexts);
   FromJson(root["failed"], report.failed);
   FromJson(root["log"], report.log);
-  FromJson(root["errors"], report.errors);
   FromJson(root["handles"], report.handles);
   FromJson(root["problems"], report.problems);
   return report;

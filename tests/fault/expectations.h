@@ -26,6 +26,7 @@ const std::vector<Telling>& Tellings();
 struct Deafness {
   std::string call;
   std::string args;
+  bool onlyForGood = false;  ///< a failure that passes is got over
   std::string reason;
 };
 const std::vector<Deafness>& Deafnesses();
@@ -39,7 +40,7 @@ struct Leak {
 };
 const std::vector<Leak>& Leaks();
 
-/// The results that the call is made to fail with.
+/// The results that the call is made to fail with. None for one that has no result to fail with.
 std::vector<int> ResultsOf(const std::string& call);
 
 /// What is wrong with the journey, compared with the one without a fault. Empty when all is as it

@@ -3,7 +3,6 @@
 #include "fault/store.h"
 
 #include <json/json.h>
-#include <sqlite3.h>
 
 #include <memory>
 #include <sstream>
@@ -124,6 +123,21 @@ void StoreRows(const std::vector<fake::Package>& packages) {
   for (const fake::Package& package : packages) {
     store.Run("INSERT INTO appinfo VALUES(?,?,?,?,?,?,'','','','')", RowOf(package));
   }
+}
+
+StoreLock::StoreLock(bool held) {
+  if (!held) {
+    return;
+  }
+  const std::string path = kDataDirectory + "appinfo.db";
+  if (sqlite3_open_v2(path.c_str(), &m_db, SQLITE_OPEN_READWRITE, "unix") != SQLITE_OK ||
+      sqlite3_exec(m_db, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr) != SQLITE_OK) {
+    throw std::runtime_error("store: cannot be locked");
+  }
+}
+
+StoreLock::~StoreLock() {
+  sqlite3_close(m_db);
 }
 
 std::vector<std::string> WhatIsWrongWithTheStore() try {

@@ -53,7 +53,9 @@ std::vector<Use> FindUses() {
       continue;
     }
     for (const auto& [call, count] : Faultless(road.name).calls) {
-      uses.push_back({road.name, call, count});
+      if (!ResultsOf(call).empty()) {
+        uses.push_back({road.name, call, count});
+      }
     }
   }
   return uses;

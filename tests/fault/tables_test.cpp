@@ -21,7 +21,7 @@ class TheTables : public testing::Test {
       const Report report = RunInChild({road.name, std::nullopt, false});
       s_callTexts.insert(s_callTexts.end(), report.callTexts.begin(), report.callTexts.end());
       for (const auto& [call, count] : report.calls) {
-        s_callTexts.push_back(call + "(");  // the store's operations have no texts
+        s_callTexts.push_back(call + (road.IsStart() ? "(at start)" : "(later)"));
       }
     }
   }

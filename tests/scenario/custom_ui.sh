@@ -57,11 +57,19 @@ heard() { log_texts | sed -n 's/^\[Debug\] sAppStatus = //p' | paste -s -d' '; }
 # app_is APP JQ: the app's entry in the dump.
 app_is() { printf '.apps[] | select(.id == "%s") | %s' "$1" "$2"; }
 
+# more TEXT TIMES: waits until the log holds the text more often than that.
+more() {
+  deadline=$(($(date +%s) + 60))
+  until [ "$(count_log "$1")" -gt "$2" ]; do
+    [ "$(date +%s)" -lt "$deadline" ] || die "the log has \"$1\" no more than $2 times"
+    pause
+  done
+}
 # main_loop_done: all that was told to the daemon's main loop so far has been handled.
 main_loop_done() {
   fence=$(count_log 'VCONFKEY_TELLAHUB_RESET value 1')
   tv key set db/tellahub/reset/apps 1
-  until [ "$(count_log 'VCONFKEY_TELLAHUB_RESET value 1')" -gt "$fence" ]; do pause; done
+  more 'VCONFKEY_TELLAHUB_RESET value 1' "$fence"
 }
 # installer_done: all package events so far have been handled.
 installer_done() {
@@ -72,7 +80,7 @@ installer_done() {
   else
     tv pkg install "$work/fence.wgt" >/dev/null
   fi
-  until [ "$(count_log 'fence00001 is not ORV Type.')" -gt "$fence" ]; do pause; done
+  more 'fence00001 is not ORV Type.' "$fence"
 }
 # install FILE, uninstall PACKAGE, update FILE: and all that the daemon does about it.
 install() { tv pkg install "$1"; installer_done; }
@@ -86,3 +94,10 @@ ui_app() {
 }
 # replacement TEXT: what names the replacement UI.
 replacement() { mkdir -p "${REPLACEMENT%/*}"; printf '%s' "$1" >"$REPLACEMENT"; }
+# frozen COMMAND...: the daemon stands still meanwhile, and hears all of it in one go.
+frozen() {
+  pid=$(tv status --json | jq .daemon.pid)
+  kill -STOP "$pid"
+  "$@"
+  kill -CONT "$pid"
+}

@@ -56,7 +56,7 @@ case "$worker" in *" "*) die "the operations were set by several threads: $worke
 passed "on a thread of its own"
 tv down
 
-echo "the app is up, and the check finds it alive"
+echo "the TV is switched on"
 forget_log; tv up --speed 5
 reached "a start runs it in two passes, before the main loop" '.daemon.state == "ready"'
 equal "each of which waits the 20 seconds out: no word can be told yet" "20 20" "$(waited | cut -d. -f1 | paste -s -d' ')"
@@ -82,6 +82,7 @@ in_order "a change of another key had to wait too" "rAppID : $app, bEnable : 1" 
 in_order "and so had a package event" "rAppID : $app, bEnable : 1" "[Info] event_type[1000]"
 equal "then the words come" "quit init load preload" "$(heard)"
 equal "launched once, in the background" "$(background "$app")" "$(launches)"
+logged "the check finds it alive" "[Info] m_iCurrentWebAppStatus : 2, count : 0"
 
 echo "the app is not up in time"
 uninstall guidebackg
@@ -99,7 +100,8 @@ in_order "and handled after that" "rAppID : $app, bEnable : 1" "[Info] pEvent : 
 logged "rejected launches are tried again" "[Info] count = 4"
 tv fail --clear
 reached "until one is taken" "$(app_is "$app" '.status == "preload"')"
-equal "one subscription, made by the retry" "+$app" "$(subscriptions)"
+equal "the subscription is still the one of before the stop" "" "$(subscriptions)"
+logged "so the retry finds it there" "[Debug] Already regitered."
 
 echo "stopped"
 forget_log; uninstall guidebackg
@@ -132,7 +134,9 @@ try "a list" '[1]' "" "[ERROR] Exception Caught" ""
 try "an id that is no text" '{"appid":{}}' "" "[ERROR] Exception Caught" ""
 try "blanks in the id" '{ "appid" : " com. example .layout " }' \
   "channel-list=com.example.layout epg=com.example.layout $took" "[Debug] sLayoutAppID : com.example.layout" "$tried"
-try "no id" '{"app":"x"}' "channel-list= epg= $took" "[Debug] sLayoutAppID : " "$tried"
+try "no id, and nobody answers" '{}' "$took" "[Debug] sLayoutAppID : " "$tried"
+tv op set channel-list somebody.else; tv op set epg somebody.else
+try "no id, and somebody answers" '{"app":"x"}' "channel-list= epg= $took" "[Debug] sLayoutAppID : " "$tried"
 rm "$REPLACEMENT"; mkdir "$REPLACEMENT"; forget_log
 install "$ORV_SAMPLES/guide-background.wgt"
 logged "a directory in its place is as good as no file" "[ERROR] Invalid Json String."

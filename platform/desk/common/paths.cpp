@@ -48,13 +48,22 @@ DeskPaths DeskPaths::Select(const std::string& option) {
   return DeskPaths(option.empty() ? DefaultRoot() : option);
 }
 
-std::string ProgramDirectory() {
+namespace {
+
+std::string FindProgramDirectory() {
   std::error_code error;
   const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
   if (error) {
     throw DeskError(DeskError::Failed, "cannot find this program's directory: " + error.message());
   }
   return program.parent_path().string();
+}
+
+}  // namespace
+
+std::string ProgramDirectory() {
+  static const std::string s_directory = FindProgramDirectory();
+  return s_directory;
 }
 
 }  // namespace desk

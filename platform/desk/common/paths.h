@@ -52,7 +52,9 @@ class DeskPaths {
   std::string m_root;
 };
 
-/// The directory of the running program, without a closing slash. Throws DeskError (Failed).
+/// The directory of the running program, without a closing slash, as it was at the first call: a
+/// process in a chroot that then changes its mount namespace cannot find it any more. Throws
+/// DeskError (Failed).
 std::string ProgramDirectory();
 
 }  // namespace desk

@@ -118,6 +118,7 @@ Json::Value Apps::Dump() const {
 }
 
 // A running app gets the request: it comes to the front, unless it is to stay in the background.
+// One that has quit or was killed, and whose process is on its way out, is started anew.
 Json::Value Apps::Launch(const Json::Value& request) {
   const std::string id = RequireString(request, "app");
   const bool background = IsBackgroundLaunch(request["extra"]);
@@ -126,7 +127,11 @@ Json::Value Apps::Launch(const Json::Value& request) {
     return Result(APP_CONTROL_ERROR_APP_NOT_FOUND);
   }
   Json::Value answer = Result(APP_CONTROL_ERROR_NONE);
-  const auto running = m_running.find(id);
+  auto running = m_running.find(id);
+  if (running != m_running.end() && running->second.ending) {
+    EndNow(id, running->second.pid);
+    running = m_running.end();
+  }
   if (running != m_running.end()) {
     if (app->kind == KnownApp::Kind::Ui && !background) {
       Json::Value order;
@@ -180,6 +185,7 @@ int Apps::Signal(const std::string& id, int number) {
   if (running == m_running.end()) {
     return m_registry.Find(id) ? APP_MANAGER_ERROR_APP_NO_RUNNING : APP_MANAGER_ERROR_NO_SUCH_APP;
   }
+  running->second.ending = running->second.ending || number == SIGKILL;
   // Its pid is its own until its watch has run.
   return kill(running->second.pid, number) == 0 ? APP_MANAGER_ERROR_NONE
                                                 : APP_MANAGER_ERROR_REQUEST_FAILED;
@@ -195,9 +201,13 @@ void Apps::EndPackage(const std::string& package) {
     }
   }
   for (const auto& [id, pid] : ending) {
-    kill(-pid, SIGKILL);
-    OnExit(id, pid, AwaitEnd(pid));
+    EndNow(id, pid);
   }
+}
+
+void Apps::EndNow(const std::string& id, pid_t pid) {
+  kill(-pid, SIGKILL);
+  OnExit(id, pid, AwaitEnd(pid));
 }
 
 void Apps::EndAll() {
@@ -246,6 +256,7 @@ Json::Value Apps::OnEntered(const Json::Value& request, const Caller& caller) {
     throw DeskError(DeskError::Failed, "only a running web app enters states");
   }
   running->second.word = word;
+  running->second.ending = running->second.ending || word == "quit";
   m_needs.setKey(kStatusKey + caller.appId, word);
   Tell(caller.appId, running->second.pid, "status", word);
   running->second.orders.OnEntered(caller.busName, word,

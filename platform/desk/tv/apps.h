@@ -55,6 +55,7 @@ class Apps {
   struct Running {
     pid_t pid = 0;
     std::string word;     ///< of a web app, the last that it entered
+    bool ending = false;  ///< killed, or a web app that has quit: only its process is left
     WebAppOrders orders;  ///< of a web app, what it was told and has not done yet
   };
 
@@ -67,6 +68,7 @@ class Apps {
   WebAppOrders::Send OrderTo(const std::string& id, pid_t pid);
   Json::Value OnEntered(const Json::Value& request, const Caller& caller);
   void OnExit(const std::string& id, pid_t pid, int status);
+  void EndNow(const std::string& id, pid_t pid);
   void Tell(const std::string& id, pid_t pid, const char* state, const std::string& word);
 
   Router& m_router;

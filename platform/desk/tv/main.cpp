@@ -141,6 +141,7 @@ int Run(const TvOptions& options, Announcement& announcement) {
   TvLog log(options.log);
   g_log_set_default_handler(LogWarning, &log);
   directory.ClearLeftovers(log);
+  ProgramDirectory();  // while it can be found
   const std::string mounts = EnterMountNamespace(options.paths);
   LeaveDirectory();
   log.Say("a TV in " + options.paths.Root() + "; mounts: " + mounts);

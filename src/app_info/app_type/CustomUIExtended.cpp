@@ -207,8 +207,10 @@ void CustomUIExtended::WakeWaiter() {
   s_bWaitingForApp = false;
 }
 
+// NOLINTBEGIN(performance-unnecessary-value-param): the worker has copies of its own
 void SetOperationAsynchronously(std::vector<CustomUIExtended::SupportedAppType> vTypes,
                                 std::string sAppID, void* pUserData) {
+  // NOLINTEND(performance-unnecessary-value-param)
   std::string sLayoutAppID;
   try {
     Json::Value root;

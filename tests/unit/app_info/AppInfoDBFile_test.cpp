@@ -8,6 +8,7 @@
 #include <functional>
 
 #include "app_info/AppInfoDB.h"
+#include "fake/control/calls.h"
 #include "fake/control/log.h"
 #include "support/log_matchers.h"
 #include "unit/app_info/records.h"
@@ -94,6 +95,16 @@ TEST_F(AppInfoDBFile, TheTableHasTenTextColumnsInTheirOrder) {
           ElementsAre("7", "extra_data2", "TEXT", "0"),
           ElementsAre("8", "extra_data3", "TEXT", "0"),
           ElementsAre("9", "extra_data4", "TEXT", "0")));
+}
+
+TEST_F(AppInfoDBFile, ThePathOfTheFileIsTakenOnceAndStays) {
+  records::MakeStoreDirectory();
+  fake::Fail("tzplatform_getenv", -1, fake::kForever);
+  AppInfoDB db;
+  db.OpenDB();
+  ExpectUsable(db);
+  fake::ClearFaults();
+  EXPECT_THAT(StoredPackages(), ElementsAre("usable"));
 }
 
 TEST_F(AppInfoDBFile, AGoodFileIsKeptWithItsRows) {

@@ -8,7 +8,9 @@
 #include <gtest/gtest.h>
 #include <pthread.h>
 
+#include <atomic>
 #include <boost/filesystem.hpp>
+#include <functional>
 #include <stdexcept>
 #include <thread>
 
@@ -67,10 +69,19 @@ class CustomUIExtendedTest : public testing::Test {
   /// An operation of the layer on a thread of its own, the caller's; the worker of it waits when
   /// this returns.
   void Begin(const std::function<void()>& operation) {
-    m_caller = std::thread(operation);
+    m_bReturned = false;
+    m_caller = std::thread([this, operation] {
+      operation();
+      m_bReturned = true;
+    });
     ASSERT_TRUE(WaitFor([] { return fake::WaitingThreads() == 1; }, "the worker's wait"));
   }
-  void End() { m_caller.join(); }
+  /// Ends a wait that should have ended already, so that no test hangs.
+  void End() {
+    EXPECT_TRUE(WaitFor([this] { return m_bReturned.load(); }, "the caller's return"));
+    if (!m_bReturned) fake::AdvanceWaits(60000);
+    m_caller.join();
+  }
   static void Tell(int eStatus, void* pLayer) {
     CustomUIExtended::OnAppStatusChanged(eStatus, pLayer);
   }
@@ -103,6 +114,7 @@ class CustomUIExtendedTest : public testing::Test {
 
   const std::string m_app = layers::kApp;
   layers::Chain<CustomUIExtended> m_ui;
+  std::atomic<bool> m_bReturned{false};
   std::thread m_caller;
 };
 

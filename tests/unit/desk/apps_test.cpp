@@ -170,6 +170,26 @@ TEST_F(AppsTest, ARunningAppIsNotStartedAgain) {
   EXPECT_EQ(States("again00001.Feed"), Texts{"launched"});
 }
 
+TEST_F(AppsTest, AnAppWhoseProcessIsOnItsWayOutIsStartedAnew) {
+  Install("anew000001");
+  const pid_t web = LaunchedPid("anew000001.App");
+  Entered("anew000001.App", "quit");
+  const pid_t again = LaunchedPid("anew000001.App");
+  EXPECT_NE(again, web);
+  Entered("anew000001.App", "preload");
+  Call("app.kill", "anew000001.App");
+  EXPECT_NE(LaunchedPid("anew000001.App"), again);
+  EXPECT_EQ(States("anew000001.App"), (Texts{"launched", "status quit", "killed", "launched",
+                                             "status preload", "killed", "launched"}));
+  EXPECT_EQ(m_keys, (Texts{"rtc/memory/WebApp/anew000001.App=quit",
+                           "rtc/memory/WebApp/anew000001.App=preload",
+                           "rtc/memory/WebApp/anew000001.App=destroy"}));
+  RunUntil("the watches of the two", [&] {
+    return m_callers.Identify(web).appId.empty() && m_callers.Identify(again).appId.empty();
+  });
+  EXPECT_TRUE(Running("anew000001.App"));
+}
+
 TEST_F(AppsTest, AnUnknownAppIsNotFoundAndABrokenOneFails) {
   EXPECT_EQ(Launch("unknown.App")["result"].asInt(), APP_CONTROL_ERROR_APP_NOT_FOUND);
   Install("broken0001");

@@ -171,6 +171,18 @@ TEST_F(PackagedDataTest, TheFailuresLogUnderTheNamesOfTheirSteps) {
                           "Unzip", "InstallPackagedData", "Unmount"));
 }
 
+TEST_F(PackagedDataTest, ThePlaceOfThePackagesIsTakenOnceAndStays) {
+  PutIntoImage({{"index.html", "x"}});
+  Install();
+  const std::vector<std::string> before = fake::CallTexts({"PS_Mount"});
+  UninstallPackagedData(kPackage, kStandard, PACKAGED_TYPE_HBBTV_APP);
+  fake::ClearCalls();
+  fake::Fail("tzplatform_getenv", -1, fake::kForever);
+  EXPECT_TRUE(Install());
+  EXPECT_EQ(fake::CallTexts({"PS_Mount"}), before);
+  EXPECT_EQ(fake::CallCount("tzplatform_getenv"), 0u);
+}
+
 TEST_F(PackagedDataTest, ATreeThatExistsIsEnoughForARunAtStart) {
   support::WriteFile(m_tree + "/anything", "x");
   EXPECT_TRUE(Install(kBoth, true));

@@ -1,0 +1,43 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+// "orv_app.zip" of an image, from the install of its data to their removal.
+#include "fake/control/fake.h"
+#include "fuzz/daemon_world.h"
+#include "fuzz/harness.h"
+#include "support/files.h"
+#include "utils/PackagedData.h"
+
+namespace {
+
+std::string g_archive;
+
+int MountArchive(const fake::Mount& mount) {
+  support::WriteFile(mount.directory + "/orv_app.zip", g_archive);
+  return 0;
+}
+
+}  // namespace
+
+void fuzz::SetUp() {
+  MakeWorld();
+  fake::SetMountHandler(MountArchive);
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  constexpr int kAll = PACKAGED_TYPE_HBBTV_APP | PACKAGED_TYPE_META_DATA;
+  const std::string type = "ch_feeder_standard";
+  g_archive = fuzz::Text(data, size);
+  fuzz::Contain([&] {
+    FileSystemUtils::InstallPackagedData("fuzzpackag", "fuzzpackag.App", type, kAll, false);
+    // The tree is there already: another type joins, whatever list of types the archive brought.
+    FileSystemUtils::InstallPackagedData("fuzzpackag", "fuzzpackag.App", "ch_feeder_custom",
+                                         PACKAGED_TYPE_HBBTV_APP, false);
+  });
+  fuzz::Contain([&] { FileSystemUtils::UninstallPackagedData("fuzzpackag", type, kAll); });
+  fuzz::Contain([&] {
+    FileSystemUtils::UninstallPackagedData("fuzzpackag", "ch_feeder_custom",
+                                           PACKAGED_TYPE_HBBTV_APP);
+  });
+  fuzz::ForgetInput();
+  return 0;
+}

@@ -1,0 +1,46 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#include "fuzz/daemon_world.h"
+
+#include <exception>
+#include <filesystem>
+
+#include "fake/control/fake.h"
+#include "support/files.h"
+
+namespace fuzz {
+
+namespace fs = std::filesystem;
+
+const std::string kDataDirectory = "/opt/usr/apps/com.kalmora.tv.orv-enabler/data/";
+const std::string kSharedDataDirectory = "/opt/usr/apps/com.kalmora.tv.orv-enabler/shared/data/";
+
+void MakeWorld() {
+  support::MakeDirectories(kDataDirectory);
+  support::MakeDirectories(kSharedDataDirectory);
+  fake::SetRecording(false);
+  fake::SetTime(1700000000);
+  fake::SetWaits(fake::Waits::kTimeOut);
+  fake::StoreKey("db/orv_channel/custom_ui_type", "");
+}
+
+void ForgetInput() {
+  for (const auto& entry : fs::directory_iterator(kSharedDataDirectory)) {
+    fs::remove_all(entry.path());
+  }
+  fake::DropKeyChanges();
+  fake::ClearLog();
+  fake::ClearLaunches();
+  fake::ClearChannelRequests();
+  fake::ClearSentMessages();
+  for (const fake::Mount& mount : fake::Mounts()) {
+    fs::remove_all(mount.directory);
+  }
+  fake::StoreKey("db/orv_channel/custom_ui_type", "");
+}
+
+void Contain(const std::function<void()>& call) try { call(); } catch (const std::exception&) {
+  // One line in the daemon's log.
+}
+
+}  // namespace fuzz

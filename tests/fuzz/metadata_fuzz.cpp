@@ -1,0 +1,101 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+// Metadata of a package, from its install over an update to its removal.
+//   key=value      one entry; the namespace is put in front, unless the key begins with "!"
+//   --             what follows belongs to the service application
+//   ==             what follows is the updated package
+#include "app_info/AppInfoCache.h"
+#include "controller/ORVAppCreator.h"
+#include "fake/control/fake.h"
+#include "fuzz/daemon_world.h"
+#include "fuzz/harness.h"
+
+namespace {
+
+const char kPackage[] = "fuzzpackag";
+
+fake::Package NewPackage() {
+  return {kPackage,
+          "1.0.0",
+          {{std::string(kPackage) + ".App", PACKAGE_INFO_UIAPP, {}},
+           {std::string(kPackage) + ".Feed", PACKAGE_INFO_SERVICEAPP, {}}}};
+}
+
+void AddLine(const std::string& line, fake::App& app) {
+  const auto [key, value] = fuzz::KeyAndValue(line);
+  const bool isWhole = !key.empty() && key.front() == '!';
+  app.metadata.emplace_back(isWhole ? key.substr(1) : ORV_METADATA_PREFIX + key, value);
+}
+
+std::vector<fake::Package> Parse(const std::string& text) {
+  std::vector<fake::Package> versions = {NewPackage()};
+  std::size_t app = 0;
+  for (const std::string& line : fuzz::Lines(text)) {
+    if (line == "==") {
+      versions.push_back(NewPackage());
+      app = 0;
+    } else if (line == "--") {
+      app = 1;
+    } else {
+      // C strings, as the platform gives them.
+      AddLine(line.c_str(), versions.back().apps[app]);
+    }
+  }
+  return versions;
+}
+
+AppInfo* Record() {
+  return AppInfoCache::GetInstance()->GetAppInfo(kPackage);
+}
+
+void InstallAndRun(const fake::Package& package) {
+  fake::AddPackage(package);
+  fuzz::Contain([] {
+    if (ORVAppCreator::GetInstance()->CreateApp(kPackage)) {
+      Record()->RunOperation(false);
+    }
+  });
+}
+
+void Update(const fake::Package& package) {
+  fake::AddPackage(package);
+  fuzz::Contain([] {
+    if (ORVAppCreator::GetInstance()->UpdateApp(kPackage) == UPDATE_RESULT_UPDATE) {
+      Record()->UpdateOperation();
+      AppInfoCache::GetInstance()->UpdateAppInfo(kPackage, Record());
+    }
+  });
+}
+
+void Remove() {
+  fuzz::Contain([] {
+    if (Record() != nullptr) {
+      Record()->StopOperation();
+    }
+  });
+  fuzz::Contain([] { ORVAppCreator::GetInstance()->RemoveApp(kPackage); });
+  // A package that cannot be read is forgotten by the creator too.
+  fake::RemovePackage(kPackage);
+  ORVAppCreator::GetInstance()->CreateApp(kPackage);
+}
+
+}  // namespace
+
+void fuzz::SetUp() {
+  MakeWorld();
+  const std::string app = std::string(kPackage) + ".App";
+  fake::AddWasApp({kPackage, app, app});
+  ORVAppCreator::GetInstance();
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::vector<fake::Package> versions = Parse(fuzz::Text(data, size));
+  InstallAndRun(versions.front());
+  for (std::size_t i = 1; i < versions.size(); ++i) {
+    Update(versions[i]);
+  }
+  Remove();
+  fuzz::Require(Record() == nullptr, "a removed package has no record");
+  fuzz::ForgetInput();
+  return 0;
+}

@@ -1,0 +1,52 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+// The settings key in which custom user interfaces announce themselves, as others may leave it.
+#include <json/json.h>
+
+#include "app_info/ORVAppInfo.h"
+#include "app_info/app_type/CustomUIExtended.h"
+#include "app_info/app_type/CustomUIStandard.h"
+#include "common/JsonText.h"
+#include "fake/control/fake.h"
+#include "fuzz/daemon_world.h"
+#include "fuzz/harness.h"
+
+namespace {
+
+const char kKey[] = "db/orv_channel/custom_ui_type";
+const char kType[] = "orv_type";
+
+/// Runs, updates and stops a record, each on the value that the others left or that is given.
+void Live(AppInfo* record, const std::string& typeName, const std::string& newValue,
+          const std::string& key) {
+  fake::StoreKey(kKey, key);
+  fuzz::Contain([record] { record->RunOperation(false); });
+  record->SetMetadata(kType, {typeName, newValue}, true);
+  fuzz::Contain([record] { record->UpdateOperation(); });
+  fuzz::Contain([record] { record->StopOperation(); });
+  record->GetReleaseFunction()(record);
+  // The daemon leaves the key alone, or writes a text that it can read again.
+  Json::Value root;
+  const std::string left = fake::StringKey(kKey).value_or("");
+  fuzz::Require(left == key.c_str() || JsonText::Parse(left, root), "the key stays JSON");
+}
+
+AppInfo* NewRecord() {
+  return new ORVAppInfo({"fuzzpackag", "fuzzpackag.App", "fuzzpackag.App", "", "1"});
+}
+
+}  // namespace
+
+void fuzz::SetUp() {
+  MakeWorld();
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string key = fuzz::Text(data, size).c_str();
+  Live(CustomUIStandard::DecorateAppType(NewRecord(), "info"), "custom_ui_standard", "channel",
+       key);
+  Live(CustomUIExtended::DecorateAppType(NewRecord(), "epg"), "custom_ui_extended", "channel_list",
+       key);
+  fuzz::ForgetInput();
+  return 0;
+}

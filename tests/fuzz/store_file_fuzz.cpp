@@ -1,0 +1,54 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+// The store's file. Whatever it was, afterwards there is a store that takes a row, or none.
+#include "app_info/AppInfoDB.h"
+#include "app_info/ORVAppInfo.h"
+#include "fuzz/daemon_world.h"
+#include "fuzz/harness.h"
+#include "support/files.h"
+
+namespace {
+
+/// The schema that the class checks against. A file with a strange table leaves its mark there for
+/// the rest of the process, and the next input must not meet it. Private to the class, so by the
+/// one place where the language does not look at access.
+auto& Columns();
+template <auto kMember>
+struct Reach {
+  friend auto& Columns() { return *kMember; }
+};
+
+}  // namespace
+
+template struct Reach<&AppInfoDB::s_mapColumnInfo>;
+
+namespace {
+
+AppInfo* g_record = nullptr;
+
+}  // namespace
+
+void fuzz::SetUp() {
+  MakeWorld();
+  g_record = new ORVAppInfo({"fuzzpackag", "fuzzpackag.App", "", "", "1.0.0"});  // to the end
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  static const auto s_columns = Columns();
+  support::WriteFile(fuzz::kDataDirectory + "appinfo.db", fuzz::Text(data, size));
+  {
+    AppInfoDB store;
+    AppInfoDB::RowMap rows;
+    store.OpenDB();
+    store.LoadData(rows);
+    store.InsertNewRecord(g_record);
+    store.UpdateRecord(g_record);
+    const bool stored = store.LoadData(rows) && rows.count("fuzzpackag") != 0;
+    const bool removed = store.DeleteRecord("fuzzpackag");
+    fuzz::Require(!stored || removed, "a row that was written can be removed");
+    store.RemoveDBFile();
+  }
+  Columns() = s_columns;
+  fuzz::ForgetInput();
+  return 0;
+}

@@ -1,0 +1,46 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+// A package's archive, checked and unpacked. Nothing may come to lie outside its directory.
+#include <filesystem>
+
+#include "fuzz/harness.h"
+#include "package/package_file.h"
+#include "support/files.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const char kArchive[] = "/tmp/package.wgt";
+const char kDirectory[] = "/tmp/around/package";
+
+std::size_t EntriesOf(const std::string& directory) {
+  return static_cast<std::size_t>(
+      std::distance(fs::directory_iterator(directory), fs::directory_iterator()));
+}
+
+}  // namespace
+
+void fuzz::SetUp() {}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  desk::PackageLimits limits;
+  limits.entries = 100;
+  limits.bytes = 1 << 20;
+  support::WriteFile(kArchive, fuzz::Text(data, size));
+  support::MakeDirectories(kDirectory);
+  try {
+    const desk::PackageFile package = desk::ReadPackage(kArchive, limits);
+    int last = 0;
+    desk::UnpackPackage(kArchive, package, kDirectory, [&last](int percent) {
+      fuzz::Require(percent >= last && percent <= 100, "progress rises to 100");
+      last = percent;
+    });
+  } catch (const desk::PackageError&) {
+    // Said to people in one line.
+  }
+  fuzz::Require(EntriesOf("/tmp") == 2 && EntriesOf("/tmp/around") == 1,
+                "all lies in the package's directory");
+  fs::remove_all("/tmp/around");
+  return 0;
+}

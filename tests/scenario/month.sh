@@ -1,0 +1,273 @@
+#!/bin/sh
+# SPDX-FileCopyrightText: the orv-enabler authors
+# SPDX-License-Identifier: Apache-2.0
+#
+# A month of television: forty packages come and go, are updated, crash, are tuned to and reset, and the
+# daemon is killed a hundred times, half of them in the middle of a package event. After each event the
+# store, the channels, the unpacked trees, the settings key, the operations and the flag files are what
+# month_model.jq says. MONTH_SEED=N lives another month.
+. "$(dirname "$0")/lib.sh"
+. "$(dirname "$0")/update_lib.sh"
+here=$(cd "$(dirname "$0")" && pwd)
+
+PACKAGES=40 IMAGES=4 DAYS=30 EVENTS=10 KILLS=100
+seed=${MONTH_SEED:-20200229}
+echo "seed $seed"
+rng=$seed
+# random N: a number below N, in $drawn.
+random() {
+  rng=$(((rng * 1103515245 + 12345) % 2147483648))
+  drawn=$((rng / 65536 % $1))
+}
+
+state=$work/state.json
+model() { jq -cn -L "$here" --slurpfile state "$state" --argjson event "$event" "include \"month_model\"; \$state[0] | $1"; }
+# now: what can be seen of the television, in $work/seen.json.
+now() {
+  trees='{}' metas='{}' between=
+  for package in $images; do
+    [ -d "$HBBTV/$package" ] || continue
+    list=$(cat "$HBBTV/$package/app_type_file.txt" 2>/dev/null || true)
+    trees="${trees%\}}$between\"$package\":$(printf '%s' "${list:-\"partial\"}" | sed 's/^{"app_type":\(.*\)}$/\1/')}"
+    between=,
+  done
+  between=
+  for package in $images; do
+    [ -d "$METADATA/$package" ] || continue
+    metas="${metas%\}}$between\"$package\":true}"
+    between=,
+  done
+  tv dump --json | jq -c -L "$here" --argjson trees "$trees" --argjson metas "$metas" --arg marker "$MARKER" \
+    'include "month_model"; observed($trees; $metas; $marker)' >"$work/seen.json"
+}
+# agree WHAT: the television comes to be as the model says.
+agree() {
+  agree_deadline=$(($(date +%s) + 20))
+  jq -c -L "$here" 'include "month_model"; visible' "$state" >"$work/expected.json"
+  until now && jq -en --slurpfile a "$work/seen.json" --slurpfile b "$work/expected.json" '$a == $b' >/dev/null; do
+    [ "$(date +%s)" -lt "$agree_deadline" ] || disagree "$1"
+    pause
+  done
+  compared=$((compared + 1))
+}
+disagree() {
+  jq -S . "$work/expected.json" >"$work/expected"; jq -S . "$work/seen.json" >"$work/seen"
+  diff -U 3 "$work/expected" "$work/seen" || true
+  printf 'the event: %s\n' "$event"
+  die "seed $seed, day $day, event $number ($1): the television is not as the model says"
+}
+compared=0
+forget() { : >"$TV_ROOT/log/daemon.log"; }
+# comes TEXT TIMES: waits until the log has it so often.
+comes() {
+  comes_deadline=$(($(date +%s) + 30))
+  until [ "$(count_log "$1")" -ge "$2" ]; do
+    [ "$(date +%s)" -lt "$comes_deadline" ] || die "seed $seed, day $day, event $number: $event: the log has \"$1\" $(count_log "$1") times, not $2"
+    pause
+  done
+}
+DECIDED="[Info] isBoostFile : "
+COMPLETE="[Info] VELDRIN_EVENT_GET_VIRTUAL_SERVICES_COMPLETE event comming"
+
+# contents INDEX: a version's metadata, drawn; one line each, of category, name and value.
+feeder() {
+  echo "orv_type ch_feeder_standard standard"
+  echo "orv_data channel_data_url http://a/$serial/c"
+  echo "orv_data schedule_data_url http://a/$serial/s"
+  case $((serial % 3)) in 0) echo "orv_data ch.app.boosting true" ;; esac
+}
+packaged() {
+  echo "orv_type ch_feeder_standard extended"
+  echo "orv_data channel_data_url file://channel.json"
+  echo "orv_data schedule_data_url file://schedule.json"
+}
+one_of() { shift $(($1 % ($# - 1) + 1)); echo "$1"; }
+banner() {
+  echo "orv_type custom_ui_standard $(one_of $serial info channel info,channel channel,info nothing-known)"
+  case $((serial % 4)) in 1) echo "orv_data custom_ui_cold_boot_opt invisible" ;; esac
+}
+guide() { echo "orv_type custom_ui_extended $(one_of $serial channel_list epg channel_list,epg)"; }
+custom() { echo "orv_type ch_feeder_custom ${1:-plain}"; }
+contents() {
+  if [ "$1" -lt $IMAGES ]; then
+    case $2 in
+      0 | 1 | 2 | 3) packaged ;;
+      4) packaged; custom extended ;;
+      5) packaged; banner ;;
+      6) feeder ;;
+      7) custom extended ;;
+      8) custom extended; feeder ;;
+      9) ;;
+    esac
+    return
+  fi
+  case $2 in
+    0 | 1) feeder ;;
+    2) banner ;;
+    3) guide ;;
+    4) custom ;;
+    5) feeder; banner ;;
+    6) feeder; custom ;;
+    7) guide; banner ;;
+    8) feeder; banner; custom; guide ;;
+    9) one_of $serial "" "orv_type ch_feeder_unknown x" "orv_data channel_data_url http://a/$serial/c" ;;
+  esac
+}
+name_of() { printf 'monthpkg%02d' "$1"; }
+# draw_package_event: a package comes, goes or is updated; sets $event, and $command to do it.
+draw_package_event() {
+  random $PACKAGES; index=$drawn
+  package=$(name_of "$index")
+  serial=$((serial + 1))
+  kind=install
+  if [ -d "$APPS/$package" ]; then
+    random 3
+    kind=update
+    [ "$drawn" != 0 ] || kind=uninstall
+  fi
+  if [ $kind = uninstall ]; then
+    event="{\"kind\":\"uninstall\",\"package\":\"$package\"}"
+    command="uninstall $package"
+    return
+  fi
+  random 10
+  contents "$index" "$drawn" | grep . >"$work/contents" || true
+  entries=$(while read -r category name value; do metadata "$category" "$name" "$value"; done <"$work/contents")
+  json=$(awk '{ i[$1] = i[$1] (i[$1] == "" ? "" : ",") "\"" $2 "\":\"" $3 "\"" }
+    END { for (c in i) { printf "%s\"%s\":{%s}", s, c, i[c]; s = "," } }' "$work/contents")
+  image=false directory=
+  if [ "$index" -lt $IMAGES ]; then image=true directory=$work/images/$package; fi
+  make_wgt "$work/$package.wgt" "$package" "$serial.0.0" "$entries" $directory
+  event="{\"kind\":\"$kind\",\"package\":\"$package\",\"version\":\"$serial.0.0\",\"image\":$image,\"metadata\":{$json}}"
+  command="$kind $work/$package.wgt"
+}
+# happens COMMAND...: the event, undisturbed, and then the model of it.
+happens() {
+  forget
+  "$@" >/dev/null
+  model 'event($event)' >"$state.new"
+  comes "$COMPLETE" "$(jq .n "$state.new")"
+  handled
+  mv "$state.new" "$state"
+  agree "$event"
+}
+start_again() {
+  tv daemon stop
+  forget
+  tv daemon start
+  comes "$DECIDED" 1
+}
+killed_idle() {
+  event='{"kind":"restart"}'
+  tv daemon kill >/dev/null
+  start_again
+  model 'event($event)' >"$state.new"
+  mv "$state.new" "$state"
+  kills=$((kills + 1))
+  agree "killed"
+}
+# In the middle of a package event. What is left is one of what the model holds for possible; which one
+# it was is taken over into the model.
+killed_within() {
+  draw_package_event
+  model 'killed($event)' >"$work/possible.json"
+  random 16
+  delay=$(printf '0.%03d' $((drawn * 3)))
+  tv pkg $command >/dev/null & installing=$!
+  sleep "$delay" # the moment of the kill; nothing is waited for
+  tv daemon kill >/dev/null 2>&1 || true
+  wait "$installing"
+  start_again
+  handled
+  kills=$((kills + 1))
+  now
+  if ! jq -c -L "$here" --slurpfile seen "$work/seen.json" \
+    'include "month_model"; first(.[] | select(visible == $seen[0]))' "$work/possible.json" >"$state.new" ||
+    [ ! -s "$state.new" ]; then
+    jq -c -L "$here" 'include "month_model"; .[-1] | visible' "$work/possible.json" >"$work/expected.json"
+    disagree "killed after $delay s, one of $(jq length "$work/possible.json")"
+  fi
+  mv "$state.new" "$state"
+  compared=$((compared + 1))
+}
+tune_somewhere() {
+  channels=$(tv channel list --json | jq -r '.[] | "\(.service_id) \(.pkg_id)"')
+  [ -n "$channels" ] || return 0
+  random "$(printf '%s\n' "$channels" | wc -l)"
+  set -- $(printf '%s\n' "$channels" | sed -n "$((drawn + 1))p")
+  event="{\"kind\":\"tune\",\"package\":\"$2\"}"
+  forget
+  tv tune "$1"
+  comes "boosting hbbTV App" 1
+  model 'event($event)' >"$state.new"
+  mv "$state.new" "$state"
+  agree "tune"
+}
+reset_apps() { tv reset apps; handled; tv key set db/tellahub/reset/apps 1; }
+power_cycled() { tv power-cycle; comes "$DECIDED" 1; }
+crash_an_app() {
+  app=$(tv app list --json | jq -r '[.[] | select(.running)] | .[0].id // ""')
+  [ -z "$app" ] || tv app kill "$app" >/dev/null 2>&1 || true
+}
+one_event() {
+  random 100
+  if [ "$drawn" -lt 72 ]; then
+    draw_package_event
+    happens tv pkg $command
+  elif [ "$drawn" -lt 82 ]; then tune_somewhere
+  elif [ "$drawn" -lt 86 ]; then
+    event='{"kind":"signal"}'
+    forget; tv signal 25; comes "non boosting hbbTV App" 1
+    happens true
+  elif [ "$drawn" -lt 93 ]; then crash_an_app
+  elif [ "$drawn" -lt 95 ]; then event='{"kind":"apps"}'; happens reset_apps
+  elif [ "$drawn" -lt 98 ]; then event='{"kind":"power-cycle"}'; happens power_cycled
+  elif [ "$drawn" -lt 99 ]; then event='{"kind":"factory"}'; tv reset factory; happens power_cycled
+  else event='{"kind":"service"}'; tv reset service; happens power_cycled
+  fi
+}
+
+day=0 number=0 serial=0 kills=0 event='{"kind":"none"}'
+start_tv --speed 20
+needs_loop
+comes "$DECIDED" 1
+handled
+images=
+for index in 0 1 2 3; do
+  package=$(name_of $index)
+  images="$images $package"
+  mkdir -p "$work/images/$package"
+  cp "$ORV_SAMPLES/feederpack.Feeder.tmg" "$work/images/$package/$package.App.tmg"
+done
+jq -cn -L "$here" 'include "month_model"; empty_state' >"$state"
+agree "a new television"
+while [ $day -lt $DAYS ]; do
+  day=$((day + 1))
+  number=0
+  while [ $number -lt $EVENTS ]; do
+    number=$((number + 1))
+    one_event
+    # A hundred kills in three hundred events.
+    random 3
+    if [ "$drawn" = 0 ] && [ $kills -lt $KILLS ]; then
+      random 2
+      if [ "$drawn" = 0 ]; then killed_idle; else killed_within; fi
+    fi
+  done
+  echo "  day $day: $(jq -r '.d | "\(.installed | length) packages, \(.rows | length) rows, \(.channels | length) channels, \(.trees | length) trees"' "$state"), $kills kills"
+done
+while [ $kills -lt $KILLS ]; do killed_within; done
+passed "a month, $compared times compared, $kills kills: the television was always as the model says"
+
+# Half an hour after a start nothing is left of packages that went unnoticed.
+event='{"kind":"validation"}'
+jq -c -L "$here" 'include "month_model"; power_cycle' "$state" >"$state.new"; mv "$state.new" "$state"
+tv down >/dev/null; tv up --speed 600
+comes "[Debug] RUN_VALIDATION_TESTING" 1
+handled
+model 'event($event)' >"$state.new"; mv "$state.new" "$state"
+agree "validation"
+holds "every row is one of an installed package" '(.store | map(.package_id)) - (.packages | map(.id)) == []'
+holds "nothing is mounted" '.mounts | length == 0'
+holds "no crash was the daemon's own" '.daemon.running'
+the_end
