@@ -21,7 +21,8 @@ using PreloadingApp = std::pair<std::string, std::string>;
 /// Any thread may call. The two locks are recursive and protect the containers, not the records: a
 /// pointer from GetAppInfo() is used unlocked, and nothing pins it. They have no single order:
 /// AddSchedulingItem() takes the app list before the scheduling list, GetNextSchedulingItem() and
-/// ResetSchedulingList() take them the other way round. That is settled; callers rely on it.
+/// ResetSchedulingList() take them the other way round. That is settled; a third lock around these
+/// three keeps them from waiting on each other.
 class AppInfoCache {
  public:
   /// Created on the first call and never destroyed.

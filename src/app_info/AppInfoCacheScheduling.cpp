@@ -1,13 +1,26 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
+#include <mutex>
 
 #include "app_info/AppInfoCache.h"
 #include "common/Log.h"
 #include "common/ORVConstants.h"
 
+namespace {
+
+// The orders in which the cache's two locks are taken differ, and are settled. Whoever is about to
+// nest them takes this one before either, so that an add and a pick never wait on each other.
+std::mutex& GetNestingMutex() {
+  static std::mutex s_mutex;
+  return s_mutex;
+}
+
+}  // namespace
+
 void AppInfoCache::AddSchedulingItem(const std::string& rPackageID) {
   ORV_LOG_INFO("[Info] rPackageID : %s", rPackageID.c_str());
+  std::lock_guard<std::mutex> lockNesting(GetNestingMutex());
   std::lock_guard<std::recursive_mutex> lockAppList(m_mutexAppList);
   if (m_mapAppList.find(rPackageID) == m_mapAppList.end()) {
     ORV_LOG_DEBUG("[Debug] Cannot find the target PackageID in m_mapAppList : %s",
@@ -33,6 +46,7 @@ void AppInfoCache::RemoveSchedulingItem(const std::string& rPackageID) {
 }
 
 bool AppInfoCache::GetNextSchedulingItem(SchedulingItem& rItem) {
+  std::lock_guard<std::mutex> lockNesting(GetNestingMutex());
   std::lock_guard<std::recursive_mutex> lock(m_mutexSchedulingList);
   ORV_LOG_INFO("[Info] m_vSchedulingList.size() : %d", static_cast<int>(m_vSchedulingList.size()));
   while (!m_vSchedulingList.empty()) {
@@ -67,6 +81,7 @@ bool AppInfoCache::UpdateSchedulingItem(const SchedulingItem& rItem) {
 
 int AppInfoCache::ResetSchedulingList() {
   // The other way round than in AddSchedulingItem(): the orders of the two locks are settled.
+  std::lock_guard<std::mutex> lockNesting(GetNestingMutex());
   std::lock_guard<std::recursive_mutex> lockSchedulingList(m_mutexSchedulingList);
   std::lock_guard<std::recursive_mutex> lockAppList(m_mutexAppList);
   m_vSchedulingList.clear();

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <app_control.h>
+
 #include <string>
 
 /// The vocabulary that the daemon shares with packages, their callers and the platform. All of it
@@ -25,7 +27,7 @@ inline const std::string APP_TYPE_VALUE_EXTENDED = "extended";
 /// Keys under METADATA_ORV_DATA.
 inline const std::string DATA_KEY_CHANNEL_DATA_URL = "channel_data_url";
 inline const std::string DATA_KEY_SCHEDULE_DATA_URL = "schedule_data_url";
-inline const std::string DATA_KEY_CH_APP_BOOSTING = "ch.app.boosting";
+inline const std::string BOOST_METADATA_KEY = "ch.app.boosting";
 inline const std::string DATA_KEY_CUSTOM_UI_COLD_BOOT_OPT = "custom_ui_cold_boot_opt";
 inline const std::string DATA_KEY_EXPIRATION_DATE = "expiration_date_str";
 
@@ -39,19 +41,20 @@ inline const std::string CUSTOM_APP_CHANNEL_LIST = "channel_list";
 inline const std::string CUSTOM_APP_EPG = "epg";
 inline const std::string OPERATION_CHANNEL_LIST = ORV_OPERATION_CHANNEL_LIST;
 inline const std::string OPERATION_EPG = ORV_OPERATION_EPG;
+inline const std::string OPERATION_DEFAULT = APP_CONTROL_OPERATION_DEFAULT;
 inline const std::string LAUNCH_MODE_KEY = ORV_LAUNCH_MODE_KEY;
 
 /// Settings keys.
-inline const std::string VCONF_TELLAHUB_RESET = "db/tellahub/reset/apps";
-inline const std::string VCONF_HBBTV_STATUS = "memory/hbbtv_status";
-inline const std::string VCONF_BOOT_LAST_SERVICE = "db/boot/last_service";
-inline const std::string VCONF_WAS_APP_INSTALL = "memory/was/app_install";
-inline const std::string VCONF_CUSTOM_UI_TYPE = "db/orv_channel/custom_ui_type";
-inline const std::string VCONF_NETWORK_SET_TIME = "memory/menu/network/set_time";
-inline const std::string VCONF_FACTORY_RESET_COUNT = "db/factory/factory_reset_count";
-inline const std::string VCONF_SERVICE_RESET_COUNT = "db/factory/service_reset_count";
+inline const std::string VCONFKEY_TELLAHUB_RESET = "db/tellahub/reset/apps";
+inline const std::string VCONFKEY_HBBTV_STATUS = "memory/hbbtv_status";
+inline const std::string VCONFKEY_LAST_SERVICE = "db/boot/last_service";
+inline const std::string VCONFKEY_WAS_APP_INSTALL = "memory/was/app_install";
+inline const std::string VCONFKEY_CUSTOM_UI_TYPE = "db/orv_channel/custom_ui_type";
+inline const std::string VCONFKEY_NETWORK_SET_TIME = "memory/menu/network/set_time";
+inline const std::string VCONFKEY_FACTORY_RESET_COUNT = "db/factory/factory_reset_count";
+inline const std::string VCONFKEY_SERVICE_RESET_COUNT = "db/factory/service_reset_count";
 /// Followed by an app id.
-inline const std::string VCONF_WEBAPP_STATUS_PREFIX = "rtc/memory/WebApp/";
+inline const std::string WEB_APP_STATUS_KEY_PREFIX = "rtc/memory/WebApp/";
 
 /// The store. The path follows the directory of TZ_SYS_RW_APP.
 inline const std::string STORE_PATH = "/com.kalmora.tv.orv-enabler/data/appinfo.db";
@@ -63,10 +66,10 @@ inline const std::string RESET_COUNT_KEY_FACTORY = "factory_reset_count";
 inline const std::string RESET_COUNT_KEY_SERVICE = "service_reset_count";
 
 /// Channel boost. The first file follows app_get_data_path().
-inline const std::string BOOST_FILE = "hbb_boost";
-inline const std::string BOOST_READY_FILE = "/tmp/hbb_ready";
+inline const std::string BOOST_FLAG_FILE = "hbb_boost";
+inline const std::string HBB_READY_FILE = "/tmp/hbb_ready";
 inline const std::string FIRST_SCREEN_APP_ID = "com.kalmora.tv.csfs";
-inline const std::string VIRTUAL_CHANNEL_SERVICE = "vc-service";
+inline const std::string VIRTUAL_SERVICE_NAME = "vc-service";
 
 inline const std::string REPLACEMENT_UI_FILE = "/opt/share/orv_ch/replacement_ui_info.json";
 

@@ -15,7 +15,7 @@
 namespace {
 
 void WaitForWidgetID(AppInfo* pAppInfo) {
-  const char* pKey = VCONF_WAS_APP_INSTALL.c_str();
+  const char* pKey = VCONFKEY_WAS_APP_INSTALL.c_str();
   // Drops the wait of an earlier record, which is then never run by this path. That is settled.
   vconf_ignore_key_changed(pKey, AppInstalledCallback);
   const int ret = vconf_notify_key_changed(pKey, AppInstalledCallback, pAppInfo);
@@ -122,7 +122,7 @@ void AppInstalledCallback(keynode_t* keynode, void* user_data) try {
   if (IsCached(pAppInfo)) {
     SetWidgetIDAndRun(pAppInfo, pWidgetID);
   }
-  vconf_ignore_key_changed(VCONF_WAS_APP_INSTALL.c_str(), AppInstalledCallback);
+  vconf_ignore_key_changed(VCONFKEY_WAS_APP_INSTALL.c_str(), AppInstalledCallback);
 } catch (const std::exception& e) {
   ORV_LOG_ERROR("[ERROR] exception : %s", e.what());
 }

@@ -72,8 +72,8 @@ void ORVInstaller::m_SubscribePackageEvents() {
     return;
   }
   g_timeout_add_seconds(VALIDATION_DELAY_SECONDS, ValidationTimerCallback, nullptr);
-  if (vconf_notify_key_changed(VCONF_TELLAHUB_RESET.c_str(), TellahubResetCallbackFunc, nullptr) <
-      0) {
+  if (vconf_notify_key_changed(VCONFKEY_TELLAHUB_RESET.c_str(), TellahubResetCallbackFunc,
+                               nullptr) < 0) {
     ORV_LOG_ERROR("[ERROR] failed to vconf_notify_key_changed().");
   }
 }
@@ -114,7 +114,7 @@ bool ORVInstaller::m_SubscribeTvsSignals() {
 }
 
 void ORVInstaller::m_SubscribeHbbtvStatus() {
-  if (vconf_notify_key_changed(VCONF_HBBTV_STATUS.c_str(), vconf_hbbtv_status_cb, this) < 0) {
+  if (vconf_notify_key_changed(VCONFKEY_HBBTV_STATUS.c_str(), vconf_hbbtv_status_cb, this) < 0) {
     ORV_LOG_ERROR("[ERROR] failed to vconf_notify_key_changed().");
   }
 }

@@ -29,7 +29,7 @@ std::string GetBoostFlagFile() {
   char* pDataPath = app_get_data_path();
   std::string sPath = pDataPath == nullptr ? "" : pDataPath;
   std::free(pDataPath);
-  return sPath + BOOST_FILE;
+  return sPath + BOOST_FLAG_FILE;
 }
 
 /// Readers see the whole flag or none. An exception of the rename passes to the caller.
@@ -91,7 +91,7 @@ bool GetCurrentServiceID(TCServiceNavigation& rNavigation, std::uint64_t& rServi
 }
 
 void LaunchFirstScreen() {
-  AppControlUtils::LaunchApp(FIRST_SCREEN_APP_ID, APP_CONTROL_OPERATION_DEFAULT);
+  AppControlUtils::LaunchApp(FIRST_SCREEN_APP_ID, OPERATION_DEFAULT);
 }
 
 void RemoveBoostFlag() {
@@ -129,13 +129,13 @@ bool ORVInstaller::m_IsBoostingApp(std::uint64_t serviceID) {
     ORV_LOG_INFO("[Info] invalid app");
     return false;
   }
-  const std::string sBoosting = pAppInfo->GetMetadata(METADATA_ORV_DATA, DATA_KEY_CH_APP_BOOSTING);
+  const std::string sBoosting = pAppInfo->GetMetadata(METADATA_ORV_DATA, BOOST_METADATA_KEY);
   ORV_LOG_INFO("[Info] ch.app.boosting value is %s", sBoosting.c_str());
   return sBoosting == "true";
 }
 
 bool ORVInstaller::m_IsBoostingAppOnCurrentCh() {
-  if (GetVconfValue(VCONF_BOOT_LAST_SERVICE) != VIRTUAL_CHANNEL_SERVICE) {
+  if (GetVconfValue(VCONFKEY_LAST_SERVICE) != VIRTUAL_SERVICE_NAME) {
     ORV_LOG_INFO("[Info] Not Virtual ch.");
     return false;
   }
@@ -171,7 +171,7 @@ void ORVInstaller::m_DecideFirstScreen(bool bBoostFile, bool bBoostChApp) {
     return;  // the HbbTV status decides about the first screen
   }
   if (bBoostFile) {
-    CreateFlagFile(BOOST_READY_FILE);
+    CreateFlagFile(HBB_READY_FILE);
     boost::filesystem::remove(GetBoostFlagFile());
     LaunchFirstScreen();
   }
@@ -182,11 +182,11 @@ void ORVInstaller::m_OnHbbtvStatusChanged() {
   ORV_LOG_DEBUG("[Debug] vconf_hbbtv_status_cb");
   if (m_bFirstScreenRun) {
     ORV_LOG_DEBUG("[Debug] first screen already run");
-    vconf_ignore_key_changed(VCONF_HBBTV_STATUS.c_str(), vconf_hbbtv_status_cb);
+    vconf_ignore_key_changed(VCONFKEY_HBBTV_STATUS.c_str(), vconf_hbbtv_status_cb);
     return;
   }
   int value = -1;
-  if (vconf_get_int(VCONF_HBBTV_STATUS.c_str(), &value) != 0) {
+  if (vconf_get_int(VCONFKEY_HBBTV_STATUS.c_str(), &value) != 0) {
     ORV_LOG_ERROR("[ERROR] vconf_get_int() failed.");
     return;
   }
@@ -196,10 +196,10 @@ void ORVInstaller::m_OnHbbtvStatusChanged() {
   }
   ORV_LOG_DEBUG("[Debug] LAUNCHING fisrtscreen app");
   // The boost flag stays, unlike when the timer releases the first screen; that is wanted.
-  CreateFlagFile(BOOST_READY_FILE);
+  CreateFlagFile(HBB_READY_FILE);
   LaunchFirstScreen();
   m_bFirstScreenRun = true;
-  vconf_ignore_key_changed(VCONF_HBBTV_STATUS.c_str(), vconf_hbbtv_status_cb);
+  vconf_ignore_key_changed(VCONFKEY_HBBTV_STATUS.c_str(), vconf_hbbtv_status_cb);
 }
 
 void vconf_hbbtv_status_cb(keynode_t* /*keynode*/, void* user_data) try {

@@ -108,7 +108,7 @@ void ORVInstaller::m_UninstallApp(const std::string& rPackageID) {
 
 void TellahubResetCallbackFunc(keynode_t* /*keynode*/, void* /*user_data*/) try {
   int value = -1;
-  if (vconf_get_int(VCONF_TELLAHUB_RESET.c_str(), &value) != 0) {
+  if (vconf_get_int(VCONFKEY_TELLAHUB_RESET.c_str(), &value) != 0) {
     ORV_LOG_ERROR("[ERROR] vconf_get_int() failed.");
     return;
   }

@@ -64,13 +64,13 @@ bool ORVScheduler::CreateMessagePortChannel() {
 void ORVScheduler::WaitForNetworkTime() {
   m_bNetworkTimeSet = false;
   int value = 0;
-  vconf_get_int(VCONF_NETWORK_SET_TIME.c_str(), &value);
+  vconf_get_int(VCONFKEY_NETWORK_SET_TIME.c_str(), &value);
   if (value == 1) {
     m_bNetworkTimeSet = true;
     t_SendEvent(EVENT_START_SCHEDULER);
     return;
   }
-  const int ret = vconf_notify_key_changed(VCONF_NETWORK_SET_TIME.c_str(), OnSetTimeChanged,
+  const int ret = vconf_notify_key_changed(VCONFKEY_NETWORK_SET_TIME.c_str(), OnSetTimeChanged,
                                            &m_bNetworkTimeSet);
   if (ret != 0) {
     ORV_LOG_ERROR("[ERROR] vconf_notify_key_changed, ret = %d", ret);
@@ -182,7 +182,7 @@ bool ORVScheduler::LaunchNextItem() {
   if (now < expiry) {
     return true;  // not due; the item stays current although no app of it runs
   }
-  if (!AppControlUtils::LaunchApp(m_currentItem.service_id, APP_CONTROL_OPERATION_DEFAULT)) {
+  if (!AppControlUtils::LaunchApp(m_currentItem.service_id, OPERATION_DEFAULT)) {
     ORV_LOG_ERROR("[ERROR] AppControlUtils::LaunchApp() return false.");
     return false;
   }

@@ -120,8 +120,7 @@ int LaunchApp(const std::string& rAppID, const std::string& rOperation,
 }
 
 int PreloadWebApp(const std::string& rAppID) {
-  return LaunchApp(rAppID, APP_CONTROL_OPERATION_DEFAULT,
-                   {{LAUNCH_MODE_KEY, LAUNCH_MODE_BACKGROUND}});
+  return LaunchApp(rAppID, OPERATION_DEFAULT, {{LAUNCH_MODE_KEY, LAUNCH_MODE_BACKGROUND}});
 }
 
 bool SetCurrentAppOfAppOperation(const std::string& rOperation, const std::string& rAppID,

@@ -43,7 +43,7 @@ std::atomic<guint> m_uPreloadingTimerID{0};
 std::atomic<int> m_iPreloadingCount{0};
 
 std::string GetStatusKey(const std::string& rAppID) {
-  return VCONF_WEBAPP_STATUS_PREFIX + rAppID;
+  return WEB_APP_STATUS_KEY_PREFIX + rAppID;
 }
 
 bool IsAlreadyUp(const std::string& rAppID) {
@@ -229,7 +229,7 @@ int PreloadingTimerCBFunc(void* pUserData) try {
   ORV_LOG_INFO("[Info] ");
   if (m_iPreloadingCount > PRELOAD_RETRY_MAX_COUNT) {
     StopPreloadingTimer();
-    AppControlUtils::LaunchApp(m_sPreloadingAppID, APP_CONTROL_OPERATION_DEFAULT);
+    AppControlUtils::LaunchApp(m_sPreloadingAppID, OPERATION_DEFAULT);
     return false;
   }
   ORV_LOG_INFO("[Info] count = %d", m_iPreloadingCount.load());

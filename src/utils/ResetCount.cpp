@@ -62,8 +62,8 @@ bool FileSystemUtils::CheckTVResetAndUpdateResetCountInfo() {
   int factory = 0;
   int service = 0;
   // A key that cannot be read counts as 0.
-  vconf_get_int(VCONF_FACTORY_RESET_COUNT.c_str(), &factory);
-  vconf_get_int(VCONF_SERVICE_RESET_COUNT.c_str(), &service);
+  vconf_get_int(VCONFKEY_FACTORY_RESET_COUNT.c_str(), &factory);
+  vconf_get_int(VCONFKEY_SERVICE_RESET_COUNT.c_str(), &service);
   ORV_LOG_DEBUG("[Debug] factory reset count : %d, service reset count : %d", factory, service);
 
   int storedFactory = 0;

@@ -15,6 +15,10 @@ extern "C" int LLVMFuzzerInitialize(int*, char*** argv) {
 
 namespace fuzz {
 
+std::string UpToNul(const std::string& text) {
+  return text.substr(0, text.find('\0'));
+}
+
 std::vector<std::string> Lines(const std::string& text) {
   std::vector<std::string> lines;
   std::size_t begin = 0;

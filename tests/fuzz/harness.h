@@ -22,6 +22,9 @@ inline std::string Text(const std::uint8_t* data, std::size_t size) {
   return {reinterpret_cast<const char*>(data), size};
 }
 
+/// What stands before the first NUL byte: the text as the platform would hand it over.
+std::string UpToNul(const std::string& text);
+
 /// Cuts at newlines; what stands behind the last one is a line too.
 std::vector<std::string> Lines(const std::string& text);
 /// Cuts at the first "="; without one all is the first part.

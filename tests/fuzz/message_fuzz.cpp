@@ -44,7 +44,7 @@ fake::BundleEntry ParseEntry(std::string line) {
 Message Parse(const std::string& text) {
   Message message;
   for (const std::string& raw : fuzz::Lines(text)) {
-    const std::string line = raw.c_str();  // C strings, as a bundle holds them
+    const std::string line = fuzz::UpToNul(raw);
     if (line.empty()) {
       continue;
     }

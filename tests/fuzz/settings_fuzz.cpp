@@ -28,7 +28,7 @@ void Live(AppInfo* record, const std::string& typeName, const std::string& newVa
   // The daemon leaves the key alone, or writes a text that it can read again.
   Json::Value root;
   const std::string left = fake::StringKey(kKey).value_or("");
-  fuzz::Require(left == key.c_str() || JsonText::Parse(left, root), "the key stays JSON");
+  fuzz::Require(left == key || JsonText::Parse(left, root), "the key stays JSON");
 }
 
 AppInfo* NewRecord() {
@@ -42,7 +42,7 @@ void fuzz::SetUp() {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const std::string key = fuzz::Text(data, size).c_str();
+  const std::string key = fuzz::UpToNul(fuzz::Text(data, size));
   Live(CustomUIStandard::DecorateAppType(NewRecord(), "info"), "custom_ui_standard", "channel",
        key);
   Live(CustomUIExtended::DecorateAppType(NewRecord(), "epg"), "custom_ui_extended", "channel_list",

@@ -7,7 +7,7 @@
 #include "fuzz/harness.h"
 #include "support/files.h"
 
-namespace {
+namespace fuzz {
 
 /// The schema that the class checks against. A file with a strange table leaves its mark there for
 /// the rest of the process, and the next input must not meet it. Private to the class, so by the
@@ -17,10 +17,9 @@ template <auto kMember>
 struct Reach {
   friend auto& Columns() { return *kMember; }
 };
-
-}  // namespace
-
 template struct Reach<&AppInfoDB::s_mapColumnInfo>;
+
+}  // namespace fuzz
 
 namespace {
 
@@ -34,7 +33,7 @@ void fuzz::SetUp() {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const auto s_columns = Columns();
+  static const auto s_columns = fuzz::Columns();
   support::WriteFile(fuzz::kDataDirectory + "appinfo.db", fuzz::Text(data, size));
   {
     AppInfoDB store;
@@ -48,7 +47,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     fuzz::Require(!stored || removed, "a row that was written can be removed");
     store.RemoveDBFile();
   }
-  Columns() = s_columns;
+  fuzz::Columns() = s_columns;
   fuzz::ForgetInput();
   return 0;
 }

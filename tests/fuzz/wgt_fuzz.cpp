@@ -11,8 +11,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const char kArchive[] = "/tmp/package.wgt";
-const char kDirectory[] = "/tmp/around/package";
+const char kArchive[] = "/home/owner/package.wgt";
+const char kDirectory[] = "/home/owner/around/package";
 
 std::size_t EntriesOf(const std::string& directory) {
   return static_cast<std::size_t>(
@@ -39,8 +39,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   } catch (const desk::PackageError&) {
     // Said to people in one line.
   }
-  fuzz::Require(EntriesOf("/tmp") == 2 && EntriesOf("/tmp/around") == 1,
+  fuzz::Require(EntriesOf("/home/owner") == 2 && EntriesOf("/home/owner/around") == 1,
                 "all lies in the package's directory");
-  fs::remove_all("/tmp/around");
+  fs::remove_all("/home/owner/around");
   return 0;
 }

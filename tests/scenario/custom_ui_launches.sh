@@ -56,7 +56,7 @@ equal "the retries" "0 1 2" "$(counts)"
 equal "subscribed by the retry" "+$app" "$(subscriptions)"
 
 fresh "rejected, and gone when it is tried again"
-launch_fails "$REJECTED" --times 2; launch_fails "$NOT_FOUND" --after 2
+launch_fails "$REJECTED" --times 2; launch_fails "$NOT_FOUND"
 install "$ORV_SAMPLES/guide-default.wgt"
 logged "the second retry" "[Info] count = 1"
 logged "does not find it" "(Error Message[$NOT_FOUND] : App Not Found"
@@ -103,6 +103,14 @@ logged "a launch by somebody else is heard of" "[Debug] sAppStatus = resume"
 tv app status "$app" preload
 logged "and the checks begin anew" "[Info] m_iCurrentWebAppStatus : 2, count : 0"
 
+fresh "it quits, and has never been shown"
+install "$ORV_SAMPLES/guide-default.wgt"
+logged "the check finds it alive" "[Info] m_iCurrentWebAppStatus : 2, count : 0"
+forget_log; tv app status "$app" quit; main_loop_done
+logged "the check is taken for running" "[Debug] LMKTimer is running."
+equal "so nobody is told" 0 "$(count_log '[Info] rMetadataValue : ')"
+equal "and it stays down" "" "$(launches)"
+
 fresh "words that nobody knows"
 install "$ORV_SAMPLES/guide-default.wgt"
 logged "the check finds it alive" "[Info] m_iCurrentWebAppStatus : 2, count : 0"
@@ -111,8 +119,9 @@ tv key set "$word" dancing; tv key set -t string "$word" ""; tv key set -t strin
 tv key unset "$word"; main_loop_done
 equal "each makes the status invalid" 5 "$(count_log '[Debug] m_iCurrentWebAppStatus is invalid.')"
 equal "and does nothing else" "" "$(launches)$(op_changes)$(checks_made)"
-tv key set -t string "$word" resume; main_loop_done
-equal "a known one counts again" 1 "$(count_log '[Debug] sAppStatus = resume')"
+forget_log; tv key set -t string "$word" resume; main_loop_done
+equal "a known one is known again" resume "$(heard)"
+silent "for what it is" "m_iCurrentWebAppStatus is invalid."
 
 fresh "two layers that follow one app"
 install "$ORV_SAMPLES/banner-and-guide.wgt"

@@ -21,6 +21,7 @@ ui_app "$work/banner.wgt" bannerupd1 1.0.0 custom_ui_standard info,channel invis
 install "$work/banner.wgt"
 banner_key "the option is announced" info,channel invisible
 is_loaded bannerupd1.App
+logged "the check finds it alive" "[Info] m_iCurrentWebAppStatus : 2, count : 0"
 forget_log; banners 1.0.1 channel background_img
 banner_key "the first update wipes the option, the list stays" info,channel default
 equal "wiped in the store as well" "" "$(option bannerupd1)"

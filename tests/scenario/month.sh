@@ -21,14 +21,22 @@ random() {
 }
 
 state=$work/state.json
+# model EXPRESSION: of the state before $event; prints the result.
 model() { jq -cn -L "$here" --slurpfile state "$state" --argjson event "$event" "include \"month_model\"; \$state[0] | $1"; }
-# now: what can be seen of the television, in $work/seen.json.
-now() {
+# follow: takes the model past $event; $changes is how often the channel list changes on the way.
+follow() {
+  model 'event($event) | .n, .' >"$state.new"
+  { read -r changes; cat >"$state"; } <"$state.new"
+}
+# look EXPRESSION: what can be seen of the television, as $seen in the expression.
+look() {
   trees='{}' metas='{}' between=
   for package in $images; do
     [ -d "$HBBTV/$package" ] || continue
-    list=$(cat "$HBBTV/$package/app_type_file.txt" 2>/dev/null || true)
-    trees="${trees%\}}$between\"$package\":$(printf '%s' "${list:-\"partial\"}" | sed 's/^{"app_type":\(.*\)}$/\1/')}"
+    list=\"partial\"
+    [ ! -f "$HBBTV/$package/app_type_file.txt" ] || read -r list <"$HBBTV/$package/app_type_file.txt" || true
+    list=${list:-\"partial\"} list=${list#'{"app_type":'}
+    trees="${trees%\}}$between\"$package\":${list%\}}}"
     between=,
   done
   between=
@@ -38,20 +46,21 @@ now() {
     between=,
   done
   tv dump --json | jq -c -L "$here" --argjson trees "$trees" --argjson metas "$metas" --arg marker "$MARKER" \
-    'include "month_model"; observed($trees; $metas; $marker)' >"$work/seen.json"
+    --slurpfile expected "$2" "include \"month_model\"; observed(\$trees; \$metas; \$marker) as \$seen | $1"
 }
 # agree WHAT: the television comes to be as the model says.
 agree() {
   agree_deadline=$(($(date +%s) + 20))
-  jq -c -L "$here" 'include "month_model"; visible' "$state" >"$work/expected.json"
-  until now && jq -en --slurpfile a "$work/seen.json" --slurpfile b "$work/expected.json" '$a == $b' >/dev/null; do
-    [ "$(date +%s)" -lt "$agree_deadline" ] || disagree "$1"
+  until [ "$(look '$seen == ($expected[0] | visible)' "$state")" = true ]; do
+    [ "$(date +%s)" -lt "$agree_deadline" ] || { cp "$state" "$work/closest.json"; disagree "$1"; }
     pause
   done
   compared=$((compared + 1))
 }
+# disagree WHAT: tells the difference from the state in closest.json.
 disagree() {
-  jq -S . "$work/expected.json" >"$work/expected"; jq -S . "$work/seen.json" >"$work/seen"
+  look '$expected[0] | visible' "$work/closest.json" | jq -S . >"$work/expected"
+  look '$seen' "$work/closest.json" | jq -S . >"$work/seen"
   diff -U 3 "$work/expected" "$work/seen" || true
   printf 'the event: %s\n' "$event"
   die "seed $seed, day $day, event $number ($1): the television is not as the model says"
@@ -145,50 +154,53 @@ draw_package_event() {
 happens() {
   forget
   "$@" >/dev/null
-  model 'event($event)' >"$state.new"
-  comes "$COMPLETE" "$(jq .n "$state.new")"
+  follow
+  comes "$COMPLETE" "$changes"
   handled
-  mv "$state.new" "$state"
   agree "$event"
 }
+# The daemon that took the place of the killed one is ended too, wherever it is. When that is while it
+# writes the reset counters, the next one finds none, and takes that for a reset: $wiped.
 start_again() {
   tv daemon stop
   forget
   tv daemon start
   comes "$DECIDED" 1
+  wiped=false
+  [ "$(count_log "[ERROR] Failed to parse Json")" = 0 ] || wiped=true
+  $wiped || [ "$(count_log "[Debug] Factory Reset")" = 0 ] ||
+    die "seed $seed, day $day, event $number: a reset out of nothing"
+}
+# In the middle of a package event, or at rest.
+# killed WHAT: what the daemon has left is one of what the model holds for possible; which one it is, is
+# taken over into the model.
+killed() {
+  start_again
+  handled
+  kills=$((kills + 1))
+  model "killed(\$event; $wiped)" >"$work/possible.json"
+  look 'first(($expected[0][] | select(visible == $seen)), null)' "$work/possible.json" >"$state.new"
+  if [ "$(cat "$state.new")" = null ]; then
+    jq -c '.[-1]' "$work/possible.json" >"$work/closest.json"
+    disagree "killed $1, one of $(jq length "$work/possible.json")"
+  fi
+  mv "$state.new" "$state"
+  compared=$((compared + 1))
 }
 killed_idle() {
-  event='{"kind":"restart"}'
+  event='{"kind":"rest"}'
   tv daemon kill >/dev/null
-  start_again
-  model 'event($event)' >"$state.new"
-  mv "$state.new" "$state"
-  kills=$((kills + 1))
-  agree "killed"
+  killed "at rest"
 }
-# In the middle of a package event. What is left is one of what the model holds for possible; which one
-# it was is taken over into the model.
 killed_within() {
   draw_package_event
-  model 'killed($event)' >"$work/possible.json"
   random 16
   delay=$(printf '0.%03d' $((drawn * 3)))
   tv pkg $command >/dev/null & installing=$!
   sleep "$delay" # the moment of the kill; nothing is waited for
   tv daemon kill >/dev/null 2>&1 || true
   wait "$installing"
-  start_again
-  handled
-  kills=$((kills + 1))
-  now
-  if ! jq -c -L "$here" --slurpfile seen "$work/seen.json" \
-    'include "month_model"; first(.[] | select(visible == $seen[0]))' "$work/possible.json" >"$state.new" ||
-    [ ! -s "$state.new" ]; then
-    jq -c -L "$here" 'include "month_model"; .[-1] | visible' "$work/possible.json" >"$work/expected.json"
-    disagree "killed after $delay s, one of $(jq length "$work/possible.json")"
-  fi
-  mv "$state.new" "$state"
-  compared=$((compared + 1))
+  killed "after $delay s"
 }
 tune_somewhere() {
   channels=$(tv channel list --json | jq -r '.[] | "\(.service_id) \(.pkg_id)"')
@@ -199,8 +211,7 @@ tune_somewhere() {
   forget
   tv tune "$1"
   comes "boosting hbbTV App" 1
-  model 'event($event)' >"$state.new"
-  mv "$state.new" "$state"
+  follow
   agree "tune"
 }
 reset_apps() { tv reset apps; handled; tv key set db/tellahub/reset/apps 1; }
@@ -261,13 +272,21 @@ passed "a month, $compared times compared, $kills kills: the television was alwa
 
 # Half an hour after a start nothing is left of packages that went unnoticed.
 event='{"kind":"validation"}'
-jq -c -L "$here" 'include "month_model"; power_cycle' "$state" >"$state.new"; mv "$state.new" "$state"
+model power_cycle >"$state.new"; mv "$state.new" "$state"
 tv down >/dev/null; tv up --speed 600
 comes "[Debug] RUN_VALIDATION_TESTING" 1
 handled
-model 'event($event)' >"$state.new"; mv "$state.new" "$state"
+follow
 agree "validation"
-holds "every row is one of an installed package" '(.store | map(.package_id)) - (.packages | map(.id)) == []'
+# A row without types makes no record, so nothing removes it but the package's next installation.
+holds "every record is one of an installed package" \
+  '[.store[] | select(.variables != null) | .package_id] - (.packages | map(.id)) == []'
 holds "nothing is mounted" '.mounts | length == 0'
-holds "no crash was the daemon's own" '.daemon.running'
+
+for package in $(jq -r '.d.installed | keys[]' "$state"); do
+  event="{\"kind\":\"uninstall\",\"package\":\"$package\"}"
+  happens tv pkg uninstall "$package"
+done
+holds "in the end no record is left" '.store | all(.variables == null)'
+holds "and the daemon of the last start still runs" '.daemon | .running and .restarts == 0'
 the_end

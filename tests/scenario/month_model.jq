@@ -4,7 +4,7 @@
 # What a television with the daemon on it comes to, event by event.
 #
 #   d: what outlives the daemon: installed packages, rows, channels, unpacked trees, metadata
-#      directories, the announcement, the operations, the flag files, the tuner
+#      directories, images left mounted, the announcement, the operations, the flag files, the tuner
 #   m: what does not: the records, layers innermost first, and the metadata as it was seen first
 #   n: how often the channel list has changed, and so how often all records are run again
 #   steps: with `trace`, each d on the way: a kill may leave any of them behind
@@ -14,7 +14,7 @@
 def own: "/opt/usr/apps/com.kalmora.tv.orv-enabler/shared/data/";
 def known: ["ch_feeder_custom", "ch_feeder_standard", "custom_ui_extended", "custom_ui_standard"];
 def urls: ["channel_data_url", "schedule_data_url"];
-def empty_state: {d: {installed: {}, rows: {}, channels: {}, trees: {}, metas: {}, announced: {},
+def empty_state: {d: {installed: {}, rows: {}, channels: {}, trees: {}, metas: {}, mounted: [], announced: {},
     operations: {}, flag: false, ready: false, tuned: null, last: ""},
   m: {records: {}, seen: {}}, n: 0};
 
@@ -52,8 +52,11 @@ def mask($value; $data):
 def unpack($p; $type; $mask; $started):
   if .d.trees[$p] then
     if $started or .d.trees[$p] == "partial" or (.d.trees[$p] | index($type)) then . else step(.d.trees[$p] += [$type]) end
-  elif .d.installed[$p].image then
-    step(.d.trees[$p] = "partial")
+  # An image that a killed daemon has left mounted cannot be mounted once more; another one can.
+  elif .d.installed[$p].image and (. as $s | .d.mounted | index([[$p, $s.d.installed[$p].version]]) | not) then
+    step(.d.mounted += [[$p, .d.installed[$p].version]])
+    | step(.d.trees[$p] = "partial")
+    | step(.d.mounted |= .[:-1])
     | if $mask >= 2 then step(.d.metas[$p] = true) else . end
     | step(.d.trees[$p] = [$type])
   else . end;
@@ -150,7 +153,12 @@ def create($p):
   | if .m.seen[$p] == {} then .
     else new_record(.d.installed[$p].version; .m.seen[$p]) as $record
       | if $record == null then del(.m.seen[$p])
-        else .m.records[$p] = $record | write_row($p) | run($p; false) end
+        else
+          .m.records[$p] = $record
+          # A row that is there already goes before the new one comes.
+          | (if .d.rows[$p] then step(del(.d.rows[$p])) else . end)
+          | write_row($p) | run($p; false)
+        end
     end;
 def fit($p):
   (.m.seen[$p].orv_type) as $new
@@ -189,7 +197,7 @@ def start:
   | (if .d.flag and ($boosting | not) then .d.ready = true else . end)
   | .d.flag = $boosting;
 def power_cycle:
-  .d.operations = {} | .d.ready = false
+  .d.operations = {} | .d.ready = false | .d.mounted = []
   | (if .d.tuned != null and .d.channels[.d.tuned] then .d.last = "vc-service" else . end)
   | start;
 
@@ -204,7 +212,6 @@ def event($e):
   | if $e.kind == "install" or $e.kind == "update" or $e.kind == "uninstall" then package_event($e)
     elif $e.kind == "tune" then .d.tuned = $e.package | .d.flag = boosts($e.package)
     elif $e.kind == "signal" then .d.flag = false
-    elif $e.kind == "restart" then start
     elif $e.kind == "power-cycle" then power_cycle
     elif $e.kind == "factory" or $e.kind == "service" then .d.rows = {} | power_cycle
     elif $e.kind == "apps" then
@@ -212,27 +219,35 @@ def event($e):
     elif $e.kind == "validation" then
       reduce (.m.records | keys)[] as $p (.; if .d.installed[$p] then . else forget($p) end)
     else error("an unknown event: " + $e.kind) end;
-# What may be there after the daemon was killed during a package event and started again: the event was
-# lost, or carried out up to any step, by the daemon that died or by the one that took its place.
-def killed($e):
-  def installed: if $e.kind == "uninstall" then del(.d.installed[$e.package])
+# f, and every d on the way to it, the first and the last included.
+def ways(f): [.d] + (.trace = true | .steps = [] | f | .steps + [.d]);
+# What may be there after the daemon was killed, at rest or during a package event, and started again.
+# The event was lost, or carried out up to any step, by the daemon that died or by the one that took its
+# place; that one may itself have been ended on the way of its start, and the one after it not.
+def killed($e; $wiped):
+  def came: if $e.kind == "uninstall" then del(.d.installed[$e.package])
+    elif $e.kind == "rest" then .
     else .d.installed[$e.package] = {version: $e.version, metadata: $e.metadata, image: $e.image} end;
-  def on_the_way: installed as $before | [$before.d] + (.trace = true | .steps = [] | .n = 0 | package_event($e) | .steps);
-  . as $state
-  | [on_the_way, (start | on_the_way)] | add
-  | map({d: ., m: {}, n: 0} | start)
-  # The daemon that took its place may have decided about the first screen on the way.
-  | (if $state.d.flag then . + map(.d.ready = true) else . end)
+  def during: if $e.kind == "rest" then [.d] else [(came | .d)] + (.n = 0 | came | ways(package_event($e))) end | unique;
+  def start_on: {d: ., m: {}, n: 0} | start;
+  .d.flag as $flag
+  | (start | during) as $by_the_next
+  | (during | map({d: ., m: {}, n: 0} | ways(start)) | add) + $by_the_next
+  | unique
+  | map((if $wiped then .rows = {} else . end) | start_on)
+  # The daemon in between may have decided about the first screen on the way.
+  | (if $flag then . + map(.d.ready = true) else . end)
   | unique;
 
 # The part of the model that can be seen from outside.
-def visible: .d | {rows, channels, trees, metas, announced, operations, flag, ready, packages: (.installed | map_values(.version))};
+def visible: .d | {rows, channels, trees, metas, mounted: (.mounted | map(.[0]) | sort), announced, operations, flag, ready, packages: (.installed | map_values(.version))};
 # The same from `tv dump --json`; $trees and $metas are read from the directories.
 def observed($trees; $metas; $marker):
   . as $dump
   | {rows: (.store | map({key: .package_id, value: {version, variables}}) | from_entries),
      channels: (.channels | map({key: .pkg_id, value: [.channel_data_url, .schedule_data_url]}) | from_entries),
      trees: $trees, metas: $metas,
+     mounted: (.mounts | map(.image | capture("/(?<p>[^/]*)/res/").p) | sort),
      announced: (.keys["db/orv_channel/custom_ui_type"] | if . == "" then {} else fromjson end),
      operations: (.operations | map({key: (.operation | split("/") | last), value: .app}) | from_entries),
      flag: (.files | any(keys[]; endswith("/hbb_boost"))),

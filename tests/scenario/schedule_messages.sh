@@ -22,7 +22,8 @@ set_key=$(key orv_scheduler_command command_set_expiration_time)
 nl='
 '
 
-tv up --offline
+# Due times are in UTC whatever the zone of the daemon's environment.
+TZ=CET-1CEST,M3.5.0,M10.5.0/3 tv up --offline
 service_wgt "$work/a.wgt" messages01 'exec sleep 86400'
 tv pkg install "$work/a.wgt"
 reached "the service app is stored" "$(stored messages01)"

@@ -2,11 +2,21 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli/store_reader.h"
 
+#include <fcntl.h>
 #include <sqlite3.h>
+#include <unistd.h>
 
+#include <cerrno>
+#include <chrono>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <memory>
+#include <optional>
+#include <thread>
+#include <utility>
 
 #include "cli/failure.h"
 #include "common/desk_error.h"
@@ -18,7 +28,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* QUERY = "SELECT * FROM appinfo ORDER BY package_id";
-constexpr int BUSY_MS = 2000;
+constexpr std::chrono::seconds PATIENCE{2};
 
 struct Close {
   void operator()(sqlite3* db) const { sqlite3_close(db); }
@@ -29,7 +39,7 @@ struct Finalize {
 using Database = std::unique_ptr<sqlite3, Close>;
 using Statement = std::unique_ptr<sqlite3_stmt, Finalize>;
 
-/// Result of a library call that did not work; kept apart because one of them can be helped.
+/// Result of a library call that did not work.
 struct StoreError {
   int code;
   std::string text;
@@ -39,15 +49,27 @@ struct StoreError {
   throw StoreError{code, db == nullptr ? sqlite3_errstr(code) : sqlite3_errmsg(db)};
 }
 
-Database Open(const std::string& path) {
+std::string ReadBytes(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file) {
+    throw StoreError{SQLITE_CANTOPEN, std::strerror(errno)};
+  }
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// A database in memory with these bytes as its file. The bytes have to live as long.
+Database Open(std::string& bytes) {
   sqlite3* raw = nullptr;
-  const int code = sqlite3_open_v2(path.c_str(), &raw, SQLITE_OPEN_READONLY, nullptr);
+  int code = sqlite3_open(":memory:", &raw);
   Database db(raw);
+  const auto size = static_cast<sqlite3_int64>(bytes.size());
+  if (code == SQLITE_OK && size > 0) {
+    code = sqlite3_deserialize(raw, "main", reinterpret_cast<unsigned char*>(bytes.data()), size,
+                               size, SQLITE_DESERIALIZE_READONLY);
+  }
   if (code != SQLITE_OK) {
     Raise(raw, code);
   }
-  sqlite3_extended_result_codes(raw, 1);
-  sqlite3_busy_timeout(raw, BUSY_MS);
   return db;
 }
 
@@ -81,8 +103,8 @@ Json::Value Row(sqlite3_stmt* statement) {
   return row;
 }
 
-Json::Value ReadRows(const std::string& path) {
-  const Database db = Open(path);
+Json::Value ReadRows(std::string bytes) {
+  const Database db = Open(bytes);
   sqlite3_stmt* raw = nullptr;
   int code = sqlite3_prepare_v2(db.get(), QUERY, -1, &raw, nullptr);
   const Statement statement(raw);
@@ -132,12 +154,52 @@ Json::Value ReadRolledBackCopy(const std::string& path) {
   sqlite3_open(copy.c_str(), &raw);
   sqlite3_exec(raw, "SELECT count(*) FROM sqlite_master", nullptr, nullptr, nullptr);
   sqlite3_close(raw);
-  return ReadRows(copy.string());
+  return ReadRows(ReadBytes(copy.string()));
 }
 
-bool HasLeftJournal(const StoreError& error) {
-  return error.code == SQLITE_READONLY_ROLLBACK || error.code == SQLITE_READONLY_RECOVERY ||
-         error.code == SQLITE_READONLY_CANTINIT || error.code == SQLITE_READONLY_DIRECTORY;
+bool HasJournal(const std::string& path) {
+  std::error_code ignored;
+  return fs::exists(path + "-journal", ignored);
+}
+
+/// SQLite's number of the last write.
+std::string ChangeCounter(const std::string& path) {
+  constexpr std::streamoff COUNTER_AT = 24;
+  char counter[4] = {};
+  std::ifstream file(path, std::ios::binary);
+  file.seekg(COUNTER_AT);
+  file.read(counter, sizeof(counter));
+  return {counter, sizeof(counter)};
+}
+
+/// Whether somebody holds the lock that SQLite takes for the whole of a write.
+bool IsBeingWritten(const std::string& path) {
+  constexpr off_t RESERVED_BYTE = 0x40000001;
+  struct flock lock = {};
+  lock.l_type = F_WRLCK;
+  lock.l_whence = SEEK_SET;
+  lock.l_start = RESERVED_BYTE;
+  lock.l_len = 1;
+  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (file < 0) {
+    return false;
+  }
+  const bool asked = fcntl(file, F_GETLK, &lock) == 0;
+  close(file);
+  return asked && lock.l_type != F_UNLCK;
+}
+
+/// The file's bytes, nothing when a write went on meanwhile. A write has a journal from before its
+/// first page until after its last.
+std::optional<std::string> ReadSettled(const std::string& path) {
+  const std::string counter = ChangeCounter(path);
+  if (HasJournal(path)) {
+    return std::nullopt;
+  }
+  std::string bytes = ReadBytes(path);
+  const bool settled = !HasJournal(path) && ChangeCounter(path) == counter &&
+                       (bytes.size() < 28 || bytes.compare(24, 4, counter) == 0);
+  return settled ? std::optional<std::string>(std::move(bytes)) : std::nullopt;
 }
 
 Failure AsFailure(const std::string& path, const StoreError& error) {
@@ -156,15 +218,19 @@ Failure AsFailure(const std::string& path, const StoreError& error) {
   }
 }
 
-Json::Value ReadWithJournal(const std::string& path) {
-  try {
-    return ReadRows(path);
-  } catch (const StoreError& error) {
-    if (!HasLeftJournal(error)) {
-      throw;
+/// Takes no lock of SQLite's: the daemon does not wait for one and would give up its write.
+Json::Value ReadUnlocked(const std::string& path) {
+  const auto end = std::chrono::steady_clock::now() + PATIENCE;
+  while (std::chrono::steady_clock::now() < end) {
+    if (auto bytes = ReadSettled(path)) {
+      return ReadRows(std::move(*bytes));
     }
+    if (HasJournal(path) && !IsBeingWritten(path)) {
+      return ReadRolledBackCopy(path);
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
-  return ReadRolledBackCopy(path);
+  throw StoreError{SQLITE_BUSY, "busy"};
 }
 
 }  // namespace
@@ -180,7 +246,7 @@ Json::Value ReadStore(const std::string& path) {
                                       ": the daemon makes it when it starts (tv up)");
   }
   try {
-    return ReadWithJournal(path);
+    return ReadUnlocked(path);
   } catch (const StoreError& failed) {
     throw AsFailure(path, failed);
   }

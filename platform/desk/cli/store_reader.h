@@ -17,9 +17,9 @@ std::string StorePath(const DeskPaths& paths);
 /// column. "variables" is the object that its text holds, or the text itself when it is no JSON; a
 /// null column is null.
 ///
-/// The file is opened read-only and never changed. While the daemon writes this waits for up to two
-/// seconds. When an interrupted write left a journal behind, a copy of both is read, as the daemon
-/// will see it.
+/// The file is never changed and never locked: a reader is not in the daemon's way. While the
+/// daemon writes this waits for up to two seconds. When an interrupted write left a journal behind,
+/// a copy of both is read, as the daemon will see it.
 ///
 /// Throws Failure: NotFound when there is no file, Failed when it is damaged or no store.
 Json::Value ReadStore(const std::string& path);

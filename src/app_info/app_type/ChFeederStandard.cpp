@@ -28,7 +28,7 @@ ChFeederStandard::ChFeederStandard(AppInfo* pAppInfo, const std::string& rMetada
   for (DataMap* pData : {&m_mapAppliedData, &m_mapUpdatableData}) {
     (*pData)[DATA_KEY_CHANNEL_DATA_URL];
     (*pData)[DATA_KEY_SCHEDULE_DATA_URL];
-    (*pData)[DATA_KEY_CH_APP_BOOSTING];
+    (*pData)[BOOST_METADATA_KEY];
   }
 }
 

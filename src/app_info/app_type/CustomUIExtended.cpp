@@ -155,7 +155,7 @@ void CustomUIExtended::SetOperation(const std::vector<SupportedAppType>& rTypes,
   }
   if (!AppPreloadingUtils::PreloadAppAndRegisterAppStatusChangedCB(
           m_sAppID, APP_TYPE_CUSTOM_UI_EXTENDED, {&OnAppStatusChanged, this})) {
-    AppControlUtils::LaunchApp(m_sAppID, APP_CONTROL_OPERATION_DEFAULT);
+    AppControlUtils::LaunchApp(m_sAppID, OPERATION_DEFAULT);
   }
 }
 

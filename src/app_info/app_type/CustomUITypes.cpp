@@ -29,7 +29,7 @@ Json::Value MakeAppInfo(const std::string& rPackageID, const std::string& rAppID
 
 bool WriteAppInfoVconfKey(const std::string& rMember, const Json::Value& rAppInfo, bool bClear) {
   const std::unique_ptr<char, decltype(&std::free)> pText(
-      vconf_get_str(VCONF_CUSTOM_UI_TYPE.c_str()), &std::free);
+      vconf_get_str(VCONFKEY_CUSTOM_UI_TYPE.c_str()), &std::free);
   ORV_LOG_DEBUG("[Debug] str = %s", pText ? pText.get() : "(null)");
   // The key is expected to exist; without it the caller's operation ends here.
   if (!pText) throw std::logic_error("basic_string: construction from null is not valid");
@@ -45,7 +45,7 @@ bool WriteAppInfoVconfKey(const std::string& rMember, const Json::Value& rAppInf
     } else {
       root[rMember] = rAppInfo;
     }
-    vconf_set_str(VCONF_CUSTOM_UI_TYPE.c_str(), JsonText::Write(root).c_str());
+    vconf_set_str(VCONFKEY_CUSTOM_UI_TYPE.c_str(), JsonText::Write(root).c_str());
     return true;
   } catch (...) {  // whatever the JSON of others raises, the key stays as it is
     ORV_LOG_ERROR("[ERROR] Exception Caught");

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gmock/gmock.h>
 
+#include <future>
+
 #include "app_info/AppInfoCache.h"
 #include "fake/control/log.h"
 #include "unit/app_info/records.h"
@@ -221,6 +223,30 @@ TEST_F(SchedulingListTest, ADueTimeThatTheStoreRefusesIsAFailureAndStaysInTheRec
   Layer* record = Add("a");
   EXPECT_FALSE(m_cache.UpdateSchedulingItem({"a", "", "2030-01-01T00:00:00Z"}));
   EXPECT_EQ(record->GetMetadata("orv_data", "expiration_date_str"), "2030-01-01T00:00:00Z");
+}
+
+/// The scheduler picks while a decorator adds: the two take the locks in opposite orders.
+TEST_F(SchedulingListTest, AddsAndPicksNeverWaitOnEachOther) {
+  Add("a");
+  Add("b");
+  constexpr int kRounds = 20000;
+  auto adding = std::async(std::launch::async, [this] {
+    for (int i = 0; i < kRounds; ++i) m_cache.AddSchedulingItem(i % 2 == 0 ? "a" : "b");
+  });
+  auto picking = std::async(std::launch::async, [this] {
+    SchedulingItem item;
+    for (int i = 0; i < kRounds; ++i) {
+      if (!m_cache.GetNextSchedulingItem(item)) m_cache.ResetSchedulingList();
+    }
+  });
+  // A deadlocked thread can neither be ended nor be left behind.
+  for (auto* thread : {&adding, &picking}) {
+    if (thread->wait_for(std::chrono::seconds(60)) != std::future_status::ready) {
+      ADD_FAILURE() << "an add and a pick wait on each other";
+      std::_Exit(1);
+    }
+  }
+  EXPECT_LE(m_cache.GetSchedulingListSize(), 2);
 }
 
 }  // namespace

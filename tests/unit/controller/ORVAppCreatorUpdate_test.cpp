@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
+#include "controller/ORVScheduler.h"
 #include "unit/controller/creator_fixture.h"
 
 /// How a record's chain is made to fit an updated package.
@@ -256,6 +257,42 @@ TEST_F(UpdateTest, ANewLayerIsStagedAndNeitherTheCacheNorTheUpdateGoesThroughIt)
   EXPECT_EQ(Variables(), before);
   Cache().RemoveAppInfo("pkg");
   const Owned<Layer> owner(added);
+}
+
+constexpr char kCustom[] = "ch_feeder_custom";
+
+TEST_F(UpdateTest, OnlyANewCustomFeederIsGivenTheSchedulersDoor) {
+  RegisterLayer<kCustom>();
+  Have({{"a", "1"}});
+  EXPECT_EQ(Update({{TypeKey("a"), "1"}, {TypeKey("b"), "2"}, {TypeKey("ch_feeder_custom"), "3"}}),
+            UPDATE_RESULT_UPDATE);
+  EXPECT_EQ(Made<kB>::s_callback, nullptr);
+  EXPECT_EQ(Made<kCustom>::s_callback, &ORVScheduler::RequestEvent);
+  Cache().RemoveAppInfo("pkg");
+  const Owned<Layer> owner(Made<kCustom>::s_layer);
+}
+
+TEST_F(UpdateTest, TheHeadGoesAndANewTypeComesAroundWhatIsLeft) {
+  Have({{"a", "1"}, {"b", "2"}});
+  EXPECT_EQ(Update({{TypeKey("a"), "1"}, {TypeKey("c"), "3"}, {DataKey("key"), "v"}}),
+            UPDATE_RESULT_UPDATE);
+  EXPECT_THAT(Journal(), ElementsAre("b release"));
+  EXPECT_EQ(Made<kC>::s_layer->Inner(), Made<kA>::s_layer);
+  EXPECT_EQ(Find("pkg"), Made<kA>::s_layer);
+  EXPECT_EQ(Made<kA>::s_layer->Staged().at("key"), "v");
+  EXPECT_EQ(Made<kC>::s_layer->Staged().at("key"), "");
+  Cache().RemoveAppInfo("pkg");
+  const Owned<Layer> owner(Made<kC>::s_layer);
+}
+
+TEST_F(UpdateTest, AnUpdateThatFailedIsForgottenAndTheNextOneSeesAfresh) {
+  Have({{"a", "1"}});
+  Update({{TypeKey("a"), "first"}});
+  fake::Fail("package_info_get_version");
+  EXPECT_EQ(Update({{TypeKey("a"), "second"}}), UPDATE_RESULT_FAIL);
+  Forget();
+  EXPECT_EQ(Update({{TypeKey("a"), "third"}}), UPDATE_RESULT_UPDATE);
+  EXPECT_THAT(Differences(), ElementsAre("[Debug] [Intersection] first : a, second : third"));
 }
 
 TEST_F(UpdateTest, SeveralNewLayersStandAroundEachOtherInTheOrderOfTheirNames) {

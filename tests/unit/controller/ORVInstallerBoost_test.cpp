@@ -51,7 +51,7 @@ TEST_F(BoostingApp, IsOneWhoseMetadataSaysTrue) {
 
 TEST_F(BoostingApp, AsksForThePackageOfOneService) {
   AddBoostingService("true");
-  Installer().m_IsBoostingApp(kService);
+  EXPECT_TRUE(Installer().m_IsBoostingApp(kService));
   EXPECT_THAT(fake::CallNames(), ElementsAre("TVServiceAPI::CreateService",
                                              "TCService::FindService", "TVServiceAPI::Destroy"));
   EXPECT_EQ(fake::OpenHandles("TCService"), 0u);
@@ -264,6 +264,43 @@ TEST_F(TimeTimer, AFailedLookUpReleasesTheFirstScreenToo) {
   EXPECT_FALSE(Exists(BoostFlag()));
 }
 
+TEST_F(TimeTimer, TheReadyFileComesFirstAndItsFailureKeepsFlagAndFirstScreen) {
+  MakeBoostFlag();
+  support::MakeDirectories(std::string(kReadyFile) + "/not-empty");
+  EXPECT_TRUE(Handle(1004));
+  EXPECT_THAT(fake::LogTexts(6), ElementsAre(testing::StartsWith("[ERROR] exception : ")));
+  EXPECT_TRUE(Exists(BoostFlag()));
+  EXPECT_THAT(LaunchedApps(), IsEmpty());
+  EXPECT_TRUE(FirstScreenMayStillRun());
+}
+
+TEST_F(TimeTimer, ANewFlagIsEmptyWhateverAnEarlierAttemptLeft) {
+  MakeCurrentChannelBoost();
+  support::WriteFile(BoostFlag() + "_dummy", "left behind");
+  EXPECT_TRUE(Handle(1004));
+  EXPECT_EQ(support::ReadFile(BoostFlag()), "");
+  EXPECT_FALSE(Exists(BoostFlag() + "_dummy"));
+}
+
+TEST_F(TimeTimer, AStatusThatCameFirstDoesNotKeepTheFlagFromReleasing) {
+  MakeBoostFlag();
+  fake::SetKey(kStatusKey, 6);
+  fake::DeliverKeyChanges();
+  EXPECT_THAT(LaunchedApps(), ElementsAre(kFirstScreenApp));
+  EXPECT_TRUE(Handle(1004));
+  EXPECT_THAT(LaunchedApps(), ElementsAre(kFirstScreenApp, kFirstScreenApp));
+  EXPECT_FALSE(Exists(BoostFlag()));
+}
+
+TEST_F(TimeTimer, ASecondOneDecidesAgainAndFindsNoAlarm) {
+  EXPECT_TRUE(Handle(1004));
+  MakeCurrentChannelBoost();
+  EXPECT_TRUE(Handle(1004));
+  EXPECT_TRUE(Exists(BoostFlag()));
+  EXPECT_EQ(fake::CallCount("FCStateAlarm::Destroy"), 1u);
+  EXPECT_FALSE(FirstScreenMayStillRun());
+}
+
 TEST_F(TimeTimer, TheAlarmIsDestroyedAfterTheDecision) {
   EXPECT_THAT(fake::Alarms(), SizeIs(1));
   EXPECT_TRUE(Handle(1004));
@@ -468,9 +505,13 @@ TEST_F(TvSignal, AFlagThatCannotBeMadeEndsInTheCallback) {
 TEST_F(TvSignal, WithoutADataPathTheFlagIsABareName) {
   AddBoostingService("true");
   MakeBoostFlag();
+  support::MakeDirectories("/tmp/here");
+  support::WriteFile("/tmp/here/hbb_boost", "");
+  std::filesystem::current_path("/tmp/here");
   fake::Fail("app_get_data_path");
   EXPECT_NO_THROW(fake::FireTvSignal(25));
   EXPECT_TRUE(Exists(BoostFlag()));
+  EXPECT_FALSE(Exists("/tmp/here/hbb_boost"));
   EXPECT_THAT(fake::LogTexts(6), IsEmpty());
 }
 

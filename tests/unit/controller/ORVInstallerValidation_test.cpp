@@ -1,5 +1,8 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
+#include <chrono>
+#include <future>
+
 #include "controller/installer_fixture.h"
 
 namespace {
@@ -61,6 +64,37 @@ TEST_F(Validation, AFailureOfTheSecondListRemovesNothing) {
   EXPECT_THAT(RecordingApp::Operations(), ElementsAre("gone.stop"));
   EXPECT_THAT(Cached("gone"), NotNull());
   EXPECT_THAT(Cached("unknown"), NotNull());
+}
+
+TEST_F(Validation, TwoFailuresAreTwoLinesAndNothingIsLookedAt) {
+  RecordingApp gone("gone");
+  fake::AddWasApp({"gone", "gone.ui", "w1", 2, 1});
+  Installer();
+  fake::Fail("was_get_all_app_list", -1, 2);
+  EXPECT_TRUE(Handle(1003));
+  EXPECT_THAT(RecordingApp::Operations(), IsEmpty());
+  EXPECT_THAT(fake::LogTexts(),
+              ElementsAre("[Info] pEvent : 1003", "[Debug] RUN_VALIDATION_TESTING",
+                          "[ERROR] was_get_all_app_list failed.",
+                          "[Debug] WASUtils::GetAllWASAppList() return false.",
+                          "[ERROR] was_get_all_app_list failed.",
+                          "[Debug] WASUtils::GetAllWASAppList() return false."));
+}
+
+TEST_F(Validation, FirstAllAreStoppedAndThenAllAreRemoved) {
+  RecordingApp a("a");
+  RecordingApp b("b");
+  bool bothCached = true;
+  b.SetHook([&] { bothCached = Cached("a") != nullptr && Cached("b") != nullptr; });
+  fake::AddWasApp({"b", "b.ui", "wb", 2, 1});
+  fake::AddWasApp({"a", "a.ui", "wa", 2, 1});
+  Installer();
+  bothCached = false;
+  EXPECT_TRUE(Handle(1003));
+  EXPECT_THAT(RecordingApp::Operations(), ElementsAre("a.stop", "b.stop"));
+  EXPECT_TRUE(bothCached);
+  EXPECT_THAT(Cached("a"), IsNull());
+  EXPECT_THAT(Cached("b"), IsNull());
 }
 
 TEST_F(Validation, EntriesOfAnotherKindDoNotCount) {
@@ -127,6 +161,30 @@ TEST_F(Activation, AnAppThatIsBothIsPreloadedOnce) {
   EXPECT_THAT(fake::Launches(), SizeIs(1));
 }
 
+TEST_F(Activation, ATypeWithoutAValueDoesNotCount) {
+  RecordingApp app("a");
+  app.Put("orv_type", "custom_ui_standard", "");
+  app.Put("orv_type", "custom_ui_extended", "");
+  Installer();
+  EXPECT_TRUE(Handle(75));
+  EXPECT_THAT(fake::Launches(), IsEmpty());
+}
+
+TEST_F(Activation, TheAppListIsNotLockedDuringThePreloads) {
+  RecordingApp app("a");
+  app.Put("orv_type", "custom_ui_standard", "x");
+  Installer();
+  bool free = false;
+  std::future<AppInfo*> look;
+  fake::SetLaunchHook([&](const fake::Launch&) {
+    look = std::async(std::launch::async, [] { return Cached("a"); });
+    free = look.wait_for(std::chrono::seconds(10)) == std::future_status::ready;
+    return 0;
+  });
+  EXPECT_TRUE(Handle(75));
+  EXPECT_TRUE(free);
+}
+
 class VirtualServices : public InstallerTest {};
 
 TEST_F(VirtualServices, CustomFeedersRunFirstAndOnceMoreAmongAll) {
@@ -141,6 +199,15 @@ TEST_F(VirtualServices, CustomFeedersRunFirstAndOnceMoreAmongAll) {
   EXPECT_THAT(fake::LogTexts(),
               ElementsAre("[Info] pEvent : 90014",
                           "[Info] VELDRIN_EVENT_GET_VIRTUAL_SERVICES_COMPLETE event comming"));
+}
+
+TEST_F(VirtualServices, ACustomFeederWithoutAValueRunsOnceLikeTheOthers) {
+  RecordingApp a("a");
+  RecordingApp b("b");
+  b.Put("orv_type", "ch_feeder_custom", "");
+  Installer();
+  EXPECT_TRUE(Handle(90014));
+  EXPECT_THAT(RecordingApp::Operations(), ElementsAre("a.run(true)", "b.run(true)"));
 }
 
 TEST_F(VirtualServices, MayComeAgain) {

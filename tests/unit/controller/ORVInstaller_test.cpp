@@ -9,6 +9,7 @@
 
 #include "controller/allocations.h"
 #include "controller/installer_fixture.h"
+#include "unit/app_info/records.h"
 
 namespace {
 
@@ -93,6 +94,14 @@ TEST_F(ORVInstallerCreation, StoredAppsRunTwiceAtStart) {
   Create();
   EXPECT_THAT(RecordingApp::Operations(),
               ElementsAre("a.run(true)", "b.run(true)", "a.run(true)", "b.run(true)"));
+}
+
+TEST_F(ORVInstallerCreation, StoredRecordsAreLoadedAndThenRun) {
+  records::StoreRow("a", "{\"orv_type\":{\"ch_feeder_standard\":\"x\"}}\n");
+  Create();
+  EXPECT_THAT(fake::LogTexts(), HasLogsInOrder(Texts({"[Info] Target PackageID : a",
+                                                      "[Info] GetPackagedDataType bUpdatable:0",
+                                                      "[Info] GetPackagedDataType bUpdatable:0"})));
 }
 
 TEST_F(ORVInstallerCreation, TheInstanceIsPublishedLast) {
@@ -250,6 +259,24 @@ TEST_F(ORVInstallerSending, AnEventGoesToTheTaskWithItsPayload) {
               HasLogsInOrder(Texts({"[Info] event_type[999]", "[Info] pEvent : 999"})));
 }
 
+TEST_F(ORVInstallerSending, AnEventBearsItsPayloadAndNothingElse) {
+  Installer();
+  RecordingApp app("held");
+  Gate gate;
+  app.SetHook([&gate] { gate.Pass(); });
+  ASSERT_TRUE(Installer().t_SendEvent(90014, nullptr));
+  ASSERT_TRUE(gate.WaitUntilReached());
+  std::string payload;
+  ASSERT_TRUE(Installer().t_SendEvent(1005, &payload));
+  FSEvent event;
+  ASSERT_TRUE(Installer().GetQueue()->Pop(event));
+  EXPECT_EQ(event.type, 1005u);
+  EXPECT_EQ(event.P0, &payload);
+  EXPECT_EQ(event.P1, nullptr);
+  gate.Open();
+  Drain();
+}
+
 TEST_F(ORVInstallerSending, ARefusedEventIsLoggedWithTheSizeOfTheQueueAndItsPayloadStays) {
   auto payload = std::make_unique<std::string>("com.example.a-name-that-is-not-in-place");
   Installer();
@@ -365,8 +392,10 @@ TEST_F(ORVInstallerSending, TheProxySignalIsPostedUnderItsNumber) {
 TEST_F(ORVInstallerSending, AnotherProxySignalIsOnlyLogged) {
   Installer();
   EXPECT_EQ(tvmesa_signal_callback(90013, nullptr), 1);
+  EXPECT_EQ(tvmesa_signal_callback(90015, nullptr), 1);
   EXPECT_THAT(Sent(), IsEmpty());
-  EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] signalType[90013]"));
+  EXPECT_THAT(fake::LogTexts(),
+              ElementsAre("[Info] signalType[90013]", "[Info] signalType[90015]"));
 }
 
 TEST_F(ORVInstallerSending, TheProxyCallsBackThroughItsSubscription) {

@@ -56,6 +56,56 @@ TEST(TimeUtils, WhatIsWrittenIsReadBack) {
   }
 }
 
+TEST(TimeUtils, TheYear2038IsNoBorder) {
+  EXPECT_EQ(Text(2147483647), "2038-01-19T03:14:07Z");
+  EXPECT_EQ(Text(2147483648), "2038-01-19T03:14:08Z");
+  EXPECT_EQ(TimeUtils::GetEpochTime("2038-01-19T03:14:07Z"), 2147483647);
+  EXPECT_EQ(TimeUtils::GetEpochTime("2038-01-19T03:14:08Z"), 2147483648);
+  EXPECT_EQ(TimeUtils::GetEpochTime("2106-02-07T06:28:16Z"), 4294967296);
+}
+
+TEST(TimeUtils, SummerTimeInTheEnvironmentMovesNoDueTime) {
+  // From an hour before the change to summer time until two after, and the same in autumn.
+  for (const time_t change : {time_t{1585443600}, time_t{1603587600}}) {
+    for (time_t time = change - 3600; time <= change + 7200; time += 1800) {
+      setenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3", 1);
+      tzset();
+      EXPECT_EQ(TimeUtils::GetEpochTime(Text(time)), time);
+    }
+  }
+}
+
+TEST(TimeUtils, AnUnknownZoneInTheEnvironmentDoesNoHarm) {
+  setenv("TZ", ":no/such/zone", 1);
+  tzset();
+  EXPECT_EQ(Text(1582934400), "2020-02-29T00:00:00Z");
+  EXPECT_EQ(TimeUtils::GetEpochTime("2020-02-29T00:00:00Z"), 1582934400);
+}
+
+TEST(TimeUtils, ADayBehindTheMonthsEndIsTheNextMonths) {
+  EXPECT_EQ(TimeUtils::GetEpochTime("2021-02-30T00:00:00Z"),
+            TimeUtils::GetEpochTime("2021-03-02T00:00:00Z"));
+}
+
+TEST(TimeUtils, WhatIsOutOfItsRangeEndsTheTimeBeforeIt) {
+  const time_t year = TimeUtils::GetEpochTime("2020-");
+  EXPECT_EQ(TimeUtils::GetEpochTime("2020-13-05T06:07:08Z"), year);
+  EXPECT_EQ(TimeUtils::GetEpochTime("2020-00-05T06:07:08Z"), year);
+  EXPECT_EQ(TimeUtils::GetEpochTime("2020-02-29T25:00:00Z"),
+            TimeUtils::GetEpochTime("2020-02-29T"));
+  EXPECT_EQ(TimeUtils::GetEpochTime("2020-02-29T12:60:00Z"),
+            TimeUtils::GetEpochTime("2020-02-29T12:"));
+}
+
+TEST(TimeUtils, OtherFormsOfATimeAreReadAsFarAsTheyAgree) {
+  // No zone but UTC: an offset behind the seconds is left out like anything else there.
+  EXPECT_EQ(TimeUtils::GetEpochTime("2020-02-29T00:00:00+05:00"), 1582934400);
+  EXPECT_EQ(TimeUtils::GetEpochTime("2020-02-29T00:00:00.750Z"), 1582934400);
+  EXPECT_EQ(TimeUtils::GetEpochTime("2020-02-29 23:59:59Z"),
+            TimeUtils::GetEpochTime("2020-02-29T00:00:00Z"));
+  EXPECT_EQ(TimeUtils::GetEpochTime("20200229T000000Z"), TimeUtils::GetEpochTime("2020"));
+}
+
 TEST(TimeUtils, WhatFollowsTheTimeIsLeftOut) {
   EXPECT_EQ(TimeUtils::GetEpochTime("2020-02-29T00:00:00Z and more"), 1582934400);
 }

@@ -4,11 +4,14 @@
 
 #include <gtest/gtest.h>
 #include <sqlite3.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 
 #include "cli/failure.h"
@@ -143,6 +146,91 @@ TEST_F(CliStore, ReadingChangesNothing) {
   ReadStore(Path());
   EXPECT_EQ(Content(), before);
   EXPECT_EQ(std::distance(fs::directory_iterator(m_directory), fs::directory_iterator()), 1);
+}
+
+/// Another process, since locks are a process's own. It does the work until it is ended, after it
+/// said that the work began.
+class Other {
+ public:
+  explicit Other(const std::function<void(std::function<void()>& begun)>& work) {
+    int said[2];
+    EXPECT_EQ(pipe(said), 0);
+    m_pid = fork();
+    if (m_pid == 0) {
+      std::function<void()> begun = [&said, told = false]() mutable {
+        told = told || write(said[1], "x", 1) == 1;
+      };
+      work(begun);
+      pause();
+    }
+    char byte = 0;
+    EXPECT_EQ(read(said[0], &byte, 1), 1);
+    close(said[0]);
+    close(said[1]);
+  }
+  ~Other() { End(); }
+  Other(const Other&) = delete;
+  Other& operator=(const Other&) = delete;
+
+  void End() {
+    if (m_pid > 0) {
+      kill(m_pid, SIGKILL);
+      waitpid(m_pid, nullptr, 0);
+    }
+    m_pid = 0;
+  }
+
+ private:
+  pid_t m_pid = 0;
+};
+
+TEST_F(CliStore, AReaderIsNeverInAWritersWay) {
+  Make("");
+  const Other reader([this](auto& begun) {
+    while (true) {
+      ReadStore(Path());
+      begun();
+    }
+  });
+  sqlite3* db = OpenAt(Path());
+  for (int i = 0; i < 200; ++i) {
+    Run(db, Insert(std::to_string(i), ""));  // waits for nobody
+  }
+  sqlite3_close(db);
+}
+
+TEST_F(CliStore, AReaderSeesWholeWritesOnly) {
+  Make("");
+  const std::string values(6000, 'v');  // several pages
+  const Other writer([&](auto& begun) {
+    sqlite3* db = OpenAt(Path());
+    for (int i = 0; true; i += 2) {
+      Run(db, "BEGIN; " + Insert(std::to_string(i), values) +
+                  Insert(std::to_string(i + 1), values) +
+                  "DELETE FROM appinfo WHERE package_id + 20 < " + std::to_string(i) + "; COMMIT;");
+      begun();
+      usleep(20000);  // no reader gets in between writes without a gap
+    }
+  });
+  for (int i = 0; i < 30; ++i) {
+    const Json::Value rows = ReadStore(Path());
+    EXPECT_EQ(rows.size() % 2, 0U);
+    for (const Json::Value& row : rows) {
+      EXPECT_EQ(row["variables"], values);
+    }
+  }
+}
+
+TEST_F(CliStore, AWriteThatLastsIsToldSo) {
+  Make(Insert("a", ""));
+  Other writer([this](auto& begun) {
+    Run(OpenAt(Path()), "BEGIN; " + Insert("b", ""));
+    begun();
+  });
+  EXPECT_EQ(std::string(ReadFails().what()), "the store is being written to: try again");
+  writer.End();
+  // What it leaves is not a row.
+  EXPECT_EQ(ReadStore(Path()).size(), 1U);
 }
 
 TEST_F(CliStore, AnInterruptedWriteIsReadAsItWasBefore) {

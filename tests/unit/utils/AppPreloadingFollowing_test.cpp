@@ -1,0 +1,156 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+//
+// Timers of AppPreloadingUtils that meet a change of the app that is followed, or of nobody.
+#include <app_control.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "fake/control/apps.h"
+#include "fake/control/calls.h"
+#include "fake/control/keys.h"
+#include "fake/control/log.h"
+#include "fake/control/timers.h"
+#include "support/log_matchers.h"
+#include "utils/AppPreloadingUtils.h"
+
+namespace {
+
+using AppPreloadingUtils::PreloadAppAndRegisterAppStatusChangedCB;
+using AppPreloadingUtils::RemoveWebStatusChangedCallback;
+using AppPreloadingUtils::UnregisterAppStatusVconfCallback;
+using AppPreloadingUtils::WebAppStatusCallback;
+using support::HasLog;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr unsigned int kRetryPeriodMs = 5000;
+constexpr unsigned int kCheckPeriodMs = 2000;
+const std::string kFirst = "first.app";
+const std::string kSecond = "second.app";
+
+std::vector<int>& Told() {
+  static std::vector<int> told;
+  return told;
+}
+
+class AppPreloadingFollowing : public testing::Test {
+ protected:
+  bool Preload(const std::string& app, const std::string& type = "type") {
+    return PreloadAppAndRegisterAppStatusChangedCB(
+        app, type, {[](int status, void*) { Told().push_back(status); }, nullptr});
+  }
+  void Enter(const std::string& app, const std::string& word) {
+    fake::SetKey("rtc/memory/WebApp/" + app, word);
+    fake::DeliverKeyChanges();
+  }
+  void Destroy(const std::string& app) {
+    Enter(app, "preload");
+    Enter(app, "destroy");
+  }
+  static std::vector<std::string> LaunchedApps() {
+    std::vector<std::string> apps;
+    for (const fake::Launch& launch : fake::Launches()) apps.push_back(launch.app);
+    return apps;
+  }
+};
+
+TEST_F(AppPreloadingFollowing, RetriesGoToTheAppThatIsFollowedByThen) {
+  fake::QueueLaunchResults({APP_CONTROL_ERROR_LAUNCH_REJECTED, APP_CONTROL_ERROR_LAUNCH_REJECTED});
+  EXPECT_TRUE(Preload(kFirst));
+  EXPECT_TRUE(Preload(kSecond));
+  EXPECT_EQ(fake::TimersOf(kRetryPeriodMs).size(), 1u);
+  fake::ClearLaunches();
+  fake::FireTimersOf(kRetryPeriodMs);
+  EXPECT_THAT(LaunchedApps(), ElementsAre(kSecond));
+  EXPECT_EQ(fake::KeySubscriptions("rtc/memory/WebApp/" + kSecond), 1u);
+  EXPECT_THAT(fake::Timers(), IsEmpty());
+}
+
+TEST_F(AppPreloadingFollowing, RetriesGoOnForAnAppWhoseCallbackWasRemovedBeforeASubscription) {
+  fake::QueueLaunchResults({APP_CONTROL_ERROR_LAUNCH_REJECTED});
+  EXPECT_TRUE(Preload(kFirst));
+  RemoveWebStatusChangedCallback(kFirst, "type");  // there is no subscription to end
+  fake::ClearLaunches();
+  fake::FireTimersOf(kRetryPeriodMs);
+  EXPECT_THAT(LaunchedApps(), ElementsAre(kFirst));
+  EXPECT_EQ(fake::KeySubscriptions("rtc/memory/WebApp/" + kFirst), 1u);
+}
+
+TEST_F(AppPreloadingFollowing, ACheckThatOutlivesTheFollowingLaunchesAnAppWithoutAnId) {
+  EXPECT_TRUE(Preload(kFirst));
+  Destroy(kFirst);
+  RemoveWebStatusChangedCallback(kFirst, "type");
+  fake::ClearLaunches();
+  fake::FireTimersOf(kCheckPeriodMs);
+  EXPECT_THAT(LaunchedApps(), ElementsAre(""));
+  EXPECT_EQ(fake::TimersOf(kCheckPeriodMs).size(), 1u);
+}
+
+TEST_F(AppPreloadingFollowing, ACheckOfTheFirstAppLaunchesTheSecond) {
+  EXPECT_TRUE(Preload(kFirst));
+  Destroy(kFirst);
+  EXPECT_TRUE(Preload(kSecond));
+  fake::ClearLaunches();
+  fake::FireTimersOf(kCheckPeriodMs);
+  EXPECT_THAT(LaunchedApps(), ElementsAre(kSecond));
+}
+
+TEST_F(AppPreloadingFollowing, ARelaunchDoesNotChangeTheAppThatIsFollowed) {
+  EXPECT_TRUE(Preload(kFirst));
+  Destroy(kFirst);
+  fake::FireTimersOf(kCheckPeriodMs);
+  fake::ClearCalls();
+  Enter(kFirst, "resume");
+  EXPECT_THAT(Told(), ElementsAre(3));
+  EXPECT_EQ(fake::KeySubscriptions("rtc/memory/WebApp/" + kFirst), 1u);
+}
+
+TEST_F(AppPreloadingFollowing, TheCountOfRelaunchesGoesOnAfterTheAppHasLivedThroughACheck) {
+  EXPECT_TRUE(Preload(kFirst));
+  Destroy(kFirst);
+  fake::FireTimersOf(kCheckPeriodMs);  // one relaunch
+  Enter(kFirst, "resume");
+  fake::FireTimersOf(kCheckPeriodMs);  // alive
+  fake::ClearLog();
+  Destroy(kFirst);
+  fake::FireTimersOf(kCheckPeriodMs);
+  EXPECT_THAT(fake::LogTexts(), HasLog("[Info] m_iCurrentWebAppStatus : 5, count : 1"));
+}
+
+TEST_F(AppPreloadingFollowing, TheEndOfTheSubscriptionDropsTheCallbacksOfAllTypesAndTheApp) {
+  EXPECT_TRUE(Preload(kFirst, "one"));
+  EXPECT_TRUE(Preload(kFirst, "two"));
+  UnregisterAppStatusVconfCallback(kFirst);
+  AppPreloadingUtils::NotifyWebAppStatus();
+  EXPECT_THAT(Told(), IsEmpty());
+  fake::ClearCalls();
+  EXPECT_TRUE(Preload(kFirst));  // followed anew: no key is ignored, one is subscribed to
+  EXPECT_THAT(fake::CallTexts({"vconf_notify_key_changed", "vconf_ignore_key_changed"}),
+              ElementsAre("vconf_notify_key_changed(rtc/memory/WebApp/first.app, set, null) = 0"));
+}
+
+TEST_F(AppPreloadingFollowing, TheStatusOutlivesTheFollowing) {
+  EXPECT_TRUE(Preload(kFirst));
+  Enter(kFirst, "resume");
+  RemoveWebStatusChangedCallback(kFirst, "type");
+  fake::ClearLaunches();
+  // Nobody is followed, so the status does not count for the app.
+  EXPECT_TRUE(Preload(kFirst));
+  EXPECT_THAT(LaunchedApps(), ElementsAre(kFirst));
+  fake::ClearLaunches();
+  // But it does now, although the app has said nothing since.
+  EXPECT_TRUE(Preload(kFirst));
+  EXPECT_THAT(LaunchedApps(), IsEmpty());
+}
+
+TEST_F(AppPreloadingFollowing, AStatusOfTheFirstAppCountsForTheSecond) {
+  EXPECT_TRUE(Preload(kFirst));
+  EXPECT_TRUE(Preload(kSecond));
+  Enter(kFirst, "pause");
+  fake::ClearLaunches();
+  EXPECT_TRUE(Preload(kSecond));
+  EXPECT_THAT(LaunchedApps(), IsEmpty());
+}
+
+}  // namespace
