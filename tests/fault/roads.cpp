@@ -74,8 +74,7 @@ void Say(const std::vector<std::pair<std::string, std::string>>& message) {
   Settle();
 }
 
-/// Network time and stored service feeders never come together while the tasks start: both would
-/// use the scheduling list at once, in an order that is nobody's to say.
+/// Network time and stored service feeders come together at start in a race only, see below.
 std::vector<Road> Starts() {
   const auto setNetworkTime = [] { fake::StoreKey(kNetworkTimeKey, 1); };
   return {
@@ -326,9 +325,40 @@ std::vector<Road> WebAppLives() {
   };
 }
 
+/// Records run on one thread while the scheduler is at work on its own.
+std::vector<Road> Races() {
+  return {
+      {"StartOfTheSchedulerWithStoredApps",
+       OfEveryKind(),
+       [] { fake::StoreKey(kNetworkTimeKey, 1); },
+       {},
+       {},
+       true,
+       true},
+      {"ResetOfAllAppsBesideTheScheduler",
+       OfEveryKind(),
+       {},
+       {},
+       [] { SetKey("db/tellahub/reset/apps", 0); },
+       true,
+       true},
+      {"VirtualServicesBesideTheScheduler",
+       OfEveryKind(),
+       {},
+       {},
+       [] {
+         fake::FireProxySignal(90014);
+         Settle();
+       },
+       true,
+       true},
+  };
+}
+
 std::vector<Road> MakeRoads() {
   std::vector<Road> roads;
-  for (auto make : {Starts, Installs, Updates, Removals, Signals, Boosts, Schedules, WebAppLives}) {
+  for (auto make :
+       {Starts, Installs, Updates, Removals, Signals, Boosts, Schedules, WebAppLives, Races}) {
     const std::vector<Road> some = make();
     roads.insert(roads.end(), some.begin(), some.end());
   }

@@ -24,6 +24,9 @@ struct Road {
   /// Network time comes before `prepare`, when the daemon is at rest. Without it the scheduler does
   /// nothing: for roads on which records run while it would be at work.
   bool hasNetworkTime = true;
+  /// The two tasks race on it, so that it is another road each time: it is travelled often, but no
+  /// call of it is made to fail.
+  bool isRace = false;
 
   bool IsStart() const { return !travel; }
 };

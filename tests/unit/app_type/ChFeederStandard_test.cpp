@@ -213,6 +213,14 @@ TEST_F(ChFeederStandardTest, ARunOfAnExtendedAppInstallsItsData) {
   EXPECT_FALSE(support::Exists(m_directory));
 }
 
+TEST_F(ChFeederStandardTest, WithoutAFileURLTheURLsStayWhereOldMetadataLies) {
+  Make("extended", "http://c", "http://s");
+  support::MakeDirectories(m_directory);
+  PutIntoImage({{"index.html", "x"}});
+  m_feeder->RunOperation(false);
+  EXPECT_THAT(Requests(), ElementsAre("CreateAppInfo " + Record("http://c", "http://s")));
+}
+
 TEST_F(ChFeederStandardTest, ARunPointsFileURLsAtTheInstalledMetadata) {
   Make("basic", "file://channel.json", "file://schedule.json");
   PutIntoImage({{"metadata/channel.json", "c"}, {"metadata/schedule.json", "s"}});
@@ -501,6 +509,14 @@ TEST_F(ChFeederStandardTest, TheReleaseUninstallsWithTheMaskInForce) {
               HasLogsInOrder(Texts({"[Info] PackagedDataType : 3",
                                     "[Info] rPackageID : org.example.pkg, rAppType : "
                                     "ch_feeder_standard, rDataType : 3"})));
+}
+
+TEST_F(ChFeederStandardTest, TheReleaseOfAnExtendedAppWithDataOnTheWebTakesItsTree) {
+  Make("extended", "http://c", "http://s");
+  PutIntoImage({{"a", "x"}});
+  m_feeder->RunOperation(false);
+  m_feeder.reset();
+  EXPECT_FALSE(support::Exists(m_tree));
 }
 
 TEST_F(ChFeederStandardTest, TheReleaseOfAnAppWithoutPackagedDataUninstallsNothing) {

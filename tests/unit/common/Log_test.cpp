@@ -28,6 +28,17 @@ TEST(Log, ARecordHasTheDaemonsTagAHeadAndAClosingNewline) {
                                          "\\[Info\\] number : 7, text : x\n"));
 }
 
+TEST(Log, ARecordOfAnyLevelIsALine) {
+  ORV_LOG_INFO("[Info] a");
+  ORV_LOG_DEBUG("[Debug] b");
+  ORV_LOG_ERROR("[ERROR] c");
+  std::string text;
+  for (const fake::LogRecord& log : fake::Logs()) text += log.text;
+  const std::string head = "tests/unit/common/Log_test.cpp: TestBody\\([0-9]+\\) > ";
+  EXPECT_THAT(text, MatchesRegex(head + "\\[Info\\] a\n" + head + "\\[Debug\\] b\n" + head +
+                                 "\\[ERROR\\] c\n"));
+}
+
 TEST(Log, ARecordWithoutArgumentsIsComplete) {
   ORV_LOG_INFO("[Info] ");
   EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] "));

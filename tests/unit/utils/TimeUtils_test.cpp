@@ -129,6 +129,10 @@ TEST(TimeUtils, ATimeCutShortIsReadAsFarAsItGoes) {
 TEST(TimeUtils, AByteAbove127EndsTheTime) {
   EXPECT_EQ(TimeUtils::GetEpochTime("2020-02-29\xb2"),
             TimeUtils::GetEpochTime("2020-02-29T00:00:00Z"));
+  // A "T" but for its highest bit.
+  EXPECT_EQ(TimeUtils::GetEpochTime("2020-02-29\xd4"
+                                    "12:00:00Z"),
+            TimeUtils::GetEpochTime("2020-02-29T00:00:00Z"));
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include "cli/store_reader.h"
 
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <sqlite3.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -209,7 +210,7 @@ TEST_F(CliStore, AReaderSeesWholeWritesOnly) {
                   Insert(std::to_string(i + 1), values) +
                   "DELETE FROM appinfo WHERE package_id + 20 < " + std::to_string(i) + "; COMMIT;");
       begun();
-      usleep(20000);  // no reader gets in between writes without a gap
+      usleep(20000);  // lint-ok: no reader gets in between writes without a gap
     }
   });
   for (int i = 0; i < 30; ++i) {
