@@ -7,6 +7,12 @@
 #include "fault/child.h"
 #include "support/sandbox.h"
 
+/// Of a build under ThreadSanitizer. The threads of a daemon never end before its process does, and
+/// each of thousands would be given a second to do so.
+extern "C" const char* __tsan_default_options() {
+  return "atexit_sleep_ms=0";
+}
+
 int main(int argc, char** argv) {
   support::EnterSandbox(argv);
   fault::CarryOutTheOrder(argc, argv);
