@@ -3,10 +3,10 @@
 # SPDX-License-Identifier: Apache-2.0
 #
 # A month of television: forty packages come and go, are updated, crash, are tuned to and reset, and the
-# daemon is killed a hundred times: at rest, so that a run can be repeated, or, with MONTH_WITHIN=yes, half
-# of them in the middle of a package event, at a moment that the machine decides. After each event the
-# store, the channels, the unpacked trees, the settings key, the operations and the flag files are what
-# month_model.jq says. MONTH_SEED=N lives another month.
+# daemon is killed a hundred times: half of them at rest, half in the middle of a package event, at a moment
+# that the machine decides. After each event the store, the channels, the unpacked trees, the settings key,
+# the operations and the flag files are what month_model.jq says, which for a kill in the middle is one of
+# several. MONTH_SEED=N lives another month.
 . "$(dirname "$0")/lib.sh"
 . "$(dirname "$0")/update_lib.sh"
 here=$(cd "$(dirname "$0")" && pwd)
@@ -161,18 +161,21 @@ happens() {
   agree "$event"
 }
 # The daemon that took the place of the killed one is ended too, wherever it is. When that is while it
-# writes the reset counters, the next one finds none, and takes that for a reset: $wiped.
+# writes the reset counters, the next one finds none; on a television that was ever reset it takes that
+# for another reset: $wiped.
 start_again() {
   tv daemon stop
   forget
   tv daemon start
   comes "$DECIDED" 1
   wiped=false
-  [ "$(count_log "[ERROR] Failed to parse Json")" = 0 ] || wiped=true
-  $wiped || [ "$(count_log "[Debug] Factory Reset")" = 0 ] ||
-    die "seed $seed, day $day, event $number: a reset out of nothing"
+  [ "$(count_log "[ERROR] Failed to parse Json")" = 0 ] || [ $resets = 0 ] || wiped=true
+  resets_seen=$(count_log "[Debug] Factory Reset")
+  case $wiped,$resets_seen in
+    true,1 | false,0) ;;
+    *) die "seed $seed, day $day, event $number: $resets resets so far, $resets_seen at this start" ;;
+  esac
 }
-# In the middle of a package event, or at rest.
 # killed WHAT: what the daemon has left is one of what the model holds for possible; which one it is, is
 # taken over into the model.
 killed() {
@@ -193,10 +196,9 @@ killed_idle() {
   tv daemon kill >/dev/null
   killed "at rest"
 }
-# Without MONTH_WITHIN a kill never falls into an event.
 killed_somewhere() {
   random 2
-  if [ "$drawn" = 0 ] || [ "${MONTH_WITHIN:-no}" != yes ]; then killed_idle; else killed_within; fi
+  if [ "$drawn" = 0 ]; then killed_idle; else killed_within; fi
 }
 killed_within() {
   draw_package_event
@@ -220,6 +222,7 @@ tune_somewhere() {
   follow
   agree "tune"
 }
+reset_tv() { tv reset "$1"; resets=$((resets + 1)); }
 reset_apps() { tv reset apps; handled; tv key set db/tellahub/reset/apps 1; }
 power_cycled() { tv power-cycle; comes "$DECIDED" 1; }
 crash_an_app() {
@@ -239,12 +242,12 @@ one_event() {
   elif [ "$drawn" -lt 93 ]; then crash_an_app
   elif [ "$drawn" -lt 95 ]; then event='{"kind":"apps"}'; happens reset_apps
   elif [ "$drawn" -lt 98 ]; then event='{"kind":"power-cycle"}'; happens power_cycled
-  elif [ "$drawn" -lt 99 ]; then event='{"kind":"factory"}'; tv reset factory; happens power_cycled
-  else event='{"kind":"service"}'; tv reset service; happens power_cycled
+  elif [ "$drawn" -lt 99 ]; then event='{"kind":"factory"}'; reset_tv factory; happens power_cycled
+  else event='{"kind":"service"}'; reset_tv service; happens power_cycled
   fi
 }
 
-day=0 number=0 serial=0 kills=0 event='{"kind":"none"}'
+day=0 number=0 serial=0 kills=0 resets=0 event='{"kind":"none"}'
 start_tv --speed 20
 needs_loop
 comes "$DECIDED" 1
