@@ -19,11 +19,22 @@ struct State {
   // Guarded by mutex.
   std::map<std::string, std::string> platform;
   std::map<std::string, std::string> current;
+  std::function<void(const std::string&, const std::string&)> hook;
 };
 
 State& GetState() {
   static auto* s_state = new State;
   return *s_state;
+}
+
+void RunHook(const std::string& operation, const std::string& app) {
+  State& state = GetState();
+  std::unique_lock<std::mutex> lock(state.mutex);
+  const auto hook = state.hook;
+  lock.unlock();
+  if (hook) {
+    hook(operation, app);
+  }
 }
 
 }  // namespace
@@ -56,9 +67,17 @@ std::optional<std::string> OperationApp(const std::string& operation) {
   return std::nullopt;
 }
 
+void SetOperationHook(
+    std::function<void(const std::string& operation, const std::string& app)> hook) {
+  State& state = GetState();
+  const std::lock_guard<std::mutex> lock(state.mutex);
+  state.hook = std::move(hook);
+}
+
 void ResetOperations() {
   State& state = GetState();
   const std::lock_guard<std::mutex> lock(state.mutex);
+  state.hook = nullptr;
   state.platform.clear();
   state.current.clear();
 }
@@ -88,6 +107,7 @@ int app_operation_set_current_app(const char* operation, const char* app_id) {
   if (operation == nullptr || app_id == nullptr) {
     return call.Return(static_cast<int>(APP_CONTROL_ERROR_INVALID_PARAMETER));
   }
+  fake::RunHook(operation, app_id);
   fake::SetOperationApp(operation, app_id);
   return call.Return(0);
 }

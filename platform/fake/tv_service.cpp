@@ -14,32 +14,6 @@
 #include "fake/recorder.h"
 #include "fake/resets.h"
 
-bool TCServiceData::Get(int field, std::uint64_t& rValue) const {
-  const auto found = m_mapNumbers.find(field);
-  if (found == m_mapNumbers.end()) {
-    return false;
-  }
-  rValue = found->second;
-  return true;
-}
-
-bool TCServiceData::Get(int field, std::string& rValue) const {
-  const auto found = m_mapTexts.find(field);
-  if (found == m_mapTexts.end()) {
-    return false;
-  }
-  rValue = found->second;
-  return true;
-}
-
-void TCServiceData::Set(int field, std::uint64_t value) {
-  m_mapNumbers[field] = value;
-}
-
-void TCServiceData::Set(int field, const std::string& rValue) {
-  m_mapTexts[field] = rValue;
-}
-
 namespace fake {
 namespace {
 

@@ -6,7 +6,7 @@
 #include <condition_variable>
 #include <mutex>
 #include <new>
-#include <vector>
+#include <utility>
 
 #include "framework/sync_ticket.h"
 
@@ -47,14 +47,16 @@ SyncTicket* GetPoppedTicket() {
 struct FCQueue::Impl {
   explicit Impl(std::size_t limit) : capacity(limit) {}
 
-  Slot& At(std::size_t index) { return ring[(head + index) & (ring.size() - 1)]; }
+  Slot& At(std::size_t index) { return ring[(head + index) & mask]; }
 
   void Grow() {
-    std::vector<Slot> larger(std::max(kFirstSlots, ring.size() * 2));
+    const std::size_t size = std::max(kFirstSlots, count * 2);
+    auto larger = std::make_unique<Slot[]>(size);
     for (std::size_t i = 0; i < count; ++i) {
       larger[i] = At(i);
     }
-    ring.swap(larger);
+    ring = std::move(larger);
+    mask = size - 1;
     head = 0;
   }
 
@@ -62,11 +64,11 @@ struct FCQueue::Impl {
     if (closed || count == capacity) {
       return false;
     }
-    if (count == ring.size()) {
+    if (ring == nullptr || count > mask) {
       Grow();
     }
     if (bUrgent) {
-      head = (head + ring.size() - 1) & (ring.size() - 1);
+      head = (head - 1) & mask;
     }
     Slot& slot = At(bUrgent ? 0 : count);
     slot.event = rEvent;
@@ -79,7 +81,8 @@ struct FCQueue::Impl {
   std::mutex mutex;
   std::condition_variable filled;
   // Guarded by mutex.
-  std::vector<Slot> ring;  // its size is 0 or a power of two
+  std::unique_ptr<Slot[]> ring;  // null until the first event; then a power of two of slots
+  std::size_t mask = 0;          // slots - 1
   std::size_t head = 0;
   std::size_t count = 0;
   int sleepers = 0;
@@ -122,7 +125,7 @@ bool FCQueue::Pop(FSEvent& rEvent) {
   const Slot& slot = m_pImpl->At(0);
   rEvent = slot.event;
   t_poppedTicket = slot.ticket;
-  m_pImpl->head = (m_pImpl->head + 1) & (m_pImpl->ring.size() - 1);
+  m_pImpl->head = (m_pImpl->head + 1) & m_pImpl->mask;
   --m_pImpl->count;
   return true;
 }

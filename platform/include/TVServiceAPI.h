@@ -7,23 +7,29 @@
 #include <string>
 #include <vector>
 
-/// Called on a thread of the library's own, and not before the process's main loop runs. pData is
-/// the signal's payload, valid during the call, at least 8 bytes long and zero-padded.
+/// Called on a thread of the library's own, one call at a time, and not before the process's main
+/// loop runs. pData is the signal's payload, valid during the call, at least 8 bytes long and
+/// zero-padded; that of a tune (signal 103) begins with the service id in the machine's byte order.
+/// pUserData is null; what the callback returns is not looked at.
 typedef int (*TVSSignalCallback)(int signalType, const void* pData, void* pUserData);
 
-/// The mode that the TV is in: which of its outputs and which kind of source.
+/// The mode that the TV is in: which of its outputs and which kind of source. Asked for and handed
+/// back as it is; the numbers are the service's own.
 struct TSTvMode {
   int output = 0;
   int source = 0;
 };
 
-/// The fields of one service, by field number. A plain value.
+/// The fields of one service, by field number: 12 is the service id, a number, 179 the id of the
+/// service's package, a text. A field is there only when it was fetched and the service has it. A
+/// plain value.
 class TCServiceData {
  public:
   /// False, and the argument untouched, when the field is absent or of the other kind.
   bool Get(int field, std::uint64_t& rValue) const;
   /// The text may hold NUL bytes.
   bool Get(int field, std::string& rValue) const;
+  /// For backends. Takes the place of what the field held, also of the other kind.
   void Set(int field, std::uint64_t value);
   void Set(int field, const std::string& rValue);
 
@@ -32,7 +38,9 @@ class TCServiceData {
   std::map<int, std::string> m_mapTexts;
 };
 
-/// What to look for and which fields to bring. A plain value.
+/// What to look for and which fields to bring. All conditions have to hold, each on a number. A
+/// service is looked for by its id (field 12); more than that a backend need not know. A plain
+/// value.
 class TCCriteriaHelper {
  public:
   void Where(int field, std::uint64_t value) { m_mapWhere[field] = value; }
@@ -45,9 +53,12 @@ class TCCriteriaHelper {
   std::vector<int> m_vFetch;
 };
 
+/// The service list. An object is used by one thread at a time; its calls block until the service
+/// has answered.
 class TCService {
  public:
-  /// The number of services found (at most maxCount), or a number below 1.
+  /// The number of services found (at most maxCount), or a number below 1: none, or a failure.
+  /// rData gets the fields of the first one found, and is untouched when there is none.
   virtual int FindService(const TCCriteriaHelper& rCriteria, TCServiceData& rData,
                           int maxCount) = 0;
 
@@ -56,9 +67,11 @@ class TCService {
   friend class TVServiceAPI;
 };
 
+/// What is on. Threads and blocking as with TCService.
 class TCServiceNavigation {
  public:
-  /// Both return a number below 1 on a failure.
+  /// Both return a number below 1 on a failure, the latter also when nothing is tuned. A service
+  /// that is on need not be in the list: then it has no package.
   virtual int GetTVMode(TSTvMode& rMode) = 0;
   virtual int GetCurrentServiceInfo(const TSTvMode& rMode, const TCCriteriaHelper& rCriteria,
                                     TCServiceData& rData) = 0;
@@ -70,6 +83,8 @@ class TCServiceNavigation {
 
 class TCSignalSubscriber {
  public:
+  /// 0 on success. Signals of this type are told from now on; there is no way to end it. The four
+  /// numbers are the service's own filters: the daemon gives 0, 1, 0, 0.
   virtual int Subscribe(int signalType, int first, int second, int third, int fourth) = 0;
 
  protected:
@@ -78,11 +93,13 @@ class TCSignalSubscriber {
 
 class TVServiceAPI {
  public:
-  /// 0 on success. *ppSubscriber is owned by the library and lives as long as the process.
+  /// 0 on success: then *ppSubscriber is owned by the library and lives as long as the process.
   static int CreateSignalSubscriber(TVSSignalCallback pCallback, TCSignalSubscriber** ppSubscriber);
-  /// *ppService is owned by the caller until Destroy(), and null on a failure. 0 on success.
+  /// 0 on success: then the object is owned by the caller until Destroy(). It is null on a failure.
+  /// output and source choose as in TSTvMode. Callable from any thread.
   static int CreateService(TCService** ppService);
   static int CreateServiceNavigation(int output, int source, TCServiceNavigation** ppNavigation);
+  /// Accept null.
   static void Destroy(TCService* pService);
   static void Destroy(TCServiceNavigation* pNavigation);
 };

@@ -10,6 +10,10 @@
 extern "C" {
 #endif
 
+/// Results of the app_manager, app_context and app_info families, whose calls are all synchronous
+/// and callable from any thread. APP_MANAGER_ERROR_INVALID_PARAMETER: a null argument, or a handle
+/// that was destroyed. APP_MANAGER_ERROR_IO_ERROR: the platform does not answer.
+/// APP_MANAGER_ERROR_REQUEST_FAILED: it could not end the app.
 typedef enum {
   APP_MANAGER_ERROR_NONE = 0,
   APP_MANAGER_ERROR_INVALID_PARAMETER = -22,
@@ -24,10 +28,13 @@ typedef enum {
   APP_MANAGER_ERROR_NOT_SUPPORTED = -1073741822
 } app_manager_error_e;
 
-/// *running is written only on success. An unknown app id is no error: *running becomes false.
+/// Whether a process of the app is there now: it may be gone when the call returns. *running is
+/// written only on success. An unknown app id is no error: *running becomes false.
 int app_manager_is_running(const char* app_id, bool* running);
-/// On success *app_context is owned by the caller. An app that does not run is
-/// APP_MANAGER_ERROR_APP_NO_RUNNING, an unknown one APP_MANAGER_ERROR_NO_SUCH_APP.
+/// On success *app_context is owned by the caller until app_context_destroy(), and its pid is that
+/// of the process that runs now, also when the app has been started anew since. *app_context is
+/// untouched on an error. An app that does not run is APP_MANAGER_ERROR_APP_NO_RUNNING, an unknown
+/// one APP_MANAGER_ERROR_NO_SUCH_APP.
 int app_manager_get_app_context(const char* app_id, app_context_h* app_context);
 
 #ifdef __cplusplus

@@ -50,7 +50,10 @@ ln -s /etc/passwd "$work/pack/link"; pack "$work/link.wgt"; refused "a symbolic 
 
 web_feeder "$work/taken.wgt" goodapp001 2.0.0; refused "an id that is taken" "$work/taken.wgt"
 make_wgt "$work/badid.wgt" 'bad/id' 1.0.0 ""; refused "an id that is a path" "$work/badid.wgt"
-exits "an update of what is not installed" 1 tv pkg update "$work/slip.wgt"
+web_feeder "$work/missing.wgt" missing001
+exits "an update of what is not installed" 4 tv pkg update "$work/missing.wgt"
+equal "it says so" "tv: missing001 is not installed: use \`tv pkg install\`" "$(cat "$work/err")"
+equal "it is not installed by that" "$before" "$(tree)"
 
 cat >"$work/prefix.xml" <<'XML'
 <?xml version="1.0"?>

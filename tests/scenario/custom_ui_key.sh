@@ -86,7 +86,8 @@ uninstall bannerapp1
 echo "somebody else writes at the same time"
 holds_key ''; forget_log
 tv key watch --json "$UI_KEY" >"$work/seen" & watch=$!
-until [ -s "$work/seen" ]; do holds_key ''; pause; done
+watched() { holds_key ''; [ -s "$work/seen" ]; }
+comes_true "the watch sees a set of the key" watched
 rounds=12
 (i=0; while [ $i -lt 60 ]; do i=$((i + 1)); tv key set -t string "$UI_KEY" "{\"Other\":$i}"; done) & writer=$!
 i=0
@@ -98,7 +99,7 @@ installer_done
 tv key set -t string "$UI_KEY" '{"Other":"last"}'
 install "$ORV_SAMPLES/banner.wgt" >/dev/null
 equal "the last word of each is there" "{$announced,\"Other\":\"last\"}|." "$(ui_key)"
-until grep -q '"last.*CustomBanner\|CustomBanner.*last' "$work/seen"; do pause; done
+comes_true "the watch sees the last announcement" grep -q '"last.*CustomBanner\|CustomBanner.*last' "$work/seen"
 kill "$watch"; wait "$watch" 2>/dev/null || true
 # Every text was whole: the other's own, or the daemon's with a member that the other wrote.
 equal "no text was half of one and half of another" "" "$(jq -rs '

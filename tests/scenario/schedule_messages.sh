@@ -104,7 +104,7 @@ mkfifo "$work/sql"
 sqlite3 "$STORE" <"$work/sql" >"$work/held" & locker=$!
 exec 9>"$work/sql"
 echo "BEGIN EXCLUSIVE; SELECT 'held';" >&9
-until grep -q held "$work/held"; do pause; done
+comes_true "the lock of the store is held" grep -q held "$work/held"
 forget_log
 equal "a store that is locked" $REFUSED "$(ask $APP $SET_TIME expiration_time=7200)"
 equal "a store that is locked: the cache's last line" "[ERROR] AppInfoDB::InsertNewRecord() return false." \
@@ -159,7 +159,7 @@ tv pkg install "$work/own.wgt"
 reached "it is stored" "$(stored messages02)"
 kept=$(due messages01)
 tv app launch messages02.Feed
-deadline=$(($(date +%s) + 30))
+deadline=$(($(date +%s) + 30 * slow))
 until grep -q '^end$' "$TV_ROOT/log/messages02.Feed.log" || [ "$(date +%s)" -ge "$deadline" ]; do pause; done
 equal "it got its answers" \
 "$ACCEPTED

@@ -15,7 +15,7 @@ app=webappone1.App
 word=rtc/memory/WebApp/$app
 tv key watch --json "$word" >"$work/seen" & watch=$!
 walked() { # WHAT WORDS: since the last look
-  deadline=$(($(date +%s) + 30))
+  deadline=$(($(date +%s) + 30 * slow))
   until jq -rs '.[].value' "$work/seen" | tail -n +$((seen + 1)) | paste -s -d' ' >"$work/words" && [ "$(cat "$work/words")" = "$2" ]; do
     [ "$(date +%s)" -lt "$deadline" ] || die "$1: $(cat "$work/words")"
     pause
@@ -26,7 +26,8 @@ seen=0
 pid_of() { tv app list --json | jq --arg app "$1" '.[] | select(.id == $app).pid'; }
 runs() { [ -d "/proc/$1" ] && ! grep -q '^State:.*Z' "/proc/$1/status"; }
 # The watch must be there before the first word: the key is set until it is seen.
-until [ -s "$work/seen" ]; do tv key set -t string "$word" ""; pause; done
+watched() { tv key set -t string "$word" ""; [ -s "$work/seen" ]; }
+comes_true "the watch sees a set of the key" watched
 seen=$(jq -rs length "$work/seen")
 
 tv app launch $app

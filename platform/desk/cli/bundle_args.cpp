@@ -6,12 +6,11 @@
 #include <glib.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdint>
-#include <cstdlib>
 #include <utility>
 
 #include "cli/failure.h"
+#include "common/numbers.h"
 
 namespace desk {
 namespace {
@@ -30,13 +29,11 @@ std::pair<std::string, std::string> Cut(const std::string& word) {
 }
 
 std::string IntBytes(const std::string& word, const std::string& text) {
-  char* end = nullptr;
-  errno = 0;
-  const long long number = std::strtoll(text.c_str(), &end, 0);
-  if (text.empty() || *end != '\0' || errno != 0 || number < INT32_MIN || number > INT32_MAX) {
+  const auto number = ReadNumber(text);
+  if (!number || *number < INT32_MIN || *number > INT32_MAX) {
     BadWord(word, "holds no number of 32 bits");
   }
-  const auto bits = static_cast<uint32_t>(number);
+  const auto bits = static_cast<uint32_t>(*number);
   std::string bytes;
   for (int shift = 0; shift < 32; shift += 8) {
     bytes += static_cast<char>((bits >> shift) & 0xff);

@@ -2,14 +2,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli/command.h"
 
-#include <cerrno>
-#include <cmath>
 #include <cstdlib>
 
 #include "cli/failure.h"
+#include "common/numbers.h"
 
 namespace desk {
 namespace {
+
+constexpr double MOST_SECONDS = 1e9;  // more than a person waits, and no clock runs over
 
 [[noreturn]] void BadNumber(const std::string& name, const std::string& text,
                             const std::string& wanted) {
@@ -49,37 +50,45 @@ int64_t Invocation::Number(const std::string& name, int64_t otherwise, int64_t l
                            int64_t most) const {
   if (!Has(name)) return otherwise;
   const std::string text = Text(name);
-  char* end = nullptr;
-  errno = 0;
-  const int64_t number = std::strtoll(text.c_str(), &end, 0);
-  if (text.empty() || *end != '\0' || errno != 0) BadNumber(name, text, "a whole number");
-  if (number < least || number > most) {
+  const auto number = ReadNumber(text);
+  if (!number) BadNumber(name, text, "a whole number");
+  if (*number < least || *number > most) {
     BadNumber(name, text,
               most == INT64_MAX ? "at least " + std::to_string(least)
                                 : std::to_string(least) + " to " + std::to_string(most));
   }
-  return number;
+  return *number;
 }
 
 uint64_t Invocation::Unsigned(const std::string& name, uint64_t otherwise) const {
   if (!Has(name)) return otherwise;
   const std::string text = Text(name);
-  char* end = nullptr;
-  errno = 0;
-  const uint64_t number = std::strtoull(text.c_str(), &end, 0);
-  if (text.empty() || text[0] == '-' || *end != '\0' || errno != 0)
-    BadNumber(name, text, "a whole number from 0 to 18446744073709551615");
-  return number;
+  const auto number = ReadUnsigned(text);
+  if (!number) BadNumber(name, text, "a whole number from 0 to 18446744073709551615");
+  return *number;
 }
 
-double Invocation::Decimal(const std::string& name, double otherwise) const {
+double Invocation::Seconds(const std::string& name, double otherwise) const {
   if (!Has(name)) return otherwise;
   const std::string text = Text(name);
   char* end = nullptr;
   const double number = std::strtod(text.c_str(), &end);
-  if (text.empty() || *end != '\0' || !std::isfinite(number) || number < 0)
-    BadNumber(name, text, "a number of 0 or more");
+  if (text.empty() || *end != '\0' || !(number >= 0 && number <= MOST_SECONDS))
+    BadNumber(name, text, "a number of seconds, 0 or more");
   return number;
+}
+
+std::chrono::milliseconds Milliseconds(double seconds) {
+  return std::chrono::milliseconds(static_cast<int64_t>(seconds * 1000));
+}
+
+std::string SecondsText(double seconds) {
+  std::string text = std::to_string(seconds);
+  text.erase(text.find_last_not_of('0') + 1);
+  if (text.back() == '.') {
+    text.pop_back();
+  }
+  return text + " s";
 }
 
 Option JsonOption() {

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -38,11 +39,12 @@ class Invocation {
   std::string Text(const std::string& name) const;
   std::string TextOr(const std::string& name, const std::string& otherwise) const;
   std::vector<std::string> All(const std::string& name) const;
-  /// Whole numbers and decimals within the bounds; a Failure with Exit::Usage for anything else.
+  /// Whole numbers within the bounds, as ReadNumber has them, and times; a Failure with Exit::Usage
+  /// for anything else.
   int64_t Number(const std::string& name, int64_t otherwise, int64_t least = INT64_MIN,
                  int64_t most = INT64_MAX) const;
   uint64_t Unsigned(const std::string& name, uint64_t otherwise) const;
-  double Decimal(const std::string& name, double otherwise) const;
+  double Seconds(const std::string& name, double otherwise) const;
   bool Json() const { return Has("json"); }
 
  private:
@@ -60,6 +62,10 @@ struct Command {
   std::string details;  ///< whole lines below the summary; may be empty
   Run run;
 };
+
+/// What Seconds() gave, to wait by and for people to read: "1.5 s".
+std::chrono::milliseconds Milliseconds(double seconds);
+std::string SecondsText(double seconds);
 
 /// `--json`, the same everywhere.
 Option JsonOption();

@@ -131,12 +131,17 @@ int OpGet(Session& session, const Invocation& words) {
   const Json::Value reply = session.Call("op.get", Object({{"operation", operation}}));
   if (words.Json()) {
     session.PrintJson(reply);
-    return 0;
+  }
+  if (reply["result"].asInt() != 0) {
+    throw Failure(Exit::Failed, "cannot find out who answers " + operation + " (" +
+                                    NameOf(reply["result"].asInt()) + ")");
   }
   if (!reply.isMember("app")) {
     throw Failure(Exit::NotFound, "no app answers " + operation + ": `tv op set` lets one do it");
   }
-  session.Out() << reply["app"].asString() << '\n';
+  if (!words.Json()) {
+    session.Out() << reply["app"].asString() << '\n';
+  }
   return 0;
 }
 
@@ -190,7 +195,13 @@ std::vector<Command> AppCommands() {
        {},
        "It is kept over power-off. The first-screen app and the replacement UI are such apps.",
        Add},
-      {"app launch", "start an app", {id, pairs}, {launchOperation, JsonOption()}, "", Launch},
+      {"app launch",
+       "start an app",
+       {id, pairs},
+       {launchOperation, JsonOption()},
+       "The process that it starts finds the operation in TV_OPERATION and the extra data, a JSON\n"
+       "object, in TV_DATA.",
+       Launch},
       {"app kill", "kill an app's process", {id}, {}, "", Kill},
       {"app status",
        "make a web app enter a state",

@@ -39,10 +39,19 @@ int ListFaults(Session& session, const Invocation& words) {
   return 0;
 }
 
+bool Has(const std::vector<std::string>& calls, const std::string& call) {
+  return std::find(calls.begin(), calls.end(), call) != calls.end();
+}
+
 void CheckCall(const std::string& call) {
   const auto& calls = PlatformCalls();
-  if (std::find(calls.begin(), calls.end(), call) != calls.end()) {
+  if (Has(calls, call)) {
     return;
+  }
+  if (Has(CallsThatCannotFail(), call)) {
+    throw Failure(Exit::Failed, call +
+                                    " cannot fail: its caller frees what it ends; choose another "
+                                    "call, such as the one that creates it");
   }
   const std::string near = Nearest(call, calls);
   throw Failure(Exit::NotFound, "no platform call is named \"" + call + "\": " +
@@ -82,8 +91,8 @@ std::vector<Command> FaultCommands() {
        "reset the TV",
        {{"KIND", "factory, service or apps"}},
        {},
-       "factory and service count the reset and restart the TV; apps tells the daemon to forget "
-       "its apps.",
+       "factory and service count the reset, which takes effect at the daemon's next start; apps "
+       "tells\nthe daemon to forget its apps, which it does at once.",
        Reset},
       {"fail",
        "make a platform call of the daemon fail",

@@ -45,7 +45,7 @@ class ReplyPort {
   ReplyPort(Session& session, const Invocation& words)
       : m_session(session),
         m_port(words.Text("reply-port")),
-        m_timeout(words.Decimal("timeout", 5)) {
+        m_timeout(words.Seconds("timeout", 5)) {
     session.Tv().Subscribe("port", [this](const Json::Value& event) {
       if (m_reply.isNull() && event["port"].asString() == m_port) m_reply = event;
     });
@@ -57,8 +57,7 @@ class ReplyPort {
   }
 
   const Json::Value& Receive() {
-    const auto end =
-        Clock::now() + std::chrono::milliseconds(static_cast<int64_t>(m_timeout * 1e3));
+    const auto end = Clock::now() + Milliseconds(m_timeout);
     while (m_reply.isNull()) {
       const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now());
       if (left.count() <= 0) {

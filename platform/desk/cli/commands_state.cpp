@@ -59,15 +59,6 @@ int Dump(Session& session, const Invocation&) {
   return 0;
 }
 
-std::string Seconds(double seconds) {
-  std::string text = std::to_string(seconds);
-  text.erase(text.find_last_not_of('0') + 1);
-  if (text.back() == '.') {
-    text.pop_back();
-  }
-  return text + " s";
-}
-
 /// Any event may change what is waited for.
 void SubscribeToAll(Television& tv) {
   for (const char* topic : {"key", "package", "app", "daemon", "tvs"}) {
@@ -76,9 +67,9 @@ void SubscribeToAll(Television& tv) {
 }
 
 int Wait(Session& session, const Invocation& words) {
-  const double timeout = words.Decimal("timeout", DEFAULT_TIMEOUT);
+  const double timeout = words.Seconds("timeout", DEFAULT_TIMEOUT);
   Condition condition(words.Text("EXPRESSION"));
-  const auto end = Clock::now() + std::chrono::milliseconds(static_cast<int64_t>(timeout * 1000));
+  const auto end = Clock::now() + Milliseconds(timeout);
   SubscribeToAll(session.Tv());
   std::string trouble;
   while (true) {
@@ -88,7 +79,7 @@ int Wait(Session& session, const Invocation& words) {
     }
     const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now());
     if (left.count() <= 0) {
-      throw Failure(Exit::TimedOut, "timed out after " + Seconds(timeout) + ": " +
+      throw Failure(Exit::TimedOut, "timed out after " + SecondsText(timeout) + ": " +
                                         condition.Missing(dump) +
                                         (trouble.empty() ? "" : " (" + trouble + ")"));
     }

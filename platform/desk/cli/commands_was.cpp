@@ -88,7 +88,7 @@ std::vector<Command> WebAppServiceCommands() {
            "how late the service learns of an install",
            {{"S", "seconds after the install is reported; 0 for before it"}},
            {},
-           "",
+           "It stays so until power-off; then it is 0 again.",
            Delay}};
 }
 

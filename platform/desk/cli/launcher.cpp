@@ -4,7 +4,6 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -14,6 +13,7 @@
 #include <thread>
 
 #include "cli/failure.h"
+#include "common/spawn.h"
 
 namespace desk {
 namespace {
@@ -27,35 +27,6 @@ Failure NoStart(const std::string& what) {
   return Failure(Exit::Failed, "cannot " + what + " (" + std::strerror(errno) + ")");
 }
 
-/// A descriptor with its owner.
-class Descriptor {
- public:
-  explicit Descriptor(int fd) : m_fd(fd) {}
-  ~Descriptor() { Close(); }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  int Get() const { return m_fd; }
-  void Close() {
-    if (m_fd >= 0) {
-      close(m_fd);
-    }
-    m_fd = -1;
-  }
-
- private:
-  int m_fd;
-};
-
-std::vector<char*> Pointers(const std::vector<std::string>& words) {
-  std::vector<char*> pointers;
-  pointers.reserve(words.size() + 1);
-  for (const auto& word : words) {
-    pointers.push_back(const_cast<char*>(word.c_str()));
-  }
-  pointers.push_back(nullptr);
-  return pointers;
-}
-
 /// Opens the desk's log, making the directories on the way.
 int OpenLog(const DeskPaths& paths) {
   std::error_code error;
@@ -65,41 +36,6 @@ int OpenLog(const DeskPaths& paths) {
     throw NoStart("write to " + paths.TvLog());
   }
   return fd;
-}
-
-/// In the grandchild, which may only call what is safe after a fork.
-[[noreturn]] void RunChild(char* const* words, int log, int ready) {
-  setsid();
-  const int null = open("/dev/null", O_RDONLY);
-  dup2(null, STDIN_FILENO);
-  dup2(log, STDOUT_FILENO);
-  dup2(log, STDERR_FILENO);
-  for (const int signal : {SIGPIPE, SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
-    std::signal(signal, SIG_DFL);
-  }
-  fcntl(ready, F_SETFD, 0);
-  execv(words[0], words);
-  constexpr char text[] = "failed: it cannot be executed\n";
-  const ssize_t written = write(ready, text, sizeof text - 1);
-  _exit(written < 0 ? 126 : 127);
-}
-
-/// Forks twice, so that the program is not a child of this process.
-void Spawn(char* const* words, int log, int ready) {
-  const pid_t child = fork();
-  if (child < 0) {
-    throw NoStart("start a process");
-  }
-  if (child == 0) {
-    const pid_t grandchild = fork();
-    if (grandchild != 0) {
-      _exit(grandchild < 0 ? 1 : 0);
-    }
-    RunChild(words, log, ready);
-  }
-  int status = 0;
-  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
-  }
 }
 
 /// Everything up to a newline or the other side's end. False when the time is over before.
@@ -124,14 +60,13 @@ bool ReadLine(int fd, Clock::time_point end, std::string& line) {
   return true;
 }
 
-StartResult Understood(const std::string& text) {
+void Understand(const std::string& text, StartResult& result) {
   const std::string line = text.substr(0, text.find('\n'));
-  if (line == "ready") {
-    return {StartResult::Kind::Ready, ""};
-  }
   const std::string head = "failed: ";
-  return {StartResult::Kind::Failed,
-          line.compare(0, head.size(), head) == 0 ? line.substr(head.size()) : line};
+  result.kind = line == "ready" ? StartResult::Kind::Ready : StartResult::Kind::Failed;
+  if (result.kind == StartResult::Kind::Failed) {
+    result.reason = line.compare(0, head.size(), head) == 0 ? line.substr(head.size()) : line;
+  }
 }
 
 }  // namespace
@@ -146,7 +81,7 @@ std::string FindDeskTv() {
 
 StartResult StartInBackground(const DeskPaths& paths, const std::string& program,
                               const std::vector<std::string>& arguments,
-                              std::chrono::seconds timeout) {
+                              std::chrono::milliseconds timeout) {
   int pipes[2];
   if (pipe2(pipes, O_CLOEXEC) != 0) {
     throw NoStart("make a pipe");
@@ -154,16 +89,30 @@ StartResult StartInBackground(const DeskPaths& paths, const std::string& program
   const Descriptor reader(pipes[0]);
   Descriptor writer(pipes[1]);
   const Descriptor log(OpenLog(paths));
-  std::vector<std::string> words = {program};
-  words.insert(words.end(), arguments.begin(), arguments.end());
-  words.insert(words.end(), {"--ready-fd", std::to_string(writer.Get())});
-  Spawn(Pointers(words).data(), log.Get(), writer.Get());
+  const Descriptor null(open("/dev/null", O_RDONLY | O_CLOEXEC));
+  SpawnOrder order;
+  order.program = program;
+  order.arguments = {program};
+  order.arguments.insert(order.arguments.end(), arguments.begin(), arguments.end());
+  order.arguments.insert(order.arguments.end(), {"--ready-fd", std::to_string(writer.Get())});
+  order.environment = OwnEnvironment();
+  order.keep = {writer.Get()};
+  order.input = null.Get();
+  order.output = log.Get();
+  order.orphan = true;
+  const Spawned spawned = Spawn(order);
+  if (spawned.error != 0) {
+    return {StartResult::Kind::Failed,
+            std::string("it cannot be executed (") + std::strerror(spawned.error) + ")",
+            spawned.pid};
+  }
   writer.Close();
   std::string line;
-  if (!ReadLine(reader.Get(), Clock::now() + timeout, line)) {
-    return {StartResult::Kind::TimedOut, ""};
+  StartResult result{StartResult::Kind::TimedOut, "", spawned.pid};
+  if (ReadLine(reader.Get(), Clock::now() + timeout, line)) {
+    Understand(line, result);
   }
-  return Understood(line);
+  return result;
 }
 
 void BecomeProgram(const std::string& program, const std::vector<std::string>& arguments) {
@@ -173,7 +122,7 @@ void BecomeProgram(const std::string& program, const std::vector<std::string>& a
   throw NoStart("run " + program);
 }
 
-bool WaitForEnd(pid_t pid, std::chrono::seconds timeout) {
+bool WaitForEnd(pid_t pid, std::chrono::milliseconds timeout) {
   const auto end = Clock::now() + timeout;
   while (kill(pid, 0) == 0 || errno == EPERM) {
     if (Clock::now() >= end) {

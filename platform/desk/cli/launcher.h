@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <sys/types.h>
+
 #include <chrono>
 #include <string>
 #include <vector>
@@ -18,6 +20,7 @@ struct StartResult {
   enum class Kind { Ready, Failed, TimedOut };
   Kind kind = Kind::Failed;
   std::string reason;  ///< of Failed, as desk-tv told it; empty when it ended without a word
+  pid_t pid = -1;      ///< of the process that was started, which may have ended
 };
 
 /// Starts the program as a process of its own session, nobody's child, with its output in the
@@ -25,13 +28,13 @@ struct StartResult {
 /// descriptor given with --ready-fd. Throws Failure (Failed) when it cannot be started at all.
 StartResult StartInBackground(const DeskPaths& paths, const std::string& program,
                               const std::vector<std::string>& arguments,
-                              std::chrono::seconds timeout);
+                              std::chrono::milliseconds timeout);
 
 /// Turns this process into the program. Returns only by throwing Failure (Failed).
 [[noreturn]] void BecomeProgram(const std::string& program,
                                 const std::vector<std::string>& arguments);
 
 /// Waits until there is no such process any more. False when it is still there afterwards.
-bool WaitForEnd(pid_t pid, std::chrono::seconds timeout);
+bool WaitForEnd(pid_t pid, std::chrono::milliseconds timeout);
 
 }  // namespace desk

@@ -14,11 +14,9 @@ const std::vector<std::string>& PlatformCalls() {
                                                  "FCOrvAppInfoAPI::RemoveAppInfo",
                                                  "FCOrvAppInfoAPI::UpdateAppInfo",
                                                  "FCStateAlarm::Create",
-                                                 "FCStateAlarm::Destroy",
                                                  "FCSyncDet::Create",
                                                  "FCSyncDet::Destroy",
                                                  "FCTask::Create",
-                                                 "FCTask::Destroy",
                                                  "FCTask::Send",
                                                  "FCTaskList::FlagInitialize",
                                                  "FIIPCConnection::GetInstance",
@@ -83,6 +81,11 @@ const std::vector<std::string>& PlatformCalls() {
                                                  "vconf_set_str",
                                                  "was_get_all_app_list",
                                                  "was_get_app_info_by_tizenid"};
+  return calls;
+}
+
+const std::vector<std::string>& CallsThatCannotFail() {
+  static const std::vector<std::string> calls = {"FCStateAlarm::Destroy", "FCTask::Destroy"};
   return calls;
 }
 

@@ -11,4 +11,7 @@ namespace desk {
 /// fault under any other name would wait for ever without a word.
 const std::vector<std::string>& PlatformCalls();
 
+/// Those that cannot: when they return what they end has ended, and their callers rely on it.
+const std::vector<std::string>& CallsThatCannotFail();
+
 }  // namespace desk

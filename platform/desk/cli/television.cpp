@@ -5,6 +5,7 @@
 #include <glib.h>
 
 #include <future>
+#include <thread>
 
 #include "common/bus_client.h"
 #include "common/desk_error.h"
@@ -47,6 +48,20 @@ class BusTelevision : public Television {
       Iterate(std::chrono::milliseconds(20));
     }
     while (g_main_context_iteration(context, FALSE) == TRUE) {
+    }
+    return answer.get();
+  }
+
+  Json::Value CallWithin(std::chrono::milliseconds most, const std::string& method,
+                         const Json::Value& request) override {
+    // A call cannot be taken back, so its thread may outlive this object, and with it the
+    // connection.
+    std::packaged_task<Json::Value()> call(
+        [bus = m_bus, method, request] { return bus->Call(method, request); });
+    auto answer = call.get_future();
+    std::thread(std::move(call)).detach();
+    if (answer.wait_for(most) != std::future_status::ready) {
+      throw DeskError(DeskError::Timeout, "the TV has not answered in time");
     }
     return answer.get();
   }
@@ -96,7 +111,7 @@ class BusTelevision : public Television {
   }
 
   Context m_context;  ///< made before the connection and freed after it
-  std::unique_ptr<BusClient> m_bus;
+  std::shared_ptr<BusClient> m_bus;
   bool m_subscribed = false;
   bool m_gone = false;
   int m_handedOut = 0;

@@ -24,6 +24,11 @@ class Television {
   /// long one can show how it goes on. Throws DeskError.
   virtual Json::Value Call(const std::string& method, const Json::Value& request) = 0;
 
+  /// Waits for the answer no longer than that, and hands out no events meanwhile. Throws DeskError,
+  /// with the code Timeout when the time is over; the TV goes on with what it was asked for.
+  virtual Json::Value CallWithin(std::chrono::milliseconds most, const std::string& method,
+                                 const Json::Value& request) = 0;
+
   /// Every later event of the topic, in order, from within Call() and Wait(). Throws DeskError.
   virtual void Subscribe(const std::string& topic, EventFunction function) = 0;
 

@@ -44,6 +44,10 @@ Json::Value Connection::Call(const std::string& method, const Json::Value& reque
   return Client().Call(method, request);
 }
 
+void Connection::Tell(const std::string& method, const Json::Value& request) {
+  Client().Tell(method, request);
+}
+
 void Connection::Subscribe(const std::string& topic, BusClient::EventFunction function,
                            GMainContext* context) {
   Client().Subscribe(

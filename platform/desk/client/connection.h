@@ -29,6 +29,8 @@ class Connection {
   static Connection& Get();
 
   Json::Value Call(const std::string& method, const Json::Value& request);
+  /// As BusClient::Tell.
+  void Tell(const std::string& method, const Json::Value& request);
   /// As BusClient::Subscribe; what the function throws is logged.
   void Subscribe(const std::string& topic, BusClient::EventFunction function,
                  GMainContext* context);

@@ -3,6 +3,8 @@
 #include "client/journal.h"
 
 #include <pthread.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -47,7 +49,11 @@ std::string Now() {
   return text;
 }
 
+// The first thread bears the name of the program, which says nothing of what it does.
 std::string ThreadName() {
+  if (syscall(SYS_gettid) == getpid()) {
+    return "main";
+  }
   char name[16] = "";
   pthread_getname_np(pthread_self(), name, sizeof(name));
   return name;

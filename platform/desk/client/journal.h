@@ -32,7 +32,7 @@ class Journal {
   /// Numbers a call that begins now and notes the time. Entries are in the order of Begin() by
   /// their numbers, and in that of Write() by their places in the file.
   void Begin(Entry& entry);
-  /// Adds the line, with the name of the calling thread.
+  /// Adds the line, with the name of the calling thread; "main" for the process's first.
   void Write(const Entry& entry);
 
  private:

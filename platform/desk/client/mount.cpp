@@ -15,7 +15,6 @@ using desk::Request;
 namespace {
 
 constexpr int NOT_REACHED = -1;
-constexpr int NOT_DONE = -1;
 
 // The text need not be terminated: its length counts. It ends early at a NUL, as no command or
 // path reaches behind one.
@@ -23,16 +22,14 @@ std::string Text(const char* text, int length) {
   return text == nullptr || length < 0 ? std::string() : std::string(text, strnlen(text, length));
 }
 
-// An ordered failure is one of the work, told by *result: the service itself was reached.
+// An ordered failure is one of the service, which was not reached then.
 int Ask(Call& call, const char* method, const char* member, const std::string& text, int* result) {
   if (result == nullptr) {
     return call.Finish(NOT_REACHED);
   }
-  const auto fault = call.Fault(NOT_DONE);
+  const auto fault = call.Fault(NOT_REACHED);
   if (fault.has_value()) {
-    *result = *fault;
-    call.Out(*result);
-    return call.Finish(0);
+    return call.Finish(*fault);
   }
   try {
     const Json::Value reply = Connection::Get().Call(method, Request({{member, text}}));

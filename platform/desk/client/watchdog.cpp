@@ -20,7 +20,8 @@ int smart_deadlock_register_watchdog_service(int timeout_seconds) {
 int smart_deadlock_watchdog_notify(void* context) {
   Call call("smart_deadlock_watchdog_notify", context);
   return call.Run(-1, [] {
-    Connection::Get().Call("watchdog.notify", Request({}));
+    // An answer would wake the main loop a second time for each sign of life.
+    Connection::Get().Tell("watchdog.notify", Request({}));
     return 0;
   });
 }

@@ -76,6 +76,11 @@ GVariant* BytesVariant(const std::string& text) {
   return g_variant_new_fixed_array(G_VARIANT_TYPE_BYTE, text.data(), text.size(), 1);
 }
 
+GVariant* CallVariant(const std::string& method, const Json::Value& request) {
+  return g_variant_new("(s@ay)", method.c_str(),
+                       BytesVariant(request.isNull() ? "{}" : FormatJson(request)));
+}
+
 DeskError Gone(const std::string& why) {
   return DeskError(DeskError::NoTv, "no TV answers (" + why + "): start one with tv up");
 }
@@ -203,11 +208,10 @@ std::unique_ptr<BusClient> BusClient::Open(const DeskPaths& paths) {
 
 Json::Value BusClient::Call(const std::string& method, const Json::Value& request) {
   GError* error = nullptr;
-  GVariant* reply = g_dbus_connection_call_sync(
-      m_state->connection.get(), BUS_NAME, BUS_PATH, BUS_NAME, BUS_CALL,
-      g_variant_new("(s@ay)", method.c_str(),
-                    BytesVariant(request.isNull() ? "{}" : FormatJson(request))),
-      G_VARIANT_TYPE("(ay)"), G_DBUS_CALL_FLAGS_NO_AUTO_START, G_MAXINT, nullptr, &error);
+  GVariant* reply =
+      g_dbus_connection_call_sync(m_state->connection.get(), BUS_NAME, BUS_PATH, BUS_NAME, BUS_CALL,
+                                  CallVariant(method, request), G_VARIANT_TYPE("(ay)"),
+                                  G_DBUS_CALL_FLAGS_NO_AUTO_START, G_MAXINT, nullptr, &error);
   if (reply == nullptr) {
     const ErrorPtr owner(error, g_error_free);
     throw FromRemote(error);
@@ -219,6 +223,21 @@ Json::Value BusClient::Call(const std::string& method, const Json::Value& reques
 
 Json::Value BusClient::Call(const std::string& method) {
   return Call(method, Json::Value(Json::objectValue));
+}
+
+void BusClient::Tell(const std::string& method, const Json::Value& request) {
+  const std::unique_ptr<GDBusMessage, ObjectUnref> message(
+      g_dbus_message_new_method_call(BUS_NAME, BUS_PATH, BUS_NAME, BUS_CALL));
+  g_dbus_message_set_flags(message.get(),
+                           static_cast<GDBusMessageFlags>(G_DBUS_MESSAGE_FLAGS_NO_REPLY_EXPECTED |
+                                                          G_DBUS_MESSAGE_FLAGS_NO_AUTO_START));
+  g_dbus_message_set_body(message.get(), CallVariant(method, request));
+  GError* error = nullptr;
+  if (g_dbus_connection_send_message(m_state->connection.get(), message.get(),
+                                     G_DBUS_SEND_MESSAGE_FLAGS_NONE, nullptr, &error) == FALSE) {
+    const ErrorPtr owner(error, g_error_free);
+    throw Gone(error->message);
+  }
 }
 
 int BusClient::Subscribe(const std::string& topic, EventFunction function, GMainContext* context) {

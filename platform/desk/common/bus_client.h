@@ -34,6 +34,9 @@ class BusClient {
   /// DeskError with desk-tv's code, or NoTv when desk-tv is gone. Null is an empty request.
   Json::Value Call(const std::string& method, const Json::Value& request);
   Json::Value Call(const std::string& method);
+  /// Sends the request and waits for nothing: whether desk-tv took it is not told, and no answer
+  /// wakes the caller up. In order with the calls of the same thread. Throws DeskError (NoTv).
+  void Tell(const std::string& method, const Json::Value& request);
 
   /// Calls the function for every event of the topic that is sent after this call, in order, on the
   /// thread that runs the context (null: the default context); not before the context runs. The

@@ -10,50 +10,19 @@
 #include <atomic>
 #include <cerrno>
 #include <cstring>
+#include <map>
 
 #include "common/desk_error.h"
+#include "common/fault_entry.h"
 
 namespace desk {
 
-namespace {
-
-constexpr std::int32_t UNLIMITED = -1;
-
 // The layout is shared between processes of one build only; the file is made anew at each start.
-struct Entry {
-  char call[96];
-  std::int32_t result;
-  bool hasResult;
-  std::atomic<std::int32_t> after;
-  std::atomic<std::int32_t> times;  // uses left to fail, UNLIMITED, or 0 when used up
-};
-
-// Takes one from a counter that several threads count down; false when it was at zero already.
-bool TakeOne(std::atomic<std::int32_t>& counter) {
-  std::int32_t left = counter.load();
-  while (left > 0) {
-    if (counter.compare_exchange_weak(left, left - 1)) {
-      return true;
-    }
-  }
-  return false;
-}
-
-bool Fails(Entry& entry) {
-  if (TakeOne(entry.after)) {
-    return false;
-  }
-  return entry.times.load() == UNLIMITED || TakeOne(entry.times);
-}
-
-}  // namespace
-
 struct FaultMemory {
-  std::atomic<std::uint32_t> used;
-  Entry entries[FaultTable::CAPACITY];
+  std::atomic<std::uint32_t> used;  // entries that hold an order, or held one
+  FaultEntry::Order lastOrder;      // the writer's own
+  FaultEntry entries[FaultTable::CAPACITY];
 };
-
-static_assert(std::atomic<std::int32_t>::is_always_lock_free, "shared between processes");
 
 namespace {
 
@@ -79,16 +48,18 @@ FaultMemory* Map(const std::string& path, bool create) {
   return static_cast<FaultMemory*>(memory);
 }
 
-Fault Describe(const Entry& entry) {
-  Fault fault;
-  fault.call = entry.call;
-  if (entry.hasResult) {
-    fault.result = entry.result;
+// A place for another order: one whose order is used up, else one that has none yet.
+std::uint32_t FindPlace(const FaultMemory& memory) {
+  const std::uint32_t used = memory.used.load();
+  for (std::uint32_t i = 0; i < used; ++i) {
+    if (memory.entries[i].IsUsedUp()) {
+      return i;
+    }
   }
-  const std::int32_t times = entry.times.load();
-  fault.after = entry.after.load();
-  fault.times = times == UNLIMITED ? 0 : times;
-  return fault;
+  if (used == FaultTable::CAPACITY) {
+    throw DeskError(DeskError::Failed, "the fault table is full: clear it with tv fail --clear");
+  }
+  return used;
 }
 
 }  // namespace
@@ -100,35 +71,45 @@ FaultTable::~FaultTable() {
 }
 
 std::optional<int> FaultTable::Check(const char* call, int usualFailure) {
-  const std::uint32_t used = m_memory->used.load(std::memory_order_acquire);
-  for (std::uint32_t i = 0; i < used; ++i) {
-    Entry& entry = m_memory->entries[i];
-    if (std::strncmp(entry.call, call, sizeof(entry.call)) == 0 && Fails(entry)) {
-      return entry.hasResult ? entry.result : usualFailure;
-    }
+  const std::uint32_t used = m_memory->used.load();
+  if (used == 0) {
+    return std::nullopt;
   }
-  return std::nullopt;
+  const FaultEntry::Name name = FaultEntry::NameOf(call);
+  // Places are taken in any order, the orders for one call in that of their numbers.
+  for (FaultEntry::Order done = 0;;) {
+    FaultEntry::Snapshot next;
+    FaultEntry* place = nullptr;
+    for (std::uint32_t i = 0; i < used; ++i) {
+      const FaultEntry::Snapshot found = m_memory->entries[i].Read();
+      if (found.order > done && found.name == name &&
+          (place == nullptr || found.order < next.order)) {
+        next = found;
+        place = &m_memory->entries[i];
+      }
+    }
+    if (place == nullptr) {
+      return std::nullopt;
+    }
+    if (place->Fails(next.order)) {
+      return next.result.value_or(usualFailure);
+    }
+    done = next.order;
+  }
 }
 
 void FaultTable::Add(const Fault& fault) {
-  if (fault.call.empty() || fault.call.size() >= sizeof(Entry::call)) {
+  if (fault.call.empty() || fault.call.size() >= FaultEntry::NAME_BYTES) {
     throw DeskError(DeskError::Usage, "\"" + fault.call + "\" names no platform call");
   }
   if (fault.after < 0 || fault.times < 0) {
     throw DeskError(DeskError::Usage, "a fault's numbers of uses are 0 or more");
   }
-  const std::uint32_t used = m_memory->used.load();
-  if (used == CAPACITY) {
-    throw DeskError(DeskError::Failed, "the fault table is full: clear it with tv fail --clear");
+  const std::uint32_t place = FindPlace(*m_memory);
+  m_memory->entries[place].Write(++m_memory->lastOrder, fault);
+  if (place == m_memory->used.load()) {
+    m_memory->used.store(place + 1);
   }
-  Entry& entry = m_memory->entries[used];
-  std::memset(entry.call, 0, sizeof(entry.call));
-  std::memcpy(entry.call, fault.call.data(), fault.call.size());
-  entry.result = fault.result.value_or(0);
-  entry.hasResult = fault.result.has_value();
-  entry.after.store(fault.after);
-  entry.times.store(fault.times == 0 ? UNLIMITED : fault.times);
-  m_memory->used.store(used + 1, std::memory_order_release);
 }
 
 void FaultTable::Clear() {
@@ -136,12 +117,17 @@ void FaultTable::Clear() {
 }
 
 std::vector<Fault> FaultTable::List() const {
-  std::vector<Fault> faults;
+  std::map<FaultEntry::Order, const FaultEntry*> orders;
   const std::uint32_t used = m_memory->used.load();
   for (std::uint32_t i = 0; i < used; ++i) {
-    if (m_memory->entries[i].times.load() != 0) {
-      faults.push_back(Describe(m_memory->entries[i]));
+    if (!m_memory->entries[i].IsUsedUp()) {
+      orders[m_memory->entries[i].Holds()] = &m_memory->entries[i];
     }
+  }
+  std::vector<Fault> faults;
+  faults.reserve(orders.size());
+  for (const auto& entry : orders) {
+    faults.push_back(entry.second->Describe());
   }
   return faults;
 }

@@ -35,7 +35,7 @@ class FaultTable {
   std::optional<int> Check(const char* call, int usualFailure);
 
   /// The three below are for one writer at a time. Add throws DeskError: Usage for a name that is
-  /// too long or a negative number, Failed when the table is full.
+  /// too long or a negative number, Failed when the table is full of orders that are not used up.
   void Add(const Fault& fault);
   void Clear();
   /// after and times are what is left of them; orders that are used up are not listed.

@@ -23,8 +23,26 @@ namespace {
 constexpr char kStatusKey[] = "rtc/memory/WebApp/";
 constexpr char kBackground[] = "backgroundAtStartup";
 
-bool IsBackgroundLaunch(const Json::Value& extra) {
-  return extra.isObject() && extra[ORV_LAUNCH_MODE_KEY] == Json::Value(kBackground);
+// An object, of texts alone: a launch has nothing else to give.
+Json::Value ExtraDataOf(const Json::Value& request) {
+  const Json::Value& extra = request["extra"];
+  Json::Value data(Json::objectValue);
+  for (const std::string& key :
+       extra.isObject() ? extra.getMemberNames() : Json::Value::Members()) {
+    if (extra[key].isString()) {
+      data[key] = extra[key];
+    }
+  }
+  return data;
+}
+
+bool IsBackgroundLaunch(const Json::Value& request) {
+  return ExtraDataOf(request)[ORV_LAUNCH_MODE_KEY] == Json::Value(kBackground);
+}
+
+std::string OperationOf(const Json::Value& request) {
+  const std::string operation = OptionalString(request, "operation", "");
+  return operation.empty() ? APP_CONTROL_OPERATION_DEFAULT : operation;
 }
 
 // Status of a process that has been killed, as waitpid gives it; the process stays for its watch.
@@ -121,7 +139,7 @@ Json::Value Apps::Dump() const {
 // One that has quit or was killed, and whose process is on its way out, is started anew.
 Json::Value Apps::Launch(const Json::Value& request) {
   const std::string id = RequireString(request, "app");
-  const bool background = IsBackgroundLaunch(request["extra"]);
+  const bool background = IsBackgroundLaunch(request);
   const std::optional<KnownApp> app = m_registry.Find(id);
   if (!app) {
     return Result(APP_CONTROL_ERROR_APP_NOT_FOUND);
@@ -143,7 +161,7 @@ Json::Value Apps::Launch(const Json::Value& request) {
     return answer;
   }
   try {
-    answer["pid"] = Start(*app, background);
+    answer["pid"] = Start(*app, request);
   } catch (const DeskError& error) {
     m_needs.log("cannot launch " + id + ": " + error.what());
     return Result(APP_CONTROL_ERROR_LAUNCH_FAILED);
@@ -151,17 +169,21 @@ Json::Value Apps::Launch(const Json::Value& request) {
   return answer;
 }
 
-pid_t Apps::Start(const KnownApp& app, bool background) {
+pid_t Apps::Start(const KnownApp& app, const Json::Value& request) {
   ProcessOrder order;
   if (app.kind == KnownApp::Kind::Ui) {
     order.arguments = {m_needs.tools + "/desk-webapp", app.id,
-                       background ? "--background" : "--foreground"};
+                       IsBackgroundLaunch(request) ? "--background" : "--foreground"};
   } else {
     order.arguments = {app.program};
   }
   const char* path = std::getenv("PATH");
-  order.environment = {"TV_ROOT=" + m_paths.Root(), "TV_BUS=" + m_needs.busAddress, "TV_ROLE=app",
+  order.environment = {"TV_ROOT=" + m_paths.Root(),
+                       "TV_BUS=" + m_needs.busAddress,
+                       "TV_ROLE=app",
                        "TV_APP_ID=" + app.id,
+                       "TV_OPERATION=" + OperationOf(request),
+                       "TV_DATA=" + FormatJson(ExtraDataOf(request)),
                        "PATH=" + m_needs.tools + ":" + (path == nullptr ? "/usr/bin:/bin" : path)};
   order.directory = app.directory;
   order.output = m_paths.Log() + "/" + app.id + ".log";

@@ -33,6 +33,9 @@ struct AppNeeds {
 /// application is run by desk-webapp, which says with app.entered what state it is in; the word
 /// goes to the settings key of its status. When such a process is killed, the word is "destroy", as
 /// the web runtime has it for an app that the system took away.
+///
+/// A process finds the operation and the extra data of the launch that started it in its
+/// environment; later launches do not change them.
 class Apps {
  public:
   Apps(Router& router, const DeskPaths& paths, const Catalogue& catalogue, TvStore& store,
@@ -62,7 +65,7 @@ class Apps {
   void AddMethods(Router& router);
   Json::Value Info(const std::string& id) const;
   Json::Value Launch(const Json::Value& request);
-  pid_t Start(const KnownApp& app, bool background);
+  pid_t Start(const KnownApp& app, const Json::Value& request);
   int Signal(const std::string& id, int number);
   void Enter(const Json::Value& request, std::shared_ptr<Reply> reply);
   WebAppOrders::Send OrderTo(const std::string& id, pid_t pid);

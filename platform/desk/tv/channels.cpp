@@ -68,12 +68,6 @@ std::optional<std::string> Channels::PackageOfService(std::uint64_t serviceId) c
   return std::nullopt;
 }
 
-void Channels::Clear() {
-  if (!m_store.Get(kSection)[kRecords].empty()) {
-    Store(kRecords, Json::Value(Json::objectValue));
-  }
-}
-
 bool Channels::Put(const std::string& text, bool mustExist) {
   const Json::Value record = ParseRecord(text);
   if (record.isNull()) {

@@ -32,8 +32,6 @@ class Channels {
   Json::Value Dump() const;
   /// Package of the channel with this service id; nothing when there is none.
   std::optional<std::string> PackageOfService(std::uint64_t serviceId) const;
-  /// Forgets the channels, as a service reset does; service ids stay.
-  void Clear();
 
  private:
   bool Put(const std::string& text, bool mustExist);

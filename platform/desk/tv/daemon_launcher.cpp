@@ -11,6 +11,7 @@
 #include <filesystem>
 
 #include "common/desk_error.h"
+#include "common/line_log.h"
 #include "tv/bus_daemon.h"
 #include "tv/process.h"
 #include "tv/sandbox.h"
@@ -30,6 +31,13 @@ std::string ChooseProgram(const std::string& tools) {
                                              "; build it, or name it with ORV_ENABLER");
   }
   return program;
+}
+
+// The sandbox lets the daemon write these files, but make none beside them.
+void MakeLogs(const DeskPaths& paths) {
+  for (const std::string& path : {paths.DaemonLog(), paths.Journal()}) {
+    const LineLog made(path);
+  }
 }
 
 std::string OutputOf(const DeskPaths& paths) {
@@ -91,6 +99,7 @@ DaemonProcess DaemonLauncher::LaunchInSandbox() const {
     throw DeskError(DeskError::Failed, std::string("cannot start: ") + std::strerror(errno));
   }
   fcntl(ends[0], F_SETFL, O_NONBLOCK);
+  MakeLogs(m_options.paths);
   const std::string run = DeskPaths::SANDBOX_RUN;
   SandboxPlan plan;
   plan.paths = m_options.paths;

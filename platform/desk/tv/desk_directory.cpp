@@ -135,6 +135,8 @@ void DeskDirectory::ClearLeftovers(TvLog& log) {
     log.Say("cleared away what a killed TV left: " + std::to_string(processes) + " processes, " +
             std::to_string(mounts) + " mounts");
   }
+  // Only now: a mount that a killed TV left must not be emptied.
+  EmptyDirectory(m_paths.Tmp());
   BusDaemon::RemoveLeftovers(m_paths);
 }
 

@@ -21,7 +21,8 @@ class DeskDirectory {
   DeskDirectory(const DeskDirectory&) = delete;
   DeskDirectory& operator=(const DeskDirectory&) = delete;
 
-  /// Ends processes and mounts of a TV that was killed; to be called before anything is started.
+  /// Ends processes and mounts of a TV that was killed, and empties its /tmp as every power-on
+  /// does; to be called before anything is started.
   void ClearLeftovers(TvLog& log);
 
  private:

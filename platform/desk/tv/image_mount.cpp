@@ -6,6 +6,8 @@
 #include <glib.h>
 #include <libmount/libmount.h>
 #include <linux/capability.h>
+#include <linux/loop.h>
+#include <sys/ioctl.h>
 #include <sys/mount.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
@@ -17,6 +19,8 @@
 #include <cstring>
 #include <fstream>
 #include <memory>
+
+#include "common/spawn.h"
 
 namespace desk {
 namespace {
@@ -83,6 +87,22 @@ bool HasProgram(const char* name) {
   return path != nullptr;
 }
 
+std::string Why(const std::string& path) {
+  return path + ": " + std::strerror(errno);
+}
+
+// The kernel knows which device is free, but a container need not have its node.
+std::string WhyNoLoopDevice() {
+  const std::string path = "/dev/loop-control";
+  const Descriptor control(open(path.c_str(), O_RDWR | O_CLOEXEC));
+  const int number = control.Get() < 0 ? -1 : ioctl(control.Get(), LOOP_CTL_GET_FREE);
+  if (number < 0) {
+    return Why(path);
+  }
+  const std::string device = "/dev/loop" + std::to_string(number);
+  return Descriptor(open(device.c_str(), O_RDWR | O_CLOEXEC)).Get() < 0 ? Why(device) : "";
+}
+
 int RunProgram(const char* const* arguments, std::string& output) {
   gchar* text = nullptr;
   gint status = 0;
@@ -113,12 +133,7 @@ std::string WhyNoLoop() {
   if (InOwnUserNamespace()) {
     return "desk-tv runs in a user namespace, where images cannot be loop-mounted";
   }
-  const int control = open("/dev/loop-control", O_RDWR | O_CLOEXEC);
-  if (control < 0) {
-    return std::string("/dev/loop-control: ") + std::strerror(errno);
-  }
-  close(control);
-  return {};
+  return WhyNoLoopDevice();
 }
 
 int LoopMount(const MountCommand& command, std::string& reason) {
@@ -134,7 +149,7 @@ int LoopMount(const MountCommand& command, std::string& reason) {
     return 0;
   }
   reason = ReasonOf(context.get(), result);
-  return kFailed;
+  return result == -MNT_ERR_LOOPDEV ? NO_LOOP_DEVICE : kFailed;
 }
 
 std::string FuseDriverFor(const std::string& image, std::string& reason) {

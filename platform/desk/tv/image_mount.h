@@ -11,11 +11,13 @@ namespace desk {
 /// How images can be mounted here. The three operations return 0, or a number with the reason; they
 /// block, and run on any thread of a process that may mount.
 
-/// Empty when loop devices can be used, else why not.
+/// Empty when a loop device is to be had, else why not.
 std::string WhyNoLoop();
 /// By the kernel, with a loop device; the file system is detected, and one that cannot be written
 /// is mounted read-only.
 int LoopMount(const MountCommand& command, std::string& reason);
+/// What LoopMount returns when it got no loop device after all. Nothing is said of the image then.
+constexpr int NO_LOOP_DEVICE = -1;
 
 /// Name of the FUSE driver for the image's file system. Empty, with the reason, when there is none.
 std::string FuseDriverFor(const std::string& image, std::string& reason);

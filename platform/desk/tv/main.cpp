@@ -136,7 +136,9 @@ void LeaveDirectory() {
 int Run(const TvOptions& options, Announcement& announcement) {
   umask(022);
   signal(SIGPIPE, SIG_IGN);
-  unsetenv("TV_APP_ID");
+  for (const char* name : {"TV_APP_ID", "TV_OPERATION", "TV_DATA"}) {
+    unsetenv(name);
+  }
   DeskDirectory directory(options.paths);
   TvLog log(options.log);
   g_log_set_default_handler(LogWarning, &log);

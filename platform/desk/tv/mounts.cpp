@@ -34,14 +34,17 @@ Mounts::~Mounts() {
 }
 
 std::string Mounts::Describe() const {
+  const std::lock_guard<std::mutex> lock(m_mutex);
   std::string text = "loop";
-  const std::string whyNoLoop = WhyNoLoop();
+  std::string whyNoLoop = WhyNoLoop();
+  if (whyNoLoop.empty()) {
+    whyNoLoop = m_loopTrouble;
+  }
   if (!whyNoLoop.empty()) {
     const std::string drivers = FuseDrivers();
-    text =
-        drivers.empty() ? "none: " + whyNoLoop + "; install squashfuse" : "fuse (" + drivers + ")";
+    text = drivers.empty() ? "none: " + whyNoLoop + "; install squashfuse"
+                           : "fuse (" + drivers + "): " + whyNoLoop;
   }
-  const std::lock_guard<std::mutex> lock(m_mutex);
   return m_lastFailure.empty() ? text : text + "; last failure: " + m_lastFailure;
 }
 
@@ -82,14 +85,26 @@ Json::Value Mounts::Mount(const std::string& text) {
   return Answer(outcome);
 }
 
-Mounts::Outcome Mounts::MountImage(const MountCommand& command) const {
-  Outcome outcome;
+Mounts::Outcome Mounts::MountImage(const MountCommand& command) {
   const std::string whyNoLoop = WhyNoLoop();
-  if (whyNoLoop.empty()) {
-    outcome.how = "loop";
-    outcome.result = LoopMount(command, outcome.reason);
-    return outcome;
+  if (!whyNoLoop.empty()) {
+    return MountByDriver(command, whyNoLoop);
   }
+  Outcome outcome;
+  outcome.how = "loop";
+  outcome.result = LoopMount(command, outcome.reason);
+  const bool noDevice = outcome.result == NO_LOOP_DEVICE;
+  NoteLoop(noDevice ? outcome.reason : "");
+  return noDevice ? MountByDriver(command, outcome.reason) : outcome;
+}
+
+void Mounts::NoteLoop(const std::string& trouble) {
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  m_loopTrouble = trouble;
+}
+
+Mounts::Outcome Mounts::MountByDriver(const MountCommand& command, const std::string& whyNoLoop) {
+  Outcome outcome;
   outcome.how = FuseDriverFor(command.image, outcome.reason);
   if (outcome.how.empty()) {
     outcome.result = kRefused;

@@ -19,15 +19,17 @@ namespace desk {
 /// own. Mounts appear in the mount namespace of desk-tv, from which the daemon's sandbox receives
 /// them.
 ///
-/// An image is loop-mounted by the kernel with exactly the options given; where loop devices are
-/// out of reach, a FUSE driver for the image's file system does it.
+/// An image is loop-mounted by the kernel with exactly the options given; where no loop device is
+/// to be had, a FUSE driver for the image's file system does it. An image that the kernel refuses
+/// is left at that.
 class Mounts {
  public:
   Mounts(Router& router, const DeskPaths& paths);
   /// On the main loop's thread. Unmounts what is still mounted.
   ~Mounts();
 
-  /// "loop", "fuse (squashfuse)" or "none: <reason>", then how the last attempt failed if it did.
+  /// "loop", "fuse (squashfuse): <why no loop>" or "none: <reason>", then how the last attempt
+  /// failed if it did.
   std::string Describe() const;
   /// An array of what is mounted now: image, directory, options, how.
   Json::Value Dump() const;
@@ -47,13 +49,16 @@ class Mounts {
 
   Json::Value Mount(const std::string& command);
   Json::Value Unmount(const std::string& path);
-  Outcome MountImage(const MountCommand& command) const;
+  Outcome MountImage(const MountCommand& command);
+  static Outcome MountByDriver(const MountCommand& command, const std::string& whyNoLoop);
+  void NoteLoop(const std::string& trouble);
   Json::Value Answer(const Outcome& outcome);
 
   const DeskPaths m_paths;
   mutable std::mutex m_mutex;
   std::vector<Mounted> m_mounted;  ///< guarded by m_mutex
   std::string m_lastFailure;       ///< guarded by m_mutex
+  std::string m_loopTrouble;       ///< why the last mount got no loop device; guarded by m_mutex
   Worker m_worker;                 ///< last, so that its thread ends first
 };
 

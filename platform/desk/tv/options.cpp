@@ -2,11 +2,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tv/options.h"
 
-#include <cerrno>
-#include <cstdlib>
 #include <map>
 
 #include "common/desk_error.h"
+#include "common/numbers.h"
 
 namespace desk {
 namespace {
@@ -18,14 +17,12 @@ DeskError Wrong(const std::string& why) {
 }
 
 int Number(const std::string& option, const std::string& text, int least, int greatest) {
-  char* end = nullptr;
-  errno = 0;
-  const long value = std::strtol(text.c_str(), &end, 10);
-  if (text.empty() || *end != '\0' || errno != 0 || value < least || value > greatest) {
+  const auto value = ReadNumber(text);
+  if (!value || *value < least || *value > greatest) {
     throw Wrong(option + " takes a number from " + std::to_string(least) + " to " +
                 std::to_string(greatest) + ", not \"" + text + "\"");
   }
-  return static_cast<int>(value);
+  return static_cast<int>(*value);
 }
 
 // "--name value" and "--name=value" alike.

@@ -79,7 +79,7 @@ Packages::~Packages() = default;
 Json::Value Packages::Dump() const {
   Json::Value list(Json::arrayValue);
   for (const auto& [id, manifest] : m_catalogue.All()) {
-    list.append(Info(id));
+    list.append(Info(id)).removeMember("found");
   }
   return list;
 }
@@ -172,7 +172,7 @@ void Packages::CheckInstallable(const Job& job, const PackageManifest& manifest)
     throw DeskError(DeskError::Failed, manifest.id + " is installed: use `tv pkg update`");
   }
   if (job.type == "update" && !installed) {
-    throw DeskError(DeskError::Failed, manifest.id + " is not installed: use `tv pkg install`");
+    throw DeskError(DeskError::NotFound, manifest.id + " is not installed: use `tv pkg install`");
   }
 }
 

@@ -51,8 +51,12 @@ void BindTv(Arguments& arguments, const SandboxPlan& plan) {
   Append(arguments, {"--bind", paths.HomeOwner(), "/home/owner"});
   Append(arguments, {"--ro-bind", paths.Apps(), "/opt/usr/apps"});
   Append(arguments, {"--bind", paths.DaemonPackage(), own});
-  Append(arguments, {"--bind", paths.Run(), run});
-  Append(arguments, {"--bind", paths.Log(), run + "/log"});
+  Append(arguments, {"--ro-bind", paths.Run(), run});
+  Append(arguments, {"--ro-bind", paths.Log(), run + "/log"});
+  // A log that is not there must not keep the daemon from its work.
+  Append(arguments, {"--bind-try", paths.Faults(), run + "/faults"});
+  Append(arguments, {"--bind-try", paths.DaemonLog(), run + "/log/daemon.log"});
+  Append(arguments, {"--bind-try", paths.Journal(), run + "/log/journal.jsonl"});
   if (SandboxSocket(plan) == SANDBOX_SOCKET) {
     Append(arguments, {"--bind", plan.socket, SANDBOX_SOCKET});
   }

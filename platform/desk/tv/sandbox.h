@@ -34,8 +34,10 @@ struct SandboxPlan {
 
 /// The command line of bubblewrap. Inside, the machine is read-only and seen where it always is,
 /// but /tmp, /opt/share, /opt/usr/apps and /home/owner are the TV's, /run holds nothing but the
-/// TV's own, and only the daemon's package can be written of the packages. The daemon is run from
-/// SANDBOX_PROGRAMS, so that it may come from a place that is hidden inside.
+/// TV's own, and only the daemon's package can be written of the packages. Of run/ and log/ only
+/// the fault table, the daemon's log and its journal can be written, where these files are there
+/// already. The daemon is run from SANDBOX_PROGRAMS, so that it may come from a place that is
+/// hidden inside.
 std::vector<std::string> SandboxArguments(const SandboxPlan& plan);
 
 /// Path of the bus's socket inside.

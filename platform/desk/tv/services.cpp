@@ -96,6 +96,7 @@ void Services::TurnOff() {
 
 void Services::TurnOn() {
   m_parts->broadcast.TurnOn();
+  m_parts->Try("the web-app service", [this] { m_parts->was.TurnOn(); });
 }
 
 std::string Services::DescribeMounts() const {

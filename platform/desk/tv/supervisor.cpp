@@ -147,7 +147,6 @@ void Supervisor::Stop(Done done) {
 }
 
 void Supervisor::Launch() {
-  m_reason.clear();
   m_silence.clear();
   m_info.clear();
   m_daemonPid = 0;

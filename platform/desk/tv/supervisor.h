@@ -57,7 +57,8 @@ class Supervisor {
   /// Done when it is gone.
   void Stop(Done done);
 
-  /// `running`, `pid`, `restarts`, `state`, `reason` of the last end.
+  /// `running`, `pid`, `restarts`, `state`, and `reason` of the last end, which stays while the
+  /// next daemon runs.
   Json::Value Describe() const;
 
  private:

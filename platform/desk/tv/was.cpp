@@ -67,15 +67,19 @@ struct Was::Timer {
 Was::Was(Router& router, TvStore& store, SetKey setKey)
     : m_store(store), m_setKey(std::move(setKey)) {
   AddMethods(router);
-  const Json::Value late = m_store.Get(kSection)["late"];
-  for (const std::string& package : late.getMemberNames()) {
-    Enter(package, late[package]);
-  }
 }
 
 Was::~Was() {
   for (const auto& [package, source] : m_late) {
     g_source_remove(source);
+  }
+}
+
+void Was::TurnOn() {
+  m_delay = 0;
+  const Json::Value late = m_store.Get(kSection)["late"];
+  for (const std::string& package : late.getMemberNames()) {
+    Enter(package, late[package]);
   }
 }
 

@@ -24,11 +24,14 @@ class Was {
  public:
   using SetKey = std::function<void(const std::string& key, const std::string& value)>;
 
-  /// What the service was yet to learn of when the power went is known at once.
   Was(Router& router, TvStore& store, SetKey setKey);
   ~Was();
   Was(const Was&) = delete;
   Was& operator=(const Was&) = delete;
+
+  /// Power-on, before the daemon is started: no delay is set, and what the service was yet to learn
+  /// of when the power went is known at once.
+  void TurnOn();
 
   /// Installed or updated. Apps that are known already stay as they are; apps that the package has
   /// no more are forgotten.
@@ -53,7 +56,7 @@ class Was {
 
   TvStore& m_store;
   const SetKey m_setKey;
-  int m_delay = 0;                         ///< seconds; a setting of this power-on
+  int m_delay = 0;                         ///< seconds; set until the power goes
   std::map<std::string, unsigned> m_late;  ///< package to the timer's source
 };
 

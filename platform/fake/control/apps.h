@@ -57,5 +57,9 @@ void SetOperationApp(const std::string& operation, const std::optional<std::stri
 void SetPlatformOperationApp(const std::string& operation, const std::string& app);
 /// Nothing when no app serves the operation.
 std::optional<std::string> OperationApp(const std::string& operation);
+/// Runs within every app_operation_set_current_app(), on the daemon's thread, before the change. An
+/// empty function takes it away.
+void SetOperationHook(
+    std::function<void(const std::string& operation, const std::string& app)> hook);
 
 }  // namespace fake

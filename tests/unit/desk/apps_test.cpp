@@ -153,6 +153,32 @@ TEST_F(AppsTest, AServiceRunsItsProgramInItsDirectoryAsTheAppThatItIs) {
   EXPECT_EQ(Call("app.info", "serve00001.Feed")["pid"].asInt(), pid);
 }
 
+TEST_F(AppsTest, AProcessFindsTheOperationAndTheExtraDataOfItsLaunch) {
+  Install("extra00001", "printf '%s\\n' \"$TV_OPERATION\" \"$TV_DATA\"; exec sleep 1000");
+  Json::Value request;
+  request["app"] = "extra00001.Feed";
+  request["operation"] = "http://example.org/view";
+  request["extra"]["b"] = "say \"hi\"\n";
+  request["extra"]["a"] = "\xe2\x82\xac";
+  m_router.Call("app.launch", request);
+  const std::string wanted =
+      "http://example.org/view\n{\"a\":\"\xe2\x82\xac\",\"b\":\"say \\\"hi\\\"\\n\"}\n";
+  RunUntil("the service's output", [&] { return Log("extra00001.Feed").size() >= wanted.size(); });
+  EXPECT_EQ(Log("extra00001.Feed"), wanted);
+}
+
+TEST_F(AppsTest, ALaunchWithoutThemIsTheDefaultOperationWithAnEmptyObject) {
+  // A television that was itself started by an app of another one.
+  setenv("TV_OPERATION", "another's", 1);
+  setenv("TV_DATA", "another's", 1);
+  Script(m_directory.Path() + "/tools/desk-webapp",
+         "echo \"$TV_OPERATION $TV_DATA\"; exec sleep 1000");
+  Install("extra00002");
+  Launch("extra00002.App");
+  RunUntil("its output", [&] { return !Log("extra00002.App").empty(); });
+  EXPECT_EQ(Log("extra00002.App"), std::string(APP_CONTROL_OPERATION_DEFAULT) + " {}\n");
+}
+
 TEST_F(AppsTest, AProcessOfItsOwnBelongsToTheAppToo) {
   Install("child00001", "sleep 1000 & echo $!; wait");
   LaunchedPid("child00001.Feed");
@@ -296,9 +322,16 @@ TEST_F(AppsTest, AnOrderFailsWhenTheAppEnds) {
   Json::Value request;
   request["app"] = "order00001.App";
   request["word"] = "pause";
-  const auto done = m_router.Begin("app.status", request);
+  const auto answer = m_router.BeginCall("app.status", request);
   Call("app.kill", "order00001.App");
-  RunUntil("the answer", [&] { return done(); });
+  RunUntil("the answer", [&] { return answer->Done(); });
+  try {
+    answer->Take();
+    FAIL() << "answered as if the state had been entered";
+  } catch (const DeskError& error) {
+    EXPECT_EQ(error.Code(), "Failed");
+    EXPECT_STREQ(error.what(), "order00001.App ended before it entered the state");
+  }
 }
 
 TEST_F(AppsTest, OrdersThatMakeNoSenseAreRefused) {

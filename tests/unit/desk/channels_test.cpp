@@ -100,11 +100,9 @@ TEST_F(ChannelsTest, TheRegistryOutlivesThePower) {
   EXPECT_EQ(List(), before);
 }
 
-TEST_F(ChannelsTest, ClearingForgetsTheChannelsButNotTheirServiceIds) {
+TEST_F(ChannelsTest, ARemovedChannelsServiceIdIsNotGivenToAnother) {
   Do("create", "{\"pkg_id\":\"a\"}");
-  m_channels->Clear();
-  m_channels->Clear();
-  EXPECT_TRUE(List().empty());
+  Do("remove", "{\"pkg_id\":\"a\"}");
   Do("create", "{\"pkg_id\":\"b\"}");
   EXPECT_EQ(List()[0]["service_id"].asUInt64(), Channels::FIRST_SERVICE_ID + 1);
 }

@@ -77,11 +77,17 @@ class MemoryRouter : public Router {
     return answer->Take();
   }
 
-  /// Begins a deferred call; the function tells whether the reply is there.
-  std::function<bool()> Begin(const std::string& method, const Json::Value& request) {
-    const auto answer = std::make_shared<Answer>();
+  class Answer;
+
+  /// Begins a deferred call; its reply, which may come later.
+  std::shared_ptr<Answer> BeginCall(const std::string& method, const Json::Value& request) {
+    auto answer = std::make_shared<Answer>();
     m_deferred.at(method)(request, Caller(), answer);
-    return [answer] { return answer->Done(); };
+    return answer;
+  }
+  /// The same; the function tells whether the reply is there.
+  std::function<bool()> Begin(const std::string& method, const Json::Value& request) {
+    return [answer = BeginCall(method, request)] { return answer->Done(); };
   }
 
   void Disconnect(const std::string& busName) {
@@ -104,7 +110,6 @@ class MemoryRouter : public Router {
     return chosen;
   }
 
- private:
   class Answer : public Reply {
    public:
     void Return(const Json::Value& value) override { Finish(value, std::nullopt); }
@@ -115,6 +120,7 @@ class MemoryRouter : public Router {
       const std::lock_guard<std::mutex> lock(m_mutex);
       return m_count > 0;
     }
+    /// Throws the DeskError that it was answered with, if it was.
     Json::Value Take() {
       const std::lock_guard<std::mutex> lock(m_mutex);
       if (m_error) {
@@ -140,6 +146,7 @@ class MemoryRouter : public Router {
     std::optional<DeskError> m_error;
   };
 
+ private:
   mutable std::mutex m_mutex;
   std::vector<Event> m_events;  // guarded by m_mutex
   std::map<std::string, Handler> m_handlers;

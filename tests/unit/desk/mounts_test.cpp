@@ -2,10 +2,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tv/mounts.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sched.h>
 #include <sys/mount.h>
+#include <sys/stat.h>
 #include <sys/statvfs.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -194,6 +197,94 @@ TEST_F(MountsTest, ImagesMayLieOverEachOther) {
   EXPECT_EQ(Unmount()["result"], 0);
   EXPECT_EQ(ReadFile(m_target + "/orv_app.zip"), "archive");
   EXPECT_EQ(Unmount()["result"], 0);
+}
+
+// A /dev with what a container may be given: the control of the loop devices, but none of them.
+class OwnDevices {
+ public:
+  OwnDevices() {
+    EXPECT_EQ(mount("tmpfs", "/dev", "tmpfs", 0, nullptr), 0);
+    Make("null", 1, 3);
+    Make("fuse", 10, 229);
+    Make("loop-control", 10, 237);
+  }
+  ~OwnDevices() { umount2("/dev", MNT_DETACH); }
+  OwnDevices(const OwnDevices&) = delete;
+  OwnDevices& operator=(const OwnDevices&) = delete;
+
+  /// Nodes that can be opened, and are no loop devices.
+  static void MakeUselessLoops() {
+    for (int i = 0; i < 64; ++i) {
+      WriteFile("/dev/loop" + std::to_string(i), "");
+    }
+  }
+
+ private:
+  static void Make(const std::string& name, unsigned major, unsigned minor) {
+    const std::string path = "/dev/" + name;
+    EXPECT_EQ(mknod(path.c_str(), S_IFCHR | 0666, makedev(major, minor)), 0) << path;
+  }
+};
+
+class NoLoopTest : public MountsTest {
+ protected:
+  void SetUp() override {
+    MountsTest::SetUp();
+    std::string reason;
+    MakeSquashfs();
+    if (!IsSkipped() && FuseDriverFor(m_image, reason).empty()) {
+      GTEST_SKIP() << reason;
+    }
+  }
+  void ExpectMountedByDriver() {
+    const Json::Value answer = Mount();
+    ASSERT_EQ(answer["result"], 0) << answer["reason"].asString();
+    EXPECT_EQ(ReadFile(m_target + "/orv_app.zip"), "archive");
+    EXPECT_EQ(m_mounts->Dump()[0]["how"], "squashfuse");
+    EXPECT_EQ(Unmount()["result"], 0);
+  }
+};
+
+TEST_F(NoLoopTest, WithoutTheNodeOfAFreeDeviceADriverMountsTheImage) {
+  const OwnDevices devices;
+  EXPECT_THAT(WhyNoLoop(), testing::MatchesRegex("/dev/loop[0-9]+: No such file or directory"));
+  ExpectMountedByDriver();
+  EXPECT_THAT(m_mounts->Describe(),
+              testing::MatchesRegex("fuse \\(.*squashfuse.*\\): /dev/loop[0-9]+: No such file.*"));
+}
+
+TEST_F(NoLoopTest, ADeviceThatCannotBeSetUpIsAReasonForADriverToo) {
+  const OwnDevices devices;
+  OwnDevices::MakeUselessLoops();
+  ASSERT_EQ(WhyNoLoop(), "");
+  EXPECT_EQ(m_mounts->Describe(), "loop");
+  ExpectMountedByDriver();
+  EXPECT_THAT(m_mounts->Describe(), testing::StartsWith("fuse ("));
+  EXPECT_THAT(m_mounts->Describe(), testing::HasSubstr("): failed to setup loop device"));
+}
+
+TEST_F(NoLoopTest, OnceADeviceIsToBeHadItIsTakenAgain) {
+  {
+    const OwnDevices devices;
+    OwnDevices::MakeUselessLoops();
+    ExpectMountedByDriver();
+  }
+  ASSERT_EQ(Mount()["result"], 0);
+  EXPECT_EQ(m_mounts->Dump()[0]["how"], "loop");
+  EXPECT_EQ(m_mounts->Describe(), "loop");
+  EXPECT_EQ(Unmount()["result"], 0);
+}
+
+TEST_F(NoLoopTest, AnImageThatTheKernelRefusesIsNotTriedWithADriver) {
+  std::string image = ReadFile(m_image);
+  image.at(28) = image.at(29) = '\xff';  // the version in the superblock
+  WriteFile(m_image, image);
+  std::string reason;
+  ASSERT_EQ(FuseDriverFor(m_image, reason), "squashfuse");
+  const Json::Value answer = Mount();
+  EXPECT_NE(answer["result"], 0);
+  EXPECT_THAT(answer["reason"].asString(), testing::HasSubstr("/dev/loop"));
+  EXPECT_THAT(m_mounts->Describe(), testing::StartsWith("loop; last failure: "));
 }
 
 class FuseTest : public MountsTest {

@@ -181,9 +181,18 @@ TEST_F(PackagesTest, AnInstallOfAnInstalledPackageIsRefused) {
 
 TEST_F(PackagesTest, AnUpdateOfWhatIsNotInstalledIsRefused) {
   EXPECT_EQ(InstallError(Make("missing001", "1.0.0"), true),
-            "Failed: missing001 is not installed: use `tv pkg install`");
+            "NotFound: missing001 is not installed: use `tv pkg install`");
   EXPECT_EQ(ListTree(m_paths.Apps()), Texts{});
   EXPECT_EQ(States(), (Texts{"update failed"}));
+}
+
+TEST_F(PackagesTest, TheListHoldsPackagesAndNotWhetherTheyWereFound) {
+  Install(Make("listed0001", "1.0.0"));
+  const Json::Value list = m_router.Call("pkg.list")["packages"];
+  ASSERT_EQ(list.size(), 1u);
+  EXPECT_EQ(list[0].getMemberNames(),
+            (Json::Value::Members{"apps", "id", "label", "path", "version"}));
+  EXPECT_EQ(m_packages->Dump(), list);
 }
 
 TEST_F(PackagesTest, AnUpdateReplacesResourcesAndKeepsData) {

@@ -121,6 +121,16 @@ TEST_F(ServicesTest, PowerOffEndsAppsAndOperations) {
   EXPECT_EQ(Dump("packages").size(), 1u);
 }
 
+TEST_F(ServicesTest, PowerOnTakesTheDelayOfTheWebAppServiceBack) {
+  Json::Value request;
+  request["seconds"] = 1000;
+  m_router.Call("was.delay", request);
+  m_services->TurnOff();
+  m_services->TurnOn();
+  Install("quick00001", "1.0.0");
+  EXPECT_EQ(Dump("was").size(), 1u);
+}
+
 TEST_F(ServicesTest, TheDumpHasAllMembers) {
   Texts members;
   for (const auto& entry : m_services->Dumps()) {

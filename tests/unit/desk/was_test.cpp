@@ -24,6 +24,7 @@ class WasTest : public ::testing::Test {
                                   [this](const std::string& key, const std::string& value) {
                                     m_keys.push_back(key + "=" + value);
                                   });
+    m_was->TurnOn();
   }
   Json::Value Find(const std::string& app) {
     Json::Value request;
@@ -107,6 +108,24 @@ TEST_F(WasTest, WhatWasLateAtPowerOffIsKnownAfterwards) {
   PowerOn();
   EXPECT_EQ(Find("late000001.App")["result"], 0);
   EXPECT_EQ(m_keys, Texts{"memory/was/app_install=late000001.App"});
+}
+
+TEST_F(WasTest, WhatWasLateAtAPowerCycleIsKnownAfterwardsAndToldOnce) {
+  Delay(1);
+  m_was->Learn(Package(UiApp("late000001")));
+  m_was->TurnOn();
+  EXPECT_EQ(m_keys, Texts{"memory/was/app_install=late000001.App"});
+  Delay(1);
+  m_was->Learn(Package(UiApp("late000002")));
+  RunUntil("the other widget id", [&] { return m_keys.size() > 1; });
+  EXPECT_EQ(m_keys.back(), "memory/was/app_install=late000002.App");
+}
+
+TEST_F(WasTest, ADelayIsSetUntilThePowerGoes) {
+  Delay(1000);
+  m_was->TurnOn();
+  m_was->Learn(Package(UiApp("quick00001")));
+  EXPECT_EQ(Find("quick00001.App")["result"], 0);
 }
 
 TEST_F(WasTest, ANegativeDelayIsRefused) {

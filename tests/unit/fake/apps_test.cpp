@@ -134,4 +134,17 @@ TEST_F(Operations, GoBackToThePlatformsApp) {
   EXPECT_EQ("platform", fake::OperationApp("op"));
 }
 
+TEST_F(Operations, RunTheHookBeforeTheChange) {
+  std::string seen;
+  fake::SetOperationApp("op", "old");
+  fake::SetOperationHook([&](const std::string& operation, const std::string& app) {
+    seen += operation + ": " + fake::OperationApp(operation).value_or("") + " to " + app + "\n";
+  });
+  EXPECT_EQ(0, app_operation_set_current_app("op", "new"));
+  EXPECT_EQ("new", fake::OperationApp("op"));
+  fake::SetOperationHook(nullptr);
+  EXPECT_EQ(0, app_operation_set_current_app("op", "newer"));
+  EXPECT_EQ("op: old to new\n", seen);
+}
+
 }  // namespace

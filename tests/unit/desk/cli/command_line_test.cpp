@@ -181,10 +181,14 @@ TEST(CliNearest, TwoLettersInTheWrongOrderAreOneDifference) {
   EXPECT_EQ(Nearest("lits", {"lift", "list"}), "list");
 }
 
-TEST(CliInvocation, ANumberIsReadInEachBase) {
+TEST(CliInvocation, ANumberIsDecimalUnlessItSays0x) {
   Invocation words;
   words.Set("N", {"0x10"});
+  words.Set("Z", {"010"});
   EXPECT_EQ(words.Number("N", 0), 16);
+  EXPECT_EQ(words.Unsigned("N", 0), 16U);
+  EXPECT_EQ(words.Number("Z", 0), 10);
+  EXPECT_EQ(words.Unsigned("Z", 0), 10U);
   EXPECT_EQ(words.Number("M", 7), 7);
 }
 
@@ -212,11 +216,17 @@ TEST(CliInvocation, ANegativeServiceIdIsAnError) {
 }
 
 TEST(CliInvocation, ATimeoutThatIsNoNumberIsAnError) {
-  for (const char* text : {"x", "", "-1", "nan", "inf", "1s"}) {
+  for (const char* text : {"x", "", "-1", "nan", "inf", "1s", "1e300"}) {
     Invocation words;
     words.Set("timeout", {text});
-    EXPECT_THROW(words.Decimal("timeout", 1), Failure) << text;
+    EXPECT_THROW(words.Seconds("timeout", 1), Failure) << text;
   }
+}
+
+TEST(CliInvocation, ATimeoutMayBeABrokenNumber) {
+  Invocation words;
+  words.Set("timeout", {"0.25"});
+  EXPECT_EQ(Milliseconds(words.Seconds("timeout", 1)), std::chrono::milliseconds(250));
 }
 
 }  // namespace

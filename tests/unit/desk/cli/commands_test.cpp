@@ -3,108 +3,15 @@
 // The commands of `tv` against a TV of which each answer is given.
 #include <gtest/gtest.h>
 
-#include <deque>
 #include <filesystem>
-#include <fstream>
-#include <map>
-#include <sstream>
 
-#include "cli/commands.h"
 #include "cli/dump.h"
-#include "cli/failure.h"
-#include "cli/session.h"
-#include "common/desk_error.h"
-#include "common/json.h"
+#include "scripted_tv.h"
 
 namespace desk {
 namespace {
 
 namespace fs = std::filesystem;
-
-/// What the TV answers, and what it was asked.
-struct Script {
-  std::map<std::string, Json::Value> answers;
-  std::vector<std::pair<std::string, std::string>> asked;  ///< method, request
-  std::deque<std::pair<std::string, Json::Value>> events;  ///< handed out one by one by Wait()
-  int waits = 0;
-
-  void Answer(const std::string& method, const std::string& json) {
-    answers[method] = ParseJson(json);
-  }
-  std::string Asked(const std::string& method) const {
-    for (const auto& call : asked) {
-      if (call.first == method) return call.second;
-    }
-    return "never asked for " + method;
-  }
-};
-
-class ScriptedTv : public Television {
- public:
-  explicit ScriptedTv(Script& script) : m_script(script) {}
-
-  Json::Value Call(const std::string& method, const Json::Value& request) override {
-    m_script.asked.emplace_back(method, FormatJson(request));
-    const auto found = m_script.answers.find(method);
-    return found == m_script.answers.end() ? Json::Value(Json::objectValue) : found->second;
-  }
-  void Subscribe(const std::string& topic, EventFunction function) override {
-    m_functions.emplace(topic, std::move(function));
-  }
-  void Wait(std::chrono::milliseconds most) override {
-    ++m_script.waits;
-    if (m_script.events.empty()) {
-      if (most > std::chrono::seconds(1)) throw DeskError(DeskError::NoTv, "the TV has gone");
-      return;
-    }
-    const auto event = m_script.events.front();
-    m_script.events.pop_front();
-    if (event.first == "answer dump") m_script.answers["dump"] = event.second;
-    const auto range = m_functions.equal_range(event.first);
-    for (auto entry = range.first; entry != range.second; ++entry) entry->second(event.second);
-  }
-
- private:
-  Script& m_script;
-  std::multimap<std::string, EventFunction> m_functions;
-};
-
-class CliCommands : public testing::Test {
- protected:
-  CliCommands() {
-    std::string name = (fs::temp_directory_path() / "cli-commands-XXXXXX").string();
-    EXPECT_NE(mkdtemp(name.data()), nullptr);
-    m_root = name;
-  }
-  ~CliCommands() override { fs::remove_all(m_root); }
-
-  int Do(const std::vector<std::string>& words) {
-    const Request request = ReadCommandLine(TvCommands(), words);
-    Session session(DeskPaths(m_root), m_out, m_err, false,
-                    [this](const DeskPaths&) { return std::make_unique<ScriptedTv>(m_script); });
-    return request.command->run(session, request.words);
-  }
-
-  Failure Fails(const std::vector<std::string>& words) {
-    try {
-      Do(words);
-    } catch (const Failure& failure) {
-      return failure;
-    }
-    ADD_FAILURE() << "the command succeeded";
-    return Failure(Exit::Done, "");
-  }
-
-  void WriteFile(const std::string& path, const std::string& content) {
-    fs::create_directories(fs::path(path).parent_path());
-    std::ofstream(path) << content;
-  }
-
-  std::string m_root;
-  Script m_script;
-  std::ostringstream m_out;
-  std::ostringstream m_err;
-};
 
 TEST_F(CliCommands, KeyGetPrintsWhatVconftoolPrints) {
   m_script.Answer("key.get", R"({"found":true,"type":"int","value":1})");
@@ -233,6 +140,29 @@ TEST_F(CliCommands, OpGetWithoutAnAppIsNoSuchThing) {
   EXPECT_EQ(Fails({"op", "get", "x"}).Code(), Exit::NotFound);
 }
 
+TEST_F(CliCommands, OpGetWithoutAnAppIsNoSuchThingForMachinesTooAndTheJsonIsThere) {
+  m_script.Answer("op.get", R"({"result":0})");
+  EXPECT_EQ(Fails({"op", "get", "x", "--json"}).Code(), Exit::NotFound);
+  EXPECT_EQ(ParseJson(m_out.str()), ParseJson(R"({"result":0})"));
+}
+
+TEST_F(CliCommands, OpGetThatGoesWrongFailsHoweverItIsPrinted) {
+  m_script.Answer("op.get", R"({"result":-22})");
+  for (const std::vector<std::string>& words :
+       {std::vector<std::string>{"op", "get", "x"}, {"op", "get", "x", "--json"}}) {
+    const Failure failure = Fails(words);
+    EXPECT_EQ(failure.Code(), Exit::Failed);
+    EXPECT_STREQ(failure.what(), "cannot find out who answers x (invalid parameter)");
+  }
+}
+
+TEST_F(CliCommands, OpGetPrintsTheApp) {
+  m_script.Answer("op.get", R"({"app":"a.b","result":0})");
+  EXPECT_EQ(Do({"op", "get", "x"}), 0);
+  EXPECT_EQ(m_out.str(), "a.b\n");
+  EXPECT_EQ(Do({"op", "get", "x", "--json"}), 0);
+}
+
 TEST_F(CliCommands, TheShortNamesOfOperationsAreSpelledOut) {
   m_script.Answer("op.set", R"({"result":0})");
   Do({"op", "set", "epg", "a"});
@@ -242,6 +172,11 @@ TEST_F(CliCommands, TheShortNamesOfOperationsAreSpelledOut) {
 TEST_F(CliCommands, AServiceIdOfAllOnesArrivesWhole) {
   Do({"service", "add", "18446744073709551615", "--package", "p"});
   EXPECT_EQ(m_script.Asked("service.add"), R"({"id":18446744073709551615,"package":"p"})");
+}
+
+TEST_F(CliCommands, AServiceIdWithZerosInFrontIsDecimal) {
+  Do({"tune", "010"});
+  EXPECT_EQ(m_script.Asked("tune"), R"({"id":10})");
 }
 
 TEST_F(CliCommands, ASignalCarriesItsData) {
@@ -269,6 +204,15 @@ TEST_F(CliCommands, PortSendGoesToTheDaemonUnlessToldOtherwise) {
   EXPECT_EQ(m_script.Asked("port.send"),
             R"({"app":"com.kalmora.tv.orv-enabler","bundle":[{"key":"k","type":1025,"value":"v"}],)"
             R"("port":"port"})");
+}
+
+TEST_F(CliCommands, ANumberInAMessageIsDecimalUnlessItSays0x) {
+  m_script.Answer("port.send", R"({"result":0})");
+  Do({"port", "send", "port", "a:int=010", "b:int=0x10", "c:int=-1"});
+  const Json::Value bundle = ParseJson(m_script.Asked("port.send"))["bundle"];
+  EXPECT_EQ(bundle[0]["bytes"].asString(), "CgAAAA==");
+  EXPECT_EQ(bundle[1]["bytes"].asString(), "EAAAAA==");
+  EXPECT_EQ(bundle[2]["bytes"].asString(), "/////w==");
 }
 
 TEST_F(CliCommands, PortSendPrintsTheReplyToItsOwnPort) {
@@ -312,6 +256,13 @@ TEST_F(CliCommands, FailOfAnUnknownCallNamesTheNearest) {
   EXPECT_EQ(failure.Code(), Exit::NotFound);
   EXPECT_STREQ(failure.what(),
                "no platform call is named \"vconf_getint\": did you mean vconf_get_int?");
+  EXPECT_TRUE(m_script.asked.empty());
+}
+
+TEST_F(CliCommands, ACallThatCannotFailIsToldAsThatAndNotOrdered) {
+  const Failure failure = Fails({"fail", "FCTask::Destroy"});
+  EXPECT_EQ(failure.Code(), Exit::Failed);
+  EXPECT_EQ(std::string(failure.what()).find("FCTask::Destroy cannot fail"), 0U);
   EXPECT_TRUE(m_script.asked.empty());
 }
 
@@ -404,26 +355,6 @@ TEST_F(CliCommands, WaitThatTimesOutSaysWhatIsMissing) {
 TEST_F(CliCommands, WaitSeesTheFilesToo) {
   WriteFile(DeskPaths(m_root).Tmp() + "/hbb_ready", "");
   EXPECT_EQ(Do({"wait", ".files[\"/tmp/hbb_ready\"] == 0", "--timeout", "0"}), 0);
-}
-
-TEST_F(CliCommands, UpOnARunningTvIsASuccessWithANote) {
-  m_script.Answer("tv.status", R"({"pid":7})");
-  EXPECT_EQ(Do({"up"}), 0);
-  EXPECT_EQ(m_out.str(), "already up: " + m_root + ", pid 7\n");
-}
-
-TEST_F(CliCommands, UpOnARunningTvSaysThatItsOptionsStay) {
-  m_script.Answer("tv.status", R"({"pid":7})");
-  Do({"up", "--speed", "10"});
-  EXPECT_EQ(m_out.str(),
-            "already up: " + m_root + ", pid 7; its options stay as they are until `tv down`\n");
-}
-
-TEST_F(CliCommands, DaemonVerbsAskTheTv) {
-  for (const std::string verb : {"stop", "start", "kill", "restart"}) {
-    Do({"daemon", verb});
-    EXPECT_EQ(m_script.Asked("daemon." + verb), "{}");
-  }
 }
 
 TEST_F(CliCommands, ExplainOfAnInstalledPackageAsksTheTv) {

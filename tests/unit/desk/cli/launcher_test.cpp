@@ -42,6 +42,14 @@ TEST_F(CliLauncher, AProgramThatSaysReadyIsReady) {
   EXPECT_EQ(Start("eval \"echo ready >&$fd\"").kind, Kind::Ready);
 }
 
+TEST_F(CliLauncher, ThePidIsTheProgramsOwn) {
+  const StartResult result = Start("echo $$ > $root/pid; eval \"echo ready >&$fd\"");
+  pid_t pid = 0;
+  std::ifstream(m_directory / "pid") >> pid;
+  EXPECT_GT(pid, 0);
+  EXPECT_EQ(result.pid, pid);
+}
+
 TEST_F(CliLauncher, TheReasonOfAFailureIsHandedOn) {
   const StartResult result = Start("eval \"echo 'failed: no bus' >&$fd\"");
   EXPECT_EQ(result.kind, Kind::Failed);
@@ -58,7 +66,7 @@ TEST_F(CliLauncher, AProgramThatCannotBeExecutedIsToldAsThat) {
   const StartResult result =
       StartInBackground(DeskPaths(m_directory.Path()), m_directory / "none", {}, LONG);
   EXPECT_EQ(result.kind, Kind::Failed);
-  EXPECT_EQ(result.reason, "it cannot be executed");
+  EXPECT_EQ(result.reason, "it cannot be executed (No such file or directory)");
 }
 
 TEST_F(CliLauncher, AProgramThatSaysNothingInTimeIsNotWaitedFor) {

@@ -26,24 +26,68 @@ std::string Content(const fs::path& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-/// The names that the sources of a directory give to their calls.
-void AddCallsOf(const fs::path& directory, std::set<std::string>& calls) {
-  const std::regex form("(?:Hooked)?Call call\\(\\s*\"([^\"]+)\"");
+/// The names that sources give to their calls.
+struct Calls {
+  std::set<std::string> asking;  ///< that ask for the faults ordered for them
+  std::set<std::string> deaf;
+};
+
+/// Whether the rest of a call's function asks for its faults, itself or by a helper that it hands
+/// the call to.
+bool Asks(const std::string& function) {
+  static const std::regex form("call\\.(?:Run|RunVoid|Fault|Fails)\\b|\\(call,");
+  return std::regex_search(function, form);
+}
+
+/// Up to the end of the function: a brace in the column of the line that the call stands on, less
+/// one step.
+std::string RestOfFunction(const std::string& text, std::size_t call) {
+  const std::size_t line = text.rfind('\n', call) + 1;
+  const std::string end =
+      "\n" + std::string(text.find_first_not_of(' ', line) - line - 2, ' ') + "}";
+  return text.substr(call, text.find(end, call) - call);
+}
+
+void AddCallsOf(const fs::path& directory, Calls& calls) {
+  static const std::regex form("(?:Hooked)?Call call\\(\\s*\"([^\"]+)\"");
   for (const auto& entry : fs::directory_iterator(directory)) {
     if (entry.path().extension() != ".cpp") continue;
     const std::string text = Content(entry.path());
     for (std::sregex_iterator match(text.begin(), text.end(), form), end; match != end; ++match) {
-      calls.insert((*match)[1]);
+      const auto at = static_cast<std::size_t>(match->position());
+      (Asks(RestOfFunction(text, at)) ? calls.asking : calls.deaf).insert((*match)[1]);
     }
   }
 }
 
-TEST(CliReference, TheCallsThatCanFailAreThoseThatThePlatformMakes) {
-  std::set<std::string> made = {"__dlog_print"};
+std::set<std::string> SetOf(const std::vector<std::string>& texts) {
+  return {texts.begin(), texts.end()};
+}
+
+TEST(CliReference, TheCallsThatCanFailAreThoseThatAskWhetherTheyShall) {
+  Calls made;
+  made.asking = {"__dlog_print"};
   AddCallsOf(SOURCE / "platform/desk/client", made);
   AddCallsOf(SOURCE / "platform/framework", made);
-  const std::set<std::string> known(PlatformCalls().begin(), PlatformCalls().end());
-  EXPECT_EQ(known, made);
+  EXPECT_EQ(SetOf(PlatformCalls()), made.asking);
+  EXPECT_EQ(SetOf(CallsThatCannotFail()), made.deaf);
+}
+
+TEST(CliReference, AHelperThatIsHandedACallAsks) {
+  static const std::regex form("\\n[^\\n]*\\b\\w+\\((?:desk::)?Call& call,");
+  int helpers = 0;
+  for (const auto& entry : fs::directory_iterator(SOURCE / "platform/desk/client")) {
+    if (entry.path().extension() != ".cpp") continue;
+    const std::string text = Content(entry.path());
+    for (std::sregex_iterator match(text.begin(), text.end(), form), end; match != end; ++match) {
+      const auto at = static_cast<std::size_t>(match->position());
+      const std::string helper = text.substr(at, text.find("\n}", at) - at);
+      EXPECT_TRUE(std::regex_search(helper, std::regex("call\\.(?:Run|RunVoid|Fault)\\b")))
+          << entry.path() << ": " << match->str();
+      ++helpers;
+    }
+  }
+  EXPECT_GT(helpers, 0);
 }
 
 TEST(CliReference, EveryCommandStandsInTheManual) {
@@ -51,6 +95,21 @@ TEST(CliReference, EveryCommandStandsInTheManual) {
   for (const auto& command : TvCommands().commands) {
     EXPECT_NE(manual.find("`" + UsageLine(command) + "`"), std::string::npos) << UsageLine(command);
   }
+}
+
+TEST(CliReference, WhatTheHelpTellsOfACommandStandsInTheManual) {
+  const std::string manual = Content(SOURCE / "docs/tv.md");
+  for (const auto& command : TvCommands().commands) {
+    std::string details = command.details;
+    std::replace(details.begin(), details.end(), '\n', ' ');
+    EXPECT_NE(manual.find(details), std::string::npos) << command.path << ": " << details;
+  }
+}
+
+TEST(CliReference, AResetThatOnlyCountsIsNotSaidToRestart) {
+  const std::string help = Help(TvCommands(), "reset");
+  EXPECT_NE(help.find("takes effect at the daemon's next start"), std::string::npos);
+  EXPECT_EQ(help.find("restart"), std::string::npos);
 }
 
 TEST(CliReference, EveryOptionStandsInTheManual) {

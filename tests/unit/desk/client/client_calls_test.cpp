@@ -21,7 +21,9 @@
 #include <string>
 #include <vector>
 
+#include "common/faults.h"
 #include "common/json.h"
+#include "support/files.h"
 #include "television_stand_in.h"
 
 namespace {
@@ -195,6 +197,19 @@ TEST_F(ClientCalls, TheLengthOfAMountCommandCounts) {
   EXPECT_EQ(PS_Umount("/mntXXX", 4, 0, &result), 0);
   EXPECT_EQ(result, 16);
   EXPECT_EQ(Asked("mount.umount"), R"({"path":"/mnt"})");
+}
+
+TEST_F(ClientCalls, AMountThatIsOrderedToFailDoesNotReachTheServiceAndLeavesTheResult) {
+  const support::TempDir directory;
+  desk::FaultTable faults(directory / "faults", true);
+  setenv("TV_FAULTS", (directory / "faults").c_str(), 1);
+  faults.Add({"PS_Mount", 32, 0, 0});
+  faults.Add({"PS_Umount", std::nullopt, 0, 0});
+  int result = 77;
+  EXPECT_EQ(PS_Mount("-o loop a b", 11, 0, &result), 32);
+  EXPECT_EQ(PS_Umount("/mnt", 4, 0, &result), -1);
+  EXPECT_EQ(result, 77);
+  EXPECT_EQ(Asked("mount.mount") + Asked("mount.umount"), "(nothing)(nothing)");
 }
 
 TEST_F(ClientCalls, TheWebAppListIsOneArrayWithZeroedFields) {

@@ -96,6 +96,12 @@ TEST_F(ClientJournal, TheThreadIsNamed) {
   EXPECT_EQ(Entries().at(0)["thread"].asString(), "a-task");
 }
 
+TEST_F(ClientJournal, TheFirstThreadIsMainWhateverTheProgramIsCalled) {
+  pthread_setname_np(pthread_self(), "program");
+  vconf_set_int("k", 1);
+  EXPECT_EQ(Entries().at(0)["thread"].asString(), "main");
+}
+
 TEST_F(ClientJournal, NumbersGoOnAfterTheGreatestOfTheFile) {
   support::WriteFile(m_path,
                      "{\"seq\":7,\"call\":\"b\"}\n{\"seq\":41,\"args\":[\"{\\\"seq\\\":99\"]}\n"

@@ -91,6 +91,46 @@ TEST_F(Bus, AMegabyteGoesThrough) {
   EXPECT_EQ(Call("echo", request), request);
 }
 
+TEST_F(Bus, WhatIsToldArrivesInOrderWithTheCallsAndIsNotAnswered) {
+  std::vector<int> numbers;
+  const auto note = [&numbers](const Json::Value& request, const Caller&) {
+    numbers.push_back(request["number"].asInt());
+    return Json::Value();
+  };
+  m_router->Add("note", note);
+  Do([this] {
+    for (int number = 1; number < 4; ++number) {
+      Json::Value request;
+      request["number"] = number;
+      number == 2 ? static_cast<void>(m_client->Call("note", request))
+                  : m_client->Tell("note", request);
+    }
+  });
+  RunUntil([&numbers] { return numbers.size() == 3; }, "the third note");
+  EXPECT_EQ(numbers, (std::vector<int>{1, 2, 3}));
+}
+
+TEST_F(Bus, ToldOfSomethingUnknownTheTelevisionGoesOn) {
+  m_router->Add("echo", [](const Json::Value& request, const Caller&) { return request; });
+  Do([this] { m_client->Tell("no.such", Json::Value()); });
+  EXPECT_EQ(Call("echo", Json::Value()), Json::Value(Json::objectValue));
+}
+
+TEST_F(Bus, NothingCanBeToldToATelevisionThatIsGone) {
+  m_router.reset();
+  m_bus.reset();
+  EXPECT_TRUE(WaitFor(
+      [this] {
+        try {
+          m_client->Tell("note", Json::Value());
+        } catch (const DeskError& e) {
+          return e.Code() == DeskError::NoTv;
+        }
+        return false;
+      },
+      "the end of the connection"));
+}
+
 TEST_F(Bus, AFailureComesWithItsCodeAndText) {
   m_router->Add("fail", [](const Json::Value&, const Caller&) -> Json::Value {
     throw DeskError(DeskError::NotFound, "no such thing: look elsewhere");

@@ -113,6 +113,52 @@ TEST_F(Faults, AFullTableRefusesAnotherOrder) {
   EXPECT_THROW(m_table.Add(Order("one", std::nullopt, 0, 0)), DeskError);
 }
 
+TEST_F(Faults, AnOrderThatIsUsedUpMakesRoomInAFullTable) {
+  for (std::size_t i = 0; i < FaultTable::CAPACITY; ++i) {
+    m_table.Add(Order("call" + std::to_string(i), std::nullopt, 1, 0));
+  }
+  EXPECT_TRUE(m_table.Check("call7", USUAL));
+  m_table.Add(Order("one", 5, 1, 1));
+  EXPECT_FALSE(m_table.Check("one", USUAL));
+  EXPECT_EQ(m_table.Check("one", USUAL), 5);
+  EXPECT_FALSE(m_table.Check("call7", USUAL));
+  EXPECT_TRUE(m_table.Check("call8", USUAL));
+  EXPECT_EQ(m_table.List().size(), FaultTable::CAPACITY - 2);
+}
+
+TEST_F(Faults, OrdersKeepTheirOrderInTheRoomOfOthers) {
+  m_table.Add(Order("first", std::nullopt, 1, 0));
+  m_table.Add(Order("vconf_get_int", 1, 1, 0));
+  m_table.Check("first", USUAL);
+  m_table.Add(Order("vconf_get_int", 2, 1, 0));
+  const std::vector<Fault> list = m_table.List();
+  ASSERT_EQ(list.size(), 2U);
+  EXPECT_EQ(list[0].result, 1);
+  EXPECT_EQ(list[1].result, 2);
+  EXPECT_EQ(m_table.Check("vconf_get_int", USUAL), 1);
+  EXPECT_EQ(m_table.Check("vconf_get_int", USUAL), 2);
+}
+
+// A place whose order was taken back may have uses left for those that have looked at it already.
+TEST_F(Faults, AnOrderThatWasTakenBackDoesNotFailTheCallOfTheNextOne) {
+  std::atomic<bool> stop{false};
+  std::atomic<int> failed{0};
+  std::thread bystander([&] {
+    while (!stop.load()) {
+      failed += m_table.Check("bystander", USUAL).has_value() ? 1 : 0;
+    }
+  });
+  for (int i = 0; i < 50000; ++i) {
+    m_table.Add(Order("another call", std::nullopt, 0, 0));
+    m_table.Clear();
+    m_table.Add(Order("bystander", std::nullopt, 0, INT32_MAX));
+    m_table.Clear();
+  }
+  stop.store(true);
+  bystander.join();
+  EXPECT_EQ(failed.load(), 0);
+}
+
 TEST_F(Faults, ANameThatIsTooLongOrMissingIsRefused) {
   EXPECT_THROW(m_table.Add(Order(std::string(96, 'x'), std::nullopt, 0, 0)), DeskError);
   EXPECT_THROW(m_table.Add(Order("", std::nullopt, 0, 0)), DeskError);

@@ -98,6 +98,29 @@ TEST_F(Launching, NothingElseCanBeWritten) {
   EXPECT_FALSE(support::Exists(m_paths.Package("org.other") + "/x"));
 }
 
+TEST_F(Launching, OfTheTvsOwnFilesOnlyTheFaultTableTheLogAndTheJournalCanBeWritten) {
+  support::WriteFile(m_paths.Address(), "address\n");
+  support::WriteFile(m_paths.Faults(), "faults\n");
+  support::WriteFile(m_paths.TvLog(), "of the TV\n");
+  Script(
+      "cd /run/tv-desk\n"
+      "for file in address bus lock x log/x log/desk-tv.log log/daemon-output.log; do\n"
+      "  { echo lies >> $file; } 2> /dev/null && echo wrote $file\n"
+      "  rm -f $file 2> /dev/null && [ -e $file ] || true\n"
+      "done\n"
+      "echo 1 >> $TV_LOG; echo 2 >> $TV_JOURNAL; echo 3 >> $TV_FAULTS; cat address");
+  EXPECT_EQ(Run(), "address\n");
+  EXPECT_EQ(support::ReadFile(m_paths.DaemonLog()), "1\n");
+  EXPECT_EQ(support::ReadFile(m_paths.Journal()), "2\n");
+  EXPECT_EQ(support::ReadFile(m_paths.TvLog()), "of the TV\n");
+}
+
+TEST_F(Launching, ALogThatCannotBeMadeDoesNotKeepTheDaemonFromItsWork) {
+  support::MakeDirectories(m_paths.DaemonLog());
+  Script("echo works");
+  EXPECT_EQ(Run(), "works\n");
+}
+
 TEST_F(Launching, APackageCanBeRead) {
   support::WriteFile(m_paths.Package("org.other") + "/res/file", "content\n");
   Script("cat /opt/usr/apps/org.other/res/file");

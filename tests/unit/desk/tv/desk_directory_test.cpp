@@ -86,6 +86,18 @@ TEST_F(Directory, AppsThatAKilledTvLeftAreEnded) {
   EXPECT_NE(support::ReadFile(m_dir / "log").find("1 processes"), std::string::npos);
 }
 
+TEST_F(Directory, TemporaryFilesThatAKilledTvLeftAreGoneAndNothingElseIs) {
+  DeskDirectory directory(m_paths);
+  TvLog log(m_dir / "log");
+  support::WriteFile(m_paths.Tmp() + "/hbb_ready", "");
+  support::WriteFile(m_paths.Tmp() + "/deep/file", "");
+  support::WriteFile(m_paths.DaemonData() + "/hbb_boost", "");
+  directory.ClearLeftovers(log);
+  EXPECT_TRUE(Exists(m_paths.Tmp()));
+  EXPECT_TRUE(support::ListTree(m_paths.Tmp()).empty());
+  EXPECT_TRUE(Exists(m_paths.DaemonData() + "/hbb_boost"));
+}
+
 TEST_F(Directory, AppsOfAnotherTvAreLeftAlone) {
   const pid_t app = StartApp(DeskPaths(m_dir / "tv2"));
   EXPECT_EQ(KillStrayApps(m_paths), 0);

@@ -54,6 +54,11 @@ TEST(TvOptions, AValueMayFollowAnEqualsSign) {
   EXPECT_EQ(options.speed, 2);
 }
 
+TEST(TvOptions, NumbersAreReadAsTheCommandLineOfTheUserReadsThem) {
+  EXPECT_EQ(Parse({"--root", "/x", "--speed", "010"}).speed, 10);
+  EXPECT_EQ(Parse({"--root", "/x", "--speed", "0x10"}).speed, 16);
+}
+
 TEST(TvOptions, WhatIsWrongIsAUsageErrorThatNamesIt) {
   EXPECT_EQ(ErrorOf({"--root", "/x", "--speed", "0"}),
             "Usage: --speed takes a number from 1 to 100000, not \"0\": see desk-tv --help");

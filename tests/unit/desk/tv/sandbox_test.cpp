@@ -80,13 +80,25 @@ TEST(Sandbox, TheDaemonRunsFromAPlaceThatNothingHides) {
   EXPECT_EQ(arguments.back(), "/run/tv-programs/orv-enabler");
 }
 
-TEST(Sandbox, LogsLieOverTheRunDirectory) {
+TEST(Sandbox, LogsLieOverTheRunDirectoryAndBothCanOnlyBeRead) {
   const auto arguments = SandboxArguments(Plan());
-  const std::vector<std::string> run = {"--bind", "/var/tmp/tv/run", "/run/tv-desk"};
-  const std::vector<std::string> log = {"--bind", "/var/tmp/tv/log", "/run/tv-desk/log"};
+  const std::vector<std::string> run = {"--ro-bind", "/var/tmp/tv/run", "/run/tv-desk"};
+  const std::vector<std::string> log = {"--ro-bind", "/var/tmp/tv/log", "/run/tv-desk/log"};
   ASSERT_TRUE(Has(arguments, run));
   ASSERT_TRUE(Has(arguments, log));
   EXPECT_LT(At(arguments, run), At(arguments, log));
+}
+
+TEST(Sandbox, TheFaultTableTheLogAndTheJournalCanBeWritten) {
+  const auto arguments = SandboxArguments(Plan());
+  const long log = At(arguments, {"--ro-bind", "/var/tmp/tv/log", "/run/tv-desk/log"});
+  for (const auto& [path, inside] : std::vector<std::pair<std::string, std::string>>{
+           {"/var/tmp/tv/run/faults", "/run/tv-desk/faults"},
+           {"/var/tmp/tv/log/daemon.log", "/run/tv-desk/log/daemon.log"},
+           {"/var/tmp/tv/log/journal.jsonl", "/run/tv-desk/log/journal.jsonl"}}) {
+    ASSERT_TRUE(Has(arguments, {"--bind-try", path, inside})) << path;
+    EXPECT_LT(log, At(arguments, {"--bind-try", path, inside})) << path;
+  }
 }
 
 TEST(Sandbox, VariablesAreSetInsideEmptyOnesToo) {

@@ -163,6 +163,17 @@ TEST_F(Supervision, ADaemonThatWasKilledIsStartedAgainAndCounted) {
   EXPECT_EQ(m_router.Events("daemon")[2].body["reason"].asString(), "signal 9 (Killed)");
 }
 
+TEST_F(Supervision, TheReasonOfTheLastEndStaysWhileTheNextDaemonRuns) {
+  Make();
+  StartAndBeReady();
+  EXPECT_EQ(m_supervisor->Describe()["reason"].asString(), "");
+  m_router.Call("daemon.kill");
+  RunUntil("the second daemon", [this] { return m_launches == 2; });
+  Ready();
+  EXPECT_EQ(State(), "ready");
+  EXPECT_EQ(m_supervisor->Describe()["reason"].asString(), "signal 9 (Killed)");
+}
+
 TEST_F(Supervision, KillingWhatDoesNotRunIsNotFound) {
   Make();
   EXPECT_THROW(m_router.Call("daemon.kill"), DeskError);
