@@ -2,11 +2,21 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "app_info/AppInfoCache.h"
 
+#include <algorithm>
+#include <atomic>
+
 #include "common/Log.h"
 #include "common/ORVConstants.h"
 
 AppInfoCache* AppInfoCache::GetInstance() {
-  static AppInfoCache* const s_pInstance = new AppInfoCache;
+  static std::atomic<AppInfoCache*> s_pInstance{nullptr};
+  if (s_pInstance == nullptr) {
+    // No lock, and yet the scheduler's thread may come here while the store is being opened: the
+    // first instance stays, owned by the process and never deleted.
+    auto* const pInstance = new AppInfoCache();
+    AppInfoCache* pFirst = nullptr;
+    if (!s_pInstance.compare_exchange_strong(pFirst, pInstance)) delete pInstance;
+  }
   return s_pInstance;
 }
 
@@ -60,7 +70,14 @@ AppInfo* AppInfoCache::GetAppInfo(const std::string& rPackageID) {
   return iter->second;
 }
 
+bool AppInfoCache::HasAppInfo(const AppInfo* pAppInfo) {
+  std::lock_guard<std::recursive_mutex> lock(m_mutexAppList);
+  return std::any_of(m_mapAppList.begin(), m_mapAppList.end(),
+                     [pAppInfo](const auto& rEntry) { return rEntry.second == pAppInfo; });
+}
+
 void AppInfoCache::GetAppIDList(std::vector<std::string>& rList) const {
+  rList.reserve(rList.size() + m_mapAppList.size());
   for (const auto& rEntry : m_mapAppList) rList.push_back(rEntry.first);
 }
 

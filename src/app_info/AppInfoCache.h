@@ -37,6 +37,9 @@ class AppInfoCache {
   AppInfo* RemoveAppInfo(const std::string& rPackageID);
   /// Null if there is none. The cache's entry keeps no claim on the result.
   AppInfo* GetAppInfo(const std::string& rPackageID);
+  /// Whether this is a record of the cache. The address is only compared, so the record may have
+  /// been destroyed.
+  bool HasAppInfo(const AppInfo* pAppInfo);
   /// Appends every package id in ascending order. Takes no lock: a snapshot whose ids may be gone.
   void GetAppIDList(std::vector<std::string>& rList) const;
   /// Appends the package ids whose record has a non-empty value of that type. Takes no lock either.

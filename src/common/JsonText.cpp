@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "common/JsonText.h"
 
+#include <iterator>
+
 // The library calls these two classes deprecated, but their successors print and accept another
 // form, and what is stored and handed over must not change.
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
@@ -21,10 +23,10 @@ bool Parse(const std::string& rText, Json::Value& rRoot, std::string* pErrors) {
 }
 
 bool Parse(std::istream& rStream, Json::Value& rRoot, std::string* pErrors) {
-  Json::Reader reader;
-  if (reader.parse(rStream, rRoot, true)) return true;
-  if (pErrors != nullptr) *pErrors = reader.getFormattedErrorMessages();
-  return false;
+  // The library's own reading of a stream gives its text back before it is asked for the
+  // explanation, which looks into that text.
+  const std::string sText(std::istreambuf_iterator<char>(rStream), {});
+  return Parse(sText, rRoot, pErrors);
 }
 
 }  // namespace JsonText

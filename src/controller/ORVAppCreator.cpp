@@ -3,6 +3,7 @@
 #include "controller/ORVAppCreator.h"
 
 #include <algorithm>
+#include <atomic>
 
 #include "app_info/AppInfoCache.h"
 #include "app_info/ORVAppInfo.h"
@@ -16,7 +17,10 @@
 std::vector<std::string> ORVAppCreator::s_vSupportedAppTypes;
 
 ORVAppCreator* ORVAppCreator::GetInstance() {
-  static ORVAppCreator* const s_pInstance = new ORVAppCreator;
+  static std::atomic<ORVAppCreator*> s_pInstance{nullptr};
+  if (s_pInstance == nullptr) {
+    s_pInstance = new ORVAppCreator();  // owned by the process, never deleted
+  }
   return s_pInstance;
 }
 

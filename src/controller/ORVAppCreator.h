@@ -35,7 +35,7 @@ enum UpdateResult {
 /// nothing is retried: a failure is a log line and a false.
 class ORVAppCreator {
  public:
-  /// Created on the first call and never destroyed. The creation registers the
+  /// Created on the first call, without a lock, and never destroyed. The creation registers the
   /// types, forgets all records after a reset of the TV, and opens the store.
   static ORVAppCreator* GetInstance();
 

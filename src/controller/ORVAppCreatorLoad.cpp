@@ -2,6 +2,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <json/json.h>
 
+#include <stdexcept>
+#include <utility>
+
 #include "app_info/AppInfoCache.h"
 #include "common/JsonText.h"
 #include "common/Log.h"
@@ -10,12 +13,20 @@
 
 namespace {
 
+/// What is neither an object nor null has no members to ask for: a row of another program's making.
+void RequireObject(const Json::Value& rValue) {
+  if (!rValue.isObject() && !rValue.isNull()) throw std::invalid_argument("no JSON object");
+}
+
 MetadataMap ToMetadataMap(const Json::Value& rRoot) {
+  RequireObject(rRoot);
   MetadataMap metadata;
-  for (const std::string& rType : rRoot.getMemberNames()) {
-    const Json::Value& rEntries = rRoot[rType];
-    for (const std::string& rKey : rEntries.getMemberNames()) {
-      metadata[rType].emplace(rKey, rEntries[rKey].asString());
+  for (auto type = rRoot.begin(); type != rRoot.end(); ++type) {
+    RequireObject(*type);
+    if (type->empty()) continue;
+    auto& rEntries = metadata[type.name()];
+    for (auto entry = type->begin(); entry != type->end(); ++entry) {
+      rEntries.emplace_hint(rEntries.end(), entry.name(), entry->asString());
     }
   }
   return metadata;
@@ -30,9 +41,11 @@ void ORVAppCreator::LoadAndCreateAppInfo() {
     return;
   }
   try {
-    for (auto& rEntry : rows) {
+    while (!rows.empty()) {
       // The rows behind a broken one are not loaded, but stay in the store. Settled behaviour.
-      if (!CreateAppInfoFromRow(rEntry.second)) return;
+      if (!CreateAppInfoFromRow(rows.begin()->second)) return;
+      // Its memory serves the next record.
+      rows.erase(rows.begin());
     }
   } catch (const std::exception&) {
     ORV_LOG_DEBUG("[Debug] Exception Caught.");
@@ -41,11 +54,11 @@ void ORVAppCreator::LoadAndCreateAppInfo() {
 
 bool ORVAppCreator::CreateAppInfoFromRow(std::map<std::string, std::string>& rRow) {
   AppBaseInfo info;
-  info.m_sPackageID = rRow["package_id"];
-  info.m_sAppID = rRow["app_id"];
-  info.m_sWidgetID = rRow["widget_id"];
-  info.m_sServiceID = rRow["service_id"];
-  info.m_sVersion = rRow["version"];
+  info.m_sPackageID = std::move(rRow["package_id"]);
+  info.m_sAppID = std::move(rRow["app_id"]);
+  info.m_sWidgetID = std::move(rRow["widget_id"]);
+  info.m_sServiceID = std::move(rRow["service_id"]);
+  info.m_sVersion = std::move(rRow["version"]);
 
   const std::string& rVariables = rRow["variables"];
   Json::Value root;

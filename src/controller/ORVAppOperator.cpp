@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "controller/ORVAppOperator.h"
 
-#include <algorithm>
 #include <atomic>
 #include <exception>
 #include <stdexcept>
@@ -33,19 +32,23 @@ void RunOneApp(const std::string& rPackageID) try {
   ORV_LOG_ERROR("[ERROR] exception : %s", e.what());
 }
 
-/// A record may have been destroyed while it waited; its address is only compared here.
-bool IsCached(const AppInfo* pAppInfo) {
-  std::vector<std::string> vPackageIDs;
-  AppInfoCache::GetInstance()->GetAppIDList(vPackageIDs);
-  return std::any_of(vPackageIDs.begin(), vPackageIDs.end(), [pAppInfo](const std::string& rID) {
-    return AppInfoCache::GetInstance()->GetAppInfo(rID) == pAppInfo;
-  });
+void StopOneApp(const std::string& rPackageID) try {
+  AppInfo* pAppInfo = AppInfoCache::GetInstance()->GetAppInfo(rPackageID);
+  if (pAppInfo != nullptr) {
+    pAppInfo->StopOperation();
+  }
+} catch (const std::exception& e) {
+  ORV_LOG_ERROR("[ERROR] exception : %s", e.what());
 }
 
-void SetWidgetIDAndRun(AppInfo* pAppInfo, const std::string& rWidgetID) {
+/// An exception ends here: the record has its widget id, and its wait must end as well, or the id
+/// of another app would be taken for its own.
+void SetWidgetIDAndRun(AppInfo* pAppInfo, const std::string& rWidgetID) try {
   pAppInfo->m_sWidgetID = rWidgetID;
   AppInfoCache::GetInstance()->UpdateAppInfo(pAppInfo->m_sPackageID, pAppInfo);
   pAppInfo->RunOperation(false);
+} catch (const std::exception& e) {
+  ORV_LOG_ERROR("[ERROR] exception : %s", e.what());
 }
 
 }  // namespace
@@ -102,12 +105,8 @@ void ORVAppOperator::RunValidationTesting() {
     return;
   }
   for (const auto& [rPackageID, bGone] : mapApps) {
-    if (!bGone) {
-      continue;
-    }
-    AppInfo* pAppInfo = AppInfoCache::GetInstance()->GetAppInfo(rPackageID);
-    if (pAppInfo != nullptr) {
-      pAppInfo->StopOperation();
+    if (bGone) {
+      StopOneApp(rPackageID);
     }
   }
 }
@@ -119,7 +118,8 @@ void AppInstalledCallback(keynode_t* keynode, void* user_data) try {
   }
   ORV_LOG_DEBUG("[Debug] sWidgetID = %s", pWidgetID);
   auto* pAppInfo = static_cast<AppInfo*>(user_data);
-  if (IsCached(pAppInfo)) {
+  // The record may have been destroyed while it waited.
+  if (AppInfoCache::GetInstance()->HasAppInfo(pAppInfo)) {
     SetWidgetIDAndRun(pAppInfo, pWidgetID);
   }
   vconf_ignore_key_changed(VCONFKEY_WAS_APP_INSTALL.c_str(), AppInstalledCallback);

@@ -30,7 +30,8 @@ class ORVAppOperator {
   void RunAllApps(std::vector<std::string>& rPackageIDs);
   /// Every record runs twice, one whole pass after the other.
   void RunInstalledApps();
-  /// Stops the apps that the web-app service holds as gone.
+  /// Stops the apps that the web-app service holds as gone. A record that throws is logged and does
+  /// not keep the others from their stop.
   void RunValidationTesting();
 
  private:

@@ -198,7 +198,7 @@ void ORVInstaller::m_OnHbbtvStatusChanged() {
   // The boost flag stays, unlike when the timer releases the first screen; that is wanted.
   CreateFlagFile(HBB_READY_FILE);
   LaunchFirstScreen();
-  m_bFirstScreenRun = true;
+  m_bFirstScreenRun = true;  // for a change that is under way already
   vconf_ignore_key_changed(VCONFKEY_HBBTV_STATUS.c_str(), vconf_hbbtv_status_cb);
 }
 

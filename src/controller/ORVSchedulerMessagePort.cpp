@@ -4,6 +4,7 @@
 #include <ctime>
 #include <exception>
 #include <memory>
+#include <utility>
 
 #include "app_info/AppInfoCache.h"
 #include "common/Log.h"
@@ -78,10 +79,11 @@ const std::string& RunSetExpirationTime(const std::string& remoteAppID,
   return SCHEDULER_RESULT_INVALID_PARAMETERS;
 }
 
-void SendReply(const char* pRemoteAppID, const char* pRemotePort, bundle* pReply,
+void SendReply(const char* pRemoteAppID, const char* pRemotePort, BundlePtr pReply,
                const std::string& rResult) {
-  bundle_add_str(pReply, SCHEDULER_RESULT.c_str(), rResult.c_str());
-  const int ret = message_port_send_message(pRemoteAppID, pRemotePort, pReply);
+  bundle_add_str(pReply.get(), SCHEDULER_RESULT.c_str(), rResult.c_str());
+  const int ret = message_port_send_message(pRemoteAppID, pRemotePort, pReply.get());
+  pReply.reset();
   if (ret != 0) {
     ORV_LOG_DEBUG("[Debug] message_port_send_message() failed : %d", ret);
   }
@@ -113,7 +115,7 @@ void MessagePortCommandCallback(int /*local_port_id*/, const char* remote_app_id
   BundlePtr pReply(bundle_create());
   const auto itCommand = s_mapCommands.find(params[SCHEDULER_COMMAND]);
   if (itCommand == s_mapCommands.end()) {
-    SendReply(remote_app_id, remote_port, pReply.get(), SCHEDULER_RESULT_INVALID_PARAMETERS);
+    SendReply(remote_app_id, remote_port, std::move(pReply), SCHEDULER_RESULT_INVALID_PARAMETERS);
     return;
   }
   params.erase(SCHEDULER_COMMAND);
@@ -125,7 +127,7 @@ void MessagePortCommandCallback(int /*local_port_id*/, const char* remote_app_id
     static_cast<void>(pReply.release());
     return;
   }
-  SendReply(remote_app_id, remote_port, pReply.get(), rResult);
+  SendReply(remote_app_id, remote_port, std::move(pReply), rResult);
 } catch (const std::exception& e) {
   ORV_LOG_ERROR("[ERROR] exception : %s", e.what());
 }

@@ -12,7 +12,7 @@ namespace TimeUtils {
 /// the fault counts, the rest is zero. Sets the time zone of the whole process to UTC.
 time_t GetEpochTime(const std::string& rTime);
 
-/// pTime must not be null. Uses the C library's shared broken-down time, unlocked.
+/// pTime must not be null. Empty for a time whose year no int holds. Callable from any thread.
 std::string GetUTCTimeString(const time_t* pTime);
 
 }  // namespace TimeUtils

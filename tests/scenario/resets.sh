@@ -13,8 +13,13 @@ fill() {
   tv pkg install "$work/a.wgt"
   reached "stored and fed" '(.store | length == 1) and (.channels | length == 1)'
 }
+banner='{"CustomBanner":{"app_id":"resetapp01.App"}}'
 for kind in factory service; do
   fill
+  mkdir -p "$HBBTV/resetapp01" "$METADATA/resetapp01"
+  echo list >"$HBBTV/resetapp01/app_type_file.txt"
+  echo channels >"$METADATA/resetapp01/channel.json"
+  tv key set -t string db/orv_channel/custom_ui_type "$banner"
   tv reset "$kind"
   holds "$kind: nothing happens before the next start" '.store | length == 1'
   forget_log
@@ -23,6 +28,9 @@ for kind in factory service; do
   logged "$kind: and named" "[Debug] Factory Reset"
   holds "$kind: the store is empty" '.store | length == 0'
   holds "$kind: the channels are left to the framework" '.channels | length == 1'
+  equal "$kind: the unpacked data is left" list "$(cat "$HBBTV/resetapp01/app_type_file.txt")"
+  equal "$kind: and so is the metadata" channels "$(cat "$METADATA/resetapp01/channel.json")"
+  equal "$kind: and the announcement of the custom UIs" "$banner" "$(tv key get -r db/orv_channel/custom_ui_type)"
   forget_log
   tv daemon restart
   silent "$kind: once is enough" "[Debug] Factory Reset"

@@ -4,6 +4,7 @@
 
 #include <exception>
 
+#include "app_info/app_type/ChFeederTypes.h"
 #include "common/Log.h"
 #include "common/ORVConstants.h"
 #include "utils/PackagedData.h"
@@ -71,8 +72,8 @@ void ChFeederCustom::UpdateOperation() {
     FileSystemUtils::InstallPackagedData(m_sPackageID, m_sWidgetID, APP_TYPE_CH_FEEDER_CUSTOM,
                                          PACKAGED_TYPE_HBBTV_APP, false);
   } else {
-    FileSystemUtils::UninstallPackagedData(m_sPackageID, APP_TYPE_CH_FEEDER_CUSTOM,
-                                           PACKAGED_TYPE_HBBTV_APP);
+    ChFeederTypes::UninstallPackagedData(m_sPackageID, APP_TYPE_CH_FEEDER_CUSTOM,
+                                         PACKAGED_TYPE_HBBTV_APP);
   }
   // The applied value stays as it is: callers rely on it.
   m_UpdatableAppType.second.clear();

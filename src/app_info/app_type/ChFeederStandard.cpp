@@ -6,6 +6,7 @@
 
 #include <exception>
 
+#include "app_info/app_type/ChFeederTypes.h"
 #include "common/JsonText.h"
 #include "common/Log.h"
 #include "common/ORVConstants.h"
@@ -82,7 +83,7 @@ void ChFeederStandard::UpdateOperation() {
   const int iNewType = GetPackagedDataType(true);
   if (iOldType != 0) {
     ORV_LOG_INFO("[Info] FileSystemUtils::UninstallPackagedData");
-    FileSystemUtils::UninstallPackagedData(m_sPackageID, APP_TYPE_CH_FEEDER_STANDARD, iOldType);
+    ChFeederTypes::UninstallPackagedData(m_sPackageID, APP_TYPE_CH_FEEDER_STANDARD, iOldType);
   }
   if (iNewType != 0) {
     ORV_LOG_INFO("[Info] FileSystemUtils::InstallPackagedData");

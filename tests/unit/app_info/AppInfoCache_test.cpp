@@ -226,6 +226,30 @@ TEST_F(AppInfoCacheTest, TheEmptyPackageIdIsFoundOnlyWhenEntered) {
   EXPECT_EQ(m_cache.GetAppInfo(""), record.get());
 }
 
+TEST_F(AppInfoCacheTest, ARecordIsFoundByItsAddressSilently) {
+  const auto first = MakeApp("a");
+  const auto second = MakeApp("b");
+  m_cache.AddAppInfo("a", first.get(), false);
+  m_cache.AddAppInfo("b", second.get(), false);
+  fake::ClearLog();
+  EXPECT_TRUE(m_cache.HasAppInfo(first.get()));
+  EXPECT_TRUE(m_cache.HasAppInfo(second.get()));
+  EXPECT_THAT(fake::LogTexts(), IsEmpty());
+}
+
+TEST_F(AppInfoCacheTest, AnAddressThatNoRecordHasIsNotFoundSilently) {
+  const auto replaced = MakeApp("a");
+  const auto record = MakeApp("a");
+  m_cache.AddAppInfo("a", replaced.get(), false);
+  m_cache.AddAppInfo("a", record.get(), false);
+  EXPECT_FALSE(m_cache.HasAppInfo(replaced.get()));
+  EXPECT_FALSE(m_cache.HasAppInfo(nullptr));
+  m_cache.RemoveAppInfo("a");
+  fake::ClearLog();
+  EXPECT_FALSE(m_cache.HasAppInfo(record.get()));
+  EXPECT_THAT(fake::LogTexts(), IsEmpty());
+}
+
 TEST_F(AppInfoCacheTest, AnEmptyCacheLeavesTheListAsItWas) {
   std::vector<std::string> ids = {"kept"};
   m_cache.GetAppIDList(ids);

@@ -130,6 +130,14 @@ TEST_F(AppInfoDBFile, AnEmptyFileIsRemovedAndMadeAnew) {
   ExpectUsable(db);
 }
 
+TEST_F(AppInfoDBFile, AReplacedFileIsClosedBeforeTheNewOneIsOpened) {
+  MakeTable("service_id TEXT", "other_name TEXT");
+  AppInfoDB db;
+  db.OpenDB();
+  ASSERT_THAT(fake::LogTexts(), HasLog(kRestore));
+  EXPECT_EQ(records::OpenCount(), 1);
+}
+
 TEST_F(AppInfoDBFile, AFileThatIsNoDatabaseIsReplaced) {
   WriteFile(StorePath(), std::string(5000, 'x'));
   AppInfoDB db;
@@ -397,8 +405,10 @@ TEST_F(AppInfoDBFile, RemovingTheFileClosesTheDatabase) {
   StoreRow("a", "null\n");
   AppInfoDB db;
   db.OpenDB();
+  ASSERT_EQ(records::OpenCount(), 1);
   db.RemoveDBFile();
   EXPECT_FALSE(support::Exists(StorePath()));
+  EXPECT_EQ(records::OpenCount(), 0);
   fake::ClearLog();
   ExpectRefusing(db);
   // Nothing was tried on a database.

@@ -334,24 +334,14 @@ TEST(AppInfoDB, WithoutADatabaseEveryStatementIsAFalse) {
               ElementsAre("[Info] start", "[Info] start", "[Info] start", "[Info] start"));
 }
 
-/// How often this process has the store's file open.
-int OpenCount() {
-  int count = 0;
-  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
-    std::error_code error;
-    if (std::filesystem::read_symlink(entry.path(), error) == records::StorePath()) ++count;
-  }
-  return count;
-}
-
 TEST(AppInfoDB, TheDestructorLetsGoOfTheFile) {
   records::MakeStoreDirectory();
   {
     AppInfoDB db;
     db.OpenDB();
-    ASSERT_EQ(OpenCount(), 1);
+    ASSERT_EQ(records::OpenCount(), 1);
   }
-  EXPECT_EQ(OpenCount(), 0);
+  EXPECT_EQ(records::OpenCount(), 0);
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <sqlite3.h>
 #include <tzplatform_config.h>
 
+#include <filesystem>
 #include <functional>
 #include <map>
 #include <memory>
@@ -107,6 +108,17 @@ inline Owned<Layer> MakeLayer(const std::string& package, const std::string& typ
 inline std::string StorePath() {
   return std::string(tzplatform_getenv(TZ_SYS_RW_APP)) +
          "/com.kalmora.tv.orv-enabler/data/appinfo.db";
+}
+
+/// How often this process has the store's file open, or one that has been removed from its place.
+inline int OpenCount() {
+  int count = 0;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+    std::error_code error;
+    const std::string target = std::filesystem::read_symlink(entry.path(), error);
+    if (target == StorePath() || target == StorePath() + " (deleted)") ++count;
+  }
+  return count;
 }
 
 inline void MakeStoreDirectory() {

@@ -3,12 +3,14 @@
 #include "common/JsonText.h"
 
 #include <gmock/gmock.h>
+#include <malloc.h>
 
 #include <sstream>
 
 namespace {
 
 using testing::HasSubstr;
+using testing::StartsWith;
 
 TEST(JsonText, AnObjectIsOneLineWithAscendingKeysAndAClosingNewline) {
   Json::Value value;
@@ -59,6 +61,17 @@ TEST(JsonText, AStreamIsReadToItsEnd) {
   EXPECT_FALSE(JsonText::Parse(bad, read, &errors));
   EXPECT_THAT(errors, HasSubstr("Line 1, Column 1"));
   EXPECT_FALSE(JsonText::Parse(bad, read));
+}
+
+TEST(JsonText, TheExplanationOfAStreamsFailureSpeaksOfItsText) {
+  std::istringstream bad("{\"" + std::string(5000, 'k') + "\":");
+  Json::Value read;
+  std::string errors;
+  // Memory that is given back is full of newlines, which a look into it would count as lines.
+  mallopt(M_PERTURB, '\n');
+  EXPECT_FALSE(JsonText::Parse(bad, read, &errors));
+  mallopt(M_PERTURB, 0);
+  EXPECT_THAT(errors, StartsWith("* Line 1, Column "));
 }
 
 TEST(JsonText, NestingWithoutEndIsAnException) {

@@ -3,6 +3,7 @@
 #include "controller/ORVAppCreator.h"
 
 #include "controller/ORVScheduler.h"
+#include "controller/allocations.h"
 #include "unit/controller/creator_fixture.h"
 
 namespace {
@@ -39,18 +40,6 @@ fake::WasApp MakeWasApp(const std::string& package, int gone = 0) {
 
 // The instance.
 
-TEST_F(ORVAppCreatorTest, TheInstanceKnowsTheFourTypes) {
-  EXPECT_FALSE(ORVAppCreator::IsSupportedAppType("ch_feeder_standard"));
-  Creator();
-  EXPECT_TRUE(ORVAppCreator::IsSupportedAppType("ch_feeder_standard"));
-  EXPECT_TRUE(ORVAppCreator::IsSupportedAppType("ch_feeder_custom"));
-  EXPECT_TRUE(ORVAppCreator::IsSupportedAppType("custom_ui_standard"));
-  EXPECT_TRUE(ORVAppCreator::IsSupportedAppType("custom_ui_extended"));
-  EXPECT_FALSE(ORVAppCreator::IsSupportedAppType("orv_app"));
-  EXPECT_FALSE(ORVAppCreator::IsSupportedAppType(""));
-  EXPECT_FALSE(ORVAppCreator::IsSupportedAppType("ch_feeder"));
-}
-
 TEST_F(ORVAppCreatorTest, ThereIsOneInstance) {
   EXPECT_EQ(ORVAppCreator::GetInstance(), ORVAppCreator::GetInstance());
 }
@@ -85,10 +74,33 @@ TEST_F(ORVAppCreatorTest, AResetLeavesTheOtherFilesAlone) {
             "{\"factory_reset_count\":2,\"service_reset_count\":0}\n");
 }
 
+TEST_F(ORVAppCreatorTest, AResetLeavesPackagedDataSettingsKeysAndChannelsAlone) {
+  const std::string shared = "/opt/usr/apps/com.kalmora.tv.orv-enabler/shared/data/";
+  const std::string banner = "{\"CustomBanner\":{\"app_id\":\"pkg.app\"}}\n";
+  support::WriteFile(shared + "hbbtv_app/pkg/app_type_file.txt", "list");
+  support::WriteFile(shared + "metadata/pkg/channel.json", "channels");
+  fake::StoreKey("db/orv_channel/custom_ui_type", banner);
+  fake::StoreKey("db/factory/service_reset_count", 1);
+  fake::AddChannel("{\"pkg_id\":\"pkg\"}");
+  StoreRow("pkg", kVariables);
+  Creator();
+  EXPECT_THAT(fake::LogTexts(), HasLog("[Debug] Factory Reset"));
+  EXPECT_THAT(support::ListTree(shared),
+              ElementsAre("hbbtv_app/", "hbbtv_app/pkg/", "hbbtv_app/pkg/app_type_file.txt",
+                          "metadata/", "metadata/pkg/", "metadata/pkg/channel.json"));
+  EXPECT_EQ(fake::StringKey("db/orv_channel/custom_ui_type"), banner);
+  EXPECT_THAT(fake::CallTexts({"vconf_set_str", "vconf_set_int"}), IsEmpty());
+  EXPECT_THAT(fake::Channels(), testing::SizeIs(1));
+  EXPECT_THAT(fake::ChannelRequests(), IsEmpty());
+}
+
 TEST_F(ORVAppCreatorTest, ATypeIsSupportedOnceHoweverOftenItIsNamed) {
-  Creator().AddSupportedAppType("twice");
-  Creator().AddSupportedAppType("twice");
-  EXPECT_TRUE(ORVAppCreator::IsSupportedAppType("twice"));
+  const std::string type = "a name that is too long to stand in a string without memory of its own";
+  Creator().AddSupportedAppType(type);
+  allocations::FailNext();
+  Creator().AddSupportedAppType(type);
+  EXPECT_TRUE(allocations::CancelFailure()) << "a second entry took memory";
+  EXPECT_TRUE(ORVAppCreator::IsSupportedAppType(type));
 }
 
 // Layers.
@@ -248,33 +260,6 @@ TEST_F(ORVAppCreatorTest, ARecordOfAnUnregisteredTypeStaysUndestroyed) {
   Creator().RemoveApp("pkg");
   EXPECT_THAT(Cached(), IsEmpty());
   EXPECT_EQ(record->m_sPackageID, "pkg");
-}
-
-// The daemon's own types.
-
-TEST_F(ORVAppCreatorTest, AFeederPackageBecomesARecordAndLeavesItsChannelOnRemoval) {
-  fake::AddPackage(MakePackage("pkg", {{TypeKey("ch_feeder_standard"), "standard"},
-                                       {DataKey("channel_data_url"), "http://x/ch"}}));
-  fake::AddWasApp(MakeWasApp("pkg"));
-  EXPECT_TRUE(Creator().CreateApp("pkg"));
-  AppInfo* record = Find("pkg");
-  ASSERT_NE(record, nullptr);
-  EXPECT_EQ(record->GetAppType(), "ch_feeder_standard");
-  EXPECT_EQ(record->m_sAppID, "pkg.app");
-  EXPECT_EQ(record->m_sWidgetID, "pkg-widget");
-  EXPECT_EQ(record->m_sVersion, "1.2.3");
-  EXPECT_EQ(record->GetMetadata("orv_data", "channel_data_url"), "http://x/ch");
-  Creator().RemoveApp("pkg");
-  ASSERT_THAT(fake::ChannelRequests(), testing::SizeIs(1));
-  EXPECT_EQ(fake::ChannelRequests()[0].operation, "RemoveAppInfo");
-}
-
-TEST_F(ORVAppCreatorTest, ACustomFeederTellsTheSchedulerWhenItIsRemoved) {
-  fake::AddPackage(MakePackage("pkg", {{TypeKey("ch_feeder_custom"), "standard"}}));
-  EXPECT_TRUE(Creator().CreateApp("pkg"));
-  Cache().AddSchedulingItem("pkg");
-  Creator().RemoveApp("pkg");
-  EXPECT_EQ(Cache().GetSchedulingListSize(), 0);
 }
 
 // Reconciliation with the web-app service.

@@ -7,6 +7,7 @@
 
 #include "controller/recording_app.h"
 #include "fake/control/fake.h"
+#include "support/files.h"
 #include "support/log_matchers.h"
 
 namespace {
@@ -168,6 +169,35 @@ TEST(ORVAppOperator, AnExceptionOfTheRunEndsInTheCallback) {
   fake::SetKey(kInstallKey, "widget");
   EXPECT_NO_THROW(fake::DeliverKeyChanges());
   EXPECT_THAT(fake::LogTexts(6), HasLog("[ERROR] exception : broken"));
+  EXPECT_EQ(fake::KeySubscriptions(kInstallKey), 0u);
+  fake::SetKey(kInstallKey, "widget-of-another-app");
+  EXPECT_EQ(fake::DeliverKeyChanges(), 0u);
+  EXPECT_EQ(app.m_sWidgetID, "widget");
+  EXPECT_THAT(RecordingApp::Operations(), ElementsAre("a.run(false)"));
+}
+
+TEST(ORVAppOperator, AnExceptionOfTheWriteEndsTheWaitToo) {
+  support::MakeDirectories("/opt/usr/apps/com.kalmora.tv.orv-enabler/data");
+  AppInfoCache::GetInstance()->OpenDB();
+  RecordingApp app("a", "");
+  app.SetReadHook([] { throw std::runtime_error("a cannot be read"); });
+  Operator().DoOperation("a", OPERATION_TYPE_RUN);
+  fake::SetKey(kInstallKey, "widget");
+  EXPECT_NO_THROW(fake::DeliverKeyChanges());
+  EXPECT_THAT(fake::LogTexts(6), ElementsAre("[ERROR] exception : a cannot be read"));
+  EXPECT_THAT(RecordingApp::Operations(), IsEmpty());
+  EXPECT_EQ(fake::KeySubscriptions(kInstallKey), 0u);
+}
+
+TEST(ORVAppOperator, TheKeyIsLetGoAfterTheRun) {
+  RecordingApp app("a", "");
+  std::size_t subscriptionsOfTheRun = 0;
+  app.SetHook([&] { subscriptionsOfTheRun = fake::KeySubscriptions(kInstallKey); });
+  Operator().DoOperation("a", OPERATION_TYPE_RUN);
+  fake::SetKey(kInstallKey, "widget");
+  fake::DeliverKeyChanges();
+  EXPECT_EQ(subscriptionsOfTheRun, 1u);
+  EXPECT_EQ(fake::KeySubscriptions(kInstallKey), 0u);
 }
 
 TEST(ORVAppOperator, RunAllAppsAppendsToTheListAndRunsItInOrder) {
@@ -220,6 +250,17 @@ TEST(ORVAppOperator, ValidationStopsOnlyAppsThatAreGone) {
   fake::AddWasApp({"no-record", "x.ui", "wx", 2, 1});
   Operator().RunValidationTesting();
   EXPECT_THAT(RecordingApp::Operations(), ElementsAre("b.stop"));
+}
+
+TEST(ORVAppOperator, ARecordThatCannotStopDoesNotKeepTheOthersFromTheirStop) {
+  RecordingApp a("a");
+  RecordingApp b("b");
+  a.Throw("a is broken");
+  fake::AddWasApp({"a", "a.ui", "wa", 2, 1});
+  fake::AddWasApp({"b", "b.ui", "wb", 2, 1});
+  EXPECT_NO_THROW(Operator().RunValidationTesting());
+  EXPECT_THAT(RecordingApp::Operations(), ElementsAre("a.stop", "b.stop"));
+  EXPECT_THAT(fake::LogTexts(6), ElementsAre("[ERROR] exception : a is broken"));
 }
 
 TEST(ORVAppOperator, AFailedListOfTheWebAppServiceStopsNothing) {

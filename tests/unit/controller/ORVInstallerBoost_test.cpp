@@ -54,6 +54,9 @@ TEST_F(BoostingApp, AsksForThePackageOfOneService) {
   EXPECT_TRUE(Installer().m_IsBoostingApp(kService));
   EXPECT_THAT(fake::CallNames(), ElementsAre("TVServiceAPI::CreateService",
                                              "TCService::FindService", "TVServiceAPI::Destroy"));
+  EXPECT_THAT(
+      fake::CallTexts({"TCService::FindService"}),
+      ElementsAre("TCService::FindService(12=" + std::to_string(kService) + " 179, 1) = 1"));
   EXPECT_EQ(fake::OpenHandles("TCService"), 0u);
 }
 
@@ -133,6 +136,15 @@ TEST_F(CurrentChannel, BoostsWhenItsAppDoes) {
   EXPECT_THAT(fake::CallTexts({"TVServiceAPI::CreateServiceNavigation"}),
               ElementsAre("TVServiceAPI::CreateServiceNavigation(1, 0) = 0"));
   EXPECT_EQ(fake::OpenHandles("TCServiceNavigation"), 0u);
+}
+
+TEST_F(CurrentChannel, IsAskedForInTheModeThatTheTvIsIn) {
+  AddBoostingService("true");
+  Tune(fake::MakeService(kService, "p"));
+  fake::SetTvMode(3, 4);
+  EXPECT_TRUE(Installer().m_IsBoostingAppOnCurrentCh());
+  EXPECT_THAT(fake::CallTexts({"TCServiceNavigation::GetCurrentServiceInfo"}),
+              ElementsAre("TCServiceNavigation::GetCurrentServiceInfo(3, 4, 12) = 1"));
 }
 
 TEST_F(CurrentChannel, AnotherLastServiceIsNoVirtualChannel) {
@@ -282,6 +294,15 @@ TEST_F(TimeTimer, ANewFlagIsEmptyWhateverAnEarlierAttemptLeft) {
   EXPECT_FALSE(Exists(BoostFlag() + "_dummy"));
 }
 
+TEST_F(TimeTimer, ANewFlagThatCouldNotBeOpenedIsRenamedAllTheSame) {
+  MakeCurrentChannelBoost();
+  support::MakeDirectories(BoostFlag() + "_dummy");
+  EXPECT_TRUE(Handle(1004));
+  EXPECT_THAT(fake::LogTexts(6), IsEmpty());
+  EXPECT_TRUE(Exists(BoostFlag()));
+  EXPECT_FALSE(Exists(BoostFlag() + "_dummy"));
+}
+
 TEST_F(TimeTimer, AStatusThatCameFirstDoesNotKeepTheFlagFromReleasing) {
   MakeBoostFlag();
   fake::SetKey(kStatusKey, 6);
@@ -339,6 +360,15 @@ TEST_F(HbbtvStatus, SixLaunchesTheFirstScreenOnce) {
   EXPECT_EQ(fake::KeySubscriptions(kStatusKey), 0u);
   SetStatus(6);
   EXPECT_THAT(LaunchedApps(), SizeIs(1));
+}
+
+TEST_F(HbbtvStatus, AChangeThatIsUnderWayDuringTheLaunchFindsTheQuestionClosed) {
+  SetStatus(6);
+  fake::ClearLog();
+  vconf_hbbtv_status_cb(nullptr, &Installer());
+  EXPECT_THAT(fake::LogTexts(),
+              ElementsAre("[Debug] vconf_hbbtv_status_cb", "[Debug] first screen already run"));
+  EXPECT_THAT(LaunchedApps(), ElementsAre(kFirstScreenApp));
 }
 
 TEST_F(HbbtvStatus, TenLaunchesTheFirstScreenToo) {

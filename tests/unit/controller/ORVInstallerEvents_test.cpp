@@ -1,8 +1,12 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
+#include <thread>
+
+#include "controller/ORVScheduler.h"
 #include "controller/allocations.h"
 #include "controller/installer_fixture.h"
 #include "framework/events.h"
+#include "support/drain.h"
 
 namespace {
 
@@ -34,7 +38,12 @@ AppInfo* Cached(const std::string& package) {
   return AppInfoCache::GetInstance()->GetAppInfo(package);
 }
 
-class ORVInstallerEvents : public InstallerTest {};
+class ORVInstallerEvents : public InstallerTest {
+ protected:
+  // The runs of service apps post to the scheduler, whose thread must not work on while the process
+  // ends.
+  void TearDown() override { support::Drain(*ORVScheduler::GetInstance()); }
+};
 
 TEST_F(ORVInstallerEvents, APackageEventWithoutAPayloadIsAnErrorAndHandled) {
   for (const int type : {1000, 1001, 1002}) {
@@ -240,6 +249,17 @@ TEST_F(TellahubReset, ZeroRunsEveryRecordTwiceAndThenRemovesIt) {
       fake::LogTexts(),
       HasLogsInOrder(Texts({"[Debug] VCONFKEY_TELLAHUB_RESET value 0", "[Debug] Reset AppInfo",
                             "[Info] rPackageID : a", "[Info] rPackageID : b"})));
+}
+
+TEST_F(TellahubReset, IsDoneInTheKeysCallbackAndNotOnTheTask) {
+  RecordingApp a("a");
+  Installer();
+  std::thread::id thread;
+  a.SetHook([&thread] { thread = std::this_thread::get_id(); });
+  SetResetKey(0);
+  EXPECT_THAT(Cached("a"), IsNull());
+  EXPECT_EQ(thread, std::this_thread::get_id());
+  EXPECT_EQ(fake::CallCount("FCTask::Send"), 0u);
 }
 
 TEST_F(TellahubReset, OtherValuesDoNothing) {

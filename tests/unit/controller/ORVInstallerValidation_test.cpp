@@ -3,6 +3,7 @@
 #include <chrono>
 #include <future>
 
+#include "controller/ORVAppCreator.h"
 #include "controller/installer_fixture.h"
 
 namespace {
@@ -95,6 +96,31 @@ TEST_F(Validation, FirstAllAreStoppedAndThenAllAreRemoved) {
   EXPECT_TRUE(bothCached);
   EXPECT_THAT(Cached("a"), IsNull());
   EXPECT_THAT(Cached("b"), IsNull());
+}
+
+TEST_F(Validation, AnAppThatCannotStopKeepsNoOtherFromItsStopAndNoneFromItsRemoval) {
+  // Without its settings key the stop of custom banners ends in an exception.
+  fake::Package package;
+  package.id = "a-banner";
+  fake::App ui;
+  ui.id = "a-banner.ui";
+  ui.metadata = {{std::string(ORV_METADATA_PREFIX) + "orv_type/custom_ui_standard", "info_banner"}};
+  package.apps = {ui};
+  fake::AddPackage(package);
+  RecordingApp second("b-second");
+  Installer();
+  ASSERT_TRUE(ORVAppCreator::GetInstance()->CreateApp("a-banner"));
+  fake::AddWasApp({"a-banner", "a-banner.ui", "wa", 2, 1});
+  fake::AddWasApp({"b-second", "b-second.ui", "wb", 2, 1});
+  fake::StoreKey("db/orv_channel/custom_ui_type", std::string());
+  fake::Fail("vconf_get_str");
+  fake::ClearLog();
+  EXPECT_TRUE(Handle(1003));
+  EXPECT_EQ(fake::FailureCount("vconf_get_str"), 1u);
+  EXPECT_THAT(fake::LogTexts(6), ElementsAre(testing::StartsWith("[ERROR] exception : ")));
+  EXPECT_THAT(RecordingApp::Operations(), ElementsAre("b-second.stop"));
+  EXPECT_THAT(Cached("a-banner"), IsNull());
+  EXPECT_THAT(Cached("b-second"), IsNull());
 }
 
 TEST_F(Validation, EntriesOfAnotherKindDoNotCount) {

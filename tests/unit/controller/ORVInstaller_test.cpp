@@ -7,8 +7,10 @@
 #include <memory>
 #include <thread>
 
+#include "controller/ORVScheduler.h"
 #include "controller/allocations.h"
 #include "controller/installer_fixture.h"
+#include "support/drain.h"
 #include "unit/app_info/records.h"
 
 namespace {
@@ -29,7 +31,11 @@ const char kStatusKey[] = "memory/hbbtv_status";
 /// Creation, step by step: nothing is created before the test says so.
 class ORVInstallerCreation : public InstallerTest {
  protected:
-  void Create() { ORVInstaller::GetInstance(); }
+  // A thread that works on while the process ends would find its texts freed.
+  void TearDown() override {
+    if (m_starting != nullptr) support::Drain(*m_starting);  // false when there is no thread
+  }
+  void Create() { m_starting = ORVInstaller::GetInstance(); }
   void CreateAndWaitForTheTask() {
     Create();
     // With a failed subscriber t_Create() ends early; a handled event says that it has ended.
@@ -37,6 +43,7 @@ class ORVInstallerCreation : public InstallerTest {
     event.pReceiver = ORVInstaller::GetInstance();
     event.type = 999;
     ASSERT_TRUE(ORVInstaller::GetInstance()->Send(event, false, true));
+    m_starting = nullptr;
   }
   static std::vector<fake::LogRecord> LogsOf(const std::string& thread) {
     std::vector<fake::LogRecord> logs = fake::Logs();
@@ -45,6 +52,9 @@ class ORVInstallerCreation : public InstallerTest {
                logs.end());
     return logs;
   }
+
+ private:
+  ORVInstaller* m_starting = nullptr;  // whose t_Create() may not have ended
 };
 
 TEST_F(ORVInstallerCreation, IsOneTaskOfItsName) {
@@ -80,6 +90,19 @@ TEST_F(ORVInstallerCreation, TheStepsOfTheMainThreadComeInOrder) {
   EXPECT_THAT(RecordingApp::Operations(), ElementsAre("a.run(true)", "a.run(true)"));
 }
 
+TEST_F(ORVInstallerCreation, TheRecordsRunBeforeAnyPackageEventTimerOrResetCanCome) {
+  RecordingApp app("a");
+  app.SetHook([] {
+    EXPECT_EQ(fake::CallCount("package_manager_create"), 0u);
+    EXPECT_EQ(fake::CallCount("package_manager_set_event_cb"), 0u);
+    EXPECT_EQ(fake::CallCount("g_timeout_add_seconds"), 0u);
+    EXPECT_EQ(fake::KeySubscriptions(kResetKey), 0u);
+  });
+  Create();
+  EXPECT_THAT(RecordingApp::Operations(), ElementsAre("a.run(true)", "a.run(true)"));
+  EXPECT_EQ(fake::KeySubscriptions(kResetKey), 1u);
+}
+
 TEST_F(ORVInstallerCreation, AFailedTaskIsLoggedAndTheRestIsDone) {
   fake::Fail("FCTask::Create", 0);
   Create();
@@ -104,6 +127,24 @@ TEST_F(ORVInstallerCreation, StoredRecordsAreLoadedAndThenRun) {
                                                       "[Info] GetPackagedDataType bUpdatable:0"})));
 }
 
+TEST_F(ORVInstallerCreation, TheScheduleIsMadeAnewFromTheStoredRecordsAndTheirDueTimes) {
+  const std::string type = "{\"orv_type\":{\"ch_feeder_custom\":\"standard\"}";
+  const std::string due = "{\"expiration_date_str\":\"2030-01-01T00:00:00Z\"}";
+  records::StoreRow("a", type + ",\"orv_data\":" + due + "}\n");
+  records::StoreRow("b", type + "}\n");
+  Create();
+  AppInfoCache& cache = *AppInfoCache::GetInstance();
+  EXPECT_EQ(cache.GetSchedulingListSize(), 2);
+  SchedulingItem item;
+  ASSERT_TRUE(cache.GetNextSchedulingItem(item));
+  EXPECT_EQ(item.package_id, "b") << "the one that ran last comes next";
+  EXPECT_EQ(item.expiration_date, "");
+  ASSERT_TRUE(cache.GetNextSchedulingItem(item));
+  EXPECT_EQ(item.package_id, "a");
+  EXPECT_EQ(item.expiration_date, "2030-01-01T00:00:00Z");
+  EXPECT_TRUE(support::Drain(*ORVScheduler::GetInstance()));
+}
+
 TEST_F(ORVInstallerCreation, TheInstanceIsPublishedLast) {
   // A record that asks for the instance while the constructor runs it does not find one: nothing
   // guards the creation.
@@ -118,6 +159,7 @@ TEST_F(ORVInstallerCreation, TheInstanceIsPublishedLast) {
   EXPECT_NE(nested, outer);
   EXPECT_EQ(ORVInstaller::GetInstance(), outer);
   delete nested;
+  EXPECT_TRUE(support::Drain(*outer));
 }
 
 TEST_F(ORVInstallerCreation, ADecisionAboutTheFirstScreenBeforeTheEndIsForgotten) {
@@ -195,6 +237,30 @@ TEST_F(ORVInstallerCreation, TheProxyComesBeforeTheTvServiceAndTheKeyBeforeTheAl
                                  "TCSignalSubscriber::Subscribe", "TCSignalSubscriber::Subscribe",
                                  "TCSignalSubscriber::Subscribe", "TCSignalSubscriber::Subscribe",
                                  "vconf_notify_key_changed", "FCStateAlarm::Create"));
+}
+
+TEST_F(ORVInstallerCreation, TheTaskLogsThatItComesUpAndThatItStartsItsAlarm) {
+  CreateAndWaitForTheTask();
+  std::vector<std::string> texts;
+  for (const fake::LogRecord& log : LogsOf("ORVInstaller")) {
+    texts.push_back(fake::WithoutHead(log.text));
+  }
+  EXPECT_THAT(texts, ElementsAre("[Info] ", "[Info] start timer", "[Info] pEvent : 999",
+                                 "[ERROR] Invalid EventType : 999"));
+}
+
+TEST_F(ORVInstallerCreation, TheTasksStartIsASuccessUnlessASubscriberIsMissing) {
+  CreateAndWaitForTheTask();
+  ORVInstaller& installer = *ORVInstaller::GetInstance();
+  EXPECT_TRUE(installer.t_Create());
+  fake::Fail("vconf_notify_key_changed");
+  EXPECT_TRUE(installer.t_Create()) << "the key is no subscriber";
+  fake::Fail("FCEMSProxy::GetInstance");
+  EXPECT_FALSE(installer.t_Create());
+  fake::Fail("TVServiceAPI::CreateSignalSubscriber", 1);
+  EXPECT_FALSE(installer.t_Create());
+  fake::Fail("TVServiceAPI::CreateSignalSubscriber", 0);
+  EXPECT_FALSE(installer.t_Create());
 }
 
 TEST_F(ORVInstallerCreation, WithoutAProxyTheTaskSubscribesToNothing) {
@@ -288,6 +354,24 @@ TEST_F(ORVInstallerSending, ARefusedEventIsLoggedWithTheSizeOfTheQueueAndItsPayl
               ElementsAre("[Info] event_type[1000]",
                           "[ERROR] Send() return false!!, Name[ORVInstaller] Type[1000] P0[" + p0 +
                               "] P1[0] Size[0]"));
+  EXPECT_EQ(*payload, "com.example.a-name-that-is-not-in-place");
+}
+
+TEST_F(ORVInstallerSending, APackageEventThatIsRefusedLeavesItsPackageIdAllocated) {
+  Installer();
+  fake::Fail("FCTask::Send", 0);
+  allocations::WatchNext();
+  PackageManagerEventCallback(
+      "wgt", "com.example.a-name-that-is-not-in-place", PACKAGE_MANAGER_EVENT_TYPE_INSTALL,
+      PACKAGE_MANAGER_EVENT_STATE_COMPLETED, 100, PACKAGE_MANAGER_ERROR_NONE, nullptr);
+  const std::unique_ptr<std::string> payload(
+      static_cast<std::string*>(allocations::WatchedBlock()));
+  ASSERT_NE(payload, nullptr) << "the sender freed it";
+  const std::string p0 =
+      std::to_string(static_cast<int>(reinterpret_cast<std::intptr_t>(payload.get())));
+  ASSERT_THAT(fake::LogTexts(6),
+              ElementsAre("[ERROR] Send() return false!!, Name[ORVInstaller] Type[1000] P0[" + p0 +
+                          "] P1[0] Size[0]"));
   EXPECT_EQ(*payload, "com.example.a-name-that-is-not-in-place");
 }
 

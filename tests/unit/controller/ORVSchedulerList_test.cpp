@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cstdlib>
 #include <fstream>
 #include <functional>
 #include <future>
@@ -110,6 +111,40 @@ TEST_F(SchedulerRequest, AnAddOfTheCurrentPackageKillsItsServiceAppAndRelaunches
   EXPECT_THAT(LaunchedApps(), ElementsAre("a.service"));
 }
 
+TEST_F(SchedulerRequest, AnAddOfTheCurrentPackageKillsItsServiceAppBeforeThePackageIsPutFirst) {
+  CustomFeeder a("a");
+  CustomFeeder b("b");
+  MakeCurrent(a.record, 4711);
+  AppInfoCache::GetInstance()->AddSchedulingItem("b");
+  Forget();
+  Request(EVENT_ADD_ITEM, "a");
+  Drain();  // without network time the start that was posted does nothing
+  EXPECT_THAT(KilledPids(), ElementsAre(4711));
+  const std::vector<std::string> logs = fake::LogTexts();
+  ASSERT_GE(logs.size(), 5u);
+  EXPECT_THAT(std::vector<std::string>(logs.begin(), logs.begin() + 5),
+              ElementsAre("[Info] EventType : 1000", "[Debug] [EVENT_ADD_ITEM]",
+                          "[Info] Current ServiceApp ID : a.service", "[Debug] Tartget pid : 4711",
+                          "[Info] rPackageID : a"));
+  EXPECT_EQ(AppInfoCache::GetInstance()->GetSchedulingListSize(), 2);
+  SchedulingItem item;
+  ASSERT_TRUE(AppInfoCache::GetInstance()->GetNextSchedulingItem(item));
+  EXPECT_EQ(item.package_id, "a");
+}
+
+TEST_F(SchedulerRequest, AnAddOfTheCurrentPackageThatIsNotDueKillsItsServiceAppForGood) {
+  CustomFeeder a("a");
+  StartedScheduler();
+  fake::SetRunning("a.service", 4711);
+  a.record.Put("orv_data", "expiration_date_str", "2023-11-14T22:13:21Z");
+  Forget();
+  Request(EVENT_ADD_ITEM, "a");
+  EXPECT_THAT(KilledPids(), ElementsAre(4711));
+  Drain();
+  EXPECT_THAT(fake::LogTexts(), HasLog("[Debug] now : 1700000000, time : 1700000001"));
+  EXPECT_THAT(LaunchedApps(), IsEmpty());
+}
+
 TEST_F(SchedulerRequest, AnAddOfAnotherPackageKillsNothingByItself) {
   CustomFeeder a("a");
   CustomFeeder b("b");
@@ -145,7 +180,13 @@ TEST_F(SchedulerRequest, ADeleteOfTheCurrentPackageKillsItsServiceAppAndStartsNo
   CustomFeeder b("b");
   MakeCurrent(a.record, 4711);
   AppInfoCache::GetInstance()->AddSchedulingItem("b");
+  Forget();
   Request(EVENT_DELETE_ITEM, "a");
+  EXPECT_THAT(fake::LogTexts(),
+              ElementsAre("[Info] EventType : 1001", "[Debug] [EVENT_DELETE_ITEM]",
+                          "[Info] Current ServiceApp ID : a.service", "[Debug] Tartget pid : 4711",
+                          "[Info] rPackageID : a",
+                          "[Debug] Cannot find the target PackageID in m_vSchedulingList : a"));
   EXPECT_THAT(KilledPids(), ElementsAre(4711));
   EXPECT_THAT(Sent(), IsEmpty());
   EXPECT_THAT(LaunchedApps(), IsEmpty());
@@ -156,8 +197,16 @@ TEST_F(SchedulerRequest, AFailedKillDoesNotKeepTheListFromChanging) {
   MakeCurrent(a.record);
   fake::Fail("app_manager_terminate_app");
   Request(EVENT_ADD_ITEM, "a");
-  EXPECT_THAT(fake::LogTexts(), HasLog("[Info] rPackageID : a"));
+  EXPECT_EQ(fake::FailureCount("app_manager_terminate_app"), 1u);
+  EXPECT_THAT(KilledPids(), IsEmpty());
+  EXPECT_EQ(AppInfoCache::GetInstance()->GetSchedulingListSize(), 1);
   Drain();
+  MakeCurrent(a.record);
+  AppInfoCache::GetInstance()->AddSchedulingItem("a");
+  fake::Fail("app_manager_terminate_app");
+  Request(EVENT_DELETE_ITEM, "a");
+  EXPECT_EQ(fake::FailureCount("app_manager_terminate_app"), 2u);
+  EXPECT_EQ(AppInfoCache::GetInstance()->GetSchedulingListSize(), 0);
 }
 
 TEST_F(SchedulerRequest, TheEmptyPackageMatchesAnEmptyCurrentItemWithoutAPlatformCall) {
@@ -228,8 +277,12 @@ TEST_F(LaunchNextItem, AnAppThatIsDueInASecondIsNotLaunchedAndLeavesTheList) {
 
 TEST_F(LaunchNextItem, AMalformedDueTimeIsNotRefused) {
   EXPECT_TRUE(LaunchDueAt("soon"));
-  EXPECT_THAT(fake::LogTexts(), Not(HasLog("[Debug] Scheduling List is empty!!!")));
-  EXPECT_THAT(fake::LogTexts(), HasLog("[Debug] rTime : soon"));
+  // The day before the year 1900 began, cut to the digits that "%d" shows, is long past.
+  EXPECT_THAT(fake::LogTexts(),
+              HasLogsInOrder(Texts(
+                  {"[Debug] rTime : soon", "[Debug] now : 1700000000, time : 2085892096",
+                   "[Info] rAppID : a.service", "[Debug] Launched Time : 2023-11-14T22:13:20Z"})));
+  EXPECT_THAT(LaunchedApps(), ElementsAre("a.service"));
 }
 
 TEST_F(LaunchNextItem, AFailedLaunchIsFalseAndTheItemIsGone) {
@@ -238,6 +291,23 @@ TEST_F(LaunchNextItem, AFailedLaunchIsFalseAndTheItemIsGone) {
   EXPECT_FALSE(LaunchDueAt(""));
   EXPECT_THAT(fake::LogTexts(6).back(), "[ERROR] AppControlUtils::LaunchApp() return false.");
   EXPECT_EQ(AppInfoCache::GetInstance()->GetSchedulingListSize(), 0);
+}
+
+TEST_F(LaunchNextItem, AfterAFailedLaunchTheItemIsCurrentThoughNoAppOfItRuns) {
+  Scheduler();
+  fake::QueueLaunchResults({-13});
+  EXPECT_FALSE(LaunchDueAt(""));
+  Forget();
+  EXPECT_TRUE(Scheduler().TerminateCurrentServiceApp());
+  EXPECT_THAT(fake::CallTexts(), ElementsAre("app_manager_is_running(a.service) = 0"));
+}
+
+TEST_F(LaunchNextItem, AnAppThatSetsNoDueTimeIsLaunchedEachTimeItIsPicked) {
+  EXPECT_TRUE(LaunchDueAt(""));
+  fake::AdvanceTime(1);
+  AppInfoCache::GetInstance()->ResetSchedulingList();
+  EXPECT_TRUE(Scheduler().LaunchNextItem());
+  EXPECT_THAT(LaunchedApps(), ElementsAre("a.service", "a.service"));
 }
 
 TEST_F(LaunchNextItem, IdsWithoutARecordAreDrainedSilently) {
@@ -261,12 +331,14 @@ TEST_F(LaunchNextItem, LooksAtOneItemOnly) {
   EXPECT_EQ(AppInfoCache::GetInstance()->GetSchedulingListSize(), 1);
 }
 
-/// Which lock an operation holds while it waits for the other. The app list's lock is held by a
-/// walk that stands at a gate.
+/// Which lock an operation takes, and which one it holds while it waits for the other. The app
+/// list's lock is held by a walk that stands at a gate; others may read the record meanwhile.
 class SchedulingLocks : public SchedulerTest {
  protected:
   void SetUp() override {
-    m_feeder.record.SetReadHook([this] { m_gate.Pass(); });
+    m_feeder.record.SetReadHook([this] {
+      if (!m_held.exchange(true)) m_gate.Pass();
+    });
     m_walk = std::thread([] {
       std::vector<PreloadingApp> apps;
       AppInfoCache::GetInstance()->GetPreloadingApps(apps);
@@ -290,6 +362,14 @@ class SchedulingLocks : public SchedulerTest {
     const pid_t id = started.get_future().get();
     ASSERT_TRUE(support::WaitFor([id] { return WaitsForALock(id); }, "the thread at a lock"));
   }
+  /// Whether the operation comes to its end while the lock is held.
+  testing::AssertionResult Ends(std::function<void()> operation) {
+    m_operation = std::thread([this, operation] {
+      operation();
+      m_ended = true;
+    });
+    return support::WaitFor([this] { return m_ended.load(); }, "an end without the lock");
+  }
   /// Blocked in the futex system call.
   static bool WaitsForALock(pid_t thread) {
     std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/syscall");
@@ -302,8 +382,43 @@ class SchedulingLocks : public SchedulerTest {
   std::thread m_walk;
   std::thread m_operation;
   std::thread m_reader;
+  std::atomic<bool> m_held{false};
+  std::atomic<bool> m_ended{false};
   std::atomic<bool> m_read{false};
+  std::vector<std::string> m_ids;  // of m_operation until m_ended
 };
+
+TEST_F(SchedulingLocks, TheIdsOfTheRecordsAreListedWithoutALock) {
+  ASSERT_TRUE(Ends([this] { AppInfoCache::GetInstance()->GetAppIDList(m_ids); }));
+  EXPECT_THAT(m_ids, ElementsAre("a"));
+}
+
+TEST_F(SchedulingLocks, TheIdsOfOneTypeAreListedWithoutALock) {
+  ASSERT_TRUE(
+      Ends([this] { AppInfoCache::GetInstance()->GetAppIDListByType("ch_feeder_custom", m_ids); }));
+  EXPECT_THAT(m_ids, ElementsAre("a"));
+}
+
+TEST_F(SchedulingLocks, TheRowsOfTheStoreAreReadWithoutALock) {
+  EXPECT_TRUE(Ends([] {
+    AppInfoDB::RowMap rows;
+    AppInfoCache::GetInstance()->LoadData(rows);
+  }));
+}
+
+TEST_F(SchedulingLocks, TheStoreIsOpenedUnderTheAppListsLock) {
+  StartAndLetWait(m_operation, [] { AppInfoCache::GetInstance()->OpenDB(); });
+  EXPECT_THAT(fake::LogTexts(), Not(HasLog("[Info] Start")));
+}
+
+TEST_F(SchedulingLocks, ARecordIsLookedForByItsAddressUnderTheAppListsLock) {
+  StartAndLetWait(m_operation,
+                  [this] { m_ended = AppInfoCache::GetInstance()->HasAppInfo(&m_feeder.record); });
+  EXPECT_FALSE(m_ended);
+  m_gate.Open();
+  m_operation.join();
+  EXPECT_TRUE(m_ended);
+}
 
 TEST_F(SchedulingLocks, AnAddTakesTheAppListBeforeTheSchedulingList) {
   StartAndLetWait(m_operation, [] { AppInfoCache::GetInstance()->AddSchedulingItem("a"); });
@@ -338,6 +453,47 @@ TEST_F(SchedulingLocksOfAPick, APickTakesTheSchedulingListBeforeTheAppList) {
     m_read = true;
   });
   EXPECT_FALSE(m_read);
+}
+
+TEST_F(SchedulingLocksOfAPick, ClearingTakesTheAppListBeforeItForgetsAnything) {
+  StartAndLetWait(m_operation, [] { AppInfoCache::GetInstance()->ClearCacheAndDB(); });
+  // It holds nothing yet: the list can be asked.
+  EXPECT_EQ(AppInfoCache::GetInstance()->GetSchedulingListSize(), 1);
+  m_gate.Open();
+  m_operation.join();
+  EXPECT_EQ(AppInfoCache::GetInstance()->GetSchedulingListSize(), 0);
+}
+
+/// Here the app list's lock is held by the write of a row, which clears everything on its way.
+class SchedulingLocksOfClearing : public SchedulingLocks {
+ protected:
+  void SetUp() override {
+    support::MakeDirectories("/opt/usr/apps/com.kalmora.tv.orv-enabler/data");
+    AppInfoCache::GetInstance()->OpenDB();
+    m_feeder.record.SetReadHook([this] {
+      if (m_held.exchange(true)) return;
+      m_gate.Pass();
+      AppInfoCache::GetInstance()->ClearCacheAndDB();
+      m_ended = true;
+    });
+    m_walk = std::thread(
+        [this] { AppInfoCache::GetInstance()->AddAppInfo("a", &m_feeder.record, true); });
+    ASSERT_TRUE(m_gate.WaitUntilReached());
+  }
+};
+
+TEST_F(SchedulingLocksOfClearing, ClearingLeavesTheListsLockAlone) {
+  // The refill has the list's lock by now and waits for the app list's.
+  StartAndLetWait(m_operation, [] { AppInfoCache::GetInstance()->ResetSchedulingList(); });
+  m_gate.Open();
+  // A deadlocked thread can neither be ended nor be left behind.
+  if (!support::WaitFor([this] { return m_ended.load(); }, "the end of the clearing")) {
+    ADD_FAILURE() << "clearing waits for the list's lock";
+    std::_Exit(1);
+  }
+  m_walk.join();
+  m_operation.join();
+  EXPECT_EQ(AppInfoCache::GetInstance()->GetSchedulingListSize(), 0);
 }
 
 }  // namespace

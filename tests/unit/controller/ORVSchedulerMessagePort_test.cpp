@@ -1,5 +1,7 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
+#include <limits>
+
 #include "controller/allocations.h"
 #include "controller/scheduler_fixture.h"
 
@@ -116,6 +118,15 @@ TEST_F(MessagePort, WhatIsNoNumberOrTooGreatIsRefusedWithAnException) {
   }
   EXPECT_THAT(Results(), testing::Each("result_fail_invalid_parameters"));
   EXPECT_THAT(Results(), SizeIs(5));
+  EXPECT_THAT(Sets(), IsEmpty());
+}
+
+TEST_F(MessagePort, ATimeWhoseYearNoTextHoldsIsRefused) {
+  OpenStore();
+  fake::SetTime(std::numeric_limits<time_t>::max() - 720);
+  Send(SetTime("720"));
+  EXPECT_THAT(Results(), ElementsAre("result_fail_invalid_parameters"));
+  EXPECT_THAT(fake::LogTexts().back(), "[Debug] timeUTCStr : ");
   EXPECT_THAT(Sets(), IsEmpty());
 }
 
@@ -269,6 +280,21 @@ TEST_F(MessagePort, AnUndeliveredReplyIsALogLine) {
   fake::Fail("message_port_send_message", -18612223);
   Send(SetTime("720"));
   EXPECT_THAT(fake::LogTexts().back(), "[Debug] message_port_send_message() failed : -18612223");
+}
+
+TEST_F(MessagePort, AReplyIsSentThenFreedAndThenItsFailureLogged) {
+  Scheduler();
+  for (const char* command : {"command_set_expiration_time", "command_dance"}) {
+    Forget();
+    fake::Fail("message_port_send_message", -5);
+    Send({{"orv_scheduler_command", command}});
+    EXPECT_EQ(fake::LogTexts().back(), "[Debug] message_port_send_message() failed : -5");
+    ASSERT_EQ(fake::CallCount("message_port_send_message"), 1u);
+    ASSERT_EQ(fake::CallCount("bundle_free"), 1u);
+    const unsigned long freed = fake::Calls("bundle_free")[0].seq;
+    EXPECT_LT(fake::Calls("message_port_send_message")[0].seq, freed);
+    EXPECT_LT(freed, fake::Logs().back().seq);
+  }
 }
 
 TEST_F(MessagePort, ACommandNumberWithoutAHandlerIsAnUnknownError) {

@@ -207,6 +207,7 @@ TEST_F(SchedulerEvents, AStartWithItemsLeftDoesNotRefill) {
 TEST_F(SchedulerEvents, AStartWithoutServiceAppsStillStartsTheTimerAndTheFirstTickStops) {
   StartedScheduler();
   EXPECT_THAT(fake::LogTexts(), HasLog("[Debug] Scheduling List is empty!!!"));
+  EXPECT_THAT(fake::LogTexts(), Not(HasLog("[Debug] LaunchNextItem() return false.")));
   EXPECT_NE(g_nSchedulerTimerID, 0u);
   Forget();
   EXPECT_EQ(fake::AdvanceTimers(kTickMs), 1u);
@@ -217,6 +218,16 @@ TEST_F(SchedulerEvents, AStartWithoutServiceAppsStillStartsTheTimerAndTheFirstTi
   EXPECT_THAT(fake::LogTexts(), Not(HasLog("[Debug] Scheduling List is empty!!!")));
   EXPECT_EQ(g_nSchedulerTimerID, 0u);
   EXPECT_THAT(fake::Timers(), IsEmpty());
+}
+
+TEST_F(SchedulerEvents, AFailedLaunchOnAStartIsNotLoggedASecondTimeAndTheTimerRuns) {
+  CustomFeeder a("a");
+  Scheduler();
+  fake::QueueLaunchResults({-5});
+  StartedScheduler();
+  EXPECT_THAT(fake::LogTexts(), HasLog("[ERROR] AppControlUtils::LaunchApp() return false."));
+  EXPECT_THAT(fake::LogTexts(), Not(HasLog("[Debug] LaunchNextItem() return false.")));
+  EXPECT_THAT(fake::TimersOf(kTickMs), SizeIs(1));
 }
 
 TEST_F(SchedulerEvents, TheTimerPostsAResetAndRepeats) {
@@ -365,6 +376,13 @@ TEST_F(SchedulerEvents, AnExceptionEndsInTheCallbacks) {
   EXPECT_FALSE(allocations::CancelFailure());
   EXPECT_THAT(fake::LogTexts(6), ElementsAre("[ERROR] exception : std::bad_alloc",
                                              "[ERROR] exception : std::bad_alloc"));
+}
+
+TEST_F(SchedulerEvents, AnEventIsSentNeitherUrgentlyNorWaitedFor) {
+  EXPECT_TRUE(Scheduler().t_SendEvent(EVENT_RESET_SCHEDULER));
+  EXPECT_THAT(fake::CallTexts({"FCTask::Send"}),
+              ElementsAre("FCTask::Send(ORVScheduler, 1004, false, false) = true"));
+  Drain();
 }
 
 TEST_F(SchedulerEvents, AFullQueueRefusesAndTellsItsSize) {

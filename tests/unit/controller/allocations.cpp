@@ -11,6 +11,7 @@
 namespace {
 
 thread_local bool t_failNext = false;
+thread_local bool t_watchNext = false;
 std::atomic<void*> g_watched{nullptr};
 std::atomic<bool> g_watchedIsFree{false};
 
@@ -39,8 +40,16 @@ void Watch(void* block) {
   g_watched = block;
 }
 
+void WatchNext() {
+  t_watchNext = true;
+}
+
 bool WatchedBlockIsFree() {
   return g_watchedIsFree;
+}
+
+void* WatchedBlock() {
+  return g_watched;
 }
 
 }  // namespace allocations
@@ -49,6 +58,9 @@ void* operator new(std::size_t size) {
   void* block = allocations::CancelFailure() ? nullptr : std::malloc(size == 0 ? 1 : size);
   if (block == nullptr) {
     throw std::bad_alloc();
+  }
+  if (std::exchange(t_watchNext, false)) {
+    allocations::Watch(block);
   }
   return block;
 }

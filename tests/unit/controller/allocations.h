@@ -12,6 +12,10 @@ bool CancelFailure();
 
 /// One block at a time is watched for its release, by any thread.
 void Watch(void* block);
+/// Watches the block that the next allocation of this thread gives.
+void WatchNext();
 bool WatchedBlockIsFree();
+/// The block that is watched; null when there is none, or it was freed.
+void* WatchedBlock();
 
 }  // namespace allocations

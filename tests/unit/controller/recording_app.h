@@ -62,7 +62,10 @@ class RecordingApp final : public AppInfo {
     const auto entry = category->second.find(key);
     return entry == category->second.end() ? std::string() : entry->second;
   }
-  void GetAllMetadata(MetadataMap& metadata) const override { metadata = m_metadata; }
+  void GetAllMetadata(MetadataMap& metadata) const override {
+    if (const auto hook = m_readHook) hook();
+    metadata = m_metadata;
+  }
   void RemoveMetadata(const std::string&, const std::string&) override {}
   AppInfo* ExtractTargetAppType(const std::string&, AppInfo**) override { return nullptr; }
   const std::string& GetAppType() const override {

@@ -77,6 +77,33 @@ TEST_F(AppPreloadingFollowing, RetriesGoOnForAnAppWhoseCallbackWasRemovedBeforeA
   EXPECT_EQ(fake::KeySubscriptions("rtc/memory/WebApp/" + kFirst), 1u);
 }
 
+TEST_F(AppPreloadingFollowing, AfterARetryThatWorkedTheNextRejectionBeginsAfresh) {
+  fake::QueueLaunchResults({APP_CONTROL_ERROR_LAUNCH_REJECTED, APP_CONTROL_ERROR_LAUNCH_REJECTED});
+  EXPECT_TRUE(Preload(kFirst));
+  fake::FireTimersOf(kRetryPeriodMs);  // one retry that failed
+  fake::FireTimersOf(kRetryPeriodMs);  // and one that worked
+  ASSERT_THAT(fake::Timers(), IsEmpty());
+  Enter(kFirst, "quit");
+  fake::QueueLaunchResults({APP_CONTROL_ERROR_LAUNCH_REJECTED});
+  EXPECT_TRUE(Preload(kFirst));
+  EXPECT_EQ(fake::TimersOf(kRetryPeriodMs).size(), 1u);
+  fake::ClearLog();
+  fake::FireTimersOf(kRetryPeriodMs);
+  EXPECT_THAT(fake::LogTexts(), HasLog("[Info] count = 0"));
+}
+
+TEST_F(AppPreloadingFollowing, AnAppThatPausedDuringTheCheckHasLivedThroughIt) {
+  EXPECT_TRUE(Preload(kFirst));
+  Enter(kFirst, "preload");
+  Enter(kFirst, "pause");
+  EXPECT_THAT(Told(), IsEmpty());
+  fake::ClearLaunches();
+  fake::FireTimersOf(kCheckPeriodMs);
+  EXPECT_THAT(Told(), ElementsAre(4));
+  EXPECT_THAT(fake::Launches(), IsEmpty());
+  EXPECT_THAT(fake::Timers(), IsEmpty());
+}
+
 TEST_F(AppPreloadingFollowing, ACheckThatOutlivesTheFollowingLaunchesAnAppWithoutAnId) {
   EXPECT_TRUE(Preload(kFirst));
   Destroy(kFirst);

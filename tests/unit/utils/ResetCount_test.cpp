@@ -120,6 +120,20 @@ TEST_F(ResetCount, CountersAreSigned) {
   EXPECT_FALSE(CheckTVResetAndUpdateResetCountInfo());
 }
 
+TEST_F(ResetCount, ACounterThatRoseFromBelowZeroIsAResetAndOneThatFellBelowIsNot) {
+  SetFactoryAndServiceResetCount(-1, 0);
+  SetCounters(0, 0);
+  EXPECT_TRUE(CheckTVResetAndUpdateResetCountInfo());
+  SetFactoryAndServiceResetCount(0, -1);
+  EXPECT_TRUE(CheckTVResetAndUpdateResetCountInfo());
+  SetFactoryAndServiceResetCount(0, 0);
+  SetCounters(-1, 0);
+  EXPECT_FALSE(CheckTVResetAndUpdateResetCountInfo());
+  SetFactoryAndServiceResetCount(0, 0);
+  SetCounters(0, -1);
+  EXPECT_FALSE(CheckTVResetAndUpdateResetCountInfo());
+}
+
 TEST_F(ResetCount, ACounterThatCannotBeReadCountsAsZero) {
   SetFactoryAndServiceResetCount(3, 0);
   fake::StoreKey(kFactoryKey, std::string("9"));

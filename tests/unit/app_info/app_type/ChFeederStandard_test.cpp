@@ -190,6 +190,33 @@ TEST_F(ChFeederStandardTest, ARunWithEmptyURLsCreatesTheRecordWithTwoEmptyTexts)
   EXPECT_FALSE(support::Exists(m_tree));
 }
 
+TEST_F(ChFeederStandardTest, URLsWhoseKeysWereRemovedAreMadeAnewAndEmpty) {
+  Make("basic", "http://c", "http://s");
+  m_feeder->RemoveMetadata("schedule_data_url", "channel_data_url");
+  m_feeder->RemoveMetadata("schedule_data_url", "schedule_data_url");
+  m_feeder->RunOperation(false);
+  EXPECT_THAT(Requests(), ElementsAre("CreateAppInfo " + Record("", "")));
+  MetadataMap metadata;
+  m_feeder->GetAllMetadata(metadata);
+  EXPECT_EQ(metadata["orv_data"],
+            (std::map<std::string, std::string>{
+                {"ch.app.boosting", ""}, {"channel_data_url", ""}, {"schedule_data_url", ""}}));
+}
+
+TEST_F(ChFeederStandardTest, TheBoostMarkIsNeverSentToTheFramework) {
+  Make("basic", "http://c", "http://s");
+  layers::Apply(*m_feeder, "ch.app.boosting", "1");
+  layers::Stage(*m_feeder, "ch.app.boosting", "2");
+  StageURLs("http://c2", "http://s2");
+  m_feeder->RunOperation(false);
+  m_feeder->UpdateOperation();
+  m_feeder->StopOperation();
+  EXPECT_EQ(m_feeder->GetMetadata("orv_data", "ch.app.boosting"), "1");
+  EXPECT_THAT(Requests(), ElementsAre("CreateAppInfo " + Record("http://c", "http://s"),
+                                      "UpdateAppInfo " + Record("http://c2", "http://s2"),
+                                      "RemoveAppInfo " + m_removeRecord));
+}
+
 TEST_F(ChFeederStandardTest, URLsThatAreNoFilesAreSentUnchanged) {
   Make("basic", "https://example.org/c?a=1&b=\\\"x", "no-colon");
   m_feeder->RunOperation(false);
@@ -534,8 +561,10 @@ TEST_F(ChFeederStandardTest, AReleaseWhoseDataRemovalThrowsIsLoggedAndGoesOnInwa
   pChain.reset();
   const std::string sException =
       "[ERROR] exception : in Json::Value::resolveReference(key, end): requires objectValue";
+  EXPECT_THAT(Requests(), ElementsAre("RemoveAppInfo " + m_removeRecord));
   EXPECT_THAT(fake::LogTexts(),
-              HasLogsInOrder(Texts({"[Info] rPackageID : org.example.pkg, rAppType : "
+              HasLogsInOrder(Texts({"[ERROR] FCOrvAppInfoAPI::RemoveAppInfo() return false.",
+                                    "[Info] rPackageID : org.example.pkg, rAppType : "
                                     "ch_feeder_standard, rDataType : 1",
                                     sException,
                                     "[Info] rPackageID : org.example.pkg, rAppType : "

@@ -42,7 +42,7 @@ class CustomUILayersTest : public testing::Test {
   }
   ~CustomUILayersTest() override { boost::filesystem::remove_all("/opt/share/orv_ch"); }
 
-  void Forget() {
+  static void Forget() {
     fake::ClearLog();
     fake::ClearCalls();
     fake::ClearLaunches();
@@ -195,6 +195,29 @@ TEST_F(CustomUILayersTest, TheFirstUpdateOfABackgroundImageGoesOverTheReplacemen
   ui->StopOperation();
   EXPECT_THAT(OperationChanges(), ElementsAre("reset"));
   EXPECT_EQ(fake::KeySubscriptions(kStatusKey), 0u);
+}
+
+TEST_F(CustomUILayersTest,
+       AnOptionFromDefaultToBackgroundHandsBackDirectlyAndTakesOverByTheWorker) {
+  const auto ui = layers::Decorate<CustomUIExtended>("epg");
+  const auto update = [&ui](const std::string& option) {
+    layers::StageValue(*ui, "epg");
+    layers::Stage(*ui, kOption, option);
+    Forget();
+    ui->UpdateOperation();
+  };
+  layers::Apply(*ui, kOption, "default");
+  ui->RunOperation(false);
+  update("default");  // which is dropped, and the option wiped: its key is not there yet
+  ASSERT_EQ(ui->GetMetadata("orv_data", kOption), "");
+  update("default");
+  ASSERT_EQ(ui->GetMetadata("orv_data", kOption), "default");
+  update("background_img");
+  EXPECT_THAT(OperationChanges(), ElementsAre("reset", kLayout, m_app));
+  EXPECT_EQ(ui->GetMetadata("orv_data", kOption), "background_img");
+  EXPECT_THAT(fake::CallTexts({"vconf_ignore_key_changed", "vconf_notify_key_changed"}),
+              testing::SizeIs(2));
+  EXPECT_THAT(Key(), testing::HasSubstr("\"cold_boot_opt\":\"default\""));
 }
 
 TEST_F(CustomUILayersTest, AFailedOperationDoesNotHoldUpTheReplacementRoad) {

@@ -172,6 +172,7 @@ TEST_F(ChFeederCustomTest, AnUpdateOfAnExtendedAppWithNothingStagedUninstalls) {
                           "[Info] rPackageID : org.example.pkg, rAppType : ch_feeder_custom, "
                           "rDataType : 1",
                           "[Info] [PACKAGED_TYPE_HBBTV_APP] sTargetDirectory : " + m_tree + "/"));
+  EXPECT_THAT(Events(), IsEmpty());
 }
 
 TEST_F(ChFeederCustomTest, AnUpdateClearsTheStagedValue) {

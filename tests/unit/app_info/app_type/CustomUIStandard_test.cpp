@@ -249,6 +249,19 @@ TEST_F(CustomUIStandardTest, AnUpdateToAnotherListRewritesTheKeyAndPreloadsAgain
               ElementsAre("[Debug] Applied Metadata : channel, Updatable Metadata : "));
 }
 
+TEST_F(CustomUIStandardTest, AnUpdateWhosePreloadFailsClearsTheStagedValueAllTheSame) {
+  Make("info");
+  fake::QueueLaunchResults({APP_CONTROL_ERROR_APP_NOT_FOUND});
+  layers::StageValue(*m_ui, "channel");
+  m_ui->UpdateOperation();
+  EXPECT_EQ(Key(), "{" + Banner("channel") + "}\n");
+  EXPECT_THAT(fake::LogTexts(DLOG_ERROR), HasLog("[ERROR] Cannot find target app."));
+  Forget();
+  m_ui->UpdateOperation();
+  EXPECT_THAT(fake::LogTexts(),
+              ElementsAre("[Debug] Applied Metadata : channel, Updatable Metadata : "));
+}
+
 TEST_F(CustomUIStandardTest, AnotherOrderOfTheBannersIsAChange) {
   Make("info,channel");
   layers::StageValue(*m_ui, "channel,info");
