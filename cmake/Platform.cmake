@@ -24,15 +24,19 @@ target_compile_definitions(orv_platform_headers INTERFACE
 add_library(orv_platform INTERFACE)
 target_link_libraries(orv_platform INTERFACE orv_platform_headers)
 
+# What is built beside src/: on a desk the platform itself and what proves it, for the target only
+# the pins, which hold the daemon against the SDK.
 if(ORV_PLATFORM STREQUAL "desk")
   target_include_directories(orv_platform_headers INTERFACE ${CMAKE_SOURCE_DIR}/platform/include)
   target_link_libraries(orv_platform INTERFACE orv_desk_client)
+  set(ORV_PLATFORM_DIRECTORIES platform/framework platform/desk samples)
+  if(BUILD_TESTING)
+    list(APPEND ORV_PLATFORM_DIRECTORIES platform/fake tests)
+  endif()
 elseif(ORV_PLATFORM STREQUAL "tizen")
-  pkg_check_modules(TIZEN REQUIRED IMPORTED_TARGET
-    capi-appfw-app-common capi-appfw-app-control capi-appfw-application capi-appfw-app-manager
-    capi-appfw-package-manager vconf bundle capi-message-port libtzplatform-config dlog)
-  target_link_libraries(orv_platform_headers INTERFACE PkgConfig::TIZEN)
-  target_link_libraries(orv_platform INTERFACE PkgConfig::TIZEN)
+  include(PlatformTizen)
+  target_link_libraries(orv_platform_headers INTERFACE orv_tizen)
+  set(ORV_PLATFORM_DIRECTORIES tests/pins)
 else()
   message(FATAL_ERROR "ORV_PLATFORM is \"${ORV_PLATFORM}\": desk or tizen")
 endif()

@@ -131,6 +131,7 @@ static_assert(PACKAGE_MANAGER_EVENT_STATE_COMPLETED == 2);
 // vconf.h
 PINNED(vconf_get_int, int (*)(const char*, int*));
 PINNED(vconf_get_str, char* (*)(const char*));
+PINNED(vconf_set_int, int (*)(const char*, int));
 PINNED(vconf_set_str, int (*)(const char*, const char*));
 PINNED(vconf_notify_key_changed, int (*)(const char*, vconf_callback_fn, void*));
 PINNED(vconf_ignore_key_changed, int (*)(const char*, vconf_callback_fn));
