@@ -3,7 +3,9 @@
 // From the install event to the finished run, against the same INSERTs in a bare loop.
 #include <benchmark/benchmark.h>
 
+#include <memory>
 #include <string>
+#include <vector>
 
 #include "bench/bench_place.h"
 #include "controller/ORVInstaller.h"
@@ -29,28 +31,57 @@ void AddFeeder(const std::string& package) {
   fake::AddWasApp({package, app.id, app.id});
 }
 
-void SendInstall(ORVInstaller& installer, const std::string& package) {
+void SendInstall(ORVInstaller& installer, const std::string& package, bool wait) {
   FSEvent event;
   event.pReceiver = &installer;
   event.type = EVENT_PACKAGE_INSTALLED;
   event.P0 = new std::string(package);  // the handler owns it
-  installer.Send(event, false, true);
+  installer.Send(event, false, wait);
 }
 
+/// Packages that are there to be installed, and gone again without a trace on the fake.
+class Packages {
+ public:
+  explicit Packages(int count) {
+    for (int i = 0; i < count; ++i) {
+      m_ids.push_back(bench::PackageId(NextNumber()));
+      AddFeeder(m_ids.back());
+    }
+  }
+  ~Packages() {
+    for (const std::string& id : m_ids) {
+      fake::RemovePackage(id);
+      fake::RemoveWasPackage(id);
+    }
+    fake::ClearChannelRequests();
+  }
+  Packages(const Packages&) = delete;
+  Packages& operator=(const Packages&) = delete;
+
+  /// Waits for the last one; they are handled in order.
+  void Install(ORVInstaller& installer) const {
+    for (const std::string& id : m_ids) {
+      SendInstall(installer, id, id == m_ids.back());
+    }
+  }
+
+ private:
+  std::vector<std::string> m_ids;
+};
+
+/// The installs of one iteration are queued together; what is told is the time of one.
 void InstallDaemon(benchmark::State& state) {
   bench::StorePath();
   bench::LeaveTheFakeAside();
   ORVInstaller& installer = *ORVInstaller::GetInstance();
-  for (auto _ : state) {
+  const int together = static_cast<int>(state.range(0));
+  while (state.KeepRunningBatch(together)) {
     state.PauseTiming();
-    const std::string package = bench::PackageId(NextNumber());
-    AddFeeder(package);
+    auto packages = std::make_unique<Packages>(together);
     state.ResumeTiming();
-    SendInstall(installer, package);
+    packages->Install(installer);
     state.PauseTiming();
-    fake::RemovePackage(package);
-    fake::RemoveWasPackage(package);
-    fake::ClearChannelRequests();
+    packages.reset();
     state.ResumeTiming();
   }
 }
@@ -63,7 +94,12 @@ void InstallFloor(benchmark::State& state) {
   }
 }
 
-BENCHMARK(InstallDaemon)->Name("install/daemon")->Iterations(kInstalls)->UseRealTime();
+BENCHMARK(InstallDaemon)
+    ->Name("install/daemon")
+    ->Arg(1)
+    ->Arg(kInstalls)
+    ->Iterations(kInstalls)
+    ->UseRealTime();
 BENCHMARK(InstallFloor)->Name("install/floor")->Iterations(kInstalls)->UseRealTime();
 
 }  // namespace
