@@ -28,7 +28,7 @@ boost_tv() {
 service_of() { tv channel list --json | jq --arg p "$1" '.[] | select(.pkg_id == $p).service_id'; }
 # The file is the daemon's, on a thread that nobody can wait for: looked at until it is as told.
 becomes() { # WHAT there|gone FILE
-  becomes_deadline=$(($(date +%s) + 30))
+  becomes_deadline=$(($(date +%s) + 30 * slow))
   until if [ "$2" = there ]; then [ -e "$3" ]; else [ ! -e "$3" ]; fi; do
     [ "$(date +%s)" -lt "$becomes_deadline" ] || die "$1: $3 is not $2"
     pause
@@ -47,7 +47,7 @@ launched() {
 }
 # first_screens WHAT TIMES: how often it has come, in all.
 first_screens() {
-  first_deadline=$(($(date +%s) + 30))
+  first_deadline=$(($(date +%s) + 30 * slow))
   until [ "$(grep -c . "$work/first-screen" || true)" -ge "$2" ]; do
     [ "$(date +%s)" -lt "$first_deadline" ] || die "$1: the first screen came $(grep -c . "$work/first-screen" || true) times"
     pause

@@ -59,7 +59,7 @@ app_is() { printf '.apps[] | select(.id == "%s") | %s' "$1" "$2"; }
 
 # more TEXT TIMES: waits until the log holds the text more often than that.
 more() {
-  deadline=$(($(date +%s) + 60))
+  deadline=$(($(date +%s) + 60 * slow))
   until [ "$(count_log "$1")" -gt "$2" ]; do
     [ "$(date +%s)" -lt "$deadline" ] || die "the log has \"$1\" no more than $2 times"
     pause

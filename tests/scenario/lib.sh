@@ -19,6 +19,8 @@ STORE=$OWN/data/appinfo.db
 HBBTV=$OWN/shared/data/hbbtv_app
 METADATA=$OWN/shared/data/metadata
 PREFIX=http://kalmora.com/tv/metadata/
+# How many times slower than usual the programs are, as they are with a sanitizer in them.
+slow=${ORV_SLOW:-1}
 checks=0
 scenario_ended=
 
@@ -42,7 +44,7 @@ the_end() { scenario_ended=yes; echo "$checks checks passed"; [ "$checks" -gt 0 
 
 # reached WHAT JQ [SECONDS]: waits until the expression holds on the TV's dump.
 reached() {
-  tv wait "$2" --timeout "${3:-30}" >"$work/wait" 2>&1 || { cat "$work/wait"; die "$1"; }
+  tv wait "$2" --timeout "$((${3:-30} * slow))" >"$work/wait" 2>&1 || { cat "$work/wait"; die "$1"; }
   passed "$1"
 }
 # holds WHAT JQ: the expression holds now.
@@ -73,12 +75,21 @@ absent() { [ ! -e "$2" ] || die "$1: $2 is there"; passed "$1"; }
 count_log() { grep -cF -- "$1" "$TV_ROOT/log/daemon.log" || true; }
 # logged WHAT TEXT [TIMES]: waits until the log holds the text at least that often.
 logged() {
-  deadline=$(($(date +%s) + 30))
+  deadline=$(($(date +%s) + 30 * slow))
   until [ "$(count_log "$2")" -ge "${3:-1}" ]; do
     [ "$(date +%s)" -lt "$deadline" ] || die "$1: the log has \"$2\" $(count_log "$2") times, not ${3:-1}"
     pause
   done
   passed "$1"
+}
+# comes_true WHAT COMMAND...: waits until the command succeeds.
+comes_true() {
+  what=$1; shift
+  deadline=$(($(date +%s) + 30 * slow))
+  until "$@"; do
+    [ "$(date +%s)" -lt "$deadline" ] || die "waited in vain: $what"
+    pause
+  done
 }
 # A short wait between two looks at a file; never the thing that a check relies on.
 pause() { sleep 0.05; }
@@ -122,6 +133,6 @@ web_feeder() {
     metadata orv_data schedule_data_url "http://example.org/$2/schedule.json")"
 }
 needs_loop() {
-  tv status --json | jq -e '.mounts | test("loop")' >/dev/null || { echo "no loop devices here: skipped"; exit 77; }
+  tv status --json | jq -e '.mounts | test("^loop")' >/dev/null || { echo "no loop devices here: skipped"; exit 77; }
 }
 stored() { printf '.store | any(.package_id == "%s")' "$1"; }

@@ -51,7 +51,7 @@ look() {
 }
 # agree WHAT: the television comes to be as the model says.
 agree() {
-  agree_deadline=$(($(date +%s) + 20))
+  agree_deadline=$(($(date +%s) + 20 * slow))
   until [ "$(look '$seen == ($expected[0] | visible)' "$state")" = true ]; do
     [ "$(date +%s)" -lt "$agree_deadline" ] || { cp "$state" "$work/closest.json"; disagree "$1"; }
     pause
@@ -70,7 +70,7 @@ compared=0
 forget() { : >"$TV_ROOT/log/daemon.log"; }
 # comes TEXT TIMES: waits until the log has it so often.
 comes() {
-  comes_deadline=$(($(date +%s) + 30))
+  comes_deadline=$(($(date +%s) + 30 * slow))
   until [ "$(count_log "$1")" -ge "$2" ]; do
     [ "$(date +%s)" -lt "$comes_deadline" ] || die "seed $seed, day $day, event $number: $event: the log has \"$1\" $(count_log "$1") times, not $2"
     pause

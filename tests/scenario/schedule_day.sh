@@ -3,11 +3,11 @@
 # SPDX-License-Identifier: Apache-2.0
 #
 # A day of television with five service apps on the schedule, six hundred times faster, with a crash
-# of the daemon and a power cut in it. The schedule as it ran is printed and held against a model.
+# of the daemon and a power cut in it; a part of a day, and slower, where the programs are slow. The schedule as it ran is printed and held against a model.
 . "$(dirname "$0")/lib.sh"
 . "$(dirname "$0")/schedule_lib.sh"
 
-HOURS=${HOURS:-24}
+HOURS=${HOURS:-$((24 / slow))}
 PACKAGES="servendles servfeeder servfifth1 servnonsen servstubbo"
 LOG=$TV_ROOT/log/daemon.log
 
@@ -16,7 +16,7 @@ now() { date -u -d "$(tail -n 1 "$TV_ROOT/log/journal.jsonl" | jq -r .time)" +%s
 clock() { date -u -d "@$1" +%H:%M; }
 # until_hour N: that many hours after the beginning.
 until_hour() {
-  deadline=$(($(date +%s) + 120))
+  deadline=$(($(date +%s) + 120 * slow))
   until [ "$(now)" -ge "$((began + $1 * 3600))" ]; do
     [ "$(date +%s)" -lt "$deadline" ] || die "hour $1 did not come"
     sleep 0.5 # the passing of time is what is waited for
@@ -36,7 +36,7 @@ print_schedule() {
 }
 model() { awk -f "$(dirname "$0")/schedule_model.awk" "$LOG"; }
 
-tv up --speed 600
+tv up --speed $((600 / slow))
 began=$(now)
 echo "the day begins at $(clock "$began")"
 service_wgt "$work/fifth.wgt" servfifth1 "tv port send $PORT $SET_TIME expiration_time=7200"

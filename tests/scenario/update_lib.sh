@@ -19,7 +19,7 @@ start_tv() {
 handled() {
   handled_before=$(count_log "[Debug] $MARKER is not ORV Type.")
   tv pkg update "$work/marker.wgt" >/dev/null
-  handled_deadline=$(($(date +%s) + 60))
+  handled_deadline=$(($(date +%s) + 60 * slow))
   until [ "$(count_log "[Debug] $MARKER is not ORV Type.")" -gt "$handled_before" ]; do
     [ "$(date +%s)" -lt "$handled_deadline" ] || die "the daemon did not come to the end of its events"
     pause

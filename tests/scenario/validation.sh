@@ -137,7 +137,7 @@ for call in package_manager_create package_manager_set_event_cb; do
   silent "$call: the reset's is not" "VCONFKEY_TELLAHUB_RESET"
   # Nothing else in the daemon tells that time has passed: its watchdog and trim timers are silent.
   calls_before=$(calls '^smart_deadlock_watchdog_notify$' | grep -c . || true)
-  deadline=$(($(date +%s) + 60))
+  deadline=$(($(date +%s) + 60 * slow))
   until [ "$(calls '^smart_deadlock_watchdog_notify$' | grep -c . || true)" -ge $((calls_before + 200)) ]; do
     [ "$(date +%s)" -lt "$deadline" ] || die "$call: half an hour did not pass"
     pause

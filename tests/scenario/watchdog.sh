@@ -9,7 +9,7 @@ tv up --speed 40
 old=$(tv status --json | jq .daemon.pid)
 equal "registered once, with 120 seconds" "smart_deadlock_register_watchdog_service(120) = 0" "$(calls register_watchdog)"
 reached "notified with the loop" '.daemon.running'
-deadline=$(($(date +%s) + 20))
+deadline=$(($(date +%s) + 20 * slow))
 until calls watchdog_notify | grep -q 'smart_deadlock_watchdog_notify'; do
   [ "$(date +%s)" -lt "$deadline" ] || die "no sign of life in the journal"
   pause
