@@ -31,6 +31,15 @@ using testing::SizeIs;
 class MainTest : public testing::Test {
  protected:
   MainTest() { fake::ClearCalls(); }  // static initialisers have asked for their paths
+  /// The tasks outlive the entry: both have come up before the end of this program takes the static
+  /// texts from them.
+  void TearDown() override {
+    if (fake::CallCount("FCTask::Create") == 0) {
+      return;
+    }
+    Drain(*ORVScheduler::GetInstance());
+    Drain(*ORVInstaller::GetInstance());
+  }
 
   /// Runs the daemon; the body is what happens while it is in its main loop.
   static int Run(std::function<void()> body = nullptr) {
@@ -38,6 +47,14 @@ class MainTest : public testing::Test {
     char name[] = "orv-enabler";
     char* argv[] = {name, nullptr};
     return OrvEnablerMain(1, argv);
+  }
+
+  /// Returns at once when the task could not be created.
+  static void Drain(FCTask& task) {
+    FSEvent event;
+    event.pReceiver = task.GetHandler();
+    event.type = 999;
+    task.Send(event, false, true);
   }
 
   /// The calls of the entry and of the tasks that it makes, of the test's thread alone.
