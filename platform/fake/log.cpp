@@ -29,6 +29,7 @@ State& GetState() {
 __attribute__((format(printf, 1, 0))) std::string Format(const char* format, std::va_list args) {
   std::va_list again;
   va_copy(again, args);
+  // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the caller has started it
   const int length = std::vsnprintf(nullptr, 0, format, args);
   std::string text(length < 0 ? 0 : static_cast<std::size_t>(length), '\0');
   std::vsnprintf(text.data(), text.size() + 1, format, again);

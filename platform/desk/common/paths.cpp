@@ -16,7 +16,7 @@ std::string Environment(const char* name) {
 }
 
 std::string DefaultRoot() {
-  const std::string root = Environment("TV_ROOT");
+  std::string root = Environment("TV_ROOT");
   if (!root.empty()) {
     return root;
   }

@@ -14,7 +14,7 @@
 namespace desk {
 namespace {
 
-constexpr std::size_t kBlockSize = 64 * 1024;
+constexpr std::size_t kBlockSize = 64UL * 1024;
 
 void CheckMagic(const std::string& path) {
   std::ifstream file(path, std::ios::binary);

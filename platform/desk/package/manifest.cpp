@@ -121,9 +121,9 @@ void CheckAppId(const std::string& id, const std::string& package) {
   }
 }
 
-class Reader {
+class ManifestReader {
  public:
-  explicit Reader(const xmlNode* root) : m_root(root) {}
+  explicit ManifestReader(const xmlNode* root) : m_root(root) {}
 
   PackageManifest Read() {
     m_manifest.version = Trim(Attribute(m_root, "version"));
@@ -265,7 +265,7 @@ PackageManifest ParseConfig(const std::string& xml) {
   if (root == nullptr || !Is(root, kWidgets, "widget")) {
     throw PackageError(std::string("config.xml has no widget of the namespace ") + kWidgets);
   }
-  return Reader(root).Read();
+  return ManifestReader(root).Read();
 }
 
 Json::Value ToJson(const std::vector<Metadata>& metadata) {

@@ -17,7 +17,7 @@
 namespace desk {
 namespace {
 
-constexpr std::size_t kBufferSize = 128 * 1024;
+constexpr std::size_t kBufferSize = 128UL * 1024;
 constexpr char kConfig[] = "config.xml";
 
 bool EndsWith(const std::string& text, const std::string& end) {

@@ -51,7 +51,6 @@ Broadcast::Broadcast(Router& router, TvStore& store, const Channels& channels, S
 }
 
 void Broadcast::AddMethods(Router& router) {
-  const Json::Value done(Json::objectValue);
   router.Add("service.list", [this](const Json::Value&, const Caller&) {
     Json::Value answer(Json::objectValue);
     answer["services"] = Dump();
@@ -67,21 +66,21 @@ void Broadcast::AddMethods(Router& router) {
     return answer;
   });
   router.Add("service.current", [this](const Json::Value&, const Caller&) { return Tuned(); });
-  router.Add("service.add", [this, done](const Json::Value& request, const Caller&) {
+  router.Add("service.add", [this](const Json::Value& request, const Caller&) {
     AddService(request);
-    return done;
+    return Json::Value(Json::objectValue);
   });
-  router.Add("service.remove", [this, done](const Json::Value& request, const Caller&) {
+  router.Add("service.remove", [this](const Json::Value& request, const Caller&) {
     RemoveService(request);
-    return done;
+    return Json::Value(Json::objectValue);
   });
-  router.Add("tune", [this, done](const Json::Value& request, const Caller&) {
+  router.Add("tune", [this](const Json::Value& request, const Caller&) {
     Tune(IdIn(request));
-    return done;
+    return Json::Value(Json::objectValue);
   });
-  router.Add("signal", [this, done](const Json::Value& request, const Caller&) {
+  router.Add("signal", [this](const Json::Value& request, const Caller&) {
     Signal(request);
-    return done;
+    return Json::Value(Json::objectValue);
   });
 }
 

@@ -23,8 +23,8 @@ constexpr const char* CLOCK_LIBRARY = "libdesk_clock.so";
 
 std::string ChooseProgram(const std::string& tools) {
   const char* told = std::getenv("ORV_ENABLER");
-  const std::string program = told != nullptr ? std::filesystem::absolute(told).lexically_normal()
-                                              : std::filesystem::path(tools + "/orv-enabler");
+  std::string program = told != nullptr ? std::filesystem::absolute(told).lexically_normal()
+                                        : std::filesystem::path(tools + "/orv-enabler");
   if (access(program.c_str(), X_OK) != 0) {
     throw DeskError(DeskError::NotFound, "no daemon to run: " + program + ": " +
                                              std::strerror(errno) +

@@ -193,8 +193,9 @@ void Keys::AddMethods(Router& router) {
     reply["found"] = value.has_value();
     return reply;
   });
-  router.AddDeferred("key.set", [this](const Json::Value& request, const Caller&,
-                                       std::shared_ptr<Reply> reply) { OnSet(request, reply); });
+  router.AddDeferred("key.set",
+                     [this](const Json::Value& request, const Caller&,
+                            const std::shared_ptr<Reply>& reply) { OnSet(request, reply); });
   router.Add("key.unset", [this](const Json::Value& request, const Caller&) {
     Json::Value reply;
     reply["found"] = Unset(RequireString(request, "key"));

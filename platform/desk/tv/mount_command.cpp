@@ -51,7 +51,7 @@ MountCommand ParseMountCommand(const std::string& command, const DeskPaths& path
 
 std::string ResolveMountPath(const std::string& path, const DeskPaths& paths) {
   const bool sandboxed = !IsBelow(path, paths.Apps()) && IsBelow(path, kApps);
-  const std::string real = RealPath(sandboxed ? paths.Root() + path : path);
+  std::string real = RealPath(sandboxed ? paths.Root() + path : path);
   if (path.empty() || path.front() != '/' || !IsBelow(real, RealPath(paths.Apps()))) {
     throw DeskError(DeskError::Failed, path + " is not among the packages of this desk");
   }

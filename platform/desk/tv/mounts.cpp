@@ -19,7 +19,7 @@ constexpr int kRefused = 1;
 Mounts::Mounts(Router& router, const DeskPaths& paths) : m_paths(paths), m_worker("mounts") {
   const auto add = [&](const char* method, const char* member, auto operation) {
     router.AddDeferred(method, [this, member, operation](const Json::Value& request, const Caller&,
-                                                         std::shared_ptr<Reply> reply) {
+                                                         const std::shared_ptr<Reply>& reply) {
       const std::string text = RequireString(request, member);
       m_worker.Post([this, operation, text, reply] { reply->Return((this->*operation)(text)); });
     });

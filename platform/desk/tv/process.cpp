@@ -33,6 +33,7 @@ std::vector<std::string> MergeEnvironment(const std::vector<std::string>& change
     put(entry);
   }
   std::vector<std::string> result;
+  result.reserve(merged.size());
   for (const auto& entry : merged) {
     result.push_back(entry.second);
   }
@@ -45,7 +46,7 @@ DeskError CannotStart(const std::string& program, int reason) {
 }
 
 std::string Locate(const std::string& program) {
-  const std::string path = program.find('/') == std::string::npos ? FindProgram(program) : program;
+  std::string path = program.find('/') == std::string::npos ? FindProgram(program) : program;
   if (path.empty()) {
     throw DeskError(DeskError::NotFound, program + " is not on the PATH: install it");
   }

@@ -176,7 +176,7 @@ Json::Value Was::Set(const Json::Value& request) {
   entry["widget"] = OptionalString(request, "widget", entry["widget"].asString());
   entry["kind"] = OptionalInt(request, "kind", entry["kind"].asInt());
   entry["gone"] = OptionalBool(request, "gone", entry["gone"].asBool());
-  const Json::Value answer = entry;
+  Json::Value answer = entry;
   Store("entries", entries);
   return answer;
 }
