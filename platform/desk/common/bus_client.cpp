@@ -2,8 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "common/bus_client.h"
 
-#include <gio/gio.h>
-
 #include <atomic>
 #include <climits>
 #include <fstream>
@@ -12,19 +10,11 @@
 
 #include "common/bus_names.h"
 #include "common/desk_error.h"
+#include "common/gio_ptr.h"
 #include "common/json.h"
 
 namespace desk {
 namespace {
-
-struct ObjectUnref {
-  void operator()(gpointer object) const { g_object_unref(object); }
-};
-struct VariantUnref {
-  void operator()(GVariant* variant) const { g_variant_unref(variant); }
-};
-using VariantPtr = std::unique_ptr<GVariant, VariantUnref>;
-using ErrorPtr = std::unique_ptr<GError, decltype(&g_error_free)>;
 
 struct Subscription {
   Subscription(std::string topicText, BusClient::EventFunction eventFunction, GMainContext* ctx)
@@ -112,7 +102,7 @@ struct BusClient::State {
     }
   }
 
-  const std::unique_ptr<GDBusConnection, ObjectUnref> connection;
+  const ObjectPtr<GDBusConnection> connection;
   guint filter = 0;
   gulong closedHandler = 0;
 
@@ -154,7 +144,7 @@ BusClient::BusClient(const std::string& address) {
                                         G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
       nullptr, nullptr, &error);
   if (connection == nullptr) {
-    const ErrorPtr owner(error, g_error_free);
+    const ErrorPtr owner(error);
     throw Gone(error->message);
   }
   m_state = std::make_shared<State>(connection);
@@ -213,7 +203,7 @@ Json::Value BusClient::Call(const std::string& method, const Json::Value& reques
                                   CallVariant(method, request), G_VARIANT_TYPE("(ay)"),
                                   G_DBUS_CALL_FLAGS_NO_AUTO_START, G_MAXINT, nullptr, &error);
   if (reply == nullptr) {
-    const ErrorPtr owner(error, g_error_free);
+    const ErrorPtr owner(error);
     throw FromRemote(error);
   }
   const VariantPtr owner(reply);
@@ -226,7 +216,7 @@ Json::Value BusClient::Call(const std::string& method) {
 }
 
 void BusClient::Tell(const std::string& method, const Json::Value& request) {
-  const std::unique_ptr<GDBusMessage, ObjectUnref> message(
+  const ObjectPtr<GDBusMessage> message(
       g_dbus_message_new_method_call(BUS_NAME, BUS_PATH, BUS_NAME, BUS_CALL));
   g_dbus_message_set_flags(message.get(),
                            static_cast<GDBusMessageFlags>(G_DBUS_MESSAGE_FLAGS_NO_REPLY_EXPECTED |
@@ -235,7 +225,7 @@ void BusClient::Tell(const std::string& method, const Json::Value& request) {
   GError* error = nullptr;
   if (g_dbus_connection_send_message(m_state->connection.get(), message.get(),
                                      G_DBUS_SEND_MESSAGE_FLAGS_NONE, nullptr, &error) == FALSE) {
-    const ErrorPtr owner(error, g_error_free);
+    const ErrorPtr owner(error);
     throw Gone(error->message);
   }
 }
@@ -248,8 +238,8 @@ int BusClient::Subscribe(const std::string& topic, EventFunction function, GMain
     m_state->subscriptions[id] =
         std::make_shared<Subscription>(topic, std::move(function), context);
   }
-  // Matches are counted by nobody: a second one for a topic only repeats what is wanted already.
-  // Events of one topic still arrive once each, and unicast ones need no match.
+  // Match rules are never removed; duplicates are harmless: an event still arrives once. Unicast
+  // events need no match.
   const std::string rule = std::string("type='signal',sender='") + BUS_NAME + "',interface='" +
                            BUS_NAME + "',member='" + BUS_EVENT + "',arg0='" + topic + "'";
   GError* error = nullptr;
@@ -257,12 +247,12 @@ int BusClient::Subscribe(const std::string& topic, EventFunction function, GMain
       m_state->connection.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus",
       "org.freedesktop.DBus", "AddMatch", g_variant_new("(s)", rule.c_str()), nullptr,
       G_DBUS_CALL_FLAGS_NONE, G_MAXINT, nullptr, &error);
+  const VariantPtr owner(reply);
   if (reply == nullptr) {
-    const ErrorPtr owner(error, g_error_free);
+    const ErrorPtr errorOwner(error);
     Unsubscribe(id);
     throw Gone(error->message);
   }
-  g_variant_unref(reply);
   return id;
 }
 
