@@ -19,7 +19,7 @@
 #include "common/desk_error.h"
 #include "tv/process.h"
 
-namespace desk {
+namespace desk::tv {
 namespace {
 
 namespace fs = std::filesystem;
@@ -181,4 +181,4 @@ void BusDaemon::RemoveLeftovers(const DeskPaths& paths) {
   fs::remove(paths.BusSocket(), ignored);
 }
 
-}  // namespace desk
+}  // namespace desk::tv

@@ -9,7 +9,7 @@
 
 #include "common/paths.h"
 
-namespace desk {
+namespace desk::tv {
 
 /// The TV's private bus: one dbus-daemon that nobody else knows of. Main thread only.
 class BusDaemon {
@@ -44,4 +44,4 @@ class BusDaemon {
   unsigned m_watch = 0;  ///< of OnDied; 0 without
 };
 
-}  // namespace desk
+}  // namespace desk::tv

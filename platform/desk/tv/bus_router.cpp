@@ -13,7 +13,7 @@
 #include "common/desk_error.h"
 #include "common/json.h"
 
-namespace desk {
+namespace desk::tv {
 namespace {
 
 constexpr const char* INTERFACE =
@@ -290,4 +290,4 @@ void BusRouter::Flush() {
   AskBus(m_state->bus.get(), "GetId", nullptr);
 }
 
-}  // namespace desk
+}  // namespace desk::tv

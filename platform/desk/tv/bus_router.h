@@ -8,7 +8,7 @@
 #include "tv/callers.h"
 #include "tv/router.h"
 
-namespace desk {
+namespace desk::tv {
 
 /// The router on a desk's private bus. To be made and destroyed on the main loop's thread, which
 /// runs all handlers.
@@ -34,4 +34,4 @@ class BusRouter : public Router {
   const std::unique_ptr<State> m_state;
 };
 
-}  // namespace desk
+}  // namespace desk::tv

@@ -7,7 +7,7 @@
 
 #include "common/paths.h"
 
-namespace desk {
+namespace desk::tv {
 
 std::optional<ProcessParents> ReadProcessParents(pid_t pid) {
   std::ifstream file("/proc/" + std::to_string(pid) + "/stat");
@@ -74,4 +74,4 @@ Caller CallerTable::Identify(pid_t pid) const {
   return caller;
 }
 
-}  // namespace desk
+}  // namespace desk::tv

@@ -11,7 +11,7 @@
 
 #include "tv/router.h"
 
-namespace desk {
+namespace desk::tv {
 
 /// What the process table tells about a process that lives.
 struct ProcessParents {
@@ -47,4 +47,4 @@ class CallerTable {
   std::map<pid_t, Caller> m_started;
 };
 
-}  // namespace desk
+}  // namespace desk::tv

@@ -16,7 +16,7 @@
 #include "tv/process.h"
 #include "tv/sandbox.h"
 
-namespace desk {
+namespace desk::tv {
 namespace {
 
 constexpr const char* CLOCK_LIBRARY = "libdesk_clock.so";
@@ -143,4 +143,4 @@ DaemonProcess DaemonLauncher::LaunchBare() const {
   return process;
 }
 
-}  // namespace desk
+}  // namespace desk::tv

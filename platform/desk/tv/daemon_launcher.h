@@ -9,7 +9,7 @@
 #include "tv/options.h"
 #include "tv/supervisor.h"
 
-namespace desk {
+namespace desk::tv {
 
 /// Starts the daemon as the TV's options want it: in its sandbox or without, with its environment
 /// and clock. Constant after construction; Launch is for the main thread.
@@ -37,4 +37,4 @@ class DaemonLauncher {
   const std::chrono::nanoseconds m_since;
 };
 
-}  // namespace desk
+}  // namespace desk::tv

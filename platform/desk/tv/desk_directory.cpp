@@ -21,7 +21,7 @@
 #include "tv/bus_daemon.h"
 #include "tv/tv_log.h"
 
-namespace desk {
+namespace desk::tv {
 namespace {
 
 namespace fs = std::filesystem;
@@ -179,4 +179,4 @@ int UnmountAllUnder(const DeskPaths& paths) {
   return unmounted;
 }
 
-}  // namespace desk
+}  // namespace desk::tv

@@ -6,7 +6,7 @@
 
 #include "common/paths.h"
 
-namespace desk {
+namespace desk::tv {
 
 class TvLog;
 
@@ -45,4 +45,4 @@ int KillStrayApps(const DeskPaths& paths);
 /// own. Returns how many.
 int UnmountAllUnder(const DeskPaths& paths);
 
-}  // namespace desk
+}  // namespace desk::tv

@@ -24,7 +24,7 @@
 #include "tv/television.h"
 #include "tv/tv_log.h"
 
-namespace desk {
+namespace desk::tv {
 namespace {
 
 constexpr int EXIT_FAILED = 1;
@@ -175,8 +175,8 @@ int Main(int argc, char** argv) {
 }
 
 }  // namespace
-}  // namespace desk
+}  // namespace desk::tv
 
 int main(int argc, char** argv) {
-  return desk::Main(argc, argv);
+  return desk::tv::Main(argc, argv);
 }

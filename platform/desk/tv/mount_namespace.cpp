@@ -10,7 +10,7 @@
 #include <cstring>
 #include <fstream>
 
-namespace desk {
+namespace desk::tv {
 namespace {
 
 std::string Without(const std::string& step) {
@@ -58,4 +58,4 @@ std::string EnterMountNamespace(const DeskPaths& paths) {
                     : "a mount namespace of the desk's own, in a user namespace";
 }
 
-}  // namespace desk
+}  // namespace desk::tv

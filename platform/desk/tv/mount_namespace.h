@@ -6,7 +6,7 @@
 
 #include "common/paths.h"
 
-namespace desk {
+namespace desk::tv {
 
 /// Gives this process a mount namespace of its own, in which what is mounted under the TV's
 /// directory reaches the processes it starts and vanishes with them: the machine never sees it. An
@@ -17,4 +17,4 @@ namespace desk {
 /// are the machine's.
 std::string EnterMountNamespace(const DeskPaths& paths);
 
-}  // namespace desk
+}  // namespace desk::tv

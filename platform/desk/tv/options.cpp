@@ -7,7 +7,7 @@
 #include "common/desk_error.h"
 #include "common/numbers.h"
 
-namespace desk {
+namespace desk::tv {
 namespace {
 
 constexpr int MAX_SPEED = 100000;
@@ -116,4 +116,4 @@ const char* TvOptions::HelpText() {
          "  --ready-fd N    gets one line, \"ready\" or \"failed: ...\", then is closed\n";
 }
 
-}  // namespace desk
+}  // namespace desk::tv

@@ -6,7 +6,7 @@
 
 #include "common/paths.h"
 
-namespace desk {
+namespace desk::tv {
 
 /// How the TV was asked to be: desk-tv's command line. Constant after Parse.
 struct TvOptions {
@@ -22,4 +22,4 @@ struct TvOptions {
   static const char* HelpText();
 };
 
-}  // namespace desk
+}  // namespace desk::tv

@@ -6,7 +6,7 @@
 #include "common/json.h"
 #include "tv/desk_directory.h"
 
-namespace desk {
+namespace desk::tv {
 namespace {
 
 constexpr unsigned NETWORK_TIME_DELAY = 1000;
@@ -104,4 +104,4 @@ void Power::Reset(const std::string& kind) {
   m_keys.Set(key, m_keys.GetInt(key, 0) + 1);
 }
 
-}  // namespace desk
+}  // namespace desk::tv

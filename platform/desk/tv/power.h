@@ -7,13 +7,13 @@
 #include <vector>
 
 #include "common/paths.h"
-#include "tv/keys.h"
 #include "tv/router.h"
+#include "tv/services/keys.h"
 #include "tv/supervisor.h"
 #include "tv/timer.h"
 #include "tv/tv_log.h"
 
-namespace desk {
+namespace desk::tv {
 
 /// What the parts of the TV do when the power goes and comes; run in the order given, on the main
 /// loop. Must not throw.
@@ -55,4 +55,4 @@ class Power {
   Timer m_networkTime;
 };
 
-}  // namespace desk
+}  // namespace desk::tv

@@ -14,7 +14,7 @@
 #include "common/desk_error.h"
 #include "common/spawn.h"
 
-namespace desk {
+namespace desk::tv {
 namespace {
 
 std::vector<std::string> MergeEnvironment(const std::vector<std::string>& changes) {
@@ -110,4 +110,4 @@ std::string FindProgram(const std::string& name) {
   return path == nullptr ? std::string() : std::string(path.get());
 }
 
-}  // namespace desk
+}  // namespace desk::tv

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace desk {
+namespace desk::tv {
 
 /// How to start a process. It gets a session and process group of its own, the default signal
 /// handling, and SIGKILL when desk-tv dies.
@@ -36,4 +36,4 @@ std::string DescribeStatus(int status);
 /// Path of a program on the PATH; empty when there is none.
 std::string FindProgram(const std::string& name);
 
-}  // namespace desk
+}  // namespace desk::tv

@@ -10,7 +10,7 @@
 #include <memory>
 #include <string>
 
-namespace desk {
+namespace desk::tv {
 
 /// Who is at the other end of a call, from the credentials of its connection.
 struct Caller {
@@ -52,4 +52,4 @@ class Router {
   virtual void OnConnectionGone(std::function<void(const std::string& busName)> function) = 0;
 };
 
-}  // namespace desk
+}  // namespace desk::tv

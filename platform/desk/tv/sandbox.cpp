@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <set>
 
-namespace desk {
+namespace desk::tv {
 namespace {
 
 namespace fs = std::filesystem;
@@ -108,4 +108,4 @@ std::vector<std::string> SandboxArguments(const SandboxPlan& plan) {
   return arguments;
 }
 
-}  // namespace desk
+}  // namespace desk::tv

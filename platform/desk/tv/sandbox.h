@@ -7,7 +7,7 @@
 
 #include "common/paths.h"
 
-namespace desk {
+namespace desk::tv {
 
 /// One entry of a directory of the machine.
 struct HostEntry {
@@ -47,4 +47,4 @@ std::string SandboxSocket(const SandboxPlan& plan);
 constexpr const char* SANDBOX_PROGRAMS = "/run/tv-programs";
 constexpr const char* SANDBOX_TOOLS = "/run/tv-tools";
 
-}  // namespace desk
+}  // namespace desk::tv

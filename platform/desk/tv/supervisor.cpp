@@ -15,7 +15,7 @@
 #include "common/json.h"
 #include "tv/process.h"
 
-namespace desk {
+namespace desk::tv {
 namespace {
 
 long Now() {
@@ -330,4 +330,4 @@ void Supervisor::Tell(std::vector<Done>& waiting, const std::string& failure) {
   }
 }
 
-}  // namespace desk
+}  // namespace desk::tv

@@ -14,7 +14,7 @@
 #include "tv/timer.h"
 #include "tv/tv_log.h"
 
-namespace desk {
+namespace desk::tv {
 
 /// A daemon that was started.
 struct DaemonProcess {
@@ -107,4 +107,4 @@ class Supervisor {
   Timer m_watchdogTimer;
 };
 
-}  // namespace desk
+}  // namespace desk::tv

@@ -6,12 +6,12 @@
 #include <unistd.h>
 
 #include "tv/daemon_launcher.h"
-#include "tv/fault_service.h"
-#include "tv/keys.h"
-#include "tv/services.h"
+#include "tv/services/fault_service.h"
+#include "tv/services/keys.h"
+#include "tv/services/services.h"
 #include "tv/supervisor.h"
 
-namespace desk {
+namespace desk::tv {
 namespace {
 
 long Now() {
@@ -104,4 +104,4 @@ Json::Value Television::Dump() const {
   return dump;
 }
 
-}  // namespace desk
+}  // namespace desk::tv

@@ -15,7 +15,7 @@
 #include "tv/router.h"
 #include "tv/tv_log.h"
 
-namespace desk {
+namespace desk::tv {
 
 /// What the television stands on; everything lives longer than it.
 struct TvBase {
@@ -57,4 +57,4 @@ class Television {
   std::unique_ptr<Power> m_power;
 };
 
-}  // namespace desk
+}  // namespace desk::tv

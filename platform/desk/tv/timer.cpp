@@ -6,7 +6,7 @@
 
 #include <utility>
 
-namespace desk {
+namespace desk::tv {
 
 void Timer::Set(unsigned milliseconds, std::function<void()> function) {
   Stop();
@@ -29,4 +29,4 @@ int Timer::Fire(void* self) {
   return G_SOURCE_REMOVE;
 }
 
-}  // namespace desk
+}  // namespace desk::tv

@@ -4,7 +4,7 @@
 
 #include <functional>
 
-namespace desk {
+namespace desk::tv {
 
 /// A timer of the main loop that calls its function once, unless it is set anew or stopped. Main
 /// loop's thread only; ends with its object.
@@ -27,4 +27,4 @@ class Timer {
   std::function<void()> m_function;
 };
 
-}  // namespace desk
+}  // namespace desk::tv

@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <ctime>
 
-namespace desk {
+namespace desk::tv {
 
 TvLog::TvLog(const std::string& path) : m_file(path), m_terminal(isatty(STDERR_FILENO) == 1) {}
 
@@ -26,4 +26,4 @@ void TvLog::Say(const std::string& text) {
   }
 }
 
-}  // namespace desk
+}  // namespace desk::tv

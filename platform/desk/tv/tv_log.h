@@ -6,7 +6,7 @@
 
 #include "common/line_log.h"
 
-namespace desk {
+namespace desk::tv {
 
 /// What desk-tv itself did, one line each with the time. Callable from any thread.
 class TvLog {
@@ -21,4 +21,4 @@ class TvLog {
   const bool m_terminal;
 };
 
-}  // namespace desk
+}  // namespace desk::tv

@@ -12,7 +12,7 @@
 #include "common/desk_error.h"
 #include "common/json.h"
 
-namespace desk {
+namespace desk::tv {
 
 TvStore::TvStore(std::string path) : m_path(std::move(path)), m_root(Json::objectValue) {
   std::ifstream file(m_path, std::ios::binary);
@@ -61,4 +61,4 @@ void TvStore::Write(const Json::Value& root) const {
   }
 }
 
-}  // namespace desk
+}  // namespace desk::tv

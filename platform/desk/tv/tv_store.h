@@ -6,7 +6,7 @@
 
 #include <string>
 
-namespace desk {
+namespace desk::tv {
 
 /// What the television itself keeps over power-off, beside settings keys and packages: one JSON
 /// file with one section for each part. Main loop only.
@@ -29,4 +29,4 @@ class TvStore {
   Json::Value m_root;
 };
 
-}  // namespace desk
+}  // namespace desk::tv

@@ -10,7 +10,7 @@
 
 #include "common/desk_error.h"
 
-namespace desk {
+namespace desk::tv {
 namespace {
 
 [[noreturn]] void GoingDown() {
@@ -136,4 +136,4 @@ void Worker::Run() {
   }
 }
 
-}  // namespace desk
+}  // namespace desk::tv

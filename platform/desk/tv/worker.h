@@ -9,7 +9,7 @@
 #include <mutex>
 #include <thread>
 
-namespace desk {
+namespace desk::tv {
 
 /// A thread for work that would block the main loop, and the way back from it. Jobs run one at a
 /// time, in order.
@@ -49,4 +49,4 @@ class Worker {
   std::thread m_thread;
 };
 
-}  // namespace desk
+}  // namespace desk::tv

@@ -21,6 +21,11 @@ namespace desk {
 namespace {
 
 using support::WaitFor;
+using tv::BusDaemon;
+using tv::BusRouter;
+using tv::Caller;
+using tv::CallerTable;
+using tv::Reply;
 
 // A bus, a television without parts on it, and a client; the television's loop runs on this
 // thread, in Do and in Run.

@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-namespace desk {
+namespace desk::tv {
 namespace {
 
 using Kind = Caller::Kind;
@@ -89,4 +89,4 @@ TEST(ProcessParentsOf, NoProcessAreNone) {
 }
 
 }  // namespace
-}  // namespace desk
+}  // namespace desk::tv

@@ -14,7 +14,7 @@
 #include "support/files.h"
 #include "tv/desk_directory.h"
 
-namespace desk {
+namespace desk::tv {
 namespace {
 
 using testing::HasSubstr;
@@ -167,4 +167,4 @@ TEST_F(Launching, WithoutBubblewrapItIsRefusedUnlessNoSandboxIsWanted) {
 }
 
 }  // namespace
-}  // namespace desk
+}  // namespace desk::tv

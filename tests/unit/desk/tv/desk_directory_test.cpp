@@ -12,7 +12,7 @@
 #include "tv/process.h"
 #include "tv/tv_log.h"
 
-namespace desk {
+namespace desk::tv {
 namespace {
 
 using support::Exists;
@@ -146,4 +146,4 @@ TEST_F(Directory, WithoutMountsThereIsNothingToUnmount) {
 }
 
 }  // namespace
-}  // namespace desk
+}  // namespace desk::tv

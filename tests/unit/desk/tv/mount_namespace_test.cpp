@@ -14,7 +14,7 @@
 #include "support/wait_for.h"
 #include "tv/process.h"
 
-namespace desk {
+namespace desk::tv {
 namespace {
 
 // In a process of its own, which must have one thread; what it returns is its exit status.
@@ -109,4 +109,4 @@ TEST_F(MountNamespace, ADirectoryThatIsNotThereLeavesTheProcessWithoutOne) {
 }
 
 }  // namespace
-}  // namespace desk
+}  // namespace desk::tv

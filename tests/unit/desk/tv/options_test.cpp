@@ -9,7 +9,7 @@
 
 #include "common/desk_error.h"
 
-namespace desk {
+namespace desk::tv {
 namespace {
 
 TvOptions Parse(std::vector<const char*> words) {
@@ -81,4 +81,4 @@ TEST(TvOptions, TheHelpNamesEveryOption) {
 }
 
 }  // namespace
-}  // namespace desk
+}  // namespace desk::tv

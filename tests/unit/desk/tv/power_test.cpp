@@ -8,7 +8,7 @@
 #include "support/files.h"
 #include "tv/process.h"
 
-namespace desk {
+namespace desk::tv {
 namespace {
 
 constexpr const char* NETWORK_TIME = "memory/menu/network/set_time";
@@ -193,4 +193,4 @@ TEST_F(PowerTest, AnUnknownResetIsRefused) {
 }
 
 }  // namespace
-}  // namespace desk
+}  // namespace desk::tv

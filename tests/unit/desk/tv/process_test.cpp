@@ -14,7 +14,7 @@
 #include "memory_router.h"
 #include "support/files.h"
 
-namespace desk {
+namespace desk::tv {
 namespace {
 
 int RunToEnd(const ProcessOrder& order) {
@@ -138,4 +138,4 @@ TEST(Programs, AreFoundOnThePath) {
 }
 
 }  // namespace
-}  // namespace desk
+}  // namespace desk::tv

@@ -10,7 +10,7 @@
 
 #include "support/files.h"
 
-namespace desk {
+namespace desk::tv {
 namespace {
 
 using testing::Contains;
@@ -162,4 +162,4 @@ TEST(HostEntries, OfADirectoryThatIsNotThereAreNone) {
 }
 
 }  // namespace
-}  // namespace desk
+}  // namespace desk::tv

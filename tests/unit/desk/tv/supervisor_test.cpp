@@ -13,7 +13,7 @@
 #include "support/files.h"
 #include "tv/process.h"
 
-namespace desk {
+namespace desk::tv {
 namespace {
 
 SupervisorTimes QuickTimes() {
@@ -402,4 +402,4 @@ TEST_F(Supervision, TheEndOfTheTelevisionEndsTheDaemon) {
 }
 
 }  // namespace
-}  // namespace desk
+}  // namespace desk::tv

@@ -1,0 +1,103 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#include "tv/services/app_registry.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cctype>
+
+#include "common/desk_error.h"
+
+namespace desk::tv {
+namespace {
+
+constexpr char kSection[] = "apps";
+
+bool IsAppId(const std::string& id) {
+  return !id.empty() && id.size() <= 255 && id != DeskPaths::DAEMON_ID &&
+         std::all_of(id.begin(), id.end(), [](unsigned char c) {
+           return std::isalnum(c) != 0 || c == '.' || c == '_' || c == '-';
+         });
+}
+
+}  // namespace
+
+const char* KindName(KnownApp::Kind kind) {
+  switch (kind) {
+    case KnownApp::Kind::Ui:
+      return "ui";
+    case KnownApp::Kind::Service:
+      return "service";
+    case KnownApp::Kind::Program:
+      break;
+  }
+  return "program";
+}
+
+std::optional<KnownApp> AppRegistry::Find(const std::string& id) const {
+  const PackageApp* app = m_catalogue.FindApp(id);
+  if (app != nullptr) {
+    return Describe(PackageOfApp(id), *app);
+  }
+  const Json::Value& added = m_store.Get(kSection);
+  if (added.isObject() && added.isMember(id)) {
+    return Describe(id, added[id].asString());
+  }
+  return std::nullopt;
+}
+
+std::vector<KnownApp> AppRegistry::All() const {
+  std::vector<KnownApp> apps;
+  for (const auto& [id, package] : m_catalogue.All()) {
+    for (const PackageApp& app : package.apps) {
+      apps.push_back(Describe(id, app));
+    }
+  }
+  const Json::Value& added = m_store.Get(kSection);
+  for (const std::string& id : added.getMemberNames()) {
+    if (m_catalogue.FindApp(id) == nullptr) {
+      apps.push_back(Describe(id, added[id].asString()));
+    }
+  }
+  return apps;
+}
+
+void AppRegistry::Add(const std::string& id, const std::string& program) {
+  if (!IsAppId(id)) {
+    throw DeskError(DeskError::Usage,
+                    "\"" + id + "\" cannot be an app id: use letters, digits, \".\", \"_\", \"-\"");
+  }
+  if (m_catalogue.FindApp(id) != nullptr) {
+    throw DeskError(DeskError::Failed,
+                    id + " is an app of an installed package: choose another id");
+  }
+  if (program.empty() || program.front() != '/' || access(program.c_str(), X_OK) != 0) {
+    throw DeskError(DeskError::Failed,
+                    program + " cannot be run: give the path of an executable file");
+  }
+  Json::Value added = m_store.Get(kSection);
+  added[id] = program;
+  m_store.Set(kSection, added);
+}
+
+KnownApp AppRegistry::Describe(const std::string& package, const PackageApp& app) const {
+  KnownApp known;
+  known.id = app.id;
+  known.package = package;
+  known.kind = app.component == Component::Ui ? KnownApp::Kind::Ui : KnownApp::Kind::Service;
+  known.directory = m_paths.Package(package) + "/res/wgt";
+  known.program = app.program.empty() ? "" : known.directory + "/" + app.program;
+  known.metadata = app.metadata;
+  return known;
+}
+
+KnownApp AppRegistry::Describe(const std::string& id, const std::string& program) {
+  KnownApp known;
+  known.id = id;
+  known.program = program;
+  known.directory = "/";
+  return known;
+}
+
+}  // namespace desk::tv

@@ -1,0 +1,150 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#include "tv/services/mounts.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "common/desk_error.h"
+#include "common/json.h"
+#include "tv/services/image_mount.h"
+
+namespace desk::tv {
+namespace {
+
+constexpr int kRefused = 1;
+
+}  // namespace
+
+Mounts::Mounts(Router& router, const DeskPaths& paths) : m_paths(paths), m_worker("mounts") {
+  const auto add = [&](const char* method, const char* member, auto operation) {
+    router.AddDeferred(method, [this, member, operation](const Json::Value& request, const Caller&,
+                                                         const std::shared_ptr<Reply>& reply) {
+      const std::string text = RequireString(request, member);
+      m_worker.Post([this, operation, text, reply] { reply->Return((this->*operation)(text)); });
+    });
+  };
+  add("mount.mount", "command", &Mounts::Mount);
+  add("mount.umount", "path", &Mounts::Unmount);
+}
+
+Mounts::~Mounts() {
+  m_worker.Stop();
+  UnmountAll();
+}
+
+std::string Mounts::Describe() const {
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  std::string text = "loop";
+  std::string whyNoLoop = WhyNoLoop();
+  if (whyNoLoop.empty()) {
+    whyNoLoop = m_loopTrouble;
+  }
+  if (!whyNoLoop.empty()) {
+    const std::string drivers = FuseDrivers();
+    text = drivers.empty() ? "none: " + whyNoLoop + "; install squashfuse"
+                           : "fuse (" + drivers + "): " + whyNoLoop;
+  }
+  return m_lastFailure.empty() ? text : text + "; last failure: " + m_lastFailure;
+}
+
+Json::Value Mounts::Dump() const {
+  Json::Value list(Json::arrayValue);
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  for (const Mounted& mounted : m_mounted) {
+    Json::Value& item = list.append(Json::objectValue);
+    item["image"] = mounted.command.image;
+    item["directory"] = mounted.command.directory;
+    item["options"] = mounted.command.options;
+    item["how"] = mounted.how;
+  }
+  return list;
+}
+
+void Mounts::UnmountAll() {
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  // The latest first: it may lie over another.
+  for (; !m_mounted.empty(); m_mounted.pop_back()) {
+    UnmountDirectory(m_mounted.back().command.directory, m_lastFailure);
+  }
+}
+
+Json::Value Mounts::Mount(const std::string& text) {
+  Outcome outcome;
+  try {
+    const MountCommand command = ParseMountCommand(text, m_paths);
+    outcome = MountImage(command);
+    if (outcome.result == 0) {
+      const std::lock_guard<std::mutex> lock(m_mutex);
+      m_mounted.push_back({command, outcome.how});
+    }
+  } catch (const DeskError& error) {
+    outcome.result = kRefused;
+    outcome.reason = error.what();
+  }
+  return Answer(outcome);
+}
+
+Mounts::Outcome Mounts::MountImage(const MountCommand& command) {
+  const std::string whyNoLoop = WhyNoLoop();
+  if (!whyNoLoop.empty()) {
+    return MountByDriver(command, whyNoLoop);
+  }
+  Outcome outcome;
+  outcome.how = "loop";
+  outcome.result = LoopMount(command, outcome.reason);
+  const bool noDevice = outcome.result == NO_LOOP_DEVICE;
+  NoteLoop(noDevice ? outcome.reason : "");
+  return noDevice ? MountByDriver(command, outcome.reason) : outcome;
+}
+
+void Mounts::NoteLoop(const std::string& trouble) {
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  m_loopTrouble = trouble;
+}
+
+Mounts::Outcome Mounts::MountByDriver(const MountCommand& command, const std::string& whyNoLoop) {
+  Outcome outcome;
+  outcome.how = FuseDriverFor(command.image, outcome.reason);
+  if (outcome.how.empty()) {
+    outcome.result = kRefused;
+    outcome.reason = whyNoLoop + "; " + outcome.reason;
+    return outcome;
+  }
+  outcome.result = FuseMount(outcome.how, command, outcome.reason);
+  return outcome;
+}
+
+Json::Value Mounts::Unmount(const std::string& path) {
+  Outcome outcome;
+  try {
+    const std::string directory = ResolveMountPath(path, m_paths);
+    outcome.result = UnmountDirectory(directory, outcome.reason);
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const auto last = std::find_if(m_mounted.rbegin(), m_mounted.rend(), [&](const Mounted& entry) {
+      return entry.command.directory == directory;
+    });
+    if (outcome.result == 0 && last != m_mounted.rend()) {
+      m_mounted.erase(std::next(last).base());
+    }
+  } catch (const DeskError& error) {
+    outcome.result = kRefused;
+    outcome.reason = error.what();
+  }
+  return Answer(outcome);
+}
+
+// The service was reached whatever came of it.
+Json::Value Mounts::Answer(const Outcome& outcome) {
+  Json::Value answer(Json::objectValue);
+  answer["ret"] = 0;
+  answer["result"] = outcome.result;
+  answer["reason"] = outcome.reason;
+  if (outcome.result != 0) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_lastFailure = outcome.reason;
+  }
+  return answer;
+}
+
+}  // namespace desk::tv
