@@ -3,27 +3,21 @@
 #include "app_info/AppInfoCache.h"
 
 #include <algorithm>
-#include <atomic>
 
 #include "common/Log.h"
 #include "common/ORVConstants.h"
 
 AppInfoCache* AppInfoCache::GetInstance() {
-  static std::atomic<AppInfoCache*> s_pInstance{nullptr};
-  if (s_pInstance == nullptr) {
-    // No lock, and yet the scheduler's thread may come here while the store is being opened: the
-    // first instance stays, owned by the process and never deleted.
-    auto* const pInstance = new AppInfoCache();
-    AppInfoCache* pFirst = nullptr;
-    if (!s_pInstance.compare_exchange_strong(pFirst, pInstance)) delete pInstance;
-  }
-  return s_pInstance;
+  return SingleInstance<AppInfoCache>::Get();
 }
 
 bool AppInfoCache::AddAppInfo(const std::string& rPackageID, AppInfo* pAppInfo, bool bUpdateDB) {
   std::lock_guard<std::recursive_mutex> lock(m_mutexAppList);
-  // A record that stood here is not freed: it may be a layer of the new chain.
-  m_mapAppList.insert_or_assign(rPackageID, pAppInfo);
+  {
+    std::lock_guard<std::mutex> lockRecords(m_mutexRecords);
+    // A replaced record is not freed: it may be a layer of the new chain.
+    m_mapAppList.insert_or_assign(rPackageID, pAppInfo);
+  }
   if (!bUpdateDB) return true;
   if (m_AppInfoDB.InsertNewRecord(pAppInfo)) return true;
   return ReplaceRow(rPackageID, pAppInfo);
@@ -33,7 +27,10 @@ bool AppInfoCache::UpdateAppInfo(const std::string& rPackageID, AppInfo* pAppInf
   std::lock_guard<std::recursive_mutex> lock(m_mutexAppList);
   const auto iter = m_mapAppList.find(rPackageID);
   if (iter == m_mapAppList.end()) return AddAppInfo(rPackageID, pAppInfo, true);
-  iter->second = pAppInfo;
+  {
+    std::lock_guard<std::mutex> lockRecords(m_mutexRecords);
+    iter->second = pAppInfo;
+  }
   if (m_AppInfoDB.UpdateRecord(pAppInfo)) return true;
   return ReplaceRow(rPackageID, pAppInfo);
 }
@@ -53,7 +50,10 @@ AppInfo* AppInfoCache::RemoveAppInfo(const std::string& rPackageID) {
     return nullptr;
   }
   AppInfo* pAppInfo = iter->second;
-  m_mapAppList.erase(iter);
+  {
+    std::lock_guard<std::mutex> lockRecords(m_mutexRecords);
+    m_mapAppList.erase(iter);
+  }
   if (!m_AppInfoDB.DeleteRecord(rPackageID)) {
     ORV_LOG_ERROR("[ERROR] AppInfoDB::DeleteRecord() return false.");
   }
@@ -77,14 +77,16 @@ bool AppInfoCache::HasAppInfo(const AppInfo* pAppInfo) {
 }
 
 void AppInfoCache::GetAppIDList(std::vector<std::string>& rList) const {
+  std::lock_guard<std::mutex> lock(m_mutexRecords);
   rList.reserve(rList.size() + m_mapAppList.size());
   for (const auto& rEntry : m_mapAppList) rList.push_back(rEntry.first);
 }
 
 void AppInfoCache::GetAppIDListByType(const std::string& rAppType,
-                                      std::vector<std::string>& rList) const {
-  for (const auto& [sPackageID, pAppInfo] : m_mapAppList) {
-    if (!pAppInfo->GetMetadata(METADATA_ORV_TYPE, rAppType).empty()) rList.push_back(sPackageID);
+                                      std::vector<std::string>& rList) {
+  std::optional<std::string> sPackageID;
+  while (const PinnedAppInfo pAppInfo = PinNext(sPackageID)) {
+    if (!pAppInfo->GetMetadata(METADATA_ORV_TYPE, rAppType).empty()) rList.push_back(*sPackageID);
   }
 }
 
@@ -103,7 +105,10 @@ void AppInfoCache::GetPreloadingApps(std::vector<PreloadingApp>& rList) {
 
 void AppInfoCache::ClearCacheAndDB() {
   std::lock_guard<std::recursive_mutex> lock(m_mutexAppList);
-  m_mapAppList.clear();
+  {
+    std::lock_guard<std::mutex> lockRecords(m_mutexRecords);
+    m_mapAppList.clear();
+  }
   // Under the app list's lock alone: nothing schedules before the records exist.
   m_vSchedulingList.clear();
   m_AppInfoDB.RemoveDBFile();

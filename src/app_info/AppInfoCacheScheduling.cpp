@@ -7,27 +7,15 @@
 #include "common/Log.h"
 #include "common/ORVConstants.h"
 
-namespace {
-
-// The orders in which the cache's two locks are taken differ, and are settled. Whoever is about to
-// nest them takes this one before either, so that an add and a pick never wait on each other.
-std::mutex& GetNestingMutex() {
-  static std::mutex s_mutex;
-  return s_mutex;
-}
-
-}  // namespace
-
 void AppInfoCache::AddSchedulingItem(const std::string& rPackageID) {
   ORV_LOG_INFO("[Info] rPackageID : %s", rPackageID.c_str());
-  std::lock_guard<std::mutex> lockNesting(GetNestingMutex());
-  std::lock_guard<std::recursive_mutex> lockAppList(m_mutexAppList);
+  // Without ever waiting for one while holding the other, see the header.
+  std::scoped_lock lock(m_mutexAppList, m_mutexSchedulingList);
   if (m_mapAppList.find(rPackageID) == m_mapAppList.end()) {
     ORV_LOG_DEBUG("[Debug] Cannot find the target PackageID in m_mapAppList : %s",
                   rPackageID.c_str());
     return;
   }
-  std::lock_guard<std::recursive_mutex> lockSchedulingList(m_mutexSchedulingList);
   const auto iter = std::find(m_vSchedulingList.begin(), m_vSchedulingList.end(), rPackageID);
   if (iter != m_vSchedulingList.end()) m_vSchedulingList.erase(iter);
   m_vSchedulingList.insert(m_vSchedulingList.begin(), rPackageID);
@@ -46,7 +34,6 @@ void AppInfoCache::RemoveSchedulingItem(const std::string& rPackageID) {
 }
 
 bool AppInfoCache::GetNextSchedulingItem(SchedulingItem& rItem) {
-  std::lock_guard<std::mutex> lockNesting(GetNestingMutex());
   std::lock_guard<std::recursive_mutex> lock(m_mutexSchedulingList);
   ORV_LOG_INFO("[Info] m_vSchedulingList.size() : %d", static_cast<int>(m_vSchedulingList.size()));
   while (!m_vSchedulingList.empty()) {
@@ -69,6 +56,8 @@ bool AppInfoCache::CopySchedulingItem(const std::string& rPackageID, SchedulingI
 }
 
 bool AppInfoCache::UpdateSchedulingItem(const SchedulingItem& rItem) {
+  // Across all steps: a record that is removed in between would come back into the map and the row.
+  std::lock_guard<std::recursive_mutex> lock(m_mutexAppList);
   AppInfo* pAppInfo = GetAppInfo(rItem.package_id);
   if (pAppInfo == nullptr) {
     ORV_LOG_DEBUG("[Debug] Cannot find TargetApp[PackageID : %s]", rItem.package_id.c_str());
@@ -80,8 +69,6 @@ bool AppInfoCache::UpdateSchedulingItem(const SchedulingItem& rItem) {
 }
 
 int AppInfoCache::ResetSchedulingList() {
-  // The other way round than in AddSchedulingItem(): the orders of the two locks are settled.
-  std::lock_guard<std::mutex> lockNesting(GetNestingMutex());
   std::lock_guard<std::recursive_mutex> lockSchedulingList(m_mutexSchedulingList);
   std::lock_guard<std::recursive_mutex> lockAppList(m_mutexAppList);
   m_vSchedulingList.clear();

@@ -11,6 +11,7 @@
 #include <cstring>
 #include <exception>
 #include <fstream>
+#include <mutex>
 
 #include "app_info/AppInfoCache.h"
 #include "common/Log.h"
@@ -32,8 +33,11 @@ std::string GetBoostFlagFile() {
   return sPath + BOOST_FLAG_FILE;
 }
 
-/// Readers see the whole flag or none. An exception of the rename passes to the caller.
+/// Readers see the whole flag or none. An exception of the rename passes to the caller. One call at
+/// a time: two calls share the dummy file, and the rename of the second one would fail.
 void CreateFlagFile(const std::string& rPath) {
+  static std::mutex s_mutex;
+  const std::lock_guard<std::mutex> lock(s_mutex);
   const std::string sDummy = rPath + "_dummy";
   std::ofstream(sDummy).close();  // the rename tells when this failed
   boost::filesystem::rename(sDummy, rPath);

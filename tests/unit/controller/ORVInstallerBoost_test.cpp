@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
 #include <cstdint>
+#include <thread>
 
 #include "controller/installer_fixture.h"
 
@@ -530,6 +531,20 @@ TEST_F(TvSignal, AFlagThatCannotBeMadeEndsInTheCallback) {
   RemoveDataDirectory();
   EXPECT_EQ(tvs_signal_callback(103, fake::Payload(kService).data(), nullptr), 1);
   EXPECT_THAT(fake::LogTexts(6), ElementsAre(testing::StartsWith("[ERROR] exception : ")));
+}
+
+TEST_F(TvSignal, FlagsMadeOnTwoThreadsAtOnceAreBothMade) {
+  AddBoostingService("true");
+  const auto tune = [] {
+    const auto payload = fake::Payload(kService);
+    for (int i = 0; i < 1000; ++i) tvs_signal_callback(103, payload.data(), nullptr);
+  };
+  std::thread other(tune);
+  tune();
+  other.join();
+  EXPECT_TRUE(Exists(BoostFlag()));
+  EXPECT_FALSE(Exists(BoostFlag() + "_dummy"));
+  EXPECT_THAT(fake::LogTexts(6), IsEmpty());
 }
 
 TEST_F(TvSignal, WithoutADataPathTheFlagIsABareName) {

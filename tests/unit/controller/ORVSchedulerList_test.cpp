@@ -1,18 +1,17 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
 // Requests of the decorators, and what is launched when.
-#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cstdlib>
-#include <fstream>
 #include <functional>
 #include <future>
 #include <thread>
 
 #include "controller/gate.h"
 #include "controller/scheduler_fixture.h"
+#include "support/thread_state.h"
 
 namespace {
 
@@ -360,7 +359,7 @@ class SchedulingLocks : public SchedulerTest {
       operation();
     });
     const pid_t id = started.get_future().get();
-    ASSERT_TRUE(support::WaitFor([id] { return WaitsForALock(id); }, "the thread at a lock"));
+    ASSERT_TRUE(support::WaitFor([id] { return support::SleepsOnALock(id); }, "the thread at a lock"));
   }
   /// Whether the operation comes to its end while the lock is held.
   testing::AssertionResult Ends(std::function<void()> operation) {
@@ -369,12 +368,6 @@ class SchedulingLocks : public SchedulerTest {
       m_ended = true;
     });
     return support::WaitFor([this] { return m_ended.load(); }, "an end without the lock");
-  }
-  /// Blocked in the futex system call.
-  static bool WaitsForALock(pid_t thread) {
-    std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/syscall");
-    long number = -1;
-    return (file >> number) && number == SYS_futex;
   }
 
   CustomFeeder m_feeder{"a"};

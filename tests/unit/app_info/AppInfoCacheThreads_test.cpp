@@ -1,0 +1,222 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+//
+// Records in use on one thread while another one removes them.
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <future>
+#include <thread>
+
+#include "app_info/AppInfoCache.h"
+#include "fake/control/calls.h"
+#include "fake/control/log.h"
+#include "support/thread_state.h"
+#include "support/wait_for.h"
+#include "unit/app_info/records.h"
+
+namespace {
+
+using records::Layer;
+using records::MakeLayer;
+using records::Owned;
+using records::StoredPackages;
+using support::SleepsOnALock;
+using support::WaitFor;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// Longer than the characters that a string holds without an allocation.
+const std::string kLong = "org.example.packages.of.considerable.length.";
+
+/// An operation on a thread of its own.
+class Other {
+ public:
+  explicit Other(std::function<void()> operation)
+      : m_thread([this, operation = std::move(operation)] {
+          m_id = gettid();
+          operation();
+          m_done = true;
+        }) {}
+  ~Other() { Join(); }
+  void Join() {
+    if (m_thread.joinable()) m_thread.join();
+  }
+  bool Done() const { return m_done; }
+  /// Waits until the operation has ended or sleeps on a lock.
+  testing::AssertionResult WaitUntilItStops() const {
+    return WaitFor([this] { return m_done || (m_id != 0 && SleepsOnALock(m_id)); },
+                   "the end of the operation, or its sleep on a lock");
+  }
+
+ private:
+  std::atomic<pid_t> m_id{0};
+  std::atomic<bool> m_done{false};
+  std::thread m_thread;  // last: it uses the others
+};
+
+class AppInfoCachePins : public testing::Test {
+ protected:
+  AppInfoCache& m_cache = *AppInfoCache::GetInstance();
+};
+
+TEST_F(AppInfoCachePins, APinIsOnTheRecordOfThePackage) {
+  const auto record = MakeLayer("a", "type", "1");
+  m_cache.AddAppInfo("a", record.get(), false);
+  EXPECT_EQ(m_cache.PinAppInfo("a").get(), record.get());
+  EXPECT_EQ(m_cache.PinAppInfo(record.get()).get(), record.get());
+  EXPECT_THAT(fake::LogTexts(), IsEmpty());
+}
+
+TEST_F(AppInfoCachePins, APackageWithoutARecordIsADebugLineAndNoPin) {
+  EXPECT_EQ(m_cache.PinAppInfo("a"), nullptr);
+  EXPECT_THAT(fake::LogTexts(), ElementsAre("[Debug] Cannot find target AppInfo."));
+}
+
+TEST_F(AppInfoCachePins, AnAddressThatNoRecordHasIsNotPinned) {
+  const auto record = MakeLayer("a", "type", "1");
+  EXPECT_EQ(m_cache.PinAppInfo(record.get()), nullptr);
+  EXPECT_THAT(fake::LogTexts(), IsEmpty());
+}
+
+TEST_F(AppInfoCachePins, AWaitEndsWithTheLastPinOfAnotherThread) {
+  const auto record = MakeLayer("a", "type", "1");
+  m_cache.AddAppInfo("a", record.get(), false);
+  PinnedAppInfo first = m_cache.PinAppInfo("a");
+  PinnedAppInfo second = m_cache.PinAppInfo(record.get());
+  Other wait([this, &record] {
+    m_cache.RemoveAppInfo("a");
+    m_cache.WaitUntilUnpinned(record.get());
+  });
+  EXPECT_TRUE(wait.WaitUntilItStops());
+  EXPECT_FALSE(wait.Done());
+  EXPECT_EQ(m_cache.GetAppInfo("a"), nullptr);
+  first.reset();
+  EXPECT_TRUE(wait.WaitUntilItStops());
+  EXPECT_FALSE(wait.Done());
+  second.reset();
+  wait.Join();
+  EXPECT_TRUE(wait.Done());
+}
+
+TEST_F(AppInfoCachePins, PinsOfOtherRecordsAndOfTheOwnThreadDoNotCount) {
+  const auto record = MakeLayer("a", "type", "1");
+  const auto other = MakeLayer("b", "type", "1");
+  m_cache.AddAppInfo("a", record.get(), false);
+  m_cache.AddAppInfo("b", other.get(), false);
+  PinnedAppInfo pinOfOther;
+  Other pins([&] { m_cache.PinAppInfo("a").reset(); });
+  pins.Join();
+  const PinnedAppInfo own = m_cache.PinAppInfo("a");
+  std::promise<void> pinned;
+  std::promise<void> end;
+  Other holder([&] {
+    const PinnedAppInfo pin = m_cache.PinAppInfo("b");
+    pinned.set_value();
+    end.get_future().wait();
+  });
+  pinned.get_future().wait();
+  m_cache.WaitUntilUnpinned(record.get());  // blocks for good where these pins count
+  EXPECT_FALSE(holder.Done());
+  end.set_value();
+}
+
+/// A layer that lets another thread come in while a value is set or read.
+class Interrupted final : public AppTypeDecorator {
+ public:
+  explicit Interrupted(const std::string& package)
+      : AppTypeDecorator(new ORVAppInfo(records::Info(package)), "ch_feeder_custom", "standard") {
+    m_mapAppliedData["expiration_date_str"];
+  }
+  static void Release(AppInfo* layer) { delete static_cast<Interrupted*>(layer); }
+  ReleaseFunction GetReleaseFunction() const override { return &Release; }
+  void SetMetadata(const std::string& type, const std::pair<std::string, std::string>& keyValue,
+                   bool bUpdatable) override {
+    if (m_hook) m_hook();
+    AppTypeDecorator::SetMetadata(type, keyValue, bUpdatable);
+  }
+  std::string GetMetadata(const std::string& type, const std::string& key) const override {
+    if (m_hook) m_hook();
+    return AppTypeDecorator::GetMetadata(type, key);
+  }
+
+  std::function<void()> m_hook;
+
+ private:
+  ~Interrupted() = default;
+};
+
+class AppInfoCacheThreads : public AppInfoCachePins {};
+
+TEST_F(AppInfoCacheThreads, ARecordRemovedWhileItsDueTimeIsSetDoesNotComeBack) {
+  records::MakeStoreDirectory();
+  m_cache.OpenDB();
+  const Owned<Interrupted> record(new Interrupted("a"));
+  m_cache.AddAppInfo("a", record.get(), true);
+  std::unique_ptr<Other> removal;
+  record->m_hook = [&] {
+    removal = std::make_unique<Other>([this] { m_cache.RemoveAppInfo("a"); });
+    EXPECT_TRUE(removal->WaitUntilItStops());
+    record->m_hook = nullptr;
+  };
+  EXPECT_TRUE(m_cache.UpdateSchedulingItem({"a", "", "2030-01-01T00:00:00Z"}));
+  removal->Join();
+  EXPECT_EQ(m_cache.GetAppInfo("a"), nullptr);
+  EXPECT_THAT(StoredPackages(), IsEmpty());
+}
+
+TEST_F(AppInfoCacheThreads, ARecordThatAWalkLooksIntoIsPinned) {
+  const Owned<Interrupted> record(new Interrupted("a"));
+  const auto behind = MakeLayer("b", "ch_feeder_custom", "1");
+  m_cache.AddAppInfo("a", record.get(), false);
+  m_cache.AddAppInfo("b", behind.get(), false);
+  std::unique_ptr<Other> removal;
+  record->m_hook = [&] {
+    removal = std::make_unique<Other>([this, &record] {
+      m_cache.RemoveAppInfo("a");
+      m_cache.WaitUntilUnpinned(record.get());
+    });
+    EXPECT_TRUE(removal->WaitUntilItStops());
+    EXPECT_FALSE(removal->Done());
+    // The walk goes on although its place in the map is gone.
+    EXPECT_EQ(m_cache.GetAppInfo("a"), nullptr);
+  };
+  std::vector<std::string> ids = {"before"};
+  m_cache.GetAppIDListByType("ch_feeder_custom", ids);
+  EXPECT_THAT(ids, ElementsAre("before", "a", "b"));
+}
+
+/// Meant for the thread and address sanitizers: records come and go below the walks.
+TEST_F(AppInfoCacheThreads, WalksMeetRecordsThatComeAndGo) {
+  constexpr int kRounds = 3000;
+  fake::SetRecording(false);
+  std::atomic<bool> ended{false};
+  std::vector<std::unique_ptr<Other>> walks;
+  for (int i = 0; i < 2; ++i) {
+    walks.push_back(std::make_unique<Other>([this, &ended] {
+      while (!ended) {
+        std::vector<std::string> ids;
+        m_cache.GetAppIDList(ids);
+        m_cache.GetAppIDListByType("ch_feeder_custom", ids);
+        for (const std::string& id : ids) {
+          if (const PinnedAppInfo pin = m_cache.PinAppInfo(id)) pin->GetMetadata("orv_data", "key");
+        }
+      }
+    }));
+  }
+  for (int i = 0; i < kRounds; ++i) {
+    const std::string id = kLong + std::to_string(i % 7);
+    m_cache.AddAppInfo(id, MakeLayer(id, "ch_feeder_custom", kLong, {"key"}).release(), false);
+    AppInfo* const removed = m_cache.RemoveAppInfo(id);
+    m_cache.WaitUntilUnpinned(removed);
+    removed->GetReleaseFunction()(removed);
+  }
+  ended = true;
+  walks.clear();
+  std::vector<std::string> ids;
+  m_cache.GetAppIDList(ids);
+  EXPECT_THAT(ids, IsEmpty());
+}
+
+}  // namespace
