@@ -21,6 +21,7 @@
 #include "cli/failure.h"
 #include "common/desk_error.h"
 #include "common/json.h"
+#include "common/sqlite.h"
 
 namespace desk {
 namespace {
@@ -30,45 +31,25 @@ namespace fs = std::filesystem;
 constexpr const char* QUERY = "SELECT * FROM appinfo ORDER BY package_id";
 constexpr std::chrono::seconds PATIENCE{2};
 
-struct Close {
-  void operator()(sqlite3* db) const { sqlite3_close(db); }
-};
-struct Finalize {
-  void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
-};
-using Database = std::unique_ptr<sqlite3, Close>;
-using Statement = std::unique_ptr<sqlite3_stmt, Finalize>;
-
-/// Result of a library call that did not work.
-struct StoreError {
-  int code;
-  std::string text;
-};
-
-[[noreturn]] void Raise(sqlite3* db, int code) {
-  throw StoreError{code, db == nullptr ? sqlite3_errstr(code) : sqlite3_errmsg(db)};
-}
-
 std::string ReadBytes(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   if (!file) {
-    throw StoreError{SQLITE_CANTOPEN, std::strerror(errno)};
+    throw SqliteError(SQLITE_CANTOPEN, std::strerror(errno));
   }
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-/// A database in memory with these bytes as its file. The bytes have to live as long.
-Database Open(std::string& bytes) {
-  sqlite3* raw = nullptr;
-  int code = sqlite3_open(":memory:", &raw);
-  Database db(raw);
+/// A database in memory with these bytes as its file. The bytes must live as long.
+SqliteDatabase Open(std::string& bytes) {
+  SqliteDatabase db = OpenDatabase(":memory:", "");
   const auto size = static_cast<sqlite3_int64>(bytes.size());
-  if (code == SQLITE_OK && size > 0) {
-    code = sqlite3_deserialize(raw, "main", reinterpret_cast<unsigned char*>(bytes.data()), size,
-                               size, SQLITE_DESERIALIZE_READONLY);
-  }
-  if (code != SQLITE_OK) {
-    Raise(raw, code);
+  if (size > 0) {
+    const int code =
+        sqlite3_deserialize(db.get(), "main", reinterpret_cast<unsigned char*>(bytes.data()), size,
+                            size, SQLITE_DESERIALIZE_READONLY);
+    if (code != SQLITE_OK) {
+      throw SqliteError(code, sqlite3_errmsg(db.get()));
+    }
   }
   return db;
 }
@@ -84,39 +65,28 @@ Json::Value Decoded(const std::string& text) {
   }
 }
 
-Json::Value Cell(sqlite3_stmt* statement, int column) {
-  const unsigned char* text = sqlite3_column_text(statement, column);
-  if (text == nullptr) {
+Json::Value Cell(const SqliteStatement& statement, int column) {
+  if (statement.IsNull(column)) {
     return Json::Value();
   }
-  const std::string value(reinterpret_cast<const char*>(text),
-                          static_cast<size_t>(sqlite3_column_bytes(statement, column)));
-  const std::string name = sqlite3_column_name(statement, column);
-  return name == "variables" ? Decoded(value) : Json::Value(value);
+  const std::string value = statement.Text(column);
+  return statement.ColumnName(column) == "variables" ? Decoded(value) : Json::Value(value);
 }
 
-Json::Value Row(sqlite3_stmt* statement) {
+Json::Value Row(const SqliteStatement& statement) {
   Json::Value row(Json::objectValue);
-  for (int i = 0; i < sqlite3_column_count(statement); ++i) {
-    row[sqlite3_column_name(statement, i)] = Cell(statement, i);
+  for (int i = 0; i < statement.ColumnCount(); ++i) {
+    row[statement.ColumnName(i)] = Cell(statement, i);
   }
   return row;
 }
 
 Json::Value ReadRows(std::string bytes) {
-  const Database db = Open(bytes);
-  sqlite3_stmt* raw = nullptr;
-  int code = sqlite3_prepare_v2(db.get(), QUERY, -1, &raw, nullptr);
-  const Statement statement(raw);
-  if (code != SQLITE_OK) {
-    Raise(db.get(), code);
-  }
+  const SqliteDatabase db = Open(bytes);
+  SqliteStatement statement(db.get(), QUERY, "");
   Json::Value rows(Json::arrayValue);
-  while ((code = sqlite3_step(raw)) == SQLITE_ROW) {
-    rows.append(Row(raw));
-  }
-  if (code != SQLITE_DONE) {
-    Raise(db.get(), code);
+  while (statement.Step()) {
+    rows.append(Row(statement));
   }
   return rows;
 }
@@ -202,18 +172,18 @@ std::optional<std::string> ReadSettled(const std::string& path) {
   return settled ? std::optional<std::string>(std::move(bytes)) : std::nullopt;
 }
 
-Failure AsFailure(const std::string& path, const StoreError& error) {
-  switch (error.code & 0xff) {
+Failure AsFailure(const std::string& path, const SqliteError& error) {
+  const std::string reason = error.what();
+  switch (error.Result() & 0xff) {
     case SQLITE_CORRUPT:
     case SQLITE_NOTADB:
-      return Failure(Exit::Failed, "the store is damaged (" + error.text +
-                                       "): the daemon removes " + path +
-                                       " when it starts the next time");
+      return Failure(Exit::Failed, "the store is damaged (" + reason + "): the daemon removes " +
+                                       path + " when it starts the next time");
     case SQLITE_BUSY:
     case SQLITE_LOCKED:
       return Failure(Exit::Failed, "the store is being written to: try again");
     default:
-      return Failure(Exit::Failed, "cannot read the store " + path + " (" + error.text +
+      return Failure(Exit::Failed, "cannot read the store " + path + " (" + reason +
                                        "): it is not what the daemon writes");
   }
 }
@@ -230,7 +200,7 @@ Json::Value ReadUnlocked(const std::string& path) {
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
-  throw StoreError{SQLITE_BUSY, "busy"};
+  throw SqliteError(SQLITE_BUSY, "busy");
 }
 
 }  // namespace
@@ -247,7 +217,7 @@ Json::Value ReadStore(const std::string& path) {
   }
   try {
     return ReadUnlocked(path);
-  } catch (const StoreError& failed) {
+  } catch (const SqliteError& failed) {
     throw AsFailure(path, failed);
   }
 }

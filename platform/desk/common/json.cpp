@@ -57,6 +57,14 @@ Json::Value ParseJson(const std::string& text) {
   return value;
 }
 
+Json::Value JsonObject(std::initializer_list<std::pair<const char*, Json::Value>> members) {
+  Json::Value object(Json::objectValue);
+  for (const auto& [name, value] : members) {
+    object[name] = value;
+  }
+  return object;
+}
+
 std::string RequireString(const Json::Value& request, const char* member) {
   if (!request.isObject() || !request[member].isString()) {
     throw WrongMember(member, "string");

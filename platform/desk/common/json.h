@@ -4,7 +4,9 @@
 
 #include <json/value.h>
 
+#include <initializer_list>
 #include <string>
+#include <utility>
 
 namespace desk {
 
@@ -18,6 +20,9 @@ std::string FormatJsonIndented(const Json::Value& value);
 /// Throws DeskError (Failed) when the text is no JSON, or has something after the value. An empty
 /// text is an empty object.
 Json::Value ParseJson(const std::string& text);
+
+/// An object of these members; a later one replaces an earlier one of the same name.
+Json::Value JsonObject(std::initializer_list<std::pair<const char*, Json::Value>> members);
 
 /// A member of a request. The first throws DeskError (Usage) when the member is absent or of
 /// another type; the others give the fallback when it is absent or null.

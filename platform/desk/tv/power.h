@@ -7,10 +7,10 @@
 #include <vector>
 
 #include "common/paths.h"
+#include "common/timer.h"
 #include "tv/router.h"
 #include "tv/services/keys.h"
 #include "tv/supervisor.h"
-#include "tv/timer.h"
 #include "tv/tv_log.h"
 
 namespace desk::tv {

@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
+#include "common/timer.h"
 #include "tv/callers.h"
 #include "tv/router.h"
-#include "tv/timer.h"
 #include "tv/tv_log.h"
 
 namespace desk::tv {

@@ -12,7 +12,8 @@
 namespace desk::tv {
 namespace {
 
-constexpr char kSchema[] =
+constexpr char PURPOSE[] = "the catalogue of packages cannot be used";
+constexpr char SCHEMA[] =
     "PRAGMA journal_mode = WAL;"
     "PRAGMA synchronous = NORMAL;"
     "CREATE TABLE IF NOT EXISTS package ("
@@ -21,51 +22,6 @@ constexpr char kSchema[] =
     "  package TEXT NOT NULL, position INTEGER NOT NULL, id TEXT NOT NULL UNIQUE,"
     "  component TEXT NOT NULL, program TEXT NOT NULL, metadata TEXT NOT NULL,"
     "  PRIMARY KEY (package, position));";
-
-[[noreturn]] void Fail(sqlite3* db) {
-  throw DeskError(DeskError::Failed,
-                  std::string("the catalogue of packages cannot be used: ") + sqlite3_errmsg(db));
-}
-
-class Statement {
- public:
-  Statement(sqlite3* db, const char* sql) : m_db(db) {
-    if (sqlite3_prepare_v2(db, sql, -1, &m_statement, nullptr) != SQLITE_OK) {
-      Fail(db);
-    }
-  }
-  ~Statement() { sqlite3_finalize(m_statement); }
-  Statement(const Statement&) = delete;
-  Statement& operator=(const Statement&) = delete;
-
-  Statement& Bind(const std::string& text) {
-    sqlite3_bind_text(m_statement, ++m_bound, text.data(), static_cast<int>(text.size()),
-                      SQLITE_TRANSIENT);
-    return *this;
-  }
-  Statement& Bind(int number) {
-    sqlite3_bind_int(m_statement, ++m_bound, number);
-    return *this;
-  }
-  bool Step() {
-    const int result = sqlite3_step(m_statement);
-    if (result != SQLITE_ROW && result != SQLITE_DONE) {
-      Fail(m_db);
-    }
-    return result == SQLITE_ROW;
-  }
-  std::string Text(int column) {
-    const void* text = sqlite3_column_blob(m_statement, column);
-    const int size = sqlite3_column_bytes(m_statement, column);
-    return text == nullptr ? std::string()
-                           : std::string(static_cast<const char*>(text), static_cast<size_t>(size));
-  }
-
- private:
-  sqlite3* m_db;
-  sqlite3_stmt* m_statement = nullptr;
-  int m_bound = 0;
-};
 
 std::vector<Metadata> MetadataFrom(const std::string& text) {
   std::vector<Metadata> metadata;
@@ -77,22 +33,12 @@ std::vector<Metadata> MetadataFrom(const std::string& text) {
 
 }  // namespace
 
-Catalogue::Catalogue(const std::string& path) {
-  try {
-    if (sqlite3_open(path.c_str(), &m_db) != SQLITE_OK) {
-      Fail(m_db);
-    }
-    Execute(kSchema);
-    Load();
-  } catch (...) {  // the handle is owned even when opening failed
-    sqlite3_close(m_db);
-    throw;
-  }
+Catalogue::Catalogue(const std::string& path) : m_db(OpenDatabase(path, PURPOSE)) {
+  Execute(SCHEMA);
+  Load();
 }
 
-Catalogue::~Catalogue() {
-  sqlite3_close(m_db);
-}
+Catalogue::~Catalogue() = default;
 
 const PackageManifest* Catalogue::Find(const std::string& package) const {
   const auto found = m_packages.find(package);
@@ -119,7 +65,7 @@ void Catalogue::Put(const PackageManifest& manifest) {
     Insert(manifest);
     Execute("COMMIT");
   } catch (const DeskError&) {
-    sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
+    sqlite3_exec(m_db.get(), "ROLLBACK", nullptr, nullptr, nullptr);
     throw;
   }
   m_packages[manifest.id] = manifest;
@@ -131,23 +77,24 @@ void Catalogue::Remove(const std::string& package) {
     DeleteRows(package);
     Execute("COMMIT");
   } catch (const DeskError&) {
-    sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
+    sqlite3_exec(m_db.get(), "ROLLBACK", nullptr, nullptr, nullptr);
     throw;
   }
   m_packages.erase(package);
 }
 
 void Catalogue::Load() {
-  Statement packages(m_db, "SELECT id, version, label FROM package");
+  SqliteStatement packages(m_db.get(), "SELECT id, version, label FROM package", PURPOSE);
   while (packages.Step()) {
     PackageManifest& manifest = m_packages[packages.Text(0)];
     manifest.id = packages.Text(0);
     manifest.version = packages.Text(1);
     manifest.label = packages.Text(2);
   }
-  Statement apps(m_db,
-                 "SELECT package, id, component, program, metadata FROM app "
-                 "ORDER BY package, position");
+  SqliteStatement apps(m_db.get(),
+                       "SELECT package, id, component, program, metadata FROM app "
+                       "ORDER BY package, position",
+                       PURPOSE);
   while (apps.Step()) {
     PackageApp app;
     app.id = apps.Text(1);
@@ -159,33 +106,33 @@ void Catalogue::Load() {
 }
 
 void Catalogue::Execute(const char* sql) {
-  if (sqlite3_exec(m_db, sql, nullptr, nullptr, nullptr) != SQLITE_OK) {
-    Fail(m_db);
-  }
+  ExecuteSql(m_db.get(), sql, PURPOSE);
 }
 
 void Catalogue::Insert(const PackageManifest& manifest) {
-  Statement(m_db, "INSERT INTO package VALUES (?, ?, ?)")
-      .Bind(manifest.id)
-      .Bind(manifest.version)
-      .Bind(manifest.label)
+  SqliteStatement(m_db.get(), "INSERT INTO package VALUES (?, ?, ?)", PURPOSE)
+      .BindText(manifest.id)
+      .BindText(manifest.version)
+      .BindText(manifest.label)
       .Step();
   int position = 0;
   for (const PackageApp& app : manifest.apps) {
-    Statement(m_db, "INSERT INTO app VALUES (?, ?, ?, ?, ?, ?)")
-        .Bind(manifest.id)
-        .Bind(position++)
-        .Bind(app.id)
-        .Bind(ComponentName(app.component))
-        .Bind(app.program)
-        .Bind(FormatJson(ToJson(app.metadata)))
+    SqliteStatement(m_db.get(), "INSERT INTO app VALUES (?, ?, ?, ?, ?, ?)", PURPOSE)
+        .BindText(manifest.id)
+        .BindInt(position++)
+        .BindText(app.id)
+        .BindText(ComponentName(app.component))
+        .BindText(app.program)
+        .BindText(FormatJson(ToJson(app.metadata)))
         .Step();
   }
 }
 
 void Catalogue::DeleteRows(const std::string& package) {
-  Statement(m_db, "DELETE FROM app WHERE package = ?").Bind(package).Step();
-  Statement(m_db, "DELETE FROM package WHERE id = ?").Bind(package).Step();
+  SqliteStatement(m_db.get(), "DELETE FROM app WHERE package = ?", PURPOSE)
+      .BindText(package)
+      .Step();
+  SqliteStatement(m_db.get(), "DELETE FROM package WHERE id = ?", PURPOSE).BindText(package).Step();
 }
 
 }  // namespace desk::tv

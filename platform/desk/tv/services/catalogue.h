@@ -5,9 +5,8 @@
 #include <map>
 #include <string>
 
+#include "common/sqlite.h"
 #include "package/manifest.h"
-
-struct sqlite3;
 
 namespace desk::tv {
 
@@ -38,7 +37,7 @@ class Catalogue {
   void Insert(const PackageManifest& manifest);
   void DeleteRows(const std::string& package);
 
-  sqlite3* m_db = nullptr;  ///< owned
+  const SqliteDatabase m_db;
   std::map<std::string, PackageManifest> m_packages;
 };
 

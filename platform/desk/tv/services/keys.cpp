@@ -2,30 +2,35 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tv/services/keys.h"
 
-#include <sqlite3.h>
-
 #include "common/desk_error.h"
 #include "common/json.h"
 
 namespace desk::tv {
 namespace {
 
-struct FirstValue {
+constexpr char PURPOSE[] = "the settings keys cannot be stored";
+
+struct InitialValue {
   const char* key;
-  Json::Value value;
+  KeyValue value;
 };
 
-const FirstValue FIRST_VALUES[] = {
+const InitialValue INITIAL_VALUES[] = {
     {"db/orv_channel/custom_ui_type", ""}, {"db/factory/factory_reset_count", 0},
     {"db/factory/service_reset_count", 0}, {"db/tellahub/reset/apps", 1},
     {"db/boot/last_service", ""},
+};
+
+struct SetRequest {
+  std::string key;
+  KeyValue value;
 };
 
 bool StartsWith(const std::string& text, const std::string& prefix) {
   return text.compare(0, prefix.size(), prefix) == 0;
 }
 
-bool IsKept(const std::string& key) {
+bool IsPersistent(const std::string& key) {
   return StartsWith(key, "db/");
 }
 
@@ -38,213 +43,147 @@ bool IsKey(const std::string& key) {
   return false;
 }
 
-const char* TypeOf(const Json::Value& value) {
-  return value.isNull() ? "none" : value.isString() ? "string" : "int";
-}
-
-void Check(const std::string& key, const Json::Value& value) {
+void Check(const std::string& key, const KeyValue& value) {
   if (!IsKey(key)) {
-    throw DeskError(DeskError::Usage,
-                    "\"" + key + "\" is no settings key: one begins with db/, memory/ or rtc/");
+    throw DeskError(DeskError::Usage, "\"" + key +
+                                          "\" is not a settings key: a key begins with db/, "
+                                          "memory/ or rtc/");
   }
-  const bool good = value.isString() ? value.asString().find('\0') == std::string::npos
-                                     : value.isInt() && !value.isBool();
-  if (!good) {
-    throw DeskError(
-        DeskError::Usage,
-        "the value of " + key + " is neither a number of 32 bits nor a string without NUL");
+  const auto* text = std::get_if<std::string>(&value);
+  if (text != nullptr && text->find('\0') != std::string::npos) {
+    throw DeskError(DeskError::Usage, "the value of " + key + " contains a NUL byte: remove it");
   }
 }
 
-Json::Value Describe(const std::string& key, const Json::Value& value) {
-  Json::Value entry(Json::objectValue);
-  entry["key"] = key;
-  entry["type"] = TypeOf(value);
-  entry["value"] = value;
-  return entry;
-}
-
-// "type" says how the value is meant: "1" may be either.
-Json::Value TypedValue(const Json::Value& request) {
+// The type is part of the request: the value "1" may be either.
+KeyValue ReadValue(const Json::Value& request) {
   const std::string type = RequireString(request, "type");
   const Json::Value& value = request["value"];
-  if ((type == "int" && value.isInt()) || (type == "string" && value.isString())) {
-    return value;
+  if (type == "int" && value.isInt()) {
+    return value.asInt();
   }
-  throw DeskError(DeskError::Usage,
-                  "the value is no \"" + type + "\": a key is an int or a string");
+  if (type == "string" && value.isString()) {
+    return value.asString();
+  }
+  throw DeskError(DeskError::Usage, "the value is not of the type \"" + type +
+                                        "\": a value is an int of 32 bits or a string");
 }
 
-// A statement that ends with its scope.
-class Statement {
- public:
-  Statement(sqlite3* db, const char* sql) : m_db(db) {
-    if (sqlite3_prepare_v2(db, sql, -1, &m_statement, nullptr) != SQLITE_OK) {
-      Fail();
-    }
-  }
-  ~Statement() { sqlite3_finalize(m_statement); }
-  Statement(const Statement&) = delete;
-  Statement& operator=(const Statement&) = delete;
+SetRequest ReadSetRequest(const Json::Value& request) {
+  const std::string key = RequireString(request, "key");
+  return {key, ReadValue(request)};
+}
 
-  sqlite3_stmt* Get() const { return m_statement; }
-  void Bind(int index, const std::string& text) {
-    sqlite3_bind_blob(m_statement, index, text.data(), static_cast<int>(text.size()),
-                      SQLITE_TRANSIENT);
-  }
-  bool Step() {
-    const int result = sqlite3_step(m_statement);
-    if (result != SQLITE_ROW && result != SQLITE_DONE) {
-      Fail();
-    }
-    return result == SQLITE_ROW;
-  }
-  std::string Text(int column) const {
-    const void* bytes = sqlite3_column_blob(m_statement, column);
-    const int size = sqlite3_column_bytes(m_statement, column);
-    return bytes == nullptr
-               ? std::string()
-               : std::string(static_cast<const char*>(bytes), static_cast<std::size_t>(size));
-  }
+Json::Value ToJson(const KeyValue& value) {
+  const int* number = std::get_if<int>(&value);
+  return number != nullptr ? Json::Value(*number) : Json::Value(std::get<std::string>(value));
+}
 
- private:
-  [[noreturn]] void Fail() {
-    throw DeskError(DeskError::Failed,
-                    std::string("the settings keys cannot be kept: ") + sqlite3_errmsg(m_db));
-  }
-
-  sqlite3* m_db;
-  sqlite3_stmt* m_statement = nullptr;
-};
-
-void Execute(sqlite3* db, const char* sql) {
-  Statement statement(db, sql);
-  while (statement.Step()) {
-  }
+Json::Value ToJson(const std::string& key, const KeyValue& value) {
+  const bool isInt = std::holds_alternative<int>(value);
+  return JsonObject({{"key", key}, {"type", isInt ? "int" : "string"}, {"value", ToJson(value)}});
 }
 
 }  // namespace
 
-Keys::Keys(Router& router, const DeskPaths& paths) : m_router(router) {
-  try {
-    Open(paths.KeysDb());
-  } catch (const DeskError&) {
-    sqlite3_close(m_db);
-    throw;
-  }
+Keys::Keys(Router& router, const DeskPaths& paths)
+    : m_router(router), m_db(OpenDatabase(paths.KeysDb(), PURPOSE)) {
+  Load();
   AddMethods(router);
 }
 
-Keys::~Keys() {
-  sqlite3_close(m_db);
-}
-
-void Keys::Open(const std::string& path) {
-  if (sqlite3_open(path.c_str(), &m_db) != SQLITE_OK) {
-    throw DeskError(DeskError::Failed, "cannot open " + path + ": " + sqlite3_errmsg(m_db));
+void Keys::Load() {
+  ExecuteSql(m_db.get(),
+             "PRAGMA journal_mode=WAL;"
+             "PRAGMA synchronous=NORMAL;"
+             "CREATE TABLE IF NOT EXISTS keys (key BLOB PRIMARY KEY, value) WITHOUT ROWID",
+             PURPOSE);
+  SqliteStatement rows(m_db.get(), "SELECT key, value FROM keys", PURPOSE);
+  while (rows.Step()) {
+    m_values[rows.Text(0)] = rows.IsInt(1) ? KeyValue(rows.Int(1)) : KeyValue(rows.Text(1));
   }
-  Execute(m_db, "PRAGMA journal_mode=WAL");
-  Execute(m_db, "PRAGMA synchronous=NORMAL");
-  Execute(m_db, "CREATE TABLE IF NOT EXISTS keys (key BLOB PRIMARY KEY, value) WITHOUT ROWID");
-  Load();
   if (!m_values.empty()) {
     return;
   }
-  for (const FirstValue& first : FIRST_VALUES) {
-    Write(first.key, first.value);
-    m_values[first.key] = first.value;
+  for (const InitialValue& initial : INITIAL_VALUES) {
+    Write(initial.key, initial.value);
+    m_values[initial.key] = initial.value;
   }
 }
 
-void Keys::Load() {
-  Statement statement(m_db, "SELECT key, value FROM keys");
-  while (statement.Step()) {
-    const bool isInt = sqlite3_column_type(statement.Get(), 1) == SQLITE_INTEGER;
-    m_values[statement.Text(0)] = isInt ? Json::Value(sqlite3_column_int(statement.Get(), 1))
-                                        : Json::Value(statement.Text(1));
-  }
-}
-
-void Keys::Write(const std::string& key, const Json::Value& value) {
-  Statement statement(m_db, "INSERT OR REPLACE INTO keys (key, value) VALUES (?, ?)");
-  statement.Bind(1, key);
-  if (value.isString()) {
-    // Never null: a string of no bytes is a value too.
-    const std::string text = value.asString();
-    sqlite3_bind_blob(statement.Get(), 2, text.c_str(), static_cast<int>(text.size()),
-                      SQLITE_TRANSIENT);
+void Keys::Write(const std::string& key, const KeyValue& value) {
+  SqliteStatement statement(m_db.get(), "INSERT OR REPLACE INTO keys (key, value) VALUES (?, ?)",
+                            PURPOSE);
+  statement.BindBlob(key);
+  const int* number = std::get_if<int>(&value);
+  if (number != nullptr) {
+    statement.BindInt(*number);
   } else {
-    sqlite3_bind_int(statement.Get(), 2, value.asInt());
+    statement.BindBlob(std::get<std::string>(value));
   }
   statement.Step();
 }
 
 void Keys::Erase(const std::string& key) {
-  Statement statement(m_db, "DELETE FROM keys WHERE key = ?");
-  statement.Bind(1, key);
-  statement.Step();
+  SqliteStatement(m_db.get(), "DELETE FROM keys WHERE key = ?", PURPOSE).BindBlob(key).Step();
 }
 
 void Keys::AddMethods(Router& router) {
   router.Add("key.get", [this](const Json::Value& request, const Caller&) {
     const std::string key = RequireString(request, "key");
-    const std::optional<Json::Value> value = Get(key);
-    Json::Value reply = value ? Describe(key, *value) : Json::Value(Json::objectValue);
+    const std::optional<KeyValue> value = Get(key);
+    Json::Value reply = value ? ToJson(key, *value) : Json::Value(Json::objectValue);
     reply["found"] = value.has_value();
     return reply;
   });
-  router.AddDeferred("key.set",
-                     [this](const Json::Value& request, const Caller&,
-                            const std::shared_ptr<Reply>& reply) { OnSet(request, reply); });
+  // The reply precedes the event: the caller sees its own call return first.
+  router.AddDeferred("key.set", [this](const Json::Value& request, const Caller&,
+                                       const std::shared_ptr<Reply>& reply) {
+    const SetRequest set = ReadSetRequest(request);
+    const std::int64_t seq = Store(set.key, set.value);
+    reply->Return(JsonObject({{"seq", Json::Int64(seq)}}));
+    SendChange(seq, ToJson(set.key, set.value));
+  });
   router.Add("key.unset", [this](const Json::Value& request, const Caller&) {
-    Json::Value reply;
-    reply["found"] = Unset(RequireString(request, "key"));
-    return reply;
+    return JsonObject({{"found", Unset(RequireString(request, "key"))}});
   });
   router.Add("key.list", [this](const Json::Value& request, const Caller&) {
-    return List(OptionalString(request, "prefix", ""));
+    const std::string prefix = OptionalString(request, "prefix", "");
+    Json::Value keys(Json::arrayValue);
+    for (auto it = m_values.lower_bound(prefix);
+         it != m_values.end() && StartsWith(it->first, prefix); ++it) {
+      keys.append(ToJson(it->first, it->second));
+    }
+    return JsonObject({{"keys", keys}});
   });
   router.Add("key.watch", [this](const Json::Value& request, const Caller&) {
     RequireString(request, "key");
-    Json::Value reply;
-    reply["seq"] = Json::Int64(m_seq);
-    return reply;
+    return JsonObject({{"seq", Json::Int64(m_seq)}});
   });
 }
 
-// The answer goes out before the change is told: whoever sets a key sees its own call end first.
-void Keys::OnSet(const Json::Value& request, const std::shared_ptr<Reply>& reply) {
-  const std::string key = RequireString(request, "key");
-  const Json::Value value = TypedValue(request);
-  const std::int64_t seq = Store(key, value);
-  Json::Value answer;
-  answer["seq"] = Json::Int64(seq);
-  reply->Return(answer);
-  Tell(seq, key, value);
-}
-
-std::optional<Json::Value> Keys::Get(const std::string& key) const {
+std::optional<KeyValue> Keys::Get(const std::string& key) const {
   const auto found = m_values.find(key);
   return found == m_values.end() ? std::nullopt : std::make_optional(found->second);
 }
 
 int Keys::GetInt(const std::string& key, int fallback) const {
-  const std::optional<Json::Value> value = Get(key);
-  return value && value->isInt() ? value->asInt() : fallback;
+  const std::optional<KeyValue> value = Get(key);
+  return value && std::holds_alternative<int>(*value) ? std::get<int>(*value) : fallback;
 }
 
-std::int64_t Keys::Store(const std::string& key, const Json::Value& value) {
+std::int64_t Keys::Store(const std::string& key, const KeyValue& value) {
   Check(key, value);
-  if (IsKept(key)) {
+  if (IsPersistent(key)) {
     Write(key, value);
   }
   m_values[key] = value;
   return ++m_seq;
 }
 
-std::int64_t Keys::Set(const std::string& key, const Json::Value& value) {
+std::int64_t Keys::Set(const std::string& key, const KeyValue& value) {
   const std::int64_t seq = Store(key, value);
-  Tell(seq, key, value);
+  SendChange(seq, ToJson(key, value));
   return seq;
 }
 
@@ -252,40 +191,30 @@ bool Keys::Unset(const std::string& key) {
   if (m_values.count(key) == 0) {
     return false;
   }
-  if (IsKept(key)) {
+  if (IsPersistent(key)) {
     Erase(key);
   }
   m_values.erase(key);
-  Tell(++m_seq, key, Json::Value());
+  const std::int64_t seq = ++m_seq;
+  SendChange(seq, JsonObject({{"key", key}, {"type", "none"}, {"value", Json::Value()}}));
   return true;
 }
 
-void Keys::Tell(std::int64_t seq, const std::string& key, const Json::Value& value) {
-  Json::Value body = Describe(key, value);
-  body["seq"] = Json::Int64(seq);
-  m_router.Emit("key", body);
+void Keys::SendChange(std::int64_t seq, Json::Value entry) {
+  entry["seq"] = Json::Int64(seq);
+  m_router.Emit("key", entry);
 }
 
 void Keys::DropVolatile() {
   for (auto it = m_values.begin(); it != m_values.end();) {
-    it = IsKept(it->first) ? std::next(it) : m_values.erase(it);
+    it = IsPersistent(it->first) ? std::next(it) : m_values.erase(it);
   }
-}
-
-Json::Value Keys::List(const std::string& prefix) const {
-  Json::Value reply;
-  reply["keys"] = Json::Value(Json::arrayValue);
-  for (auto it = m_values.lower_bound(prefix);
-       it != m_values.end() && StartsWith(it->first, prefix); ++it) {
-    reply["keys"].append(Describe(it->first, it->second));
-  }
-  return reply;
 }
 
 Json::Value Keys::Dump() const {
   Json::Value keys(Json::objectValue);
-  for (const auto& entry : m_values) {
-    keys[entry.first] = entry.second;
+  for (const auto& [key, value] : m_values) {
+    keys[key] = ToJson(value);
   }
   return keys;
 }

@@ -9,35 +9,36 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <variant>
 
 #include "common/paths.h"
+#include "common/sqlite.h"
 #include "tv/router.h"
-
-struct sqlite3;
 
 namespace desk::tv {
 
-/// The settings keys. Those under db/ are written through to the disk; those under memory/ and
-/// rtc/ end with the power. A value is a number (32 bits) or a string of any bytes but NUL.
-/// Main loop's thread only.
+/// Value of a settings key. A string may hold any byte but NUL.
+using KeyValue = std::variant<int, std::string>;
+
+/// The settings keys: key.* and the topic "key". Keys under db/ are written through to the disk;
+/// keys under memory/ and rtc/ last until power-off. Main loop's thread only.
 class Keys {
  public:
-  /// Opens the file, giving a new TV its first values, and adds the methods key.*. Throws
-  /// DeskError.
+  /// Opens the file, writes the initial values of a new TV, and adds the methods. Throws DeskError.
   Keys(Router& router, const DeskPaths& paths);
-  ~Keys();
   Keys(const Keys&) = delete;
   Keys& operator=(const Keys&) = delete;
 
-  std::optional<Json::Value> Get(const std::string& key) const;
-  /// The number of a key, or the fallback when there is none or it is a string.
+  std::optional<KeyValue> Get(const std::string& key) const;
+  /// The fallback when the key is not set or holds a string.
   int GetInt(const std::string& key, int fallback) const;
-  /// Stores the value, then tells it, also when it is the old one. Returns the change's number.
-  /// Throws DeskError: Usage for a key or a value that cannot be, Failed when the disk refuses.
-  std::int64_t Set(const std::string& key, const Json::Value& value);
-  /// Tells the removal. False when there was no such key.
+  /// Stores the value, then sends the event, even if the value stays the same. Returns the
+  /// sequence number of the change. Throws DeskError: Usage for an invalid key or value, Failed
+  /// when the disk cannot be written.
+  std::int64_t Set(const std::string& key, const KeyValue& value);
+  /// Sends the event of the removal. False when the key was not set.
   bool Unset(const std::string& key);
-  /// Power-off: forgets what is not under db/, and tells nobody.
+  /// Power-off: forgets everything that is not under db/. Sends no events.
   void DropVolatile();
 
   /// An object: key to value.
@@ -45,18 +46,15 @@ class Keys {
 
  private:
   void AddMethods(Router& router);
-  void OnSet(const Json::Value& request, const std::shared_ptr<Reply>& reply);
-  Json::Value List(const std::string& prefix) const;
-  std::int64_t Store(const std::string& key, const Json::Value& value);
-  void Tell(std::int64_t seq, const std::string& key, const Json::Value& value);
-  void Open(const std::string& path);
+  std::int64_t Store(const std::string& key, const KeyValue& value);
+  void SendChange(std::int64_t seq, Json::Value entry);
   void Load();
-  void Write(const std::string& key, const Json::Value& value);
+  void Write(const std::string& key, const KeyValue& value);
   void Erase(const std::string& key);
 
   Router& m_router;
-  sqlite3* m_db = nullptr;  ///< owned
-  std::map<std::string, Json::Value> m_values;
+  const SqliteDatabase m_db;
+  std::map<std::string, KeyValue> m_values;
   std::int64_t m_seq = 0;
 };
 

@@ -4,19 +4,12 @@
 
 #include <gtest/gtest.h>
 
+#include "common/json.h"
 #include "memory_router.h"
 #include "support/files.h"
 
 namespace desk::tv {
 namespace {
-
-Json::Value Object(std::initializer_list<std::pair<const char*, Json::Value>> members) {
-  Json::Value object(Json::objectValue);
-  for (const auto& member : members) {
-    object[member.first] = member.second;
-  }
-  return object;
-}
 
 // The code of the failure; empty when there is none.
 template <typename Function>
@@ -48,34 +41,37 @@ class KeyTest : public testing::Test {
 };
 
 TEST_F(KeyTest, ANewTvHasItsFirstValuesAndNoOthers) {
-  EXPECT_EQ(m_keys->Dump(), Object({{"db/orv_channel/custom_ui_type", ""},
-                                    {"db/factory/factory_reset_count", 0},
-                                    {"db/factory/service_reset_count", 0},
-                                    {"db/tellahub/reset/apps", 1},
-                                    {"db/boot/last_service", ""}}));
+  EXPECT_EQ(m_keys->Dump(), JsonObject({{"db/orv_channel/custom_ui_type", ""},
+                                        {"db/factory/factory_reset_count", 0},
+                                        {"db/factory/service_reset_count", 0},
+                                        {"db/tellahub/reset/apps", 1},
+                                        {"db/boot/last_service", ""}}));
 }
 
 TEST_F(KeyTest, ASetIsReadBack) {
-  m_router.Call("key.set", Object({{"key", "memory/a"}, {"type", "int"}, {"value", -7}}));
-  EXPECT_EQ(m_router.Call("key.get", Object({{"key", "memory/a"}})),
-            Object({{"found", true}, {"key", "memory/a"}, {"type", "int"}, {"value", -7}}));
+  m_router.Call("key.set", JsonObject({{"key", "memory/a"}, {"type", "int"}, {"value", -7}}));
+  EXPECT_EQ(m_router.Call("key.get", JsonObject({{"key", "memory/a"}})),
+            JsonObject({{"found", true}, {"key", "memory/a"}, {"type", "int"}, {"value", -7}}));
 }
 
 TEST_F(KeyTest, AKeyThatIsNotThereIsNotFound) {
-  EXPECT_EQ(m_router.Call("key.get", Object({{"key", "memory/a"}})), Object({{"found", false}}));
+  EXPECT_EQ(m_router.Call("key.get", JsonObject({{"key", "memory/a"}})),
+            JsonObject({{"found", false}}));
 }
 
 TEST_F(KeyTest, EverySetIsToldInOrderWithItsNumberAlsoWhenNothingChanged) {
   for (int i = 0; i < 2; ++i) {
-    m_router.Call("key.set", Object({{"key", "memory/a"}, {"type", "int"}, {"value", 1}}));
+    m_router.Call("key.set", JsonObject({{"key", "memory/a"}, {"type", "int"}, {"value", 1}}));
   }
-  m_router.Call("key.set", Object({{"key", "rtc/b"}, {"type", "string"}, {"value", "x"}}));
+  m_router.Call("key.set", JsonObject({{"key", "rtc/b"}, {"type", "string"}, {"value", "x"}}));
   const auto events = m_router.Events("key");
   ASSERT_EQ(events.size(), 3U);
-  EXPECT_EQ(events[0].body,
-            Object({{"seq", Json::Int64(1)}, {"key", "memory/a"}, {"type", "int"}, {"value", 1}}));
-  EXPECT_EQ(events[1].body,
-            Object({{"seq", Json::Int64(2)}, {"key", "memory/a"}, {"type", "int"}, {"value", 1}}));
+  EXPECT_EQ(
+      events[0].body,
+      JsonObject({{"seq", Json::Int64(1)}, {"key", "memory/a"}, {"type", "int"}, {"value", 1}}));
+  EXPECT_EQ(
+      events[1].body,
+      JsonObject({{"seq", Json::Int64(2)}, {"key", "memory/a"}, {"type", "int"}, {"value", 1}}));
   EXPECT_EQ(events[2].body["key"].asString(), "rtc/b");
   EXPECT_EQ(events[2].body["seq"].asInt(), 3);
 }
@@ -105,15 +101,15 @@ TEST_F(KeyTest, ASetAnswersWithItsNumberBeforeItIsTold) {
   support::MakeDirectories(m_dir / "two/db");
   const Keys keys(router, DeskPaths(m_dir / "two"));
   const auto reply = std::make_shared<Order>(router);
-  router.set(Object({{"key", "memory/a"}, {"type", "int"}, {"value", 1}}), Caller(), reply);
+  router.set(JsonObject({{"key", "memory/a"}, {"type", "int"}, {"value", 1}}), Caller(), reply);
   EXPECT_EQ(reply->eventsAtAnswer, 0U);
   EXPECT_EQ(router.Events("key").size(), 1U);
 }
 
 TEST_F(KeyTest, AWatchKnowsTheNumberOfTheLastSet) {
-  EXPECT_EQ(m_router.Call("key.watch", Object({{"key", "db/x"}}))["seq"].asInt(), 0);
+  EXPECT_EQ(m_router.Call("key.watch", JsonObject({{"key", "db/x"}}))["seq"].asInt(), 0);
   EXPECT_EQ(m_keys->Set("memory/a", 1), 1);
-  EXPECT_EQ(m_router.Call("key.watch", Object({{"key", "db/x"}}))["seq"].asInt(), 1);
+  EXPECT_EQ(m_router.Call("key.watch", JsonObject({{"key", "db/x"}}))["seq"].asInt(), 1);
 }
 
 TEST_F(KeyTest, OnlyKeysUnderDbOutlastTheTelevision) {
@@ -122,8 +118,8 @@ TEST_F(KeyTest, OnlyKeysUnderDbOutlastTheTelevision) {
   m_keys->Set("memory/a", 1);
   m_keys->Set("rtc/a", 1);
   Restart();
-  EXPECT_EQ(m_keys->Get("db/a"), Json::Value("kept"));
-  EXPECT_EQ(m_keys->Get("db/n"), Json::Value(-3));
+  EXPECT_EQ(m_keys->Get("db/a"), KeyValue("kept"));
+  EXPECT_EQ(m_keys->Get("db/n"), KeyValue(-3));
   EXPECT_FALSE(m_keys->Get("memory/a"));
   EXPECT_FALSE(m_keys->Get("rtc/a"));
 }
@@ -142,7 +138,7 @@ TEST_F(KeyTest, PowerOffDropsTheOthersAndTellsNobody) {
 TEST_F(KeyTest, AnEmptyStringOutlastsTheTelevisionAsAString) {
   m_keys->Set("db/a", "");
   Restart();
-  EXPECT_EQ(m_keys->Get("db/a"), Json::Value(""));
+  EXPECT_EQ(m_keys->Get("db/a"), KeyValue(""));
 }
 
 TEST_F(KeyTest, EveryByteOfAStringOutlastsTheTelevision) {
@@ -152,7 +148,7 @@ TEST_F(KeyTest, EveryByteOfAStringOutlastsTheTelevision) {
   }
   m_keys->Set("db/a", bytes);
   Restart();
-  EXPECT_EQ(m_keys->Get("db/a"), Json::Value(bytes));
+  EXPECT_EQ(m_keys->Get("db/a"), KeyValue(bytes));
 }
 
 TEST_F(KeyTest, TheWholeRangeOfNumbersIsKept) {
@@ -167,22 +163,24 @@ TEST_F(KeyTest, ASetMayChangeTheType) {
   m_keys->Set("db/a", 1);
   m_keys->Set("db/a", "1");
   EXPECT_EQ(m_keys->GetInt("db/a", 42), 42);
-  EXPECT_EQ(m_keys->Get("db/a"), Json::Value("1"));
+  EXPECT_EQ(m_keys->Get("db/a"), KeyValue("1"));
 }
 
 TEST_F(KeyTest, AnUnsetKeyIsGoneForGoodAndToldAsNone) {
   m_keys->Set("db/a", 1);
-  EXPECT_EQ(m_router.Call("key.unset", Object({{"key", "db/a"}})), Object({{"found", true}}));
+  EXPECT_EQ(m_router.Call("key.unset", JsonObject({{"key", "db/a"}})),
+            JsonObject({{"found", true}}));
   EXPECT_EQ(
       m_router.Events("key").back().body,
-      Object(
+      JsonObject(
           {{"seq", Json::Int64(2)}, {"key", "db/a"}, {"type", "none"}, {"value", Json::Value()}}));
   Restart();
   EXPECT_FALSE(m_keys->Get("db/a"));
 }
 
 TEST_F(KeyTest, UnsettingWhatIsNotThereTellsNobody) {
-  EXPECT_EQ(m_router.Call("key.unset", Object({{"key", "db/a"}})), Object({{"found", false}}));
+  EXPECT_EQ(m_router.Call("key.unset", JsonObject({{"key", "db/a"}})),
+            JsonObject({{"found", false}}));
   EXPECT_TRUE(m_router.Events("key").empty());
 }
 
@@ -198,16 +196,16 @@ TEST_F(KeyTest, AListHoldsThePrefixInOrder) {
   m_keys->Set("memory/b/2", 2);
   m_keys->Set("memory/b/1", "x");
   m_keys->Set("memory/c", 3);
-  const Json::Value keys = m_router.Call("key.list", Object({{"prefix", "memory/b"}}))["keys"];
+  const Json::Value keys = m_router.Call("key.list", JsonObject({{"prefix", "memory/b"}}))["keys"];
   ASSERT_EQ(keys.size(), 2U);
-  EXPECT_EQ(keys[0], Object({{"key", "memory/b/1"}, {"type", "string"}, {"value", "x"}}));
-  EXPECT_EQ(keys[1], Object({{"key", "memory/b/2"}, {"type", "int"}, {"value", 2}}));
+  EXPECT_EQ(keys[0], JsonObject({{"key", "memory/b/1"}, {"type", "string"}, {"value", "x"}}));
+  EXPECT_EQ(keys[1], JsonObject({{"key", "memory/b/2"}, {"type", "int"}, {"value", 2}}));
   EXPECT_EQ(m_router.Call("key.list")["keys"].size(), 8U);
 }
 
 TEST_F(KeyTest, AListOfAPrefixThatNothingHasIsEmpty) {
-  EXPECT_EQ(m_router.Call("key.list", Object({{"prefix", "x"}})),
-            Object({{"keys", Json::Value(Json::arrayValue)}}));
+  EXPECT_EQ(m_router.Call("key.list", JsonObject({{"prefix", "x"}})),
+            JsonObject({{"keys", Json::Value(Json::arrayValue)}}));
 }
 
 TEST_F(KeyTest, ANameOutsideTheThreeTreesIsRefused) {
@@ -220,7 +218,11 @@ TEST_F(KeyTest, AValueThatIsNeitherNumberNorStringIsRefused) {
   for (const Json::Value& value :
        {Json::Value(), Json::Value(true), Json::Value(1.5), Json::Value(Json::Int64(1) << 40),
         Json::Value(Json::arrayValue), Json::Value(std::string("a\0b", 3))}) {
-    EXPECT_EQ(CodeOf([&] { m_keys->Set("memory/a", value); }), "Usage");
+    for (const char* type : {"int", "string"}) {
+      const Json::Value request =
+          JsonObject({{"key", "memory/a"}, {"type", type}, {"value", value}});
+      EXPECT_EQ(CodeOf([&] { m_router.Call("key.set", request); }), "Usage");
+    }
   }
   EXPECT_FALSE(m_keys->Get("memory/a"));
   EXPECT_TRUE(m_router.Events("key").empty());
@@ -228,7 +230,7 @@ TEST_F(KeyTest, AValueThatIsNeitherNumberNorStringIsRefused) {
 
 TEST_F(KeyTest, AValueThatIsNotOfTheTypeToldIsRefused) {
   const auto set = [this](const char* type, const Json::Value& value) {
-    m_router.Call("key.set", Object({{"key", "memory/a"}, {"type", type}, {"value", value}}));
+    m_router.Call("key.set", JsonObject({{"key", "memory/a"}, {"type", type}, {"value", value}}));
   };
   EXPECT_EQ(CodeOf([&] { set("int", "1"); }), "Usage");
   EXPECT_EQ(CodeOf([&] { set("string", 1); }), "Usage");

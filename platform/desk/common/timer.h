@@ -4,10 +4,9 @@
 
 #include <functional>
 
-namespace desk::tv {
+namespace desk {
 
-/// A timer of the main loop that calls its function once, unless it is set anew or stopped. Main
-/// loop's thread only; ends with its object.
+/// A one-shot timer of the default main context. Main loop's thread only. Destroying it stops it.
 class Timer {
  public:
   Timer() = default;
@@ -15,16 +14,15 @@ class Timer {
   Timer(const Timer&) = delete;
   Timer& operator=(const Timer&) = delete;
 
-  /// Replaces what was set before. The function may set or stop this timer, but not destroy it.
+  /// Calls the function once, after the given time. Replaces the previous setting. The function may
+  /// set, stop or destroy this timer.
   void Set(unsigned milliseconds, std::function<void()> function);
+  /// Does nothing when the timer is not set.
   void Stop();
   bool IsSet() const { return m_source != 0; }
 
  private:
-  static int Fire(void* self);
-
   unsigned m_source = 0;
-  std::function<void()> m_function;
 };
 
-}  // namespace desk::tv
+}  // namespace desk
