@@ -65,4 +65,10 @@ exits "the same once" 1 try_once --root full
 equal "nothing was added to it or taken away" "file" "$(ls -A full)"
 exits "the same in TV_ROOT" 1 env TV_ROOT=full "$run" --built "$built"
 exits "a file" 1 "$run" --built "$built" --root full/file
+
+checkout=$(dirname "$run")
+exits "a checkout that is read-only" 1 \
+  bwrap --dev-bind / / --ro-bind "$checkout" "$checkout" -- "$run" --root new
+grep -q "Read-only file system.*--built" "$work/err" || { cat "$work/err"; die "the reason or the remedy is missing"; }
+passed "is named with the reason and the remedy"
 the_end

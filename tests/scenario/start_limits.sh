@@ -8,7 +8,7 @@
 
 # Stands in front of the daemon, and does what the file in the TV's /opt/share says: hang, die, or
 # nothing. In the sandbox the built programs are in /run/tv-tools.
-mkdir -p "$work/front" "$TV_ROOT/opt/share"
+mkdir -p "$work/front"
 cat >"$work/front/daemon" <<'SH'
 #!/bin/sh
 case $(cat /opt/share/mood 2>/dev/null) in
@@ -28,11 +28,14 @@ late() {
   equal "$*: nothing is claimed" "" "$(cat "$work/out")"
 }
 
+# Only a TV makes its directory.
+tv up; tv down
+
 echo "it dies"
 mood die
 exits "up" 1 tv up
 equal "up: the reason is told" \
-  "tv: the TV did not start: the daemon ended before its main loop ran (exit status 3), saying: no mood for it; see tv log" "$(cat "$work/err")"
+  "tv: the TV did not start: the daemon ended before its main loop ran (exit status 3), its last output: no mood for it; see \`tv log\`" "$(cat "$work/err")"
 exits "up: no TV is left" 3 tv status
 
 echo "it hangs"

@@ -2,19 +2,23 @@
 // SPDX-License-Identifier: Apache-2.0
 // tv up, tv down, tv status, tv power-cycle, tv daemon
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <csignal>
+#include <ctime>
 #include <fstream>
 #include <ostream>
 #include <thread>
 
 #include "cli/commands.h"
 #include "cli/failure.h"
+#include "cli/interrupt.h"
 #include "cli/launcher.h"
 #include "cli/session.h"
 #include "cli/table.h"
 #include "cli/tail.h"
 #include "common/desk_error.h"
+#include "common/desk_root.h"
 #include "common/json.h"
 
 namespace desk {
@@ -25,7 +29,11 @@ using Clock = std::chrono::steady_clock;
 constexpr double START_LIMIT = 120;  // seconds
 constexpr std::chrono::seconds END_LIMIT(20);
 constexpr std::chrono::milliseconds LOOK_AGAIN(20);
-constexpr size_t SHOWN_LOG_LINES = 8;
+constexpr std::array<const char*, 3> START_SWITCHES = {"offline", "reset-clock", "no-sandbox"};
+constexpr const char* STILL_STARTING =
+    "tv: interrupted; the TV continues to start in the background: `tv status` shows how far it "
+    "is, "
+    "`tv down` stops it";
 
 /// The state of a running TV, or null when there is none.
 Json::Value StatusOrNull(Session& session) {
@@ -45,7 +53,7 @@ std::vector<std::string> TvArguments(const DeskPaths& paths, const Invocation& w
     arguments.insert(arguments.end(),
                      {"--speed", std::to_string(words.Number("speed", 1, 1, 100000))});
   }
-  for (const char* name : {"offline", "no-sandbox"}) {
+  for (const char* name : START_SWITCHES) {
     if (words.Has(name)) {
       arguments.push_back(std::string("--") + name);
     }
@@ -68,8 +76,7 @@ class StartLimit {
   Failure Passed() const {
     return Failure(Exit::TimedOut, "the daemon is not in its main loop after " +
                                        SecondsText(m_seconds) +
-                                       ", and the TV goes on trying: `tv status` and `tv log` tell "
-                                       "how it gets on");
+                                       "; desk-tv keeps retrying: see `tv status` and `tv log`");
   }
 
  private:
@@ -77,27 +84,28 @@ class StartLimit {
   const Clock::time_point m_end;
 };
 
-/// Prints what desk-tv left in its log when it ended without a word.
-[[noreturn]] void TellFailedStart(Session& session, const StartResult& result, Tail& log) {
-  if (!result.reason.empty()) {
-    throw Failure(Exit::Failed, "the TV did not start: " + result.reason);
+/// Without a reason from desk-tv, the end of its log is the best one.
+[[noreturn]] void FailStart(Session& session, const StartResult& result, Tail& log) {
+  std::string reason = result.reason;
+  if (reason.empty()) {
+    const auto lines = log.Read();
+    reason = "desk-tv ended without giving a reason; " +
+             (lines.empty()
+                  ? session.Paths().TvLog() + " has no line about it"
+                  : "its last line in " + session.Paths().TvLog() + ": " + OneLine(lines.back()));
   }
-  auto lines = log.Read();
-  const size_t first = lines.size() - std::min(lines.size(), SHOWN_LOG_LINES);
-  for (size_t i = first; i < lines.size(); ++i) {
-    session.Err() << "  " << OneLine(lines[i]) << '\n';
-  }
-  throw Failure(Exit::Failed, "the TV did not start: " + session.Paths().TvLog() + " tells why");
+  throw Failure(Exit::Failed, "the TV did not start: " + reason);
 }
 
-/// A daemon that was ended on purpose is not awaited.
+/// False for a daemon that was stopped on purpose: nothing will start it.
 bool IsOnItsWay(const Json::Value& status) {
   const std::string state = status["daemon"]["state"].asString();
   return state == "starting" || state == "restarting" || state == "stopping";
 }
 
-/// Somebody else's start is awaited too: up means that the daemon is in its main loop.
+/// Waits for a start by another command too: a TV is up when its daemon is in its main loop.
 Json::Value WaitWhileStarting(Session& session, const StartLimit& limit, Json::Value status) {
+  const InterruptNotice notice(STILL_STARTING);
   session.Tv().Subscribe("daemon", [](const Json::Value&) {});
   while (IsOnItsWay(status)) {
     if (limit.Over()) {
@@ -109,8 +117,8 @@ Json::Value WaitWhileStarting(Session& session, const StartLimit& limit, Json::V
   return status;
 }
 
-/// The TV that another `tv up` has started or is starting in this very moment, or null. ours is the
-/// desk-tv that failed, which may take a moment to end.
+/// Status of the TV that another `tv up` has started or is starting now, or null. ours is the
+/// desk-tv that failed; it may still be ending.
 Json::Value StartedByAnother(Session& session, const StartLimit& limit, pid_t ours) {
   for (; !limit.Over(); std::this_thread::sleep_for(LOOK_AGAIN)) {
     std::ifstream file(session.Paths().PidFile());
@@ -130,7 +138,8 @@ int AlreadyUp(Session& session, const Invocation& words, const StartLimit& limit
               const Json::Value& found) {
   const Json::Value status = WaitWhileStarting(session, limit, found);
   session.Out() << "already up: " << session.Paths().Root() << ", pid " << status["pid"].asString();
-  if (words.Has("speed") || words.Has("offline") || words.Has("no-sandbox")) {
+  if (words.Has("speed") || std::any_of(START_SWITCHES.begin(), START_SWITCHES.end(),
+                                        [&words](const char* name) { return words.Has(name); })) {
     session.Out() << "; its options stay as they are until `tv down`";
   }
   session.Out() << '\n';
@@ -141,6 +150,7 @@ int UpInBackground(Session& session, const Invocation& words, const StartLimit& 
                    const std::string& program, const std::vector<std::string>& arguments) {
   Tail log(session.Paths().TvLog());
   log.Read();
+  const InterruptNotice notice(STILL_STARTING);
   const StartResult result = StartInBackground(session.Paths(), program, arguments, limit.Left());
   if (result.kind == StartResult::Kind::TimedOut) {
     throw limit.Passed();
@@ -148,7 +158,7 @@ int UpInBackground(Session& session, const Invocation& words, const StartLimit& 
   if (result.kind == StartResult::Kind::Failed) {
     const Json::Value other = StartedByAnother(session, limit, result.pid);
     if (other.isNull()) {
-      TellFailedStart(session, result, log);
+      FailStart(session, result, log);
     }
     return AlreadyUp(session, words, limit, other);
   }
@@ -157,15 +167,14 @@ int UpInBackground(Session& session, const Invocation& words, const StartLimit& 
 }
 
 int Up(Session& session, const Invocation& words) {
-  if (session.Paths().Root() == "/") {
-    throw Failure(Exit::Usage, "a TV takes a directory of its own, not /: give another --root");
-  }
+  RequireOwnDirectory(session.Paths());
   const StartLimit limit(words);
   const auto arguments = TvArguments(session.Paths(), words);
   const Json::Value status = StatusOrNull(session);
   if (!status.isNull()) {
     return AlreadyUp(session, words, limit, status);
   }
+  PrepareDeskDirectory(session.Paths());
   const std::string program = FindDeskTv();
   if (words.Has("foreground")) {
     session.Out().flush();
@@ -179,15 +188,15 @@ int Down(Session& session, const Invocation&) {
   try {
     session.Call("tv.down");
   } catch (const DeskError& error) {
-    // The bus may end before the answer is out.
+    // The bus may end before the reply is sent.
     if (error.Code() != DeskError::NoTv) {
       throw;
     }
   }
   if (pid > 0 && !WaitForEnd(pid, END_LIMIT)) {
     throw Failure(Exit::TimedOut, "desk-tv (pid " + std::to_string(pid) +
-                                      ") has not ended: end it with `kill -9`, the next tv up "
-                                      "clears up after it");
+                                      ") has not ended: kill it with `kill -9`; the next `tv up` "
+                                      "removes what it leaves behind");
   }
   session.Out() << "down: " << session.Paths().Root() << '\n';
   return 0;
@@ -211,12 +220,28 @@ std::string DaemonText(const Json::Value& daemon) {
     return Shown(daemon);
   }
   const std::string reason = OneLine(daemon["reason"].asString());
-  const std::string restarts = ", " + daemon["restarts"].asString() + " restarts";
+  const std::string count = daemon["restarts"].asString();
+  const std::string restarts = ", " + count + (count == "1" ? " restart" : " restarts");
   if (!daemon["running"].asBool()) {
     return "not running" + (reason.empty() ? "" : " (" + reason + ")") + restarts;
   }
   return "running, pid " + daemon["pid"].asString() + restarts +
          (reason.empty() ? "" : "; last end: " + reason);
+}
+
+/// The TV's time of day; empty when it is this machine's, give or take a moment.
+std::string ClockLine(const Json::Value& status) {
+  const std::time_t clock = status["clock"].asInt64();
+  const long long ahead = clock - std::time(nullptr);
+  if (!status.isMember("clock") || (status["speed"].asInt() <= 1 && ahead < 2)) {
+    return {};
+  }
+  std::tm parts{};
+  gmtime_r(&clock, &parts);
+  char text[64];
+  std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S UTC", &parts);
+  return std::string("clock    ") + text + ", " +
+         Duration(static_cast<double>(std::max(ahead, 0LL))) + " ahead of this machine\n";
 }
 
 int Status(Session& session, const Invocation& words) {
@@ -228,14 +253,15 @@ int Status(Session& session, const Invocation& words) {
   session.Out() << "desk     " << session.Paths().Root() << "\nTV       up, pid "
                 << status["pid"].asString() << ", since " << Duration(status["uptime"].asDouble())
                 << "\ndaemon   " << DaemonText(status["daemon"]) << "\nspeed    "
-                << Shown(status["speed"]) << "\noffline  " << Shown(status["offline"])
-                << "\nsandbox  " << Shown(status["sandbox"]) << "\nmounts   "
-                << OneLine(Shown(status["mounts"])) << '\n';
+                << Shown(status["speed"]) << '\n'
+                << ClockLine(status) << "offline  " << Shown(status["offline"]) << "\nsandbox  "
+                << Shown(status["sandbox"]) << "\nmounts   " << OneLine(Shown(status["mounts"]))
+                << '\n';
   return 0;
 }
 
-/// An order that is done when the daemon is in its main loop.
-Run OrderToStart(const std::string& method) {
+/// A command that is done when the daemon is in its main loop.
+Run StartMethod(const std::string& method) {
   return [method](Session& session, const Invocation& words) {
     const StartLimit limit(words);
     try {
@@ -250,7 +276,7 @@ Run OrderToStart(const std::string& method) {
   };
 }
 
-Run DaemonOrder(const std::string& method) {
+Run DaemonMethod(const std::string& method) {
   return [method](Session& session, const Invocation&) {
     session.Call(method);
     return 0;
@@ -260,47 +286,55 @@ Run DaemonOrder(const std::string& method) {
 }  // namespace
 
 std::vector<Command> LifeCommands() {
-  const Option timeout{"--timeout", "S", "seconds to wait for the daemon's main loop; else 120"};
+  const Option timeout{"--timeout", "S",
+                       "seconds to wait for the daemon's main loop (default: 120)"};
   return {
       {"up",
        "switch a TV on",
        {},
-       {{"--speed", "N", "the daemon's timers and clock run N times faster"},
-        {"--offline", "", "network time does not come by itself"},
+       {{"--speed", "N", "run the daemon's timers and clock N times faster"},
+        {"--reset-clock", "", "set the TV's clock to this machine's time, even if it goes back"},
+        {"--offline", "", "do not set the network time"},
         {"--foreground", "", "stay in the foreground, in place of this command"},
         {"--no-sandbox", "", "run the daemon without bubblewrap"},
         timeout},
-       "Makes the desk's directory when there is none. Returns when the daemon is in its main "
-       "loop.",
+       "Creates the desk's directory if needed. Only a new or an empty directory, or one that a TV "
+       "has\nused before, is accepted. Returns when the daemon is in its main loop.",
        Up},
       {"down", "switch the TV off", {}, {}, "", Down},
-      {"status", "how the TV and its daemon are", {}, {JsonOption()}, "", Status},
+      {"status", "state of the TV and its daemon", {}, {JsonOption()}, "", Status},
       {"power-cycle",
        "switch the TV off and on",
        {},
        {timeout},
-       "Keys under memory/ and rtc/ are lost, and /tmp is emptied. Returns when the daemon is in "
-       "its\nmain loop again.",
-       OrderToStart("tv.power_cycle")},
-      {"daemon stop", "end the daemon and leave it ended", {}, {}, "", DaemonOrder("daemon.stop")},
+       "Deletes the keys under memory/ and rtc/ and empties /tmp. Returns when the daemon is in "
+       "its\n"
+       "main loop again.",
+       StartMethod("tv.power_cycle")},
+      {"daemon stop",
+       "stop the daemon, and do not restart it",
+       {},
+       {},
+       "",
+       DaemonMethod("daemon.stop")},
       {"daemon start",
        "start the daemon again",
        {},
        {timeout},
        "Returns when the daemon is in its main loop.",
-       OrderToStart("daemon.start")},
+       StartMethod("daemon.start")},
       {"daemon kill",
        "kill the daemon without warning, as a crash would",
        {},
        {},
        "",
-       DaemonOrder("daemon.kill")},
+       DaemonMethod("daemon.kill")},
       {"daemon restart",
-       "end the daemon and start it again",
+       "stop the daemon and start it again",
        {},
        {timeout},
        "Returns when the daemon is in its main loop again.",
-       OrderToStart("daemon.restart")}};
+       StartMethod("daemon.restart")}};
 }
 
 }  // namespace desk

@@ -6,6 +6,7 @@
 
 #include "cli/commands.h"
 #include "cli/failure.h"
+#include "cli/interrupt.h"
 #include "cli/progress_bar.h"
 #include "cli/session.h"
 #include "cli/table.h"
@@ -24,6 +25,16 @@ std::string AppList(const Json::Value& package, const std::string& component) {
   return list;
 }
 
+/// The TV may be unable to mount an image of the package, which then is installed without its data.
+void WarnOfImages(Session& session, const std::string& package) {
+  const Json::Value answer = session.Call("mount.check", Object({{"package", package}}));
+  for (const auto& item : answer["unmountable"]) {
+    session.Err() << "tv: warning: " << package << " is installed without the data in "
+                  << item["image"].asString()
+                  << ", which this TV cannot mount: " << OneLine(item["reason"].asString()) << '\n';
+  }
+}
+
 int Bring(Session& session, const Invocation& words, bool update) {
   const std::string given = words.Text("FILE");
   std::error_code error;
@@ -40,9 +51,16 @@ int Bring(Session& session, const Invocation& words, bool update) {
       if (event["state"].asString() == "processing") bar.Show(event["progress"].asInt());
     });
   }
-  const Json::Value reply =
-      session.Call("pkg.install", Object({{"file", file}, {"update", update}}));
+  Json::Value reply;
+  {
+    const InterruptNotice notice(
+        "tv: interrupted; the TV continues to " + std::string(update ? "update" : "install") +
+        " the package and cannot be stopped half-way: `tv pkg list` shows the result, `tv pkg "
+        "uninstall ID` removes it");
+    reply = session.Call("pkg.install", Object({{"file", file}, {"update", update}}));
+  }
   bar.Clear();
+  WarnOfImages(session, reply["package"].asString());
   if (words.Json()) {
     session.PrintJson(reply);
     return 0;

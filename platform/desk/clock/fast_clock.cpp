@@ -12,7 +12,7 @@
 namespace desk {
 namespace {
 
-// Wide enough for the farthest moment that a program can name, times the speed.
+// Wide enough for the latest time that a program can name, multiplied by the speed.
 __extension__ typedef __int128 Nanoseconds;
 constexpr Nanoseconds SECOND = 1000000000;
 
@@ -38,18 +38,29 @@ long long NumberFrom(const char* variable, long long otherwise) {
   return text == nullptr ? otherwise : std::strtoll(text, nullptr, 10);
 }
 
-// Where the two times part: read once, at the first use, which is before main.
+// A moment on both sides: what the machine's clock and the program's clock showed then.
+struct Moment {
+  Nanoseconds machine = 0;
+  Nanoseconds program = 0;
+};
+
+Moment SameAt(Nanoseconds time) {
+  return {time, time};
+}
+
+// Where the program's clocks leave the machine's. Read once at the first use, which is before main.
 struct Base {
   Base() {
     speed = std::max(NumberFrom("DESK_CLOCK_SPEED", 1), 1LL);
-    realtime =
-        NumberFrom("DESK_CLOCK_SINCE", static_cast<long long>(Count(RealNow(CLOCK_REALTIME))));
-    monotonic = Count(RealNow(CLOCK_MONOTONIC));
-    boottime = Count(RealNow(CLOCK_BOOTTIME));
-    raw = Count(RealNow(CLOCK_MONOTONIC_RAW));
+    const auto now = static_cast<long long>(Count(RealNow(CLOCK_REALTIME)));
+    realtime.machine = NumberFrom("DESK_CLOCK_SINCE", now);
+    realtime.program = NumberFrom("DESK_CLOCK_BASE", static_cast<long long>(realtime.machine));
+    monotonic = SameAt(Count(RealNow(CLOCK_MONOTONIC)));
+    boottime = SameAt(Count(RealNow(CLOCK_BOOTTIME)));
+    raw = SameAt(Count(RealNow(CLOCK_MONOTONIC_RAW)));
   }
 
-  Nanoseconds Of(clockid_t clock) const {
+  const Moment& Of(clockid_t clock) const {
     switch (clock) {
       case CLOCK_MONOTONIC:
       case CLOCK_MONOTONIC_COARSE:
@@ -64,10 +75,10 @@ struct Base {
   }
 
   Nanoseconds speed = 1;
-  Nanoseconds realtime = 0;
-  Nanoseconds monotonic = 0;
-  Nanoseconds boottime = 0;
-  Nanoseconds raw = 0;
+  Moment realtime;
+  Moment monotonic;
+  Moment boottime;
+  Moment raw;
 };
 
 const Base& TheBase() {
@@ -106,14 +117,14 @@ timespec RealNow(clockid_t clock) {
 }
 
 timespec FastNow(clockid_t clock) {
-  const Nanoseconds base = TheBase().Of(clock);
-  return Split(base + (Count(RealNow(clock)) - base) * TheBase().speed);
+  const Moment& base = TheBase().Of(clock);
+  return Split(base.program + (Count(RealNow(clock)) - base.machine) * TheBase().speed);
 }
 
 timespec RealMoment(clockid_t clock, const timespec& fast) {
-  const Nanoseconds base = TheBase().Of(clock);
-  const Nanoseconds span = Count(fast) - base;
-  const Nanoseconds real = base + (span > 0 ? DivideUp(span, TheBase().speed) : span);
+  const Moment& base = TheBase().Of(clock);
+  const Nanoseconds span = Count(fast) - base.program;
+  const Nanoseconds real = base.machine + (span > 0 ? DivideUp(span, TheBase().speed) : span);
   return Split(real < 0 ? 0 : real);
 }
 

@@ -4,28 +4,29 @@
 
 #include <ctime>
 
-/// Makes a function the one that the program gets instead of the C library's.
+/// Marks a function that replaces the C library's function of the same name.
 #define DESK_CLOCK_REPLACES extern "C" __attribute__((visibility("default")))
 
 namespace desk {
 
-/// Time that runs $DESK_CLOCK_SPEED times faster than the machine's. The time of day does so since
-/// $DESK_CLOCK_SINCE (nanoseconds of the machine's time of day), so that it goes on over the
-/// restarts of a program; it and all other clocks otherwise since the start of the process. Until
-/// then both tell the same. Everything is callable from any thread, also before main.
+/// Clocks that run $DESK_CLOCK_SPEED times faster than the machine's from the start of the process.
+/// The time of day showed $DESK_CLOCK_BASE when the machine's showed $DESK_CLOCK_SINCE (nanoseconds
+/// since 1970), so that it continues when the program restarts; without these variables both times
+/// of day are equal at the start of the process. Everything is callable from any thread, also
+/// before main.
 
-/// False for clocks that are no time of day and no time since boot, such as processor time; those
-/// are left alone.
+/// False for clocks that show neither the time of day nor the time since boot, such as processor
+/// time; these are not changed.
 bool IsScaled(clockid_t clock);
 
 /// The machine's own time.
 timespec RealNow(clockid_t clock);
-/// What the program is told that the time is.
+/// The program's time.
 timespec FastNow(clockid_t clock);
-/// The machine's time at which the program's clock shows the given one.
+/// The machine's time at which the program's clock shows the given time.
 timespec RealMoment(clockid_t clock, const timespec& fast);
 
-/// A span of the program's time in the machine's, rounded up, and the other way round.
+/// A span of the program's time as a span of the machine's, rounded up, and the reverse.
 timespec RealSpan(const timespec& fast);
 timespec FastSpan(const timespec& real);
 
@@ -33,7 +34,7 @@ timespec FromMilliseconds(long milliseconds);
 /// Rounded up.
 long ToMilliseconds(const timespec& span);
 
-/// The C library's own function of that name, behind the one that stands in for it.
+/// The C library's function of that name, which the function here replaces.
 template <typename Function>
 Function* Original(Function*, const char* name);
 
@@ -46,7 +47,7 @@ Function* Original(Function*, const char* name) {
 
 }  // namespace desk
 
-/// The original of a function, looked up once.
+/// The C library's function, looked up once.
 #define DESK_CLOCK_ORIGINAL(name)                                 \
   ([]() {                                                         \
     static auto* const original = desk::Original(&::name, #name); \

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// What only waits for time to pass.
+// Functions that only sleep.
 #include <unistd.h>
 
 #include <cerrno>

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// What tells the time.
+// Functions that read a clock.
 #include <sys/time.h>
 #include <unistd.h>
 

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// What waits for something, with a limit of time.
+// Functions that wait for something with a timeout.
 #include <poll.h>
 #include <pthread.h>
 #include <semaphore.h>
@@ -11,7 +11,7 @@
 
 namespace {
 
-// Null, which means for ever, stays null.
+// Null, which means no timeout, stays null.
 const timespec* RealSpanOf(const timespec* fast, timespec* storage) {
   if (fast == nullptr) {
     return nullptr;
@@ -20,8 +20,7 @@ const timespec* RealSpanOf(const timespec* fast, timespec* storage) {
   return storage;
 }
 
-// A condition variable waits by the clock that it was made with, which the C library keeps in the
-// second bit of this member.
+// The C library stores the clock of a condition variable in the second bit of this member.
 clockid_t ClockOf(const pthread_cond_t* condition) {
   constexpr unsigned MONOTONIC_FLAG = 2;
   return (condition->__data.__wrefs & MONOTONIC_FLAG) != 0 ? CLOCK_MONOTONIC : CLOCK_REALTIME;
@@ -29,7 +28,7 @@ clockid_t ClockOf(const pthread_cond_t* condition) {
 
 }  // namespace
 
-// Milliseconds are too coarse a measure for a short wait made shorter.
+// Milliseconds are too coarse for a short timeout divided by the speed.
 DESK_CLOCK_REPLACES int poll(pollfd* descriptors, nfds_t count, int milliseconds) {
   if (milliseconds <= 0) {
     return DESK_CLOCK_ORIGINAL(poll)(descriptors, count, milliseconds);

@@ -2,7 +2,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "common/bus_client.h"
 
+#include <unistd.h>
+
 #include <atomic>
+#include <cerrno>
 #include <climits>
 #include <fstream>
 #include <map>
@@ -10,6 +13,7 @@
 
 #include "common/bus_names.h"
 #include "common/desk_error.h"
+#include "common/desk_root.h"
 #include "common/gio_ptr.h"
 #include "common/json.h"
 
@@ -187,13 +191,35 @@ BusClient::~BusClient() {
   g_dbus_connection_close_sync(connection, nullptr, nullptr);
 }
 
+namespace {
+
+// A TV of another user answers nobody else, and its files may not be readable either.
+void RefuseForeignTv(const DeskPaths& paths) {
+  const std::string owner = ForeignOwner(paths.Run());
+  if (!owner.empty()) {
+    throw DeskError(DeskError::Failed, "the TV in " + paths.Root() + " belongs to " + owner +
+                                           ": run tv as that user, or choose another TV with "
+                                           "--root");
+  }
+}
+
+}  // namespace
+
 std::unique_ptr<BusClient> BusClient::Open(const DeskPaths& paths) {
   std::ifstream file(paths.Address());
   std::string address;
   if (!std::getline(file, address) || address.empty()) {
+    if (access(paths.Address().c_str(), R_OK) != 0 && errno == EACCES) {
+      RefuseForeignTv(paths);
+    }
     throw Gone("none is running in " + paths.Root());
   }
-  return std::make_unique<BusClient>(address);
+  try {
+    return std::make_unique<BusClient>(address);
+  } catch (const DeskError&) {
+    RefuseForeignTv(paths);
+    throw;
+  }
 }
 
 Json::Value BusClient::Call(const std::string& method, const Json::Value& request) {

@@ -26,7 +26,8 @@ class BusClient {
   BusClient(const BusClient&) = delete;
   BusClient& operator=(const BusClient&) = delete;
 
-  /// Connects to the bus of a desk, whose address stands in a file. Throws DeskError (NoTv).
+  /// Connects to the bus of a desk, whose address is in a file. Throws DeskError: NoTv, or
+  /// Failed when the TV belongs to another user.
   static std::unique_ptr<BusClient> Open(const DeskPaths& paths);
 
   /// Waits for the answer as long as it takes: a timeout would run under the daemon's clock, which

@@ -18,6 +18,9 @@ class DeskPaths {
 
   const std::string& Root() const { return m_root; }
 
+  /// States that the directory is a desk, and the version of its layout.
+  std::string Mark() const { return m_root + "/.tv-desk"; }
+
   std::string Apps() const { return m_root + "/opt/usr/apps"; }
   std::string Package(const std::string& id) const { return Apps() + "/" + id; }
   std::string DaemonPackage() const { return Package(DAEMON_ID); }
@@ -41,6 +44,7 @@ class DeskPaths {
   std::string Db() const { return m_root + "/db"; }
   std::string KeysDb() const { return Db() + "/keys.sqlite"; }
   std::string PackagesDb() const { return Db() + "/packages.sqlite"; }
+  std::string ClockState() const { return Db() + "/clock.json"; }
   std::string TvState() const { return Db() + "/tv.json"; }
 
   /// Package and app id of the daemon itself.

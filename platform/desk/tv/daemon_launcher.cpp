@@ -22,18 +22,18 @@ namespace {
 constexpr const char* CLOCK_LIBRARY = "libdesk_clock.so";
 
 std::string ChooseProgram(const std::string& tools) {
-  const char* told = std::getenv("ORV_ENABLER");
-  std::string program = told != nullptr ? std::filesystem::absolute(told).lexically_normal()
-                                        : std::filesystem::path(tools + "/orv-enabler");
+  const char* given = std::getenv("ORV_ENABLER");
+  std::string program = given != nullptr ? std::filesystem::absolute(given).lexically_normal()
+                                         : std::filesystem::path(tools + "/orv-enabler");
   if (access(program.c_str(), X_OK) != 0) {
-    throw DeskError(DeskError::NotFound, "no daemon to run: " + program + ": " +
+    throw DeskError(DeskError::NotFound, "cannot run the daemon " + program + ": " +
                                              std::strerror(errno) +
-                                             "; build it, or name it with ORV_ENABLER");
+                                             "; build it, or name its program in ORV_ENABLER");
   }
   return program;
 }
 
-// The sandbox lets the daemon write these files, but make none beside them.
+// The sandbox lets the daemon write to these files, but not create any in their directory.
 void MakeLogs(const DeskPaths& paths) {
   for (const std::string& path : {paths.DaemonLog(), paths.Journal()}) {
     const LineLog made(path);
@@ -51,15 +51,15 @@ DaemonLauncher::DaemonLauncher(const TvOptions& options, const std::string& busS
       m_socket(busSocket),
       m_tools(ProgramDirectory()),
       m_program(ChooseProgram(m_tools)),
-      m_since(std::chrono::system_clock::now().time_since_epoch()) {
+      m_clock(options.paths.ClockState(), options.speed, options.resetClock) {
   if (options.sandbox && FindProgram("bwrap").empty()) {
     throw DeskError(DeskError::NotFound,
                     "the daemon's sandbox needs bubblewrap, which is not installed: install it, or "
-                    "run the daemon on this machine's own files with --no-sandbox");
+                    "run the daemon without a sandbox with `tv up --no-sandbox`");
   }
-  if (options.speed > 1 && access((m_tools + "/" + CLOCK_LIBRARY).c_str(), R_OK) != 0) {
-    throw DeskError(DeskError::NotFound, "--speed needs " + m_tools + "/" + CLOCK_LIBRARY +
-                                             ", which is not there: build it");
+  if (m_clock.Differs() && access((m_tools + "/" + CLOCK_LIBRARY).c_str(), R_OK) != 0) {
+    throw DeskError(DeskError::NotFound, "the TV's clock needs " + m_tools + "/" + CLOCK_LIBRARY +
+                                             ", which does not exist: build it");
   }
 }
 
@@ -81,11 +81,12 @@ std::vector<std::string> DaemonLauncher::Environment(const std::string& root,
       "TV_LOG=" + log + "/daemon.log",
       "TV_JOURNAL=" + log + "/journal.jsonl",
   };
-  if (m_options.speed > 1) {
+  if (m_clock.Differs()) {
     environment.push_back("LD_PRELOAD=" + tools + "/" + CLOCK_LIBRARY);
     environment.push_back("DESK_CLOCK_SPEED=" + std::to_string(m_options.speed));
-    environment.push_back("DESK_CLOCK_SINCE=" + std::to_string(m_since.count()));
-    // A daemon with the address sanitizer minds that something is loaded before it.
+    environment.push_back("DESK_CLOCK_SINCE=" + std::to_string(m_clock.Since().count()));
+    environment.push_back("DESK_CLOCK_BASE=" + std::to_string(m_clock.Base().count()));
+    // The address sanitizer refuses a library that is loaded before its own.
     const char* options = std::getenv("ASAN_OPTIONS");
     environment.push_back("ASAN_OPTIONS=verify_asan_link_order=0" +
                           (options == nullptr ? std::string() : std::string(":") + options));
@@ -96,7 +97,8 @@ std::vector<std::string> DaemonLauncher::Environment(const std::string& root,
 DaemonProcess DaemonLauncher::LaunchInSandbox() const {
   int ends[2] = {-1, -1};
   if (pipe2(ends, O_CLOEXEC) != 0) {
-    throw DeskError(DeskError::Failed, std::string("cannot start: ") + std::strerror(errno));
+    throw DeskError(DeskError::Failed,
+                    std::string("cannot start the daemon: ") + std::strerror(errno));
   }
   fcntl(ends[0], F_SETFL, O_NONBLOCK);
   MakeLogs(m_options.paths);

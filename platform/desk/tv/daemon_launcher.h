@@ -2,25 +2,28 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <chrono>
 #include <string>
 #include <vector>
 
 #include "tv/options.h"
 #include "tv/supervisor.h"
+#include "tv/tv_clock.h"
 
 namespace desk::tv {
 
-/// Starts the daemon as the TV's options want it: in its sandbox or without, with its environment
-/// and clock. Constant after construction; Launch is for the main thread.
+/// Starts the daemon as the TV's options say: with or without a sandbox, with its environment and
+/// the TV's clock. Main thread only.
 class DaemonLauncher {
  public:
-  /// The program is $ORV_ENABLER, else orv-enabler beside desk-tv. Throws DeskError (NotFound) when
-  /// it, or bubblewrap where it is wanted, is missing.
+  /// The program is $ORV_ENABLER, else orv-enabler next to desk-tv. Throws DeskError: NotFound when
+  /// it, bubblewrap or the clock library is needed and missing, Failed when the TV's clock cannot
+  /// be stored.
   DaemonLauncher(const TvOptions& options, const std::string& busSocket);
 
   /// Throws DeskError.
   DaemonProcess Launch() const;
+
+  const TvClock& Clock() const { return m_clock; }
 
  private:
   DaemonProcess LaunchInSandbox() const;
@@ -33,8 +36,7 @@ class DaemonLauncher {
   const std::string m_socket;
   const std::string m_tools;
   const std::string m_program;
-  /// Since when the daemon's time of day runs faster: over its restarts it never goes back.
-  const std::chrono::nanoseconds m_since;
+  const TvClock m_clock;
 };
 
 }  // namespace desk::tv

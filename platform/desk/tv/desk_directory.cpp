@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "common/desk_error.h"
+#include "common/desk_root.h"
 #include "tv/bus_daemon.h"
 #include "tv/tv_log.h"
 
@@ -40,13 +41,13 @@ std::string WholeFile(const std::string& path) {
   return text.str();
 }
 
-// The entries of /proc/<pid>/environ end in NUL each.
+// Each entry of /proc/<pid>/environ ends in NUL.
 bool HasEntry(const std::string& environment, const std::string& entry) {
   const std::string whole = '\0' + environment;
   return whole.find('\0' + entry + '\0') != std::string::npos;
 }
 
-// Mount points are told with blanks and backslashes as three octal digits.
+// The kernel writes blanks and backslashes in mount points as three octal digits.
 std::string Unescape(const std::string& text) {
   std::string result;
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -78,6 +79,7 @@ std::vector<std::string> MountPoints() {
 }  // namespace
 
 DeskDirectory::DeskDirectory(const DeskPaths& paths) : m_paths(paths) {
+  PrepareDeskDirectory(paths);
   MakeDirectories();
   Lock();
   WritePid();
@@ -101,8 +103,9 @@ void DeskDirectory::MakeDirectories() {
     }
     fs::permissions(m_paths.Run(), fs::perms::owner_all);
   } catch (const fs::filesystem_error& e) {
-    throw DeskError(DeskError::Failed, "cannot make the TV's directory " + m_paths.Root() + ": " +
-                                           e.code().message() + "; give another with --root");
+    throw DeskError(DeskError::Failed, "cannot create " + e.path1().string() + ": " +
+                                           e.code().message() +
+                                           "; choose another directory with --root");
   }
 }
 
@@ -115,8 +118,10 @@ void DeskDirectory::Lock() {
   if (flock(m_lock, LOCK_EX | LOCK_NB) != 0) {
     const std::string pid = FirstLine(m_paths.PidFile());
     close(m_lock);
-    throw DeskError(DeskError::Failed, "a TV is running in " + m_paths.Root() + " already (pid " +
-                                           pid + "): end it with tv down, or give another --root");
+    throw DeskError(DeskError::Failed, "a TV is already running in " + m_paths.Root() + " (pid " +
+                                           pid +
+                                           "): end it with `tv down`, or choose another directory "
+                                           "with --root");
   }
 }
 
@@ -132,16 +137,19 @@ void DeskDirectory::ClearLeftovers(TvLog& log) {
   const int processes = KillStrayApps(m_paths);
   const int mounts = UnmountAllUnder(m_paths);
   if (processes + mounts > 0) {
-    log.Say("cleared away what a killed TV left: " + std::to_string(processes) + " processes, " +
+    log.Say("removed what a killed TV left behind: " + std::to_string(processes) + " processes, " +
             std::to_string(mounts) + " mounts");
   }
-  // Only now: a mount that a killed TV left must not be emptied.
+  // After the unmounting: the contents of a leftover mount must not be deleted.
   EmptyDirectory(m_paths.Tmp());
   BusDaemon::RemoveLeftovers(m_paths);
 }
 
 void EmptyDirectory(const std::string& path) {
   std::error_code ignored;
+  if (fs::is_symlink(path, ignored)) {
+    return;
+  }
   for (const fs::directory_entry& entry : fs::directory_iterator(path, ignored)) {
     fs::remove_all(entry.path(), ignored);
   }
@@ -166,7 +174,7 @@ int KillStrayApps(const DeskPaths& paths) {
 
 int UnmountAllUnder(const DeskPaths& paths) {
   std::vector<std::string> points = MountPoints();
-  // What was mounted last lies on top.
+  // The latest mount is on top.
   std::reverse(points.begin(), points.end());
   const std::string prefix = paths.Root() + "/";
   int unmounted = 0;

@@ -10,19 +10,20 @@ namespace desk::tv {
 
 class TvLog;
 
-/// The directory of a TV while this process has it: made, locked, freed of what a TV that was
-/// killed left behind.
+/// The directory of a TV while this process uses it: created, locked, and cleared of what a killed
+/// TV left behind. Main thread only.
 class DeskDirectory {
  public:
-  /// Throws DeskError (Failed) when another desk-tv has it or it cannot be written.
+  /// Creates the directory with its mark, and locks it. Throws DeskError as PrepareDeskDirectory
+  /// does, and Failed when another desk-tv uses the directory.
   explicit DeskDirectory(const DeskPaths& paths);
-  /// Takes away what tells of a running TV, and frees the lock.
+  /// Removes the files that announce a running TV, and releases the lock.
   ~DeskDirectory();
   DeskDirectory(const DeskDirectory&) = delete;
   DeskDirectory& operator=(const DeskDirectory&) = delete;
 
-  /// Ends processes and mounts of a TV that was killed, and empties its /tmp as every power-on
-  /// does; to be called before anything is started.
+  /// Ends the processes and mounts that a killed TV left behind, and empties the TV's /tmp, as
+  /// every power-on does. Call it before anything is started.
   void ClearLeftovers(TvLog& log);
 
  private:
@@ -34,15 +35,16 @@ class DeskDirectory {
   int m_lock = -1;
 };
 
-/// Removes everything in a directory, not following links, and leaves the directory.
+/// Deletes everything in a directory and keeps the directory itself. Links are not followed; a path
+/// that is a link itself is left as it is.
 void EmptyDirectory(const std::string& path);
 
-/// Kills every process that was started as an app of this TV, or by such a one: their environment
-/// says so. Returns how many.
+/// Kills every process that was started as an app of this TV, or by such an app; they are
+/// recognised by their environment. Returns how many.
 int KillStrayApps(const DeskPaths& paths);
 
-/// Takes away every mount under the TV's directory that this process sees, except the directory's
-/// own. Returns how many.
+/// Unmounts everything that this process sees mounted under the TV's directory, but not the
+/// directory itself. Returns how many.
 int UnmountAllUnder(const DeskPaths& paths);
 
 }  // namespace desk::tv

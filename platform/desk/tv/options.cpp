@@ -5,6 +5,7 @@
 #include <map>
 
 #include "common/desk_error.h"
+#include "common/desk_root.h"
 #include "common/numbers.h"
 
 namespace desk::tv {
@@ -64,7 +65,9 @@ class Words {
 
 bool TakeFlag(TvOptions& options, const Words& words) {
   const std::map<std::string, std::pair<bool TvOptions::*, bool>> flags = {
-      {"--offline", {&TvOptions::offline, true}}, {"--no-sandbox", {&TvOptions::sandbox, false}}};
+      {"--offline", {&TvOptions::offline, true}},
+      {"--reset-clock", {&TvOptions::resetClock, true}},
+      {"--no-sandbox", {&TvOptions::sandbox, false}}};
   const auto found = flags.find(words.Name());
   if (found == flags.end() || words.HasInline()) {
     return false;
@@ -96,9 +99,7 @@ TvOptions TvOptions::Parse(int argc, const char* const* argv) {
     }
   }
   options.paths = DeskPaths::Select(root);
-  if (options.paths.Root() == "/") {
-    throw Wrong("a TV takes a directory of its own, not /");
-  }
+  RequireOwnDirectory(options.paths);
   if (options.log.empty()) {
     options.log = options.paths.TvLog();
   }
@@ -106,14 +107,17 @@ TvOptions TvOptions::Parse(int argc, const char* const* argv) {
 }
 
 const char* TvOptions::HelpText() {
-  return "desk-tv: the television behind the command tv, which starts it (tv up).\n"
+  return "desk-tv: the television behind the command tv; `tv up` starts it.\n"
          "\n"
-         "  --root DIR      the TV's directory; else $TV_ROOT, else $XDG_STATE_HOME/tv-desk\n"
-         "  --offline       network time does not come by itself\n"
-         "  --speed N       the daemon's clock and timers run N times faster\n"
-         "  --no-sandbox    the daemon runs without bubblewrap, on this machine's own files\n"
-         "  --log FILE      where desk-tv itself logs; else DIR/log/desk-tv.log\n"
-         "  --ready-fd N    gets one line, \"ready\" or \"failed: ...\", then is closed\n";
+         "  --root DIR      the TV's directory (default: $TV_ROOT, else $XDG_STATE_HOME/tv-desk)\n"
+         "  --offline       do not set the network time\n"
+         "  --speed N       run the daemon's clock and timers N times faster\n"
+         "  --reset-clock   set the TV's clock to this machine's time, even if it goes back\n"
+         "  --no-sandbox    run the daemon without bubblewrap, on this machine's own files\n"
+         "  --log FILE      log file of desk-tv (default: DIR/log/desk-tv.log)\n"
+         "  --ready-fd N    write one line, \"ready\" or \"failed: ...\", to this descriptor and "
+         "close "
+         "it\n";
 }
 
 }  // namespace desk::tv

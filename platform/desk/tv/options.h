@@ -8,14 +8,15 @@
 
 namespace desk::tv {
 
-/// How the TV was asked to be: desk-tv's command line. Constant after Parse.
+/// desk-tv's command line. Constant after Parse.
 struct TvOptions {
   DeskPaths paths{"."};
-  bool offline = false;  ///< network time does not come by itself
-  int speed = 1;         ///< the daemon's clock runs that many times faster
+  bool offline = false;     ///< network time is not set by itself
+  int speed = 1;            ///< how many times faster the daemon's clock runs
+  bool resetClock = false;  ///< the TV's clock starts at the machine's time, even if it goes back
   bool sandbox = true;
-  std::string log;   ///< desk-tv's own log; paths.TvLog() unless told
-  int readyFd = -1;  ///< gets "ready" or "failed: why" once that is known; -1 for none
+  std::string log;   ///< desk-tv's own log; paths.TvLog() by default
+  int readyFd = -1;  ///< receives "ready" or "failed: why" after the start; -1 for none
 
   /// Throws DeskError (Usage).
   static TvOptions Parse(int argc, const char* const* argv);

@@ -33,6 +33,18 @@ std::string LastLine(const std::string& path) {
   return last;
 }
 
+// What an operator reads about a daemon that ended before its main loop ran. lastLine is the last
+// line of its output.
+std::string EarlyEnd(const std::string& reason, const std::string& lastLine) {
+  if (lastLine.rfind("bwrap: ", 0) == 0) {
+    return "the daemon's sandbox cannot be set up here (" + lastLine +
+           "); allow user namespaces, or run the daemon without a sandbox with `tv up "
+           "--no-sandbox`";
+  }
+  return "the daemon ended before its main loop ran (" + reason + ")" +
+         (lastLine.empty() ? "" : ", its last output: " + lastLine) + "; see `tv log`";
+}
+
 void RequireDaemon(const Caller& caller, const char* method) {
   if (caller.kind != Caller::Kind::Daemon) {
     throw DeskError(DeskError::Usage, std::string(method) + " is for the daemon alone");
@@ -202,8 +214,7 @@ void Supervisor::OnEnded(int status) {
   OnDiedUnasked();
   if (early) {
     const std::string said = output.empty() ? "" : LastLine(output);
-    Tell(m_starting, "the daemon ended before its main loop ran (" + m_reason + ")" +
-                         (said.empty() ? "" : ", saying: " + said) + "; see tv log");
+    Tell(m_starting, EarlyEnd(m_reason, said));
   }
 }
 

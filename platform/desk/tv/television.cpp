@@ -5,6 +5,8 @@
 #include <glib.h>
 #include <unistd.h>
 
+#include <chrono>
+
 #include "tv/daemon_launcher.h"
 #include "tv/services/fault_service.h"
 #include "tv/services/keys.h"
@@ -65,6 +67,7 @@ Television::Television(const TvBase& base)
   m_power = std::make_unique<Power>(base.router, base.options.paths, parts.keys, parts.supervisor,
                                     base.log, base.options.offline, m_hooks, base.quit);
   AddStatusMethods();
+  base.log.Say("mounting of images: " + parts.services.DescribeMounts());
 }
 
 Television::~Television() = default;
@@ -91,6 +94,8 @@ Json::Value Television::Status() const {
   status["sandbox"] = m_base.options.sandbox;
   status["speed"] = m_base.options.speed;
   status["offline"] = m_base.options.offline;
+  const TvClock& clock = m_parts->launcher.Clock();
+  status["clock"] = Json::Int64(std::chrono::floor<std::chrono::seconds>(clock.Now()).count());
   status["mounts"] = m_parts->services.DescribeMounts() + " (" + m_base.mounts + ")";
   status["daemon"] = m_parts->supervisor.Describe();
   return status;

@@ -25,15 +25,16 @@
 namespace desk::tv {
 namespace {
 
-constexpr int kFailed = 32;  // what mount(8) says when it could not mount
+constexpr int kFailed = 32;  // exit status of mount(8) for a failed mount
 constexpr std::size_t kExtMagicAt = 1080;
+constexpr const char* kFuseDevice = "/dev/fuse";
 
 struct ContextDeleter {
   void operator()(libmnt_context* context) const { mnt_free_context(context); }
 };
 using Context = std::unique_ptr<libmnt_context, ContextDeleter>;
 
-// A context that leaves the machine's own files about mounts alone and runs no helper program.
+// A context that does not change the machine's list of mounts and runs no helper program.
 Context NewContext() {
   Context context(mnt_new_context());
   if (context != nullptr) {
@@ -70,8 +71,8 @@ bool InOwnUserNamespace() {
   return file && !(inside == 0 && outside == 0 && count == UINT32_MAX);
 }
 
-// A program that a user other than root runs in a user namespace of its own has none of this
-// process's rights, and fusermount3 cannot give it any there. Runs between fork and exec.
+// A program that a user other than root starts in a user namespace has no capabilities, and
+// fusermount3 cannot grant any there. So pass CAP_SYS_ADMIN on. Runs between fork and exec.
 void PassOnMountRight(gpointer) {
   __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
   std::array<__user_cap_data_struct, 2> data{};
@@ -91,7 +92,7 @@ std::string Why(const std::string& path) {
   return path + ": " + std::strerror(errno);
 }
 
-// The kernel knows which device is free, but a container need not have its node.
+// The kernel knows which device is free, but a container may lack its node.
 std::string WhyNoLoopDevice() {
   const std::string path = "/dev/loop-control";
   const Descriptor control(open(path.c_str(), O_RDWR | O_CLOEXEC));
@@ -152,6 +153,19 @@ int LoopMount(const MountCommand& command, std::string& reason) {
   return result == -MNT_ERR_LOOPDEV ? NO_LOOP_DEVICE : kFailed;
 }
 
+std::string WhyNoFuse() {
+  if (FuseDrivers().empty()) {
+    return "no FUSE driver is installed: install squashfuse";
+  }
+  if (Descriptor(open(kFuseDevice, O_RDWR | O_CLOEXEC)).Get() < 0) {
+    return Why(kFuseDevice) + ": load the kernel module fuse, or give the container this device";
+  }
+  if (!MayMount() && !HasProgram("fusermount3")) {
+    return "fusermount3 is not installed: install fuse3";
+  }
+  return {};
+}
+
 std::string FuseDriverFor(const std::string& image, std::string& reason) {
   std::ifstream file(image, std::ios::binary);
   std::array<char, kExtMagicAt + 2> head{};
@@ -163,11 +177,11 @@ std::string FuseDriverFor(const std::string& image, std::string& reason) {
     driver = "fuse2fs";
   }
   if (driver == nullptr) {
-    reason = image + " holds no file system that a FUSE driver is known for";
+    reason = image + " contains no file system that a FUSE driver can mount (squashfs, ext)";
     return {};
   }
   if (!HasProgram(driver)) {
-    reason = std::string("the FUSE driver ") + driver + " is not installed";
+    reason = std::string("the FUSE driver ") + driver + " is not installed: install it";
     return {};
   }
   return driver;

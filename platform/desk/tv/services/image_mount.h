@@ -8,20 +8,23 @@
 
 namespace desk::tv {
 
-/// How images can be mounted here. The three operations return 0, or a number with the reason; they
-/// block, and run on any thread of a process that may mount.
+/// How images can be mounted on this machine. LoopMount, FuseMount and UnmountDirectory return 0,
+/// or another number and the reason. They block; callable from any thread.
 
-/// Empty when a loop device is to be had, else why not.
+/// Opens a free loop device. Empty when that works, else the reason.
 std::string WhyNoLoop();
-/// By the kernel, with a loop device; the file system is detected, and one that cannot be written
-/// is mounted read-only.
+/// The kernel mounts the image with a loop device. It detects the file system; an image that cannot
+/// be written is mounted read-only.
 int LoopMount(const MountCommand& command, std::string& reason);
-/// What LoopMount returns when it got no loop device after all. Nothing is said of the image then.
+/// LoopMount's result when no loop device could be set up; the image itself may be fine.
 constexpr int NO_LOOP_DEVICE = -1;
 
-/// Name of the FUSE driver for the image's file system. Empty, with the reason, when there is none.
+/// Opens the FUSE device, and looks for a driver and what it needs. Empty when FUSE mounts are
+/// possible, else the reason and the remedy.
+std::string WhyNoFuse();
+/// Name of the FUSE driver for the image's file system; when it is empty, the reason is set.
 std::string FuseDriverFor(const std::string& image, std::string& reason);
-/// The FUSE drivers that are installed, separated by ", ".
+/// The installed FUSE drivers, separated by ", ".
 std::string FuseDrivers();
 int FuseMount(const std::string& driver, const MountCommand& command, std::string& reason);
 

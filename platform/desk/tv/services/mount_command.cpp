@@ -53,7 +53,7 @@ std::string ResolveMountPath(const std::string& path, const DeskPaths& paths) {
   const bool sandboxed = !IsBelow(path, paths.Apps()) && IsBelow(path, kApps);
   std::string real = RealPath(sandboxed ? paths.Root() + path : path);
   if (path.empty() || path.front() != '/' || !IsBelow(real, RealPath(paths.Apps()))) {
-    throw DeskError(DeskError::Failed, path + " is not among the packages of this desk");
+    throw DeskError(DeskError::Failed, path + " is not in the package directory of this desk");
   }
   return real;
 }

@@ -3,6 +3,7 @@
 #include "tv/services/mounts.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <utility>
 
 #include "common/desk_error.h"
@@ -26,6 +27,9 @@ Mounts::Mounts(Router& router, const DeskPaths& paths) : m_paths(paths), m_worke
   };
   add("mount.mount", "command", &Mounts::Mount);
   add("mount.umount", "path", &Mounts::Unmount);
+  router.Add("mount.check", [this](const Json::Value& request, const Caller&) {
+    return Check(RequireString(request, "package"));
+  });
 }
 
 Mounts::~Mounts() {
@@ -34,18 +38,45 @@ Mounts::~Mounts() {
 }
 
 std::string Mounts::Describe() const {
-  const std::lock_guard<std::mutex> lock(m_mutex);
   std::string text = "loop";
-  std::string whyNoLoop = WhyNoLoop();
-  if (whyNoLoop.empty()) {
-    whyNoLoop = m_loopTrouble;
-  }
+  const std::string whyNoLoop = WhyNoLoopNow();
   if (!whyNoLoop.empty()) {
-    const std::string drivers = FuseDrivers();
-    text = drivers.empty() ? "none: " + whyNoLoop + "; install squashfuse"
-                           : "fuse (" + drivers + "): " + whyNoLoop;
+    const std::string whyNoFuse = WhyNoFuse();
+    text = whyNoFuse.empty() ? "fuse (" + FuseDrivers() + "): " + whyNoLoop
+                             : "none: " + whyNoLoop + "; " + whyNoFuse;
   }
+  const std::lock_guard<std::mutex> lock(m_mutex);
   return m_lastFailure.empty() ? text : text + "; last failure: " + m_lastFailure;
+}
+
+std::string Mounts::WhyNoLoopNow() const {
+  const std::string reason = WhyNoLoop();
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  return reason.empty() ? m_loopTrouble : reason;
+}
+
+// A missing or foreign directory has no images.
+Json::Value Mounts::Check(const std::string& package) const {
+  Json::Value answer(Json::objectValue);
+  Json::Value& unmountable = answer["unmountable"] = Json::Value(Json::arrayValue);
+  const std::string whyNoLoop = WhyNoLoopNow();
+  if (whyNoLoop.empty() || package.find('/') != std::string::npos) {
+    return answer;
+  }
+  const std::string whyNoFuse = WhyNoFuse();
+  std::error_code ignored;
+  for (const auto& entry :
+       std::filesystem::directory_iterator(m_paths.Package(package) + "/res", ignored)) {
+    std::string reason = whyNoFuse;
+    if (entry.path().extension() != ".tmg" ||
+        (reason.empty() && !FuseDriverFor(entry.path().string(), reason).empty())) {
+      continue;
+    }
+    Json::Value& item = unmountable.append(Json::objectValue);
+    item["image"] = entry.path().filename().string();
+    item["reason"] = whyNoLoop + "; " + reason;
+  }
+  return answer;
 }
 
 Json::Value Mounts::Dump() const {
@@ -63,7 +94,7 @@ Json::Value Mounts::Dump() const {
 
 void Mounts::UnmountAll() {
   const std::lock_guard<std::mutex> lock(m_mutex);
-  // The latest first: it may lie over another.
+  // The latest mount first: it may cover another one.
   for (; !m_mounted.empty(); m_mounted.pop_back()) {
     UnmountDirectory(m_mounted.back().command.directory, m_lastFailure);
   }
@@ -105,7 +136,10 @@ void Mounts::NoteLoop(const std::string& trouble) {
 
 Mounts::Outcome Mounts::MountByDriver(const MountCommand& command, const std::string& whyNoLoop) {
   Outcome outcome;
-  outcome.how = FuseDriverFor(command.image, outcome.reason);
+  outcome.reason = WhyNoFuse();
+  if (outcome.reason.empty()) {
+    outcome.how = FuseDriverFor(command.image, outcome.reason);
+  }
   if (outcome.how.empty()) {
     outcome.result = kRefused;
     outcome.reason = whyNoLoop + "; " + outcome.reason;
@@ -134,7 +168,7 @@ Json::Value Mounts::Unmount(const std::string& path) {
   return Answer(outcome);
 }
 
-// The service was reached whatever came of it.
+// `ret` tells whether the service was reached, `result` whether it succeeded.
 Json::Value Mounts::Answer(const Outcome& outcome) {
   Json::Value answer(Json::objectValue);
   answer["ret"] = 0;

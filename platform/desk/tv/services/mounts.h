@@ -15,23 +15,24 @@
 
 namespace desk::tv {
 
-/// The privileged mount service: mount.mount and mount.umount, one at a time on a thread of its
-/// own. Mounts appear in the mount namespace of desk-tv, from which the daemon's sandbox receives
-/// them.
+/// The privileged mount service. mount.mount and mount.umount run one at a time on a thread of
+/// their own; mount.check says which images of an installed package cannot be mounted. Mounts
+/// appear in the mount namespace of desk-tv and reach the daemon's sandbox from there.
 ///
-/// An image is loop-mounted by the kernel with exactly the options given; where no loop device is
-/// to be had, a FUSE driver for the image's file system does it. An image that the kernel refuses
-/// is left at that.
+/// The kernel mounts an image with a loop device and exactly the options given. Where no loop
+/// device is available, the FUSE driver for the image's file system mounts it. An image that the
+/// kernel refuses is not tried again with a driver.
 class Mounts {
  public:
   Mounts(Router& router, const DeskPaths& paths);
   /// On the main loop's thread. Unmounts what is still mounted.
   ~Mounts();
 
-  /// "loop", "fuse (squashfuse): <why no loop>" or "none: <reason>", then how the last attempt
-  /// failed if it did.
+  /// How images can be mounted, found out by opening the devices: "loop", "fuse (squashfuse): <why
+  /// no loop>" or "none: <why no loop>; <why no FUSE>". Then the reason why the last mount failed,
+  /// if it did.
   std::string Describe() const;
-  /// An array of what is mounted now: image, directory, options, how.
+  /// The current mounts, an array of `image`, `directory`, `options`, `how`.
   Json::Value Dump() const;
   /// Power-off. Blocks.
   void UnmountAll();
@@ -49,6 +50,8 @@ class Mounts {
 
   Json::Value Mount(const std::string& command);
   Json::Value Unmount(const std::string& path);
+  Json::Value Check(const std::string& package) const;
+  std::string WhyNoLoopNow() const;
   Outcome MountImage(const MountCommand& command);
   static Outcome MountByDriver(const MountCommand& command, const std::string& whyNoLoop);
   void NoteLoop(const std::string& trouble);
@@ -59,7 +62,7 @@ class Mounts {
   std::vector<Mounted> m_mounted;  ///< guarded by m_mutex
   std::string m_lastFailure;       ///< guarded by m_mutex
   std::string m_loopTrouble;       ///< why the last mount got no loop device; guarded by m_mutex
-  Worker m_worker;                 ///< last, so that its thread ends first
+  Worker m_worker;                 ///< the last member, so that its thread ends first
 };
 
 }  // namespace desk::tv

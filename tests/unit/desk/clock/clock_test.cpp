@@ -78,6 +78,15 @@ TEST(FastClockTimes, TheTimeOfDayHasRunFasterSinceTheMomentThatIsTold) {
   EXPECT_LT(times.day, 20000);
 }
 
+TEST(FastClockTimes, TheTimeOfDayBeginsAtTheBaseThatIsGiven) {
+  const auto now = std::chrono::system_clock::now().time_since_epoch();
+  const auto since = std::chrono::nanoseconds(now).count();
+  const auto base = std::chrono::nanoseconds(now + std::chrono::hours(2)).count();
+  const Times times = ProbeTimes(
+      1, "DESK_CLOCK_SINCE=" + std::to_string(since) + " DESK_CLOCK_BASE=" + std::to_string(base));
+  EXPECT_NEAR(times.ahead, 7200000, 50);
+}
+
 TEST(FastClockTimes, AllWaysToAskForTheTimeOfDayAgree) {
   const Times times = ProbeTimes(10);
   EXPECT_GE(times.day, -0.001);

@@ -3,8 +3,13 @@
 #include "common/bus_client.h"
 
 #include <glib.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <atomic>
 #include <future>
 #include <mutex>
@@ -455,6 +460,48 @@ TEST(BusDaemon, TheSocketOfATvThatWasKilledIsTakenAway) {
   BusDaemon::RemoveLeftovers(paths);
   EXPECT_FALSE(support::Exists(paths.BusSocket()));
   EXPECT_FALSE(support::Exists(paths.Address()));
+}
+
+// In a child, since the user cannot be changed back. Returns what Open() says there.
+std::string OpenAsAnotherUser(const std::string& root) {
+  std::array<int, 2> ends{};
+  EXPECT_EQ(pipe(ends.data()), 0);
+  const pid_t child = fork();
+  if (child == 0) {
+    std::string said = "opened";
+    try {
+      if (geteuid() == 0 && setuid(1) != 0) _exit(1);
+      BusClient::Open(DeskPaths(root));
+    } catch (const DeskError& error) {
+      said = error.Code() + ": " + error.what();
+    }
+    _exit(write(ends[1], said.data(), said.size()) < 0 ? 1 : 0);
+  }
+  close(ends[1]);
+  std::array<char, 512> text{};
+  const ssize_t size = read(ends[0], text.data(), text.size());
+  close(ends[0]);
+  waitpid(child, nullptr, 0);
+  return {text.data(), static_cast<std::size_t>(std::max<ssize_t>(size, 0))};
+}
+
+TEST(BusClientOpen, ATvOfAnotherUserIsNamedWithItsOwner) {
+  const support::TempDir dir;
+  // Only root can become another user; to anybody else root's home directory is closed.
+  const std::string root = geteuid() == 0 ? dir / "tv" : "/root/tv";
+  EXPECT_THAT(OpenAsAnotherUser(root),
+              testing::MatchesRegex("Failed: the TV in " + root +
+                                    " belongs to (root|nobody): run tv as that user, .*--root"));
+}
+
+TEST(BusClientOpen, WithoutATvNoneIsRunning) {
+  const support::TempDir dir;
+  try {
+    BusClient::Open(DeskPaths(dir / "tv"));
+    FAIL() << "no error";
+  } catch (const DeskError& error) {
+    EXPECT_EQ(error.Code(), DeskError::NoTv);
+  }
 }
 
 }  // namespace

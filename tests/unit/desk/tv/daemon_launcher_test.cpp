@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <ctime>
 
 #include "common/desk_error.h"
 #include "support/files.h"
@@ -25,6 +26,7 @@ class Launching : public testing::Test {
   Launching() {
     m_options.paths = m_paths;
     setenv("ORV_ENABLER", m_program.c_str(), 1);
+    const DeskDirectory made(m_paths);
   }
 
   void Script(const std::string& text) {
@@ -140,6 +142,25 @@ TEST_F(Launching, TheFasterTimeOfDayGoesOnOverRestarts) {
   const std::string since = Run(launcher);
   EXPECT_GT(std::stoll(since), 1700000000000000000);
   EXPECT_EQ(Run(launcher), since);
+}
+
+TEST_F(Launching, AfterAFastRunTheClockContinuesFromWhereItWas) {
+  m_options.speed = 100000;
+  Script("date +%s");
+  const long fast = std::stol(Run());
+  m_options.speed = 1;
+  EXPECT_GE(std::stol(Run()), fast);
+}
+
+TEST_F(Launching, ResetClockReturnsToTheMachinesTime) {
+  m_options.speed = 100000;
+  Script("date +%s; echo $LD_PRELOAD");
+  Run();
+  m_options.speed = 1;
+  m_options.resetClock = true;
+  const std::string said = Run();
+  EXPECT_LE(std::stol(said), std::time(nullptr));
+  EXPECT_THAT(said, testing::EndsWith("\n\n"));
 }
 
 TEST_F(Launching, AProgramThatIsMissingIsToldByName) {

@@ -66,6 +66,12 @@ TEST_F(Directory, APlaceThatCannotBeMadeIsToldByName) {
   }
 }
 
+TEST_F(Directory, ADirectoryOfOtherFilesIsRefusedAndNotTouched) {
+  support::WriteFile(m_dir / "tv/tmp/mine", "x");
+  EXPECT_THROW(DeskDirectory{m_paths}, DeskError);
+  EXPECT_EQ(support::ListTree(m_paths.Root()), (std::vector<std::string>{"tmp/", "tmp/mine"}));
+}
+
 pid_t StartApp(const DeskPaths& paths) {
   ProcessOrder order;
   order.arguments = {"sleep", "1000"};
@@ -133,6 +139,13 @@ TEST_F(Directory, EmptyingRemovesWhatIsInsideAndFollowsNoLink) {
   ASSERT_EQ(symlink((m_dir / "outside").c_str(), (m_dir / "in/link").c_str()), 0);
   EmptyDirectory(m_dir / "in");
   EXPECT_TRUE(support::ListTree(m_dir / "in").empty());
+  EXPECT_TRUE(Exists(m_dir / "outside/file"));
+}
+
+TEST_F(Directory, EmptyingALinkToADirectoryDeletesNothing) {
+  support::WriteFile(m_dir / "outside/file", "x");
+  ASSERT_EQ(symlink((m_dir / "outside").c_str(), (m_dir / "link").c_str()), 0);
+  EmptyDirectory(m_dir / "link");
   EXPECT_TRUE(Exists(m_dir / "outside/file"));
 }
 

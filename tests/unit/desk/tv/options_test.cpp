@@ -39,11 +39,12 @@ TEST(TvOptions, WithoutAnyTheTvIsOnlineAtItsSpeedInASandbox) {
 
 TEST(TvOptions, AllOfThemAreTaken) {
   const TvOptions options = Parse({"--root", "/x", "--offline", "--speed", "720", "--no-sandbox",
-                                   "--log", "/tmp/l", "--ready-fd", "7"});
+                                   "--reset-clock", "--log", "/tmp/l", "--ready-fd", "7"});
   EXPECT_EQ(options.paths.Root(), "/x");
   EXPECT_TRUE(options.offline);
   EXPECT_EQ(options.speed, 720);
   EXPECT_FALSE(options.sandbox);
+  EXPECT_TRUE(options.resetClock);
   EXPECT_EQ(options.log, "/tmp/l");
   EXPECT_EQ(options.readyFd, 7);
 }
@@ -66,7 +67,8 @@ TEST(TvOptions, WhatIsWrongIsAUsageErrorThatNamesIt) {
   EXPECT_EQ(ErrorOf({"--offline=1"}), "Usage: unknown option --offline: see desk-tv --help");
   EXPECT_EQ(ErrorOf({"--root"}), "Usage: --root takes a value: see desk-tv --help");
   EXPECT_EQ(ErrorOf({"--root", "/"}),
-            "Usage: a TV takes a directory of its own, not /: see desk-tv --help");
+            "Usage: a TV needs a directory of its own, not /: choose another directory with "
+            "--root");
   EXPECT_NE(ErrorOf({"--root", "/x", "--speed", "2x"}), "");
   EXPECT_NE(ErrorOf({"--root", "/x", "--speed", ""}), "");
   EXPECT_NE(ErrorOf({"--root", "/x", "--ready-fd", "-1"}), "");
@@ -75,7 +77,7 @@ TEST(TvOptions, WhatIsWrongIsAUsageErrorThatNamesIt) {
 TEST(TvOptions, TheHelpNamesEveryOption) {
   const std::string help = TvOptions::HelpText();
   for (const char* option :
-       {"--root", "--offline", "--speed", "--no-sandbox", "--log", "--ready-fd"}) {
+       {"--root", "--offline", "--speed", "--reset-clock", "--no-sandbox", "--log", "--ready-fd"}) {
     EXPECT_NE(help.find(option), std::string::npos) << option;
   }
 }

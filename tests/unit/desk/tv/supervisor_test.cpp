@@ -188,8 +188,23 @@ TEST_F(Supervision, ADaemonThatEndsBeforeItIsReadyFailsTheStartWithItsLastWords)
   } catch (const DeskError& e) {
     EXPECT_EQ(e.Code(), "Failed");
     EXPECT_STREQ(e.what(),
-                 "the daemon ended before its main loop ran (exit status 4), saying: no luck; see "
-                 "tv log");
+                 "the daemon ended before its main loop ran (exit status 4), its last output: no "
+                 "luck; see `tv log`");
+  }
+}
+
+TEST_F(Supervision, ASandboxThatCannotBeSetUpNamesTheOptionWithoutIt) {
+  m_script = "echo 'bwrap: No permissions to create new namespace' >&2; exit 1";
+  Make();
+  try {
+    m_router.Call("daemon.start");
+    FAIL() << "no error";
+  } catch (const DeskError& e) {
+    EXPECT_STREQ(
+        e.what(),
+        "the daemon's sandbox cannot be set up here (bwrap: No permissions to create new "
+        "namespace); allow user namespaces, or run the daemon without a sandbox with `tv up "
+        "--no-sandbox`");
   }
 }
 

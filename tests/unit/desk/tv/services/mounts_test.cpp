@@ -72,13 +72,14 @@ TEST_F(MountCommandTest, AnyOtherFormIsRefused) {
 
 TEST_F(MountCommandTest, PathsOutsideTheDeskAreRefused) {
   EXPECT_EQ(ErrorOf("-o loop /etc/passwd " + m_target),
-            "/etc/passwd is not among the packages of this desk");
-  EXPECT_EQ(ErrorOf("-o loop " + m_image + " /mnt"), "/mnt is not among the packages of this desk");
+            "/etc/passwd is not in the package directory of this desk");
+  EXPECT_EQ(ErrorOf("-o loop " + m_image + " /mnt"),
+            "/mnt is not in the package directory of this desk");
   std::filesystem::create_symlink("/etc", m_paths.Package("pkg0000001") + "/link");
   EXPECT_EQ(ErrorOf("-o loop " + m_image + " /opt/usr/apps/pkg0000001/link"),
-            "/opt/usr/apps/pkg0000001/link is not among the packages of this desk");
+            "/opt/usr/apps/pkg0000001/link is not in the package directory of this desk");
   EXPECT_EQ(ErrorOf("-o loop " + m_image + " /opt/usr/apps/../../../.."),
-            "/opt/usr/apps/../../../.. is not among the packages of this desk");
+            "/opt/usr/apps/../../../.. is not in the package directory of this desk");
 }
 
 TEST_F(MountCommandTest, AMissingImageIsNamed) {
@@ -287,6 +288,65 @@ TEST_F(NoLoopTest, AnImageThatTheKernelRefusesIsNotTriedWithADriver) {
   EXPECT_THAT(m_mounts->Describe(), testing::StartsWith("loop; last failure: "));
 }
 
+// An empty /dev: neither loop devices nor FUSE, whatever is installed.
+class NoDeviceTest : public MountCommandTest {
+ protected:
+  void SetUp() override {
+    if (unshare(CLONE_NEWNS) != 0 ||
+        mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+        mount("tmpfs", "/dev", "tmpfs", 0, nullptr) != 0) {
+      GTEST_SKIP() << "this process cannot mount";
+    }
+    m_mounts = std::make_unique<Mounts>(m_router, m_paths);
+  }
+  void TearDown() override { umount2("/dev", MNT_DETACH); }
+  Json::Value Check(const std::string& package) {
+    Json::Value request;
+    request["package"] = package;
+    return m_router.Call("mount.check", request)["unmountable"];
+  }
+
+  MemoryRouter m_router;
+  std::unique_ptr<Mounts> m_mounts;
+};
+
+TEST_F(NoDeviceTest, WithoutTheFuseDeviceNothingCanBeMounted) {
+  if (FuseDrivers().empty()) {
+    GTEST_SKIP() << "no FUSE driver is installed";
+  }
+  EXPECT_THAT(m_mounts->Describe(), testing::StartsWith("none: "));
+  EXPECT_THAT(m_mounts->Describe(), testing::HasSubstr("/dev/fuse: No such file or directory"));
+  Json::Value request;
+  request["command"] = "-o loop " + m_seenImage + " " + m_seenTarget;
+  EXPECT_THAT(m_router.Call("mount.mount", request)["reason"].asString(),
+              testing::HasSubstr("/dev/fuse: No such file or directory"));
+}
+
+TEST_F(NoDeviceTest, TheCheckNamesEachImageThatCannotBeMounted) {
+  WriteFile(m_paths.Package("pkg0000001") + "/res/readme.txt", "no image");
+  const Json::Value unmountable = Check("pkg0000001");
+  ASSERT_EQ(unmountable.size(), 1u);
+  EXPECT_EQ(unmountable[0]["image"], "pkg0000001.App.tmg");
+  EXPECT_THAT(unmountable[0]["reason"].asString(), testing::HasSubstr("/dev/loop"));
+}
+
+TEST_F(NoDeviceTest, TheCheckOfAPackageWithoutImagesIsEmpty) {
+  EXPECT_TRUE(Check("pkg0000002").empty());
+  EXPECT_TRUE(Check("../apps/pkg0000001").empty());
+}
+
+TEST_F(NoLoopTest, TheCheckNamesAnImageThatNoDriverKnows) {
+  const OwnDevices devices;
+  Json::Value request;
+  request["package"] = "pkg0000001";
+  EXPECT_TRUE(m_router.Call("mount.check", request)["unmountable"].empty());
+  WriteFile(m_image, "not a file system");
+  const Json::Value unmountable = m_router.Call("mount.check", request)["unmountable"];
+  ASSERT_EQ(unmountable.size(), 1u);
+  EXPECT_THAT(unmountable[0]["reason"].asString(),
+              testing::HasSubstr("no file system that a FUSE driver can mount"));
+}
+
 class FuseTest : public MountsTest {
  protected:
   void MountWith(const std::string& driver) {
@@ -326,7 +386,8 @@ TEST_F(FuseTest, AnExtImageIsMountedByItsDriver) {
 TEST_F(FuseTest, AnUnknownImageHasNoDriver) {
   std::string reason;
   EXPECT_EQ(FuseDriverFor(m_image, reason), "");
-  EXPECT_EQ(reason, m_image + " holds no file system that a FUSE driver is known for");
+  EXPECT_EQ(reason,
+            m_image + " contains no file system that a FUSE driver can mount (squashfs, ext)");
 }
 
 TEST_F(MountsTest, PowerOffUnmountsWhatIsLeft) {
