@@ -15,15 +15,16 @@ struct AppBaseInfo {
   std::string m_sVersion;
 };
 
-/// Category (METADATA_ORV_TYPE, METADATA_ORV_DATA) to key to value. Walks in key order are relied
-/// on: they fix the order of the layers of a record.
+/// Category (METADATA_ORV_TYPE, METADATA_ORV_DATA) to key to value. The key order fixes the order
+/// of the layers of a record.
 using MetadataMap = std::map<std::string, std::map<std::string, std::string>>;
 
 /// One channel-bound app: a plain record inside a chain of decorators, each of them an AppInfo with
 /// its own copy of the identity. Callers hold the outermost layer.
 ///
-/// Never deleted through this class: hand an object to the function that GetReleaseFunction()
-/// returns. There is no lock; whoever found the record in the cache uses it unlocked.
+/// Never deleted through this class: pass an object to the function that GetReleaseFunction()
+/// returns. The identity and the operations have no lock. A caller that found the record in the
+/// cache uses it unlocked, and pins it where another thread may remove it (see PinnedAppInfo).
 class AppInfo {
  public:
   using ReleaseFunction = void (*)(AppInfo* pAppInfo);
@@ -37,7 +38,7 @@ class AppInfo {
   virtual void StopOperation() {}
 
   /// bUpdatable stages the value for the next UpdateOperation(); otherwise it is in force at once.
-  /// A key that no layer has entered is dropped silently.
+  /// A key that no layer has entered is ignored.
   virtual void SetMetadata(const std::string& rType,
                            const std::pair<std::string, std::string>& rKeyValue,
                            bool bUpdatable) = 0;
@@ -47,14 +48,14 @@ class AppInfo {
   virtual void GetAllMetadata(MetadataMap& rMetadata) const = 0;
   virtual void RemoveMetadata(const std::string& rFirst, const std::string& rSecond) = 0;
 
-  /// Takes the layer of that type out of the chain and hands it over to the caller; null if there
-  /// is none. *ppNext receives what lay under it.
+  /// Removes the layer of that type from the chain and passes its ownership to the caller; null if
+  /// there is none. *ppNext receives the layer below it when the outermost layer was removed.
   virtual AppInfo* ExtractTargetAppType(const std::string& rTargetType, AppInfo** ppNext) = 0;
 
   /// Type name of this layer; lives as long as the layer.
   virtual const std::string& GetAppType() const = 0;
-  /// A function that destroys and frees an object of this layer's type with all that it wraps; it
-  /// accepts null.
+  /// A function that destroys and frees an object of this layer's type with everything that it
+  /// wraps; it accepts null.
   virtual ReleaseFunction GetReleaseFunction() const = 0;
 
   std::string m_sPackageID;

@@ -5,6 +5,7 @@
 #include <json/json.h>
 #include <tzplatform_config.h>
 
+#include <algorithm>
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
@@ -23,8 +24,8 @@ const std::string PRIMARY_KEY_OPTION = "PRIMARY KEY";
 const std::string COLUMN_PACKAGE_ID = "package_id";
 const std::string COLUMN_VARIABLES = "variables";
 
-/// The columns that are a string of the record as it stands. The reserved columns are in neither
-/// this list nor any other: their texts stay empty.
+/// The columns that hold a string of the record. The reserved columns are in no list: their texts
+/// stay empty.
 const std::vector<std::pair<std::string, std::string AppInfo::*>> IDENTITY_COLUMNS = {
     {COLUMN_PACKAGE_ID, &AppInfo::m_sPackageID}, {"app_id", &AppInfo::m_sAppID},
     {"widget_id", &AppInfo::m_sWidgetID},        {"service_id", &AppInfo::m_sServiceID},
@@ -68,9 +69,18 @@ std::string MakeVariablesText(const AppInfo& rAppInfo) {
   return JsonText::Write(root);
 }
 
-/// Values go into the statements as they are. A value with a single quote makes its statement fail,
-/// and callers rely on that: there is neither escaping nor binding.
+/// Values are inserted into the statements without escaping or binding. A value with a single quote
+/// could therefore run SQL of its own: no text is made then, which counts as a failed statement.
+/// Intentional: docs/behaviour.md, "A single quote in any value".
+bool HasQuote(const std::vector<std::string>& rValues) {
+  return std::any_of(rValues.begin(), rValues.end(), [](const std::string& rValue) {
+    return rValue.find('\'') != std::string::npos;
+  });
+}
+
+/// Null, like the other texts, when there is no statement to run.
 SqliteText MakeInsertText(const std::vector<std::string>& rValues) {
+  if (HasQuote(rValues)) return nullptr;
   std::string sList;
   const char* pSeparator = "";
   for (const std::string& rValue : rValues) {
@@ -82,7 +92,14 @@ SqliteText MakeInsertText(const std::vector<std::string>& rValues) {
       sqlite3_mprintf("INSERT INTO %s VALUES( %s )", STORE_TABLE.c_str(), sList.c_str()));
 }
 
+SqliteText MakeUpdateText(const std::string& rAssignments, const std::string& rPackageID) {
+  return SqliteText(sqlite3_mprintf("UPDATE %s set %s where %s = '%s'", STORE_TABLE.c_str(),
+                                    rAssignments.c_str(), COLUMN_PACKAGE_ID.c_str(),
+                                    rPackageID.c_str()));
+}
+
 SqliteText MakeDeleteText(const std::string& rPackageID) {
+  if (HasQuote({rPackageID})) return nullptr;
   return SqliteText(sqlite3_mprintf("DELETE from %s where %s = '%s'", STORE_TABLE.c_str(),
                                     COLUMN_PACKAGE_ID.c_str(), rPackageID.c_str()));
 }
@@ -136,7 +153,7 @@ void AppInfoDB::OpenDB() {
 int AppInfoDB::GetDBFileSize() {
   std::ifstream stream(s_sDBFilePath, std::ios::in | std::ios::binary);
   stream.seekg(0, std::ios::end);
-  // -1 when there is no such file: unlike an empty one, that is nothing to be restored.
+  // -1 when the file does not exist: unlike an empty file, it is not restored.
   const int length = static_cast<int>(stream.tellg());
   stream.close();
   ORV_LOG_DEBUG("[Debug] length = %d", length);
@@ -188,8 +205,9 @@ int AppInfoDB::SchemaCheckCallback(void* pContext, int argc, char** argv, char**
 
   const int cid = static_cast<int>(std::strtol(argv[INDEX_ID], nullptr, 10));
   ORV_LOG_DEBUG("[Debug] cid = %d", cid);
-  // The blank entry that an unknown index leaves behind stays in the schema: the create statement
-  // that follows is then refused, and the file is made anew at the next start. Settled behaviour.
+  // The look-up of an unknown index leaves a blank entry in the schema: the create statement that
+  // follows is then refused, and the next start creates the file again. Intentional:
+  // docs/behaviour.md, "An eleventh column leaves no table".
   const ColumnInfo& rColumn = s_mapColumnInfo[cid];
 
   const char* pName = argv[INDEX_NAME];
@@ -239,7 +257,7 @@ bool AppInfoDB::CreateTable() {
 void AppInfoDB::RestoreDBFile() {
   ORV_LOG_DEBUG("[Debug] DB will be removed and reopen DB");
   RemoveDBFile();
-  // There is no second repair: without a table the daemon runs on without a store.
+  // There is no second repair: without a table the daemon runs without a store.
   if (OpendDBConnection()) CreateTable();
 }
 
@@ -262,6 +280,8 @@ void AppInfoDB::GetColumnValues(const AppInfo& rAppInfo, std::vector<std::string
 }
 
 bool AppInfoDB::Execute(const char* pStatement) {
+  // SQLite itself takes null for an empty statement, which succeeds.
+  if (pStatement == nullptr) return false;
   return sqlite3_exec(m_pDB, pStatement, nullptr, nullptr, nullptr) == SQLITE_OK;
 }
 
@@ -274,7 +294,8 @@ bool AppInfoDB::InsertNewRecord(const AppInfo* pAppInfo) {
   const SqliteText pStatement = MakeInsertText(values);
   if (Execute(pStatement.get())) return true;
 
-  // False even when the repetition stores the row: callers rely on it.
+  // False even when the second attempt stores the row. Intentional: docs/behaviour.md, "An insert
+  // over a row".
   if (DeleteRecord(pAppInfo->m_sPackageID)) Execute(pStatement.get());
   ORV_LOG_ERROR("[ERROR] insert error.");
   return false;
@@ -286,9 +307,9 @@ bool AppInfoDB::UpdateRecord(const AppInfo* pAppInfo) {
 
   std::vector<std::string> values;
   GetColumnValues(*pAppInfo, values);
-  const SqliteText pStatement(sqlite3_mprintf(
-      "UPDATE %s set %s where %s = '%s'", STORE_TABLE.c_str(), MakeAssignmentList(values).c_str(),
-      COLUMN_PACKAGE_ID.c_str(), pAppInfo->m_sPackageID.c_str()));
+  const SqliteText pStatement =
+      HasQuote(values) ? nullptr
+                       : MakeUpdateText(MakeAssignmentList(values), pAppInfo->m_sPackageID);
   if (Execute(pStatement.get())) return true;
   ORV_LOG_ERROR("[ERROR] update error.");
   return false;
@@ -327,7 +348,7 @@ bool AppInfoDB::LoadData(RowMap& rRows) {
   }
   const int columnCount = sqlite3_column_count(pStatement);
   sqlite3_reset(pStatement);
-  // A failed step ends the walk like the last row does.
+  // A failed step ends the loop like the last row does.
   while (sqlite3_step(pStatement) == SQLITE_ROW) {
     std::map<std::string, std::string> row = ReadRow(pStatement, columnCount);
     const std::string sPackageID = row[COLUMN_PACKAGE_ID];

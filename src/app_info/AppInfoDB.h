@@ -12,29 +12,30 @@
 #include "common/DBQueryMaker.h"
 
 /// The store: one row per record in a SQLite file, written through on every change and read once at
-/// start. Any doubt about the file is answered by deleting it.
+/// start. A file that fails a check is deleted, and the store starts empty.
 ///
-/// Not synchronised: all calls but LoadData() are made with the cache's app-list lock held.
-/// Failures are a log line and a false; with no open database every statement is one.
+/// Not synchronised: all calls except LoadData() are made with the cache's app-list lock held.
+/// A failure is a log line and the result false; without an open database every statement fails. A
+/// statement with a single quote in one of its values never reaches SQLite and counts as failed.
 class AppInfoDB {
  public:
   /// Package id to column name to text.
   using RowMap = std::map<std::string, std::map<std::string, std::string>>;
 
   AppInfoDB() = default;
-  /// Closes the database. Does not run in the daemon, where the cache lives for ever.
+  /// Closes the database. Does not run in the daemon, which never destroys the cache.
   virtual ~AppInfoDB();
   AppInfoDB(const AppInfoDB&) = delete;
   AppInfoDB& operator=(const AppInfoDB&) = delete;
 
-  /// Opens, checks and prepares the file. Called once; afterwards the store is usable, empty or, if
-  /// even a fresh file could not be made, refuses every statement.
+  /// Opens, checks and prepares the file. Called once. Afterwards the store holds its rows, or is
+  /// empty, or fails every statement if not even a new file could be created.
   void OpenDB();
-  /// Replaces rRows by all rows. A row without a package id is left out. True also when the reading
-  /// broke off.
+  /// Replaces rRows by all rows. A row without a package id is left out. True also when a read
+  /// error ends the rows early.
   bool LoadData(RowMap& rRows);
-  /// False whenever the first attempt failed, even if the repetition after deleting the row stored
-  /// the record: callers rely on it.
+  /// False whenever the first attempt failed, even if the second one, after deleting the row,
+  /// stored the record. Intentional: docs/behaviour.md, "An insert over a row".
   bool InsertNewRecord(const AppInfo* pAppInfo);
   /// An update that matches no row is a success.
   bool UpdateRecord(const AppInfo* pAppInfo);
@@ -42,10 +43,10 @@ class AppInfoDB {
   /// Closes the database and deletes its file.
   void RemoveDBFile();
 
-  /// One text per column, in column order. rValues is given empty.
+  /// One text per column, in column order. rValues is empty at the call.
   void GetColumnValues(const AppInfo& rAppInfo, std::vector<std::string>& rValues);
 
-  /// Row callbacks of sqlite3_exec(): 0 to go on, anything else aborts the statement.
+  /// Row callbacks of sqlite3_exec(): 0 continues, any other result aborts the statement.
   static int IntegrityCheckCallBack(void* pContext, int argc, char** argv, char** azColName);
   static int SchemaCheckCallback(void* pContext, int argc, char** argv, char** azColName);
 
@@ -67,7 +68,7 @@ class AppInfoDB {
   bool Execute(const char* pStatement);
   std::string MakeAssignmentList(const std::vector<std::string>& rValues);
 
-  /// The schema: column index to column. The schema check adds to it what it does not know.
+  /// The schema: column index to column. The schema check adds a blank entry for an unknown index.
   static std::map<int, ColumnInfo> s_mapColumnInfo;
 
   DBQueryMaker m_DBQueryMaker;

@@ -9,7 +9,7 @@ class ORVAppInfo final : public AppInfo {
  public:
   explicit ORVAppInfo(const AppBaseInfo& rInfo);
 
-  /// Destroys and frees a plain record. Null is accepted.
+  /// Destroys and frees a plain record. Accepts null.
   static void Release(AppInfo* pAppInfo);
 
   void SetMetadata(const std::string& rType, const std::pair<std::string, std::string>& rKeyValue,
@@ -17,7 +17,7 @@ class ORVAppInfo final : public AppInfo {
   std::string GetMetadata(const std::string& rType, const std::string& rKey) const override;
   void GetAllMetadata(MetadataMap& rMetadata) const override;
   void RemoveMetadata(const std::string& rFirst, const std::string& rSecond) override;
-  /// Always null: the end of the chain, the type was in none of its layers.
+  /// Always null: no layer of the chain has the type.
   AppInfo* ExtractTargetAppType(const std::string& rTargetType, AppInfo** ppNext) override;
   const std::string& GetAppType() const override;
   ReleaseFunction GetReleaseFunction() const override;

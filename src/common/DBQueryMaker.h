@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
-/// Builds the two statements that depend on the columns of a table. Both texts are empty of
-/// columns until a table has been described.
+/// Builds the two statements that depend on the columns of a table. Both texts contain no columns
+/// until a table has been described.
 class DBQueryMaker {
  public:
   DBQueryMaker() = default;
@@ -18,7 +18,7 @@ class DBQueryMaker {
   /// Forgets the table and its columns.
   void Clear();
   void SetTableName(const std::string& rTableName);
-  /// Columns are kept in the order of the calls. rType is the declared type with its options.
+  /// Columns keep the order of the calls. rType is the declared type with its options.
   void AddColumn(const std::string& rName, const std::string& rType);
 
   /// Each logs the text that it returns.

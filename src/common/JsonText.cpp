@@ -4,8 +4,8 @@
 
 #include <iterator>
 
-// The library calls these two classes deprecated, but their successors print and accept another
-// form, and what is stored and handed over must not change.
+// The library deprecates these two classes, but their successors write and accept another form, and
+// stored and exchanged texts must not change.
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 
 namespace JsonText {
@@ -23,8 +23,7 @@ bool Parse(const std::string& rText, Json::Value& rRoot, std::string* pErrors) {
 }
 
 bool Parse(std::istream& rStream, Json::Value& rRoot, std::string* pErrors) {
-  // The library's own reading of a stream gives its text back before it is asked for the
-  // explanation, which looks into that text.
+  // Not Json::Reader::parse(stream): it frees the text that getFormattedErrorMessages() reads.
   const std::string sText(std::istreambuf_iterator<char>(rStream), {});
   return Parse(sText, rRoot, pErrors);
 }

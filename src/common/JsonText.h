@@ -7,14 +7,15 @@
 #include <istream>
 #include <string>
 
-/// The daemon's JSON dialect on disk, in settings keys and towards the channel framework.
+/// JSON as the daemon writes and reads it: on disk, in settings keys, for the channel framework.
 namespace JsonText {
 
-/// One line, members in ascending order, closing newline. Text that is no UTF-8 does not survive.
+/// One line, members in ascending order, closing newline. Text that is not UTF-8 is not preserved.
 std::string Write(const Json::Value& rValue);
 
-/// Comments are accepted. False leaves rRoot undefined and, where pErrors is given, puts the
-/// reader's explanation there. Throws std::exception on nesting deeper than the library bears.
+/// Comments are accepted. On false, rRoot holds what was read before the error, and *pErrors, if
+/// given, the parser's messages. Throws std::exception when the nesting exceeds the library's
+/// limit.
 bool Parse(const std::string& rText, Json::Value& rRoot, std::string* pErrors = nullptr);
 
 /// The same for the rest of a stream.

@@ -6,22 +6,22 @@
 
 #include <string>
 
-/// The vocabulary that the daemon shares with packages, their callers and the platform. All of it
-/// is compared or passed on byte by byte. Built during static initialisation: a static initialiser
-/// of another file may use a constant only when it includes this header first.
+/// The names and texts that the daemon shares with packages and with the platform. All of them are
+/// compared or passed on byte by byte. Initialised during static initialisation: a static
+/// initialiser of another file may use a constant if it includes this header first.
 
 /// Namespaces come from the build (cmake/Platform.cmake).
 inline const std::string METADATA_PREFIX = ORV_METADATA_PREFIX;
 inline const std::string METADATA_ORV_TYPE = "orv_type";
 inline const std::string METADATA_ORV_DATA = "orv_data";
 
-/// Type names. APP_TYPE_ORV_APP is the bare record; packages ask for the four others by name.
+/// Type names. APP_TYPE_ORV_APP is the bare record; the others are named in package metadata.
 inline const std::string APP_TYPE_ORV_APP = "orv_app";
 inline const std::string APP_TYPE_CH_FEEDER_STANDARD = "ch_feeder_standard";
 inline const std::string APP_TYPE_CH_FEEDER_CUSTOM = "ch_feeder_custom";
 inline const std::string APP_TYPE_CUSTOM_UI_STANDARD = "custom_ui_standard";
 inline const std::string APP_TYPE_CUSTOM_UI_EXTENDED = "custom_ui_extended";
-/// Value of a feeder type whose package ships an HbbTV app.
+/// Value of a feeder type whose package contains an HbbTV app.
 inline const std::string APP_TYPE_VALUE_EXTENDED = "extended";
 
 /// Keys under METADATA_ORV_DATA.
@@ -31,7 +31,7 @@ inline const std::string BOOST_METADATA_KEY = "ch.app.boosting";
 inline const std::string DATA_KEY_CUSTOM_UI_COLD_BOOT_OPT = "custom_ui_cold_boot_opt";
 inline const std::string DATA_KEY_EXPIRATION_DATE = "expiration_date_str";
 
-/// Tokens of the custom user interfaces. A name's place in its family is its number.
+/// Tokens of the custom user interfaces. The names of each family are listed in order of number.
 inline const std::string CUSTOM_UI_DEFAULT = "default";
 inline const std::string CUSTOM_UI_INVISIBLE = "invisible";
 inline const std::string CUSTOM_UI_BACKGROUND_IMG = "background_img";
@@ -60,7 +60,7 @@ inline const std::string WEB_APP_STATUS_KEY_PREFIX = "rtc/memory/WebApp/";
 inline const std::string STORE_PATH = "/com.kalmora.tv.orv-enabler/data/appinfo.db";
 inline const std::string STORE_TABLE = "appinfo";
 
-/// Reset counters: the file follows app_get_data_path(), the keys stand in it.
+/// Reset counters: the file follows app_get_data_path() and contains the keys.
 inline const std::string RESET_COUNT_FILE = "reset_count_info.txt";
 inline const std::string RESET_COUNT_KEY_FACTORY = "factory_reset_count";
 inline const std::string RESET_COUNT_KEY_SERVICE = "service_reset_count";
@@ -90,5 +90,5 @@ inline const std::string SCHEDULER_RESULT_SUCCESS = "result_success";
 inline const std::string SCHEDULER_RESULT_INVALID_PARAMETERS = "result_fail_invalid_parameters";
 inline const std::string SCHEDULER_RESULT_UNKNOWN_ERRORS = "result_fail_unknown_errors";
 
-/// How a due time is read back; it is written with "%X", which the C locale spells alike.
+/// Format in which a due time is read; "%X", with which it is written, is the same in the C locale.
 inline const std::wstring EXPIRATION_TIME_FORMAT = L"%Y-%m-%dT%H:%M:%SZ";

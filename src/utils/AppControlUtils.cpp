@@ -14,9 +14,7 @@ namespace {
 
 const char LAUNCH_MODE_BACKGROUND[] = "backgroundAtStartup";
 
-// A code that is not here is entered with an empty text when it is first looked up. The table has
-// no lock although callers come from several threads; that is settled.
-std::map<int, std::string> s_mapAppControlErrorText = {
+const std::map<int, std::string> s_mapAppControlErrorText = {
     {APP_CONTROL_ERROR_NONE, "Successful"},
     {APP_CONTROL_ERROR_PERMISSION_DENIED, "Permission denied"},
     {APP_CONTROL_ERROR_INVALID_PARAMETER, "Invalid parameter"},
@@ -28,13 +26,15 @@ std::map<int, std::string> s_mapAppControlErrorText = {
     {APP_CONTROL_ERROR_IO_ERROR, "IO error"},
 };
 
+/// Empty for a code that is not in the table.
 const char* GetErrorText(int error) {
-  return s_mapAppControlErrorText[error].c_str();
+  const auto iter = s_mapAppControlErrorText.find(error);
+  return iter == s_mapAppControlErrorText.end() ? "" : iter->second.c_str();
 }
 
 void SetTarget(app_control_h hAppControl, const std::string& rAppID,
                const std::string& rOperation) {
-  // A refused id or operation shows itself in the launch request.
+  // An id or operation that is refused makes the launch request fail.
   app_control_set_app_id(hAppControl, rAppID.c_str());
   app_control_set_operation(hAppControl, rOperation.c_str());
 }

@@ -9,6 +9,7 @@
 #include <exception>
 #include <map>
 #include <mutex>
+#include <optional>
 
 #include "common/Log.h"
 #include "common/ORVConstants.h"
@@ -29,12 +30,16 @@ const std::map<std::string, int> s_mapWebAppStatus = {
     {"pause", WEB_APP_STATUS_PAUSE},     {"destroy", WEB_APP_STATUS_DESTROY},
     {"quit", WEB_APP_STATUS_QUIT}};
 
-// Written by add and remove under the lock; read by the callbacks of the main loop without it.
+// Serialises add and remove, platform calls included.
 std::mutex m_mutexWebStatusCallbacks;
+
+// Leaf: held for accesses to these two only, never across a call or another lock. Calls are given
+// copies.
+std::mutex m_mutexFollowedApp;
 std::string m_sPreloadingAppID;
 std::map<std::string, WebAppStatusCallback> m_mapWebStatusCallbacks;
 
-// Each stands alone; there is no guard over more than one of them.
+// Independent of each other; no lock guards more than one of them.
 std::atomic<int> m_iCurrentWebAppStatus{WEB_APP_STATUS_INVALID};
 std::atomic<bool> m_bAppStatusVconfRegistered{false};
 std::atomic<guint> m_uLMKTimerID{0};
@@ -46,9 +51,34 @@ std::string GetStatusKey(const std::string& rAppID) {
   return WEB_APP_STATUS_KEY_PREFIX + rAppID;
 }
 
+std::string GetPreloadingAppID() {
+  const std::lock_guard<std::mutex> lock(m_mutexFollowedApp);
+  return m_sPreloadingAppID;
+}
+
+/// The first callback, or the one behind rAppType, which is set to the type of the result. False at
+/// the end of the map.
+bool FindNextCallback(std::optional<std::string>& rAppType, WebAppStatusCallback& rCallback) {
+  const std::lock_guard<std::mutex> lock(m_mutexFollowedApp);
+  const auto it =
+      rAppType ? m_mapWebStatusCallbacks.upper_bound(*rAppType) : m_mapWebStatusCallbacks.begin();
+  if (it == m_mapWebStatusCallbacks.end()) return false;
+  rAppType = it->first;
+  rCallback = it->second;
+  return true;
+}
+
+enum class Removal { ABSENT, OTHERS_LEFT, LAST };
+
+Removal EraseCallback(const std::string& rAppType) {
+  const std::lock_guard<std::mutex> lock(m_mutexFollowedApp);
+  if (m_mapWebStatusCallbacks.erase(rAppType) == 0) return Removal::ABSENT;
+  return m_mapWebStatusCallbacks.empty() ? Removal::LAST : Removal::OTHERS_LEFT;
+}
+
 bool IsAlreadyUp(const std::string& rAppID) {
   const int iStatus = m_iCurrentWebAppStatus;
-  return rAppID == m_sPreloadingAppID && iStatus >= WEB_APP_STATUS_PRELOAD &&
+  return rAppID == GetPreloadingAppID() && iStatus >= WEB_APP_STATUS_PRELOAD &&
          iStatus <= WEB_APP_STATUS_PAUSE;
 }
 
@@ -122,28 +152,28 @@ void AddWebStatusChangedCallback(const std::string& rAppID, const std::string& r
   ORV_LOG_INFO("[Info] rAppID : %s, rAppType : %s, pCallbackFuncPtr : %p, pUserData : %p",
                rAppID.c_str(), rAppType.c_str(), reinterpret_cast<void*>(rCallback.first),
                rCallback.second);
-  if (rAppID != m_sPreloadingAppID) {
-    if (!m_sPreloadingAppID.empty()) {
-      // The key is the new app's: the old one's subscription stays, and so does the mark that there
-      // is one. Settled behaviour.
-      vconf_ignore_key_changed(GetStatusKey(rAppID).c_str(), WebAppStatusChangedCallback);
-      m_mapWebStatusCallbacks.clear();
-    }
-    m_sPreloadingAppID = rAppID;
+  const std::string sFollowedAppID = GetPreloadingAppID();
+  const bool bReplacing = !sFollowedAppID.empty() && sFollowedAppID != rAppID;
+  if (bReplacing) {
+    // The key is the new app's: the old app's subscription stays, and so does the mark that there
+    // is one. Intentional: docs/behaviour.md, "Another app loses the callbacks of the first".
+    vconf_ignore_key_changed(GetStatusKey(rAppID).c_str(), WebAppStatusChangedCallback);
   }
+  const std::lock_guard<std::mutex> lockFollowedApp(m_mutexFollowedApp);
+  if (bReplacing) m_mapWebStatusCallbacks.clear();
+  m_sPreloadingAppID = rAppID;
   m_mapWebStatusCallbacks[rAppType] = rCallback;
 }
 
 void RemoveWebStatusChangedCallback(const std::string& rAppID, const std::string& rAppType) {
   const std::lock_guard<std::mutex> lock(m_mutexWebStatusCallbacks);
   ORV_LOG_INFO("[Info] rAppID : %s, rAppType : %s", rAppID.c_str(), rAppType.c_str());
-  const auto it = m_mapWebStatusCallbacks.find(rAppType);
-  if (it == m_mapWebStatusCallbacks.end()) {
+  const Removal eRemoval = EraseCallback(rAppType);
+  if (eRemoval == Removal::ABSENT) {
     ORV_LOG_DEBUG("[Debug] Cannot find target callback function.");
     return;
   }
-  m_mapWebStatusCallbacks.erase(it);
-  if (m_mapWebStatusCallbacks.empty()) UnregisterAppStatusVconfCallback(rAppID);
+  if (eRemoval == Removal::LAST) UnregisterAppStatusVconfCallback(rAppID);
 }
 
 bool RegisterAppStatusVconfCallback(const std::string& rAppID) {
@@ -168,6 +198,7 @@ void UnregisterAppStatusVconfCallback(const std::string& rAppID) {
   if (!m_bAppStatusVconfRegistered) return;
   vconf_ignore_key_changed(GetStatusKey(rAppID).c_str(), WebAppStatusChangedCallback);
   m_bAppStatusVconfRegistered = false;
+  const std::lock_guard<std::mutex> lock(m_mutexFollowedApp);
   m_sPreloadingAppID.clear();
   m_mapWebStatusCallbacks.clear();
 }
@@ -175,7 +206,7 @@ void UnregisterAppStatusVconfCallback(const std::string& rAppID) {
 void WebAppStatusChangedCallback(keynode_t* pNode, void* pUserData) try {
   if (!m_bAppStatusVconfRegistered) return;
   const char* const pAppStatus = vconf_keynode_get_str(pNode);
-  // A removed key has no word, which is no word of the table either.
+  // A removed key has no word; the empty word is not in the table.
   const std::string sAppStatus = pAppStatus ? pAppStatus : "";
   ORV_LOG_DEBUG("[Debug] sAppStatus = %s", sAppStatus.c_str());
   m_iCurrentWebAppStatus = FindStatus(sAppStatus);
@@ -208,7 +239,8 @@ int LMKCheckingTimerCallback(void* pUserData) try {
   ORV_LOG_INFO("[Info] m_iCurrentWebAppStatus : %d, count : %d", m_iCurrentWebAppStatus.load(),
                m_iLMKCheckingCount.load());
   if (m_iCurrentWebAppStatus <= WEB_APP_STATUS_PAUSE) {
-    // The id keeps its old value, so the next "preload" sees a running timer: settled behaviour.
+    // The id keeps its old value, so the next "preload" sees a running timer. Intentional:
+    // docs/behaviour.md, "An app that lives through the period".
     NotifyWebAppStatus();
     return false;
   }
@@ -217,9 +249,11 @@ int LMKCheckingTimerCallback(void* pUserData) try {
     m_iLMKCheckingCount = 0;
     return false;
   }
-  AppControlUtils::PreloadWebApp(m_sPreloadingAppID);
+  AppControlUtils::PreloadWebApp(GetPreloadingAppID());
   ++m_iLMKCheckingCount;
-  return true;  // the timer goes on although its id is forgotten: settled behaviour
+  // The timer goes on although its id is forgotten. Intentional: docs/behaviour.md, "An app that
+  // was destroyed or has quit".
+  return true;
 } catch (const std::exception& e) {
   ORV_LOG_ERROR("[ERROR] exception : %s", e.what());
   return true;
@@ -229,28 +263,27 @@ int PreloadingTimerCBFunc(void* pUserData) try {
   ORV_LOG_INFO("[Info] ");
   if (m_iPreloadingCount > PRELOAD_RETRY_MAX_COUNT) {
     StopPreloadingTimer();
-    AppControlUtils::LaunchApp(m_sPreloadingAppID, OPERATION_DEFAULT);
+    AppControlUtils::LaunchApp(GetPreloadingAppID(), OPERATION_DEFAULT);
     return false;
   }
   ORV_LOG_INFO("[Info] count = %d", m_iPreloadingCount.load());
-  const int iCode = AppControlUtils::PreloadWebApp(m_sPreloadingAppID);
+  const int iCode = AppControlUtils::PreloadWebApp(GetPreloadingAppID());
   if (iCode == APP_CONTROL_ERROR_APP_NOT_FOUND) return StopPreloadingTimer();
   if (iCode != APP_CONTROL_ERROR_NONE) return CountPreloadingTry();
-  return RegisterAppStatusVconfCallback(m_sPreloadingAppID) ? StopPreloadingTimer()
-                                                            : CountPreloadingTry();
+  return RegisterAppStatusVconfCallback(GetPreloadingAppID()) ? StopPreloadingTimer()
+                                                              : CountPreloadingTry();
 } catch (const std::exception& e) {
   ORV_LOG_ERROR("[ERROR] exception : %s", e.what());
   return true;
 }
 
 void NotifyWebAppStatus() {
-  // A callback may change the map, and so may another thread while it runs: the walk goes on by the
-  // key, never from an entry that may be gone.
-  for (auto it = m_mapWebStatusCallbacks.begin(); it != m_mapWebStatusCallbacks.end();) {
-    const std::string sAppType = it->first;
-    const WebAppStatusCallback callback = it->second;
+  // Entry by entry and without a lock during the call: a callback may add, remove or block, and so
+  // may another thread meanwhile.
+  std::optional<std::string> sAppType;
+  WebAppStatusCallback callback;
+  while (FindNextCallback(sAppType, callback)) {
     if (callback.first != nullptr) callback.first(m_iCurrentWebAppStatus, callback.second);
-    it = m_mapWebStatusCallbacks.upper_bound(sAppType);
   }
 }
 

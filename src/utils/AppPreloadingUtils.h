@@ -7,14 +7,15 @@
 #include <string>
 #include <utility>
 
-/// Keeps one web app ready in the background: launches it, follows its life through the settings
-/// key that the web runtime writes, launches it again when the low-memory killer took it, and tells
-/// the app types that asked what state it is in.
+/// Keeps one web app ready in the background: launches it, follows its state through the settings
+/// key that the web runtime writes, launches it again after the low-memory killer ended it, and
+/// notifies the app types that registered a callback.
 ///
-/// All state belongs to the process, and one app is followed at a time: a call for another app
-/// drops the callbacks of the one before. Add and remove run on the caller's thread under a lock.
-/// The settings-key callback and the timers run on the main-loop thread and take none: they read
-/// the followed app's id and the callbacks while another thread may be changing them.
+/// All state is process-wide, and one app is followed at a time: a call for another app drops the
+/// callbacks of the previous one. Any thread may call. Add and remove run one at a time, under a
+/// lock that they hold across their platform calls. The settings-key callback and the timers run on
+/// the main-loop thread without that lock; they work on copies of the followed app's id and of the
+/// callbacks. A callback that is removed on another thread may still be called once.
 namespace AppPreloadingUtils {
 
 /// The words of the settings key, in the order of their numbers.
@@ -30,34 +31,33 @@ enum WebAppStatus {
 };
 
 using WebAppStatusFunction = void (*)(int eStatus, void* pUserData);
-/// The function may be null: its owner hears nothing then. It is called on the main-loop thread,
-/// without any lock, and may add or remove callbacks.
+/// The function may be null: it is skipped. It is called on the main-loop thread, without any lock,
+/// and may add or remove callbacks.
 using WebAppStatusCallback = std::pair<WebAppStatusFunction, void*>;
 
-/// Launches the app in the background unless it is up already, and follows it. True also for a
-/// launch that the system rejected for the moment: it is tried again every five seconds. False when
-/// the app cannot be launched or its settings key cannot be subscribed to.
+/// Launches the app in the background unless it is already up, and follows it. A launch that the
+/// system rejects is repeated every five seconds and counts as a success. False when the app cannot
+/// be launched or its settings key cannot be subscribed to.
 bool PreloadAppAndRegisterAppStatusChangedCB(const std::string& rAppID, const std::string& rAppType,
                                              const WebAppStatusCallback& rCallback);
 
 /// One callback per app type: a second one replaces the first. Takes the lock.
 void AddWebStatusChangedCallback(const std::string& rAppID, const std::string& rAppType,
                                  const WebAppStatusCallback& rCallback);
-/// Ends the following of the app with the last callback. Takes the lock.
+/// The removal of the last callback ends the following of the app. Takes the lock.
 void RemoveWebStatusChangedCallback(const std::string& rAppID, const std::string& rAppType);
 
-/// True when the key's changes are told, also when it was the key of another app that had been
-/// subscribed to before.
+/// True when there is a subscription, even if it is to the key of an app that was followed before.
 bool RegisterAppStatusVconfCallback(const std::string& rAppID);
 void UnregisterAppStatusVconfCallback(const std::string& rAppID);
 
 /// Settings-key callback and GLib timers, on the main-loop thread; no exception leaves them. A
-/// timer goes on as long as it returns non-zero.
+/// timer repeats as long as it returns non-zero.
 void WebAppStatusChangedCallback(keynode_t* pNode, void* pUserData);
 int LMKCheckingTimerCallback(void* pUserData);
 int PreloadingTimerCBFunc(void* pUserData);
 
-/// Calls every callback with the present status, in the order of the types' names.
+/// Calls every callback with the current status, in ascending order of the app types.
 void NotifyWebAppStatus();
 
 }  // namespace AppPreloadingUtils

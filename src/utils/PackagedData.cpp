@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <boost/filesystem.hpp>
 #include <exception>
+#include <mutex>
 #include <vector>
 
 #include "common/JsonText.h"
@@ -33,6 +34,9 @@ std::string ReadPackagesPath() {
 }
 
 const std::string s_sPackagesPath = ReadPackagesPath();
+
+/// Held for a whole install or uninstall: they share the mount point and the list files.
+std::mutex s_mutexPackagedData;
 
 struct Paths {
   std::string m_sTargetFile;  ///< the image in the package
@@ -65,7 +69,7 @@ bool MountFile(const std::string& sTargetFilePath, const std::string& sMountedDi
   return iResult == 0;
 }
 
-/// The entries in ascending order of their paths, so that a run can be repeated.
+/// The entries in ascending order of their paths: the order of a directory is not repeatable.
 std::vector<boostfs::directory_entry> ListDirectory(const std::string& sDirectoryPath) {
   const boostfs::directory_iterator begin(sDirectoryPath);
   std::vector<boostfs::directory_entry> vEntries(begin, boostfs::directory_iterator());
@@ -73,7 +77,7 @@ std::vector<boostfs::directory_entry> ListDirectory(const std::string& sDirector
   return vEntries;
 }
 
-/// Throws what a failed walk or rename throws. Subdirectories stay.
+/// A failed walk or rename throws. Subdirectories stay.
 void MoveEveryFilesInDirectory(const std::string& sOldDirectoryPath,
                                const std::string& sNewDirectoryPath) {
   ORV_LOG_INFO("[Info] sOldDirectoryPath : %s", sOldDirectoryPath.c_str());
@@ -93,10 +97,11 @@ void MoveMetaData(const Paths& rPaths) {
   }
 }
 
-/// The root of a list file and the list in it. What is no JSON comes out as an empty list.
+/// The root of a list file and the list in it. Of a text that is not JSON, or only in part, the
+/// parser keeps what it read before the error; a list that it did not reach is empty.
 struct AppTypeList {
   explicit AppTypeList(const std::string& rContent) {
-    // Whether the text was JSON at all is not looked at.
+    // The result of the parse is not tested, see above.
     JsonText::Parse(rContent, m_Root);
     m_Types = m_Root[PACKAGED_APP_TYPE_KEY];
   }
@@ -120,7 +125,8 @@ bool AddAppTypeToList(const std::string& sFilePath, const std::string& rContent,
 }
 
 void RemoveFromList(Json::Value& rTypes, const std::string& rAppType) {
-  // The index moves on after a removal too: what slid into the gap stays unexamined, settled.
+  // The index moves on after a removal too, so the next element is skipped. Intentional:
+  // docs/behaviour.md, "Of an entry listed twice in a row the second stays".
   for (Json::ArrayIndex i = 0; i < rTypes.size(); ++i) {
     Json::Value removed;
     if (rTypes[i].asString() == rAppType) rTypes.removeIndex(i, &removed);
@@ -139,8 +145,8 @@ void UninstallHbbTvApp(const std::string& sTargetDirectory, const std::string& r
   if (list.m_Types.empty() || !list.Write(sAppTypeFilePath)) RemoveDirectories(sTargetDirectory);
 }
 
-/// Everything but the paths and the last catch. An exception leaves the mount in place: settled
-/// behaviour.
+/// An exception leaves the mount in place. Intentional: docs/behaviour.md, "An exception ends the
+/// install".
 bool InstallPackagedData(const Paths& rPaths, const std::string& rAppType, int iDataType,
                          bool bStarted) {
   if (Exists(rPaths.m_sTargetHbbTvAppDirectory)) {
@@ -184,12 +190,13 @@ bool InstallPackagedData(const std::string& rPackageID, const std::string& rWidg
                          const std::string& rAppType, const int& rDataType, bool bStarted) try {
   ORV_LOG_INFO("[Info] rPackageID : %s, bStarted : %d, rAppType : %s, rDataType : %d",
                rPackageID.c_str(), bStarted, rAppType.c_str(), rDataType);
+  const std::lock_guard<std::mutex> lock(s_mutexPackagedData);
   return InstallPackagedData(GetPaths(rPackageID, rWidgetID), rAppType, rDataType, bStarted);
 } catch (const std::exception& e) {
   const std::string sText = e.what();
   ORV_LOG_INFO("[Info] exception : %s", sText.empty() ? NO_EXCEPTION_TEXT : sText.c_str());
   return false;
-} catch (...) {  // what is thrown without being an exception has no text
+} catch (...) {  // anything else that is thrown has no text
   ORV_LOG_INFO("[Info] exception : %s", NO_EXCEPTION_TEXT);
   return false;
 }
@@ -198,6 +205,7 @@ void UninstallPackagedData(const std::string& rPackageID, const std::string& rAp
                            const int& rDataType) {
   ORV_LOG_INFO("[Info] rPackageID : %s, rAppType : %s, rDataType : %d", rPackageID.c_str(),
                rAppType.c_str(), rDataType);
+  const std::lock_guard<std::mutex> lock(s_mutexPackagedData);
   if (rDataType & PACKAGED_TYPE_META_DATA) {
     const std::string sTargetDirectory = GetMetaDataDirectoryPath() + rPackageID + "/";
     ORV_LOG_INFO("[Info] [PACKAGED_TYPE_META_DATA] sTargetDirectory : %s",

@@ -22,13 +22,13 @@ namespace {
 
 constexpr std::size_t MAX_ENTRY_NAME = 256;
 constexpr std::size_t READ_SIZE = 4096;
-/// What a stream holds back: reads of READ_SIZE each are a multiple of the writes' cost otherwise.
+/// Size of the output buffer; one write per READ_SIZE would cost a multiple.
 constexpr std::size_t STREAM_SIZE = 8 * READ_SIZE;
 
 using ArchiveHandle = std::unique_ptr<void, decltype(&unzClose)>;
 using FileHandle = std::unique_ptr<std::FILE, decltype(&std::fclose)>;
 
-/// False when the rest of the entry cannot be unpacked. A write that fails is not noticed.
+/// False when the entry cannot be read to its end. A failed write is not noticed.
 bool CopyCurrentEntry(unzFile pHandle, std::FILE* pFile) {
   char aBuffer[READ_SIZE];
   for (;;) {
@@ -51,7 +51,8 @@ bool ExtractFile(unzFile pHandle, const std::string& rTargetFilePath) try {
   }
   boost::system::error_code error;
   const boostfs::path targetPath(rTargetFilePath);
-  // Entries that are directories pass here, and so does a link to a directory: settled behaviour.
+  // Directory entries return here, and so does a link to a directory. Intentional:
+  // docs/behaviour.md, "A target that is a link".
   if (boostfs::is_directory(boostfs::status(targetPath, error))) return true;
   if (boostfs::is_symlink(boostfs::symlink_status(targetPath, error))) {
     ORV_LOG_ERROR("[ERROR] rTargetFilePath is symbolic link.");
@@ -70,7 +71,7 @@ bool ExtractFile(unzFile pHandle, const std::string& rTargetFilePath) try {
   return false;
 }
 
-/// Where the current entry goes to. False when the archive has no current entry that can be read.
+/// The target of the current entry. False when there is no current entry that can be read.
 bool GetTargetPath(unzFile pHandle, const std::string& sDirectoryPath, std::string& rTargetPath) {
   unz_file_info info;
   char aName[MAX_ENTRY_NAME];
@@ -80,7 +81,7 @@ bool GetTargetPath(unzFile pHandle, const std::string& sDirectoryPath, std::stri
   }
   rTargetPath = sDirectoryPath;
   if (rTargetPath.empty() || rTargetPath.back() != '/') rTargetPath += '/';
-  // A name that fills its buffer comes without a terminator.
+  // A name that fills its buffer has no terminator.
   rTargetPath.append(aName, strnlen(aName, sizeof(aName)));
   std::replace(rTargetPath.begin(), rTargetPath.end(), '\\', '/');
   return true;
@@ -91,10 +92,17 @@ bool GiveUp(unzFile pHandle) {
   return false;
 }
 
+/// Null when the archive cannot be opened.
+ArchiveHandle OpenArchive(const std::string& sArchivePath) {
+  boost::system::error_code error;
+  const bool bRegular = boostfs::is_regular_file(boostfs::status(sArchivePath, error));
+  return {bRegular ? unzOpen(sArchivePath.c_str()) : nullptr, &unzClose};
+}
+
 }  // namespace
 
 bool Unzip(const std::string& sArchivePath, const std::string& sDirectoryPath) {
-  const ArchiveHandle pHandle(unzOpen(sArchivePath.c_str()), &unzClose);
+  const ArchiveHandle pHandle = OpenArchive(sArchivePath);
   if (!pHandle) {
     ORV_LOG_ERROR("[ERROR] unzHandle is NULL");
     return false;
@@ -108,10 +116,9 @@ bool Unzip(const std::string& sArchivePath, const std::string& sDirectoryPath) {
                     targetFilename.c_str());
       return GiveUp(pHandle.get());
     }
-    // Answers with an error when the entry's checksum is wrong; such an entry is taken all the
-    // same.
+    // Returns an error when the checksum of the entry is wrong; such an entry is accepted.
     unzCloseCurrentFile(pHandle.get());
-    // Any other error leaves no current entry, which the next round's look at it then reports.
+    // Any other error leaves no current entry; GetTargetPath() then fails in the next round.
   } while (unzGoToNextFile(pHandle.get()) != UNZ_END_OF_LIST_OF_FILE);
   return true;
 }

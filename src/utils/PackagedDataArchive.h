@@ -6,10 +6,12 @@
 
 namespace FileSystemUtils {
 
-/// Unpacks the whole archive into an existing directory. False at the first entry that fails; what
-/// was unpacked before it stays. Checksums are not compared. Entry names are taken as they stand,
-/// only that a backslash becomes a slash: an entry may lead out of the directory, and keeping that
-/// from reaching anything is up to the rights of the process. Throws nothing of the file system's.
+/// Unpacks the whole archive into an existing directory. False at the first entry that fails;
+/// entries unpacked before it stay. Anything but a regular file (links followed) counts as an
+/// archive that cannot be opened, so a FIFO or a device cannot block the caller. Checksums are not
+/// compared. Entry names are used as they are, except that a backslash becomes a slash: an entry
+/// may lead out of the directory, and only the rights of the process limit what it reaches. Throws
+/// nothing.
 bool Unzip(const std::string& sArchivePath, const std::string& sDirectoryPath);
 
 }  // namespace FileSystemUtils

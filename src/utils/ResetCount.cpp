@@ -69,7 +69,8 @@ bool FileSystemUtils::CheckTVResetAndUpdateResetCountInfo() {
   int storedFactory = 0;
   int storedService = 0;
   GetFactoryAndServiceResetCount(storedFactory, storedService);
-  // On disk before anyone acts on the answer: a crash in between loses the reset. Settled.
+  // On disk before the result is used, so a crash in between loses the reset. Intentional:
+  // docs/behaviour.md, "The new counters are written before anybody acts".
   SetFactoryAndServiceResetCount(factory, service);
   ORV_LOG_DEBUG("[Debug] factory reset count : %d, service reset count : %d", storedFactory,
                 storedService);

@@ -5,14 +5,14 @@
 #include <ctime>
 #include <string>
 
-/// Points in time as the UTC text that records carry, 1970-01-01T00:00:00Z.
+/// Times as UTC text, in the form of records: 1970-01-01T00:00:00Z.
 namespace TimeUtils {
 
-/// Seconds since the epoch, 0 for an empty text. Malformed text is not refused: what was read up to
-/// the fault counts, the rest is zero. Sets the time zone of the whole process to UTC.
+/// Seconds since the epoch, 0 for an empty text. Malformed text is not refused: the fields before
+/// the error count, the others are zero. Sets the time zone of the whole process to UTC.
 time_t GetEpochTime(const std::string& rTime);
 
-/// pTime must not be null. Empty for a time whose year no int holds. Callable from any thread.
+/// pTime is not null. Empty for a time whose year exceeds an int. Callable from any thread.
 std::string GetUTCTimeString(const time_t* pTime);
 
 }  // namespace TimeUtils

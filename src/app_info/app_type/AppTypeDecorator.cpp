@@ -37,6 +37,7 @@ void AppTypeDecorator::SetMetadata(const std::string& rType,
                                    const std::pair<std::string, std::string>& rKeyValue,
                                    bool bUpdatable) {
   m_pAppInfo->SetMetadata(rType, rKeyValue, bUpdatable);
+  const std::lock_guard<std::mutex> lock(m_mutexMetadata);
   if (bUpdatable) {
     SetUpdatableMetadata(rType, rKeyValue);
   } else {
@@ -56,33 +57,60 @@ void AppTypeDecorator::SetUpdatableMetadata(const std::string& rType,
 
 void AppTypeDecorator::SetAppliedMetadata(const std::string& rType,
                                           const std::pair<std::string, std::string>& rKeyValue) {
-  // A type value in force comes from the constructor and from UpdateOperation() alone.
+  // A type value in force is set by the constructor and by UpdateOperation() only.
   if (rType == METADATA_ORV_TYPE) return;
-  // Any other category counts as data here, unlike above. Callers rely on it.
+  // Any other category counts as data here, unlike in SetUpdatableMetadata(). Intentional:
+  // docs/behaviour.md, "An invented category writes and reads data in force".
   const auto iter = m_mapAppliedData.find(rKeyValue.first);
   if (iter != m_mapAppliedData.end()) iter->second = rKeyValue.second;
 }
 
 std::string AppTypeDecorator::GetMetadata(const std::string& rType, const std::string& rKey) const {
-  if (rType == METADATA_ORV_TYPE) {
-    if (rKey == m_AppliedAppType.first) return m_AppliedAppType.second;
-  } else {
-    const auto iter = m_mapAppliedData.find(rKey);
-    if (iter != m_mapAppliedData.end()) return iter->second;
+  {
+    const std::lock_guard<std::mutex> lock(m_mutexMetadata);
+    if (rType == METADATA_ORV_TYPE) {
+      if (rKey == m_AppliedAppType.first) return m_AppliedAppType.second;
+    } else {
+      const auto iter = m_mapAppliedData.find(rKey);
+      if (iter != m_mapAppliedData.end()) return iter->second;
+    }
   }
   return m_pAppInfo->GetMetadata(rType, rKey);
 }
 
 void AppTypeDecorator::GetAllMetadata(MetadataMap& rMetadata) const {
   m_pAppInfo->GetAllMetadata(rMetadata);
+  const std::lock_guard<std::mutex> lock(m_mutexMetadata);
   rMetadata[METADATA_ORV_TYPE].insert(m_AppliedAppType);
   rMetadata[METADATA_ORV_DATA].insert(m_mapAppliedData.begin(), m_mapAppliedData.end());
 }
 
 void AppTypeDecorator::RemoveMetadata(const std::string& rFirst, const std::string& rSecond) {
   m_pAppInfo->RemoveMetadata(rFirst, rSecond);
-  // Both are keys of the same map: the first guards the second. Settled behaviour.
+  const std::lock_guard<std::mutex> lock(m_mutexMetadata);
+  // Both are keys of the same map. Intentional: docs/behaviour.md, "A removal erases its second
+  // key".
   if (m_mapAppliedData.count(rFirst) != 0) m_mapAppliedData.erase(rSecond);
+}
+
+std::string AppTypeDecorator::GetValue(bool bUpdatable) const {
+  const std::lock_guard<std::mutex> lock(m_mutexMetadata);
+  return bUpdatable ? m_UpdatableAppType.second : m_AppliedAppType.second;
+}
+
+AppTypeDecorator::DataMap AppTypeDecorator::GetData(bool bUpdatable) const {
+  const std::lock_guard<std::mutex> lock(m_mutexMetadata);
+  return bUpdatable ? m_mapUpdatableData : m_mapAppliedData;
+}
+
+std::string AppTypeDecorator::GetDataOrCreate(bool bUpdatable, const std::string& rKey) {
+  const std::lock_guard<std::mutex> lock(m_mutexMetadata);
+  return (bUpdatable ? m_mapUpdatableData : m_mapAppliedData)[rKey];
+}
+
+void AppTypeDecorator::ClearUpdatableValue() {
+  const std::lock_guard<std::mutex> lock(m_mutexMetadata);
+  m_UpdatableAppType.second.clear();
 }
 
 AppInfo* AppTypeDecorator::ExtractTargetAppType(const std::string& rTargetType, AppInfo** ppNext) {
@@ -94,7 +122,7 @@ AppInfo* AppTypeDecorator::ExtractTargetAppType(const std::string& rTargetType, 
     m_pAppInfo = nullptr;
     return this;
   }
-  // A match further in writes into this layer's own link and so closes the chain.
+  // A match further inward writes into this layer's own link and so closes the chain.
   return m_pAppInfo->ExtractTargetAppType(rTargetType, &m_pAppInfo);
 }
 

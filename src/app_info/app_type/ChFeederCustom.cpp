@@ -2,16 +2,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "app_info/app_type/ChFeederCustom.h"
 
-#include <exception>
-
-#include "app_info/app_type/ChFeederTypes.h"
+#include "app_info/app_type/ChFeederPackagedData.h"
 #include "common/Log.h"
 #include "common/ORVConstants.h"
 #include "utils/PackagedData.h"
 
 namespace {
 
-// The scheduler's numbers; its header is out of this layer's sight.
+// The scheduler's numbers; this layer does not include its header.
 constexpr int EVENT_ADD_ITEM = 1000;
 constexpr int EVENT_DELETE_ITEM = 1001;
 
@@ -19,43 +17,22 @@ constexpr int EVENT_DELETE_ITEM = 1001;
 
 ChFeederCustom::ChFeederCustom(AppInfo* pAppInfo, const std::string& rMetadataValue,
                                RequestEventCallback pfnRequestEvent)
-    : AppTypeDecorator(pAppInfo, APP_TYPE_CH_FEEDER_CUSTOM, rMetadataValue),
+    : AppTypeLayer(pAppInfo, APP_TYPE_CH_FEEDER_CUSTOM, rMetadataValue),
       m_pfnRequestEvent(pfnRequestEvent) {
-  // Applied only: a staged date is dropped.
+  // In force only: a staged date is dropped.
   m_mapAppliedData[DATA_KEY_EXPIRATION_DATE];
 }
 
-AppInfo* ChFeederCustom::DecorateAppType(AppInfo* pAppInfo, const std::string& rMetadataValue,
-                                         RequestEventCallback pfnRequestEvent) {
-  ORV_LOG_INFO("[Info] rMetadataValue : %s", rMetadataValue.c_str());
-  // Owned by the caller until Release().
-  return new ChFeederCustom(pAppInfo, rMetadataValue, pfnRequestEvent);
-}
-
-void ChFeederCustom::Release(AppInfo* pAppInfo) {
-  if (pAppInfo == nullptr) return;
-  auto* const pThis = static_cast<ChFeederCustom*>(pAppInfo);
-  pThis->CleanUp();
-  delete pThis;
-}
-
-void ChFeederCustom::CleanUp() try {
+void ChFeederCustom::CleanUp() {
   RequestEvent(EVENT_DELETE_ITEM);
-  if (m_AppliedAppType.second != APP_TYPE_VALUE_EXTENDED) return;
+  if (GetValue(false) != APP_TYPE_VALUE_EXTENDED) return;
   FileSystemUtils::UninstallPackagedData(m_sPackageID, APP_TYPE_CH_FEEDER_CUSTOM,
                                          PACKAGED_TYPE_HBBTV_APP);
-} catch (const std::exception& e) {
-  // The next layer outward releases this one in its destructor, which nothing may leave.
-  ORV_LOG_ERROR("[ERROR] exception : %s", e.what());
-}
-
-AppInfo::ReleaseFunction ChFeederCustom::GetReleaseFunction() const {
-  return &Release;
 }
 
 void ChFeederCustom::RunOperation(bool bStarted) {
   AppTypeDecorator::RunOperation(bStarted);
-  if (m_AppliedAppType.second == APP_TYPE_VALUE_EXTENDED &&
+  if (GetValue(false) == APP_TYPE_VALUE_EXTENDED &&
       !FileSystemUtils::InstallPackagedData(m_sPackageID, m_sWidgetID, APP_TYPE_CH_FEEDER_CUSTOM,
                                             PACKAGED_TYPE_HBBTV_APP, bStarted)) {
     ORV_LOG_ERROR("[ERROR] FileSystemUtils::InstallPackagedData() return false.");
@@ -66,17 +43,19 @@ void ChFeederCustom::RunOperation(bool bStarted) {
 void ChFeederCustom::UpdateOperation() {
   ORV_LOG_INFO("[Info] In");
   AppTypeDecorator::UpdateOperation();
-  if (m_AppliedAppType.second == m_UpdatableAppType.second) return;
-  if (m_UpdatableAppType.second == APP_TYPE_VALUE_EXTENDED) {
+  const std::string sUpdatable = GetValue(true);
+  if (GetValue(false) == sUpdatable) return;
+  if (sUpdatable == APP_TYPE_VALUE_EXTENDED) {
     ORV_LOG_INFO("[Info] FileSystemUtils::InstallPackagedData");
     FileSystemUtils::InstallPackagedData(m_sPackageID, m_sWidgetID, APP_TYPE_CH_FEEDER_CUSTOM,
                                          PACKAGED_TYPE_HBBTV_APP, false);
   } else {
-    ChFeederTypes::UninstallPackagedData(m_sPackageID, APP_TYPE_CH_FEEDER_CUSTOM,
-                                         PACKAGED_TYPE_HBBTV_APP);
+    ChFeederPackagedData::RemoveForUpdate(m_sPackageID, APP_TYPE_CH_FEEDER_CUSTOM,
+                                          PACKAGED_TYPE_HBBTV_APP);
   }
-  // The applied value stays as it is: callers rely on it.
-  m_UpdatableAppType.second.clear();
+  // The value in force stays. Intentional: docs/behaviour.md, "An update clears the staged value
+  // and leaves the one in force".
+  ClearUpdatableValue();
 }
 
 void ChFeederCustom::StopOperation() {

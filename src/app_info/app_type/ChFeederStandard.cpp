@@ -4,9 +4,7 @@
 
 #include <FCAPI.h>
 
-#include <exception>
-
-#include "app_info/app_type/ChFeederTypes.h"
+#include "app_info/app_type/ChFeederPackagedData.h"
 #include "common/JsonText.h"
 #include "common/Log.h"
 #include "common/ORVConstants.h"
@@ -15,7 +13,7 @@
 
 namespace {
 
-/// The directory goes behind "file:/", so that "file://x" becomes "file:/<directory>/x".
+/// The directory is inserted behind "file:/": "file://x" becomes "file:/<directory>/x".
 constexpr std::size_t DIRECTORY_POSITION = 6;
 
 const char* const PROTOCOL_FILE = "file";
@@ -25,7 +23,7 @@ const char* const PROTOCOL_HTTPS = "https";
 }  // namespace
 
 ChFeederStandard::ChFeederStandard(AppInfo* pAppInfo, const std::string& rMetadataValue)
-    : AppTypeDecorator(pAppInfo, APP_TYPE_CH_FEEDER_STANDARD, rMetadataValue) {
+    : AppTypeLayer(pAppInfo, APP_TYPE_CH_FEEDER_STANDARD, rMetadataValue) {
   for (DataMap* pData : {&m_mapAppliedData, &m_mapUpdatableData}) {
     (*pData)[DATA_KEY_CHANNEL_DATA_URL];
     (*pData)[DATA_KEY_SCHEDULE_DATA_URL];
@@ -33,30 +31,11 @@ ChFeederStandard::ChFeederStandard(AppInfo* pAppInfo, const std::string& rMetada
   }
 }
 
-AppInfo* ChFeederStandard::DecorateAppType(AppInfo* pAppInfo, const std::string& rMetadataValue) {
-  ORV_LOG_INFO("[Info] rMetadataValue : %s", rMetadataValue.c_str());
-  return new ChFeederStandard(pAppInfo, rMetadataValue);  // owned by the caller until Release()
-}
-
-void ChFeederStandard::Release(AppInfo* pAppInfo) {
-  if (pAppInfo == nullptr) return;
-  auto* const pThis = static_cast<ChFeederStandard*>(pAppInfo);
-  pThis->CleanUp();
-  delete pThis;
-}
-
-void ChFeederStandard::CleanUp() try {
+void ChFeederStandard::CleanUp() {
   RemoveChannelUsingKelvoApi();
   const int iType = GetPackagedDataType(false);
   if (iType == 0) return;
   FileSystemUtils::UninstallPackagedData(m_sPackageID, APP_TYPE_CH_FEEDER_STANDARD, iType);
-} catch (const std::exception& e) {
-  // The next layer outward releases this one in its destructor, which nothing may leave.
-  ORV_LOG_ERROR("[ERROR] exception : %s", e.what());
-}
-
-AppInfo::ReleaseFunction ChFeederStandard::GetReleaseFunction() const {
-  return &Release;
 }
 
 void ChFeederStandard::RunOperation(bool bStarted) {
@@ -69,21 +48,21 @@ void ChFeederStandard::RunOperation(bool bStarted) {
     }
     if (iType & PACKAGED_TYPE_META_DATA) SetMetaDataDataList(false);
   }
-  if (bStarted) return;  // the framework knows the app from an earlier run
+  if (bStarted) return;  // the framework has the record from an earlier run
   if (!AddChannelUsingKelvoApi()) {
     ORV_LOG_DEBUG("[Debug] AddChannelUsingKelvoApi() return false");
   }
 }
 
 void ChFeederStandard::UpdateOperation() {
-  ORV_LOG_DEBUG("[Debug] Applied Metadata : %s, Updatable Metadata : %s",
-                m_AppliedAppType.second.c_str(), m_UpdatableAppType.second.c_str());
+  ORV_LOG_DEBUG("[Debug] Applied Metadata : %s, Updatable Metadata : %s", GetValue(false).c_str(),
+                GetValue(true).c_str());
   AppTypeDecorator::UpdateOperation();
   const int iOldType = GetPackagedDataType(false);
   const int iNewType = GetPackagedDataType(true);
   if (iOldType != 0) {
     ORV_LOG_INFO("[Info] FileSystemUtils::UninstallPackagedData");
-    ChFeederTypes::UninstallPackagedData(m_sPackageID, APP_TYPE_CH_FEEDER_STANDARD, iOldType);
+    ChFeederPackagedData::RemoveForUpdate(m_sPackageID, APP_TYPE_CH_FEEDER_STANDARD, iOldType);
   }
   if (iNewType != 0) {
     ORV_LOG_INFO("[Info] FileSystemUtils::InstallPackagedData");
@@ -94,7 +73,13 @@ void ChFeederStandard::UpdateOperation() {
   if (!UpdateChannelUsingKelvoApi()) {
     ORV_LOG_DEBUG("[Debug] UpdateChannelUsingKelvoApi() return false");
   }
-  // The applied side stays as it is, and so does the staged boost mark: callers rely on it.
+  ClearUpdatable();
+}
+
+void ChFeederStandard::ClearUpdatable() {
+  // The values in force stay. Intentional: docs/behaviour.md, "The values in force do not move with
+  // an update".
+  const std::lock_guard<std::mutex> lock(m_mutexMetadata);
   m_UpdatableAppType.second.clear();
   m_mapUpdatableData[DATA_KEY_CHANNEL_DATA_URL].clear();
   m_mapUpdatableData[DATA_KEY_SCHEDULE_DATA_URL].clear();
@@ -126,11 +111,11 @@ MetadataProtocol ChFeederStandard::ParseInputMetaDataProtocol(
 
 int ChFeederStandard::GetPackagedDataType(bool bUpdatable) {
   ORV_LOG_INFO("[Info] GetPackagedDataType bUpdatable:%d", bUpdatable);
-  DataMap& rData = bUpdatable ? m_mapUpdatableData : m_mapAppliedData;
-  const auto& rAppType = bUpdatable ? m_UpdatableAppType : m_AppliedAppType;
-  int iType = rAppType.second == APP_TYPE_VALUE_EXTENDED ? PACKAGED_TYPE_HBBTV_APP : 0;
-  if (ParseInputMetaDataProtocol(rData[DATA_KEY_CHANNEL_DATA_URL]) == METADATA_PROTOCOL_FILE ||
-      ParseInputMetaDataProtocol(rData[DATA_KEY_SCHEDULE_DATA_URL]) == METADATA_PROTOCOL_FILE) {
+  int iType = GetValue(bUpdatable) == APP_TYPE_VALUE_EXTENDED ? PACKAGED_TYPE_HBBTV_APP : 0;
+  const auto isFile = [this, bUpdatable](const std::string& rKey) {
+    return ParseInputMetaDataProtocol(GetDataOrCreate(bUpdatable, rKey)) == METADATA_PROTOCOL_FILE;
+  };
+  if (isFile(DATA_KEY_CHANNEL_DATA_URL) || isFile(DATA_KEY_SCHEDULE_DATA_URL)) {
     iType |= PACKAGED_TYPE_META_DATA;
   }
   ORV_LOG_INFO("[Info] PackagedDataType : %d", iType);
@@ -144,27 +129,33 @@ void ChFeederStandard::SetMetaDataDataList(bool bUpdatable) {
     ORV_LOG_ERROR("[ERROR] Invalid PackagedMetaDataDirectoryPath : %s", sDirectory.c_str());
     return;
   }
-  DataMap& refTargetDataList = bUpdatable ? m_mapUpdatableData : m_mapAppliedData;
-  std::string& rChannelURL = refTargetDataList[DATA_KEY_CHANNEL_DATA_URL];
-  std::string& rScheduleURL = refTargetDataList[DATA_KEY_SCHEDULE_DATA_URL];
-  // Both, whatever their protocols, and no test of their length: settled behaviour.
-  rChannelURL.insert(DIRECTORY_POSITION, sDirectory);
-  rScheduleURL.insert(DIRECTORY_POSITION, sDirectory);
-  ORV_LOG_INFO("[Info] refTargetDataList[CHANNEL_DATA_URL] : %s", rChannelURL.c_str());
-  ORV_LOG_INFO("[Info] refTargetDataList[SCHEDULE_DATA_URL] : %s", rScheduleURL.c_str());
+  std::string sChannelURL;
+  std::string sScheduleURL;
+  {
+    const std::lock_guard<std::mutex> lock(m_mutexMetadata);
+    DataMap& refTargetDataList = bUpdatable ? m_mapUpdatableData : m_mapAppliedData;
+    // Both, whatever their protocols and lengths. Intentional: docs/behaviour.md, "A web URL beside
+    // a file URL gets the directory too".
+    sChannelURL =
+        refTargetDataList[DATA_KEY_CHANNEL_DATA_URL].insert(DIRECTORY_POSITION, sDirectory);
+    sScheduleURL =
+        refTargetDataList[DATA_KEY_SCHEDULE_DATA_URL].insert(DIRECTORY_POSITION, sDirectory);
+  }
+  ORV_LOG_INFO("[Info] refTargetDataList[CHANNEL_DATA_URL] : %s", sChannelURL.c_str());
+  ORV_LOG_INFO("[Info] refTargetDataList[SCHEDULE_DATA_URL] : %s", sScheduleURL.c_str());
 }
 
-std::string ChFeederStandard::GetChannelRecord(DataMap& rData) const {
+std::string ChFeederStandard::GetChannelRecord(bool bUpdatable) {
   Json::Value record;
   record["pkg_id"] = m_sPackageID;
   record["widget_id"] = m_sWidgetID;
-  record["channel_data_url"] = rData[DATA_KEY_CHANNEL_DATA_URL];
-  record["schedule_data_url"] = rData[DATA_KEY_SCHEDULE_DATA_URL];
+  record["channel_data_url"] = GetDataOrCreate(bUpdatable, DATA_KEY_CHANNEL_DATA_URL);
+  record["schedule_data_url"] = GetDataOrCreate(bUpdatable, DATA_KEY_SCHEDULE_DATA_URL);
   return JsonText::Write(record);
 }
 
 bool ChFeederStandard::AddChannelUsingKelvoApi() {
-  const std::string sRecord = GetChannelRecord(m_mapAppliedData);
+  const std::string sRecord = GetChannelRecord(false);
   FCOrvAppInfoAPI* const pAPI = FCAPI::GetOrvAppInfoAPI();
   if (pAPI == nullptr) {
     ORV_LOG_ERROR("[ERROR] GetOrvAppInfoAPI() return NULL.");
@@ -176,7 +167,7 @@ bool ChFeederStandard::AddChannelUsingKelvoApi() {
 }
 
 bool ChFeederStandard::UpdateChannelUsingKelvoApi() {
-  const std::string sRecord = GetChannelRecord(m_mapUpdatableData);
+  const std::string sRecord = GetChannelRecord(true);
   FCOrvAppInfoAPI* const pAPI = FCAPI::GetOrvAppInfoAPI();
   if (pAPI == nullptr) {
     ORV_LOG_ERROR("[ERROR] GetOrvAppInfoAPI() return NULL.");

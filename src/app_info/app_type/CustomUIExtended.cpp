@@ -10,7 +10,8 @@
 #include <future>
 #include <set>
 
-#include "app_info/app_type/CustomUITypes.h"
+#include "app_info/app_type/CustomUIAnnouncement.h"
+#include "app_info/app_type/CustomUINames.h"
 #include "common/JsonText.h"
 #include "common/Log.h"
 #include "common/ORVConstants.h"
@@ -25,11 +26,13 @@ const char* const MEMBER_CUSTOM_APP = "CustomApp";
 const char* const REPLACEMENT_UI_KEY_APP_ID = "appid";
 
 // The layers that exist. The status callback of a layer can outlive it: a stop with the option
-// "background_img" leaves it registered, and so does an update that takes the type away.
+// "background_img" leaves it registered, and so does an update that removes the type. The lock is
+// held while a layer is read, so that it is not destroyed meanwhile; m_mutexMetadata nests in it.
 std::mutex s_mutexLayers;
 std::set<const void*> s_setLayers;
 
-/// Without any white space, inside texts too: settled behaviour. Empty when there is no such file.
+/// Without any white space, inside texts too. Intentional: docs/behaviour.md, "One without
+/// "appid"". Empty when the file does not exist.
 std::string ReadReplacementFile() {
   std::ifstream file(REPLACEMENT_UI_FILE);
   std::string sText;
@@ -52,8 +55,8 @@ const std::map<CustomUIExtended::SupportedAppType, std::string> CustomUIExtended
      {SUPPORTED_APP_TYPE_EPG, OPERATION_EPG}};
 
 CustomUIExtended::CustomUIExtended(AppInfo* pAppInfo, const std::string& rMetadataValue)
-    : AppTypeDecorator(pAppInfo, APP_TYPE_CUSTOM_UI_EXTENDED, rMetadataValue) {
-  // Applied only: the option cannot be staged before the first update has made its key.
+    : AppTypeLayer(pAppInfo, APP_TYPE_CUSTOM_UI_EXTENDED, rMetadataValue) {
+  // In force only: the option can be staged once an update has created its staged key.
   m_mapAppliedData[DATA_KEY_CUSTOM_UI_COLD_BOOT_OPT];
   const std::lock_guard<std::mutex> lock(s_mutexLayers);
   s_setLayers.insert(this);
@@ -62,19 +65,6 @@ CustomUIExtended::CustomUIExtended(AppInfo* pAppInfo, const std::string& rMetada
 CustomUIExtended::~CustomUIExtended() {
   const std::lock_guard<std::mutex> lock(s_mutexLayers);
   s_setLayers.erase(this);
-}
-
-AppInfo* CustomUIExtended::DecorateAppType(AppInfo* pAppInfo, const std::string& rMetadataValue) {
-  ORV_LOG_INFO("[Info] rMetadataValue : %s", rMetadataValue.c_str());
-  return new CustomUIExtended(pAppInfo, rMetadataValue);  // owned by the caller until Release()
-}
-
-void CustomUIExtended::Release(AppInfo* pAppInfo) {
-  delete static_cast<CustomUIExtended*>(pAppInfo);
-}
-
-AppInfo::ReleaseFunction CustomUIExtended::GetReleaseFunction() const {
-  return &Release;
 }
 
 void CustomUIExtended::RunOperation(bool bStarted) {
@@ -87,24 +77,29 @@ void CustomUIExtended::RunOperation(bool bStarted) {
 }
 
 void CustomUIExtended::UpdateOperation() {
-  ORV_LOG_DEBUG("[Debug] Applied Metadata : %s, Updatable Metadata : %s",
-                m_AppliedAppType.second.c_str(), m_UpdatableAppType.second.c_str());
+  ORV_LOG_DEBUG("[Debug] Applied Metadata : %s, Updatable Metadata : %s", GetValue(false).c_str(),
+                GetValue(true).c_str());
   AppTypeDecorator::UpdateOperation();
-  if (m_UpdatableAppType.second.empty()) return;
-  if (m_AppliedAppType.second == m_UpdatableAppType.second &&
-      m_mapAppliedData[DATA_KEY_CUSTOM_UI_COLD_BOOT_OPT] ==
-          m_mapUpdatableData[DATA_KEY_CUSTOM_UI_COLD_BOOT_OPT]) {
-    return;
-  }
+  if (GetValue(true).empty() || !IsUpdateNeeded()) return;
   SetOperation(GetAppliedAppTypes(), false);
-  m_AppliedAppType.second = m_UpdatableAppType.second;
-  // Makes the staged key where it is missing, so a first update wipes the option: settled
-  // behaviour.
-  m_mapAppliedData[DATA_KEY_CUSTOM_UI_COLD_BOOT_OPT] =
-      m_mapUpdatableData[DATA_KEY_CUSTOM_UI_COLD_BOOT_OPT];
+  {
+    const std::lock_guard<std::mutex> lock(m_mutexMetadata);
+    m_AppliedAppType.second = m_UpdatableAppType.second;
+    // Creates a missing staged key, so a first update wipes the option. Intentional:
+    // docs/behaviour.md, "The first update that gets to the option wipes it".
+    m_mapAppliedData[DATA_KEY_CUSTOM_UI_COLD_BOOT_OPT] =
+        m_mapUpdatableData[DATA_KEY_CUSTOM_UI_COLD_BOOT_OPT];
+  }
   SetOperation(GetAppliedAppTypes(), true);
   // The settings key keeps the option of the last run, and the staged option stays staged.
-  m_UpdatableAppType.second.clear();
+  ClearUpdatableValue();
+}
+
+bool CustomUIExtended::IsUpdateNeeded() {
+  const std::lock_guard<std::mutex> lock(m_mutexMetadata);
+  return m_AppliedAppType.second != m_UpdatableAppType.second ||
+         m_mapAppliedData[DATA_KEY_CUSTOM_UI_COLD_BOOT_OPT] !=
+             m_mapUpdatableData[DATA_KEY_CUSTOM_UI_COLD_BOOT_OPT];
 }
 
 void CustomUIExtended::StopOperation() {
@@ -117,13 +112,14 @@ void CustomUIExtended::StopOperation() {
 void CustomUIExtended::GetEnabledAppTypes(const std::string& rMetadataValue,
                                           std::vector<SupportedAppType>& rTypes) {
   ORV_LOG_INFO("[Info] rMetadataValue : %s", rMetadataValue.c_str());
-  CustomUITypes::AppendKnownNames(rMetadataValue, s_mapAppTypes, rTypes);
+  CustomUINames::AppendKnownNames(rMetadataValue, s_mapAppTypes, rTypes);
 }
 
 bool CustomUIExtended::WriteAppInfoVconfKey(bool bClear) {
-  return CustomUITypes::WriteAppInfoVconfKey(
+  return CustomUIAnnouncement::WriteAppInfoVconfKey(
       MEMBER_CUSTOM_APP,
-      CustomUITypes::MakeAppInfo(m_sPackageID, m_sAppID, m_sWidgetID, m_mapAppliedData), bClear);
+      CustomUIAnnouncement::MakeAppInfo(m_sPackageID, m_sAppID, m_sWidgetID, GetData(false)),
+      bClear);
 }
 
 void CustomUIExtended::SetOperationByAppType(const std::vector<SupportedAppType>& rTypes,
@@ -141,10 +137,12 @@ void CustomUIExtended::SetOperationByAppType(const std::vector<SupportedAppType>
 }
 
 void CustomUIExtended::SetOperation(const std::vector<SupportedAppType>& rTypes, bool bEnable) {
-  const auto it = m_mapAppliedData.find(DATA_KEY_CUSTOM_UI_COLD_BOOT_OPT);
-  const std::string sOption = it == m_mapAppliedData.end() ? CUSTOM_UI_DEFAULT : it->second;
-  if (sOption == CUSTOM_UI_BACKGROUND_IMG) {
-    // Takes the operations over also when they are to be handed back: callers rely on it.
+  // GetMetadata() would ask the inner layers for a missing key.
+  const DataMap mapData = GetData(false);
+  const auto it = mapData.find(DATA_KEY_CUSTOM_UI_COLD_BOOT_OPT);
+  if (it != mapData.end() && it->second == CUSTOM_UI_BACKGROUND_IMG) {
+    // Also when the operations are to be given back. Intentional: docs/behaviour.md, "A stop with
+    // "background_img" takes the operations over".
     RunSetOperationAsynchronously(rTypes, m_sAppID, this);
     return;
   }
@@ -176,28 +174,30 @@ void CustomUIExtended::OnAppStatusChanged(int eStatus, void* pUserData) {
 
 std::vector<CustomUIExtended::SupportedAppType> CustomUIExtended::GetAppliedAppTypes() const {
   std::vector<SupportedAppType> vTypes;
-  GetEnabledAppTypes(m_AppliedAppType.second, vTypes);
+  GetEnabledAppTypes(GetValue(false), vTypes);
   return vTypes;
 }
 
 void CustomUIExtended::RunSetOperationAsynchronously(const std::vector<SupportedAppType>& rTypes,
                                                      const std::string& rAppID, void* pUserData) {
-  // The future joins the worker when it goes, so the caller waits here; the worker may use the
-  // layer that long. Without a free thread the work is deferred and never done.
+  // The destructor of the future joins the worker, so the caller waits here and the layer outlives
+  // the worker. When no thread can be started, the work is deferred and never done.
   const std::future<void> future =
       std::async(&SetOperationAsynchronously, rTypes, rAppID, pUserData);
 }
 
 void CustomUIExtended::Rearm(void* pUserData) {
-  std::vector<SupportedAppType> vTypes;
+  std::string sMetadataValue;
   std::string sAppID;
   {
     const std::lock_guard<std::mutex> lock(s_mutexLayers);
     if (s_setLayers.count(pUserData) == 0) return;
     const auto* const pThis = static_cast<const CustomUIExtended*>(pUserData);
-    vTypes = pThis->GetAppliedAppTypes();
+    sMetadataValue = pThis->GetValue(false);
     sAppID = pThis->m_sAppID;
   }
+  std::vector<SupportedAppType> vTypes;
+  GetEnabledAppTypes(sMetadataValue, vTypes);
   RunSetOperationAsynchronously(vTypes, sAppID, pUserData);
 }
 

@@ -3,7 +3,6 @@
 //
 // Records in use on one thread while another one removes them.
 #include <gmock/gmock.h>
-#include <unistd.h>
 
 #include <atomic>
 #include <future>
@@ -12,8 +11,7 @@
 #include "app_info/AppInfoCache.h"
 #include "fake/control/calls.h"
 #include "fake/control/log.h"
-#include "support/thread_state.h"
-#include "support/wait_for.h"
+#include "support/other_thread.h"
 #include "unit/app_info/records.h"
 
 namespace {
@@ -22,39 +20,12 @@ using records::Layer;
 using records::MakeLayer;
 using records::Owned;
 using records::StoredPackages;
-using support::SleepsOnALock;
-using support::WaitFor;
+using support::OtherThread;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
 /// Longer than the characters that a string holds without an allocation.
 const std::string kLong = "org.example.packages.of.considerable.length.";
-
-/// An operation on a thread of its own.
-class Other {
- public:
-  explicit Other(std::function<void()> operation)
-      : m_thread([this, operation = std::move(operation)] {
-          m_id = gettid();
-          operation();
-          m_done = true;
-        }) {}
-  ~Other() { Join(); }
-  void Join() {
-    if (m_thread.joinable()) m_thread.join();
-  }
-  bool Done() const { return m_done; }
-  /// Waits until the operation has ended or sleeps on a lock.
-  testing::AssertionResult WaitUntilItStops() const {
-    return WaitFor([this] { return m_done || (m_id != 0 && SleepsOnALock(m_id)); },
-                   "the end of the operation, or its sleep on a lock");
-  }
-
- private:
-  std::atomic<pid_t> m_id{0};
-  std::atomic<bool> m_done{false};
-  std::thread m_thread;  // last: it uses the others
-};
 
 class AppInfoCachePins : public testing::Test {
  protected:
@@ -85,7 +56,7 @@ TEST_F(AppInfoCachePins, AWaitEndsWithTheLastPinOfAnotherThread) {
   m_cache.AddAppInfo("a", record.get(), false);
   PinnedAppInfo first = m_cache.PinAppInfo("a");
   PinnedAppInfo second = m_cache.PinAppInfo(record.get());
-  Other wait([this, &record] {
+  OtherThread wait([this, &record] {
     m_cache.RemoveAppInfo("a");
     m_cache.WaitUntilUnpinned(record.get());
   });
@@ -105,13 +76,12 @@ TEST_F(AppInfoCachePins, PinsOfOtherRecordsAndOfTheOwnThreadDoNotCount) {
   const auto other = MakeLayer("b", "type", "1");
   m_cache.AddAppInfo("a", record.get(), false);
   m_cache.AddAppInfo("b", other.get(), false);
-  PinnedAppInfo pinOfOther;
-  Other pins([&] { m_cache.PinAppInfo("a").reset(); });
+  OtherThread pins([&] { m_cache.PinAppInfo("a").reset(); });
   pins.Join();
   const PinnedAppInfo own = m_cache.PinAppInfo("a");
   std::promise<void> pinned;
   std::promise<void> end;
-  Other holder([&] {
+  OtherThread holder([&] {
     const PinnedAppInfo pin = m_cache.PinAppInfo("b");
     pinned.set_value();
     end.get_future().wait();
@@ -154,9 +124,9 @@ TEST_F(AppInfoCacheThreads, ARecordRemovedWhileItsDueTimeIsSetDoesNotComeBack) {
   m_cache.OpenDB();
   const Owned<Interrupted> record(new Interrupted("a"));
   m_cache.AddAppInfo("a", record.get(), true);
-  std::unique_ptr<Other> removal;
+  std::unique_ptr<OtherThread> removal;
   record->m_hook = [&] {
-    removal = std::make_unique<Other>([this] { m_cache.RemoveAppInfo("a"); });
+    removal = std::make_unique<OtherThread>([this] { m_cache.RemoveAppInfo("a"); });
     EXPECT_TRUE(removal->WaitUntilItStops());
     record->m_hook = nullptr;
   };
@@ -171,9 +141,9 @@ TEST_F(AppInfoCacheThreads, ARecordThatAWalkLooksIntoIsPinned) {
   const auto behind = MakeLayer("b", "ch_feeder_custom", "1");
   m_cache.AddAppInfo("a", record.get(), false);
   m_cache.AddAppInfo("b", behind.get(), false);
-  std::unique_ptr<Other> removal;
+  std::unique_ptr<OtherThread> removal;
   record->m_hook = [&] {
-    removal = std::make_unique<Other>([this, &record] {
+    removal = std::make_unique<OtherThread>([this, &record] {
       m_cache.RemoveAppInfo("a");
       m_cache.WaitUntilUnpinned(record.get());
     });
@@ -192,9 +162,9 @@ TEST_F(AppInfoCacheThreads, WalksMeetRecordsThatComeAndGo) {
   constexpr int kRounds = 3000;
   fake::SetRecording(false);
   std::atomic<bool> ended{false};
-  std::vector<std::unique_ptr<Other>> walks;
+  std::vector<std::unique_ptr<OtherThread>> walks;
   for (int i = 0; i < 2; ++i) {
-    walks.push_back(std::make_unique<Other>([this, &ended] {
+    walks.push_back(std::make_unique<OtherThread>([this, &ended] {
       while (!ended) {
         std::vector<std::string> ids;
         m_cache.GetAppIDList(ids);

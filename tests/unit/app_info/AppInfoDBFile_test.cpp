@@ -151,13 +151,26 @@ TEST_F(AppInfoDBFile, AFileThatIsNoDatabaseIsReplaced) {
   ExpectUsable(db);
 }
 
-TEST_F(AppInfoDBFile, AFileTooShortForADatabaseIsFilled) {
+TEST_F(AppInfoDBFile, AFileOfOneByteIsFilled) {
   WriteFile(StorePath(), "x");
   AppInfoDB db;
   db.OpenDB();
   EXPECT_THAT(fake::LogTexts(), HasLogsInOrder(Texts({"[Debug] length = 1", kCreateQuery})));
   EXPECT_THAT(StoredPackages(), IsEmpty());
   ExpectUsable(db);
+}
+
+TEST_F(AppInfoDBFile, AFileOfTwoToTenBytesIsReplaced) {
+  for (std::size_t length = 2; length <= 10; ++length) {
+    WriteFile(StorePath(), std::string(length, 'x'));
+    fake::ClearLog();
+    AppInfoDB db;
+    db.OpenDB();
+    EXPECT_THAT(fake::LogTexts(),
+                HasLogsInOrder(Texts({"[Debug] length = " + std::to_string(length),
+                                      "[Debug] DB will be removed and reopen DB", kCreateQuery})));
+    EXPECT_THAT(StoredPackages(), IsEmpty());
+  }
 }
 
 TEST_F(AppInfoDBFile, AFileWithADestroyedPageIsReplaced) {

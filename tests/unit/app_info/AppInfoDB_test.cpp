@@ -150,11 +150,70 @@ TEST_F(AppInfoDBTest, APackageIdWithASingleQuoteCannotEvenBeDeleted) {
   EXPECT_THAT(StoredPackages(), IsEmpty());
 }
 
-TEST_F(AppInfoDBTest, TwoSingleQuotesAreOneInTheRow) {
+/// Texts that would be more than a value in a statement without escaping.
+const std::vector<std::string> kInjections = {
+    "x','','','',''); DELETE FROM appinfo; --", "x'; DROP TABLE appinfo; --",
+    "x' || (SELECT package_id FROM appinfo) || '", "1''2", "'"};
+
+TEST_F(AppInfoDBTest, NoSqlInAnyValueReachesTheStore) {
+  for (const std::string& text : kInjections) {
+    for (const auto member : {&AppInfo::m_sAppID, &AppInfo::m_sWidgetID, &AppInfo::m_sServiceID,
+                              &AppInfo::m_sVersion}) {
+      StoreRow("pkg", "old");
+      StoreRow("other", "old");
+      const auto record = MakeFeeder("pkg");
+      (*record).*member = text;
+      fake::ClearLog();
+      EXPECT_FALSE(m_db.UpdateRecord(record.get())) << text;
+      EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] start", "[ERROR] update error."));
+      EXPECT_THAT(StoredPackages(), ElementsAre("other", "pkg")) << text;
+      fake::ClearLog();
+      EXPECT_FALSE(m_db.InsertNewRecord(record.get())) << text;
+      EXPECT_THAT(fake::LogTexts(),
+                  ElementsAre("[Info] start", "[Info] start", "[ERROR] insert error."));
+      EXPECT_THAT(StoredPackages(), ElementsAre("other")) << text;
+      ExecuteOnStore("DELETE FROM appinfo");
+    }
+  }
+}
+
+TEST_F(AppInfoDBTest, NoSqlInMetadataReachesTheStore) {
+  for (const std::string& text : kInjections) {
+    StoreRow("other", "old");
+    const auto record = MakeFeeder("pkg");
+    record->SetMetadata("orv_data", {"channel_data_url", text}, false);
+    EXPECT_FALSE(m_db.InsertNewRecord(record.get())) << text;
+    EXPECT_FALSE(m_db.UpdateRecord(record.get())) << text;
+    EXPECT_THAT(StoredPackages(), ElementsAre("other")) << text;
+    ExecuteOnStore("DELETE FROM appinfo");
+  }
+}
+
+TEST_F(AppInfoDBTest, NoSqlInAPackageIdReachesTheStore) {
+  for (const std::string& text : kInjections) {
+    StoreRow("other", "old");
+    const auto record = MakeFeeder(text);
+    EXPECT_FALSE(m_db.InsertNewRecord(record.get())) << text;
+    EXPECT_FALSE(m_db.UpdateRecord(record.get())) << text;
+    EXPECT_FALSE(m_db.DeleteRecord(text)) << text;
+    EXPECT_FALSE(m_db.DeleteRecord("x' OR '1'='1")) << text;
+    EXPECT_THAT(StoredPackages(), ElementsAre("other")) << text;
+    ExecuteOnStore("DELETE FROM appinfo");
+  }
+}
+
+TEST_F(AppInfoDBTest, AStatementWithoutMemoryForItsTextIsAFailure) {
+  StoreRow("pkg", "old");
   const auto record = MakeFeeder("pkg");
-  record->m_sVersion = "1''2";
-  EXPECT_TRUE(m_db.InsertNewRecord(record.get()));
-  EXPECT_THAT(QueryStore("SELECT version FROM appinfo"), ElementsAre(ElementsAre("1'2")));
+  sqlite3_hard_heap_limit64(1);
+  EXPECT_FALSE(m_db.UpdateRecord(record.get()));
+  EXPECT_FALSE(m_db.DeleteRecord("pkg"));
+  EXPECT_FALSE(m_db.InsertNewRecord(record.get()));
+  sqlite3_hard_heap_limit64(0);
+  EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] start", "[ERROR] update error.", "[Info] start",
+                                            "[ERROR] delete error.", "[Info] start", "[Info] start",
+                                            "[ERROR] delete error.", "[ERROR] insert error."));
+  EXPECT_THAT(QueryStore("SELECT variables FROM appinfo"), ElementsAre(ElementsAre("old")));
 }
 
 TEST_F(AppInfoDBTest, AnyOtherByteOfAnIdentityReachesTheRow) {

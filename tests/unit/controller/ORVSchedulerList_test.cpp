@@ -359,7 +359,8 @@ class SchedulingLocks : public SchedulerTest {
       operation();
     });
     const pid_t id = started.get_future().get();
-    ASSERT_TRUE(support::WaitFor([id] { return support::SleepsOnALock(id); }, "the thread at a lock"));
+    ASSERT_TRUE(
+        support::WaitFor([id] { return support::SleepsOnALock(id); }, "the thread at a lock"));
   }
   /// Whether the operation comes to its end while the lock is held.
   testing::AssertionResult Ends(std::function<void()> operation) {

@@ -7,9 +7,11 @@
 #include <gtest/gtest.h>
 
 #include <ostream>
+#include <string>
 
 #include "fake/control/fake.h"
 #include "support/log_matchers.h"
+#include "support/other_thread.h"
 
 namespace {
 
@@ -226,6 +228,22 @@ TEST(AppControlUtils, DisablingTheEmptyIdMatchesAnAppThatCannotBeRead) {
   fake::Fail("app_operation_get_current_app");
   EXPECT_TRUE(SetCurrentAppOfAppOperation(kOperation, "", false));
   EXPECT_EQ(fake::CallCount("app_operation_reset_current_app"), 1u);
+}
+
+TEST(AppControlUtils, UnknownCodesOnTwoThreadsHaveNoText) {
+  fake::SetLaunchHook([](const fake::Launch& launch) { return std::stoi(launch.app); });
+  const auto launch = [](int first) {
+    for (int code = first; code < first + 1000; ++code) {
+      AppControlUtils::LaunchApp(std::to_string(code), "operation");
+    }
+  };
+  support::OtherThread other([&] { launch(1); });
+  launch(2001);
+  other.Join();
+  for (const std::string& text : fake::LogTexts(6)) {
+    EXPECT_EQ(text.substr(text.rfind(']')), "] : ") << text;
+  }
+  EXPECT_EQ(fake::LogTexts(6).size(), 2000u);
 }
 
 }  // namespace

@@ -6,12 +6,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <memory>
+
 #include "fake/control/apps.h"
 #include "fake/control/calls.h"
 #include "fake/control/keys.h"
 #include "fake/control/log.h"
 #include "fake/control/timers.h"
 #include "support/log_matchers.h"
+#include "support/other_thread.h"
 #include "utils/AppPreloadingUtils.h"
 
 namespace {
@@ -178,6 +181,58 @@ TEST_F(AppPreloadingFollowing, AStatusOfTheFirstAppCountsForTheSecond) {
   fake::ClearLaunches();
   EXPECT_TRUE(Preload(kSecond));
   EXPECT_THAT(LaunchedApps(), IsEmpty());
+}
+
+/// The thread that a callback starts; it has to come to its end before the callback returns.
+std::unique_ptr<support::OtherThread>& Meanwhile() {
+  static std::unique_ptr<support::OtherThread> thread;
+  return thread;
+}
+
+TEST_F(AppPreloadingFollowing, CallbacksMayBeAddedAndRemovedElsewhereDuringACall) {
+  EXPECT_TRUE(Preload(kFirst, "b"));
+  EXPECT_TRUE(Preload(kFirst, "c"));
+  AppPreloadingUtils::AddWebStatusChangedCallback(
+      kFirst, "a",
+      {[](int, void*) {
+         Meanwhile() = std::make_unique<support::OtherThread>([] {
+           RemoveWebStatusChangedCallback(kFirst, "a");
+           RemoveWebStatusChangedCallback(kFirst, "b");
+         });
+         EXPECT_TRUE(Meanwhile()->WaitUntilItStops());
+         EXPECT_TRUE(Meanwhile()->Done()) << "a lock is held during the call";
+       },
+       nullptr});
+  Enter(kFirst, "resume");
+  EXPECT_THAT(Told(), ElementsAre(3));  // "c" alone
+  Meanwhile().reset();
+}
+
+/// Meant for the sanitizers: the main loop walks, reads and launches while apps come and go. The
+/// ids are longer than what a string holds without an allocation.
+TEST_F(AppPreloadingFollowing, TheMainLoopMeetsAppsThatComeAndGo) {
+  constexpr int kRounds = 2000;
+  fake::SetRecording(false);
+  const std::string apps[] = {"an.app.with.an.identifier.of.forty.characters",
+                              "another.app.with.an.id.of.forty.characters.."};
+  support::OtherThread decorators([&] {
+    for (int i = 0; i < kRounds; ++i) {
+      const std::string& app = apps[i % 2];
+      const std::string type = "a.type.with.a.name.of.forty.characters." + std::to_string(i % 5);
+      AppPreloadingUtils::AddWebStatusChangedCallback(app, type, {[](int, void*) {}, nullptr});
+      AppPreloadingUtils::RegisterAppStatusVconfCallback(app);
+      if (i % 3 == 0) RemoveWebStatusChangedCallback(app, type);
+    }
+  });
+  while (!decorators.Done()) {
+    AppPreloadingUtils::NotifyWebAppStatus();
+    AppPreloadingUtils::PreloadingTimerCBFunc(nullptr);
+    AppPreloadingUtils::LMKCheckingTimerCallback(nullptr);
+  }
+  decorators.Join();
+  for (const fake::Launch& launch : fake::Launches()) {
+    EXPECT_TRUE(launch.app.empty() || launch.app == apps[0] || launch.app == apps[1]) << launch.app;
+  }
 }
 
 }  // namespace

@@ -173,6 +173,30 @@ TEST_F(PackagedDataArchiveTest, AFileThatIsNoArchiveHasNoHandle) {
   EXPECT_THAT(fake::LogTexts(), ElementsAre("[ERROR] unzHandle is NULL"));
 }
 
+TEST_F(PackagedDataArchiveTest, AnythingButARegularFileHasNoHandle) {
+  const std::string device = m_dir / "device";
+  const std::string directory = m_dir / "directory";
+  const std::string dangling = m_dir / "dangling";
+  // A reader of a FIFO waits for a writer, for good.
+  ASSERT_EQ(mkfifo(m_archive.c_str(), 0600), 0);
+  ASSERT_EQ(symlink("/dev/zero", device.c_str()), 0);
+  ASSERT_EQ(symlink("nothing", dangling.c_str()), 0);
+  support::MakeDirectories(directory);
+  for (const std::string& path : {m_archive, device, directory, dangling}) {
+    fake::ClearLog();
+    EXPECT_FALSE(FileSystemUtils::Unzip(path, m_target)) << path;
+    EXPECT_THAT(fake::LogTexts(), ElementsAre("[ERROR] unzHandle is NULL")) << path;
+  }
+}
+
+TEST_F(PackagedDataArchiveTest, ALinkToAnArchiveIsFollowed) {
+  support::WriteZip(m_archive, {{"index.html", "<html/>"}});
+  const std::string link = m_dir / "link.zip";
+  ASSERT_EQ(symlink(m_archive.c_str(), link.c_str()), 0);
+  EXPECT_TRUE(FileSystemUtils::Unzip(link, m_target));
+  EXPECT_THAT(support::ListTree(m_target), ElementsAre("index.html"));
+}
+
 TEST_F(PackagedDataArchiveTest, AnArchiveWithoutEntriesFailsWithoutALine) {
   // The end record alone, behind four bytes of something else.
   support::WriteFile(m_archive, "stubPK\x05\x06" + std::string(18, '\0'));

@@ -467,6 +467,12 @@ TEST_F(PackagedDataTest, AListThatIsNoJsonBeginsAnew) {
   EXPECT_EQ(support::ReadFile(m_list), "{\"app_type\":[\"a\"]}\n");
 }
 
+TEST_F(PackagedDataTest, AListThatIsJsonAtItsStartKeepsItsTypes) {
+  support::WriteFile(m_list, "{\"app_type\":[\"a\"],garbage");
+  EXPECT_TRUE(AddAppTypeToFile(m_list, "b", false));
+  EXPECT_EQ(support::ReadFile(m_list), "{\"app_type\":[\"a\",\"b\"]}\n");
+}
+
 TEST_F(PackagedDataTest, AListWithBlanksIsCutShortAndLosesItsTypes) {
   support::WriteFile(m_list, "{\"app_type\": [\"a\"]}");
   EXPECT_TRUE(AddAppTypeToFile(m_list, "b", false));

@@ -15,8 +15,10 @@
 #include "fake/control/apps.h"
 #include "fake/control/clock.h"
 #include "fake/control/keys.h"
+#include "fake/control/log.h"
 #include "layers.h"
 #include "support/files.h"
+#include "support/other_thread.h"
 #include "support/wait_for.h"
 
 namespace {
@@ -133,6 +135,28 @@ TEST_F(CustomUIWorkers, AfterAFailedPreloadTheMutexIsHeldAtTheHandOverToo) {
   EXPECT_EQ(fake::WaitingThreads(), 1u);  // and is free again
   fake::SetOperationHook(nullptr);
   CustomUIExtended::OnAppStatusChanged(4, m_first.get());
+}
+
+/// The values are longer than what a string holds without an allocation.
+TEST(CustomUIStates, AnAppMayQuitWhileAnUpdateChangesItsScreens) {
+  constexpr int kRounds = 300;
+  const std::string values[] = {"channel_list,epg,and.a.screen.that.is.unknown",
+                                "epg,channel_list,and.another.screen.that.is.unknown"};
+  const auto ui = layers::Decorate<CustomUIExtended>(values[0]);
+  // Without a replacement file every worker ends at once.
+  support::OtherThread mainLoop([&ui] {
+    for (int i = 0; i < kRounds; ++i) CustomUIExtended::OnAppStatusChanged(6, ui.get());
+  });
+  for (int i = 1; !mainLoop.Done(); ++i) {
+    layers::StageValue(*ui, values[i % 2]);
+    ui->UpdateOperation();
+  }
+  mainLoop.Join();
+  for (const std::string& text : fake::LogTexts()) {
+    if (text.rfind("[Info] rMetadataValue : ", 0) != 0) continue;
+    EXPECT_THAT(text, testing::AnyOf(testing::EndsWith(" : " + values[0]),
+                                     testing::EndsWith(" : " + values[1])));
+  }
 }
 
 }  // namespace

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
 //
-// Updates of the two feeder layers that come upon a list file of another shape.
-#include "app_info/app_type/ChFeederTypes.h"
+// Updates of the two feeder layers that meet a list file of another shape.
+#include "app_info/app_type/ChFeederPackagedData.h"
 
 #include <dlog.h>
 #include <gmock/gmock.h>
@@ -28,14 +28,14 @@ using support::Texts;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// JSON, but no list of texts; what the library says to each.
+/// JSON, but not a list of texts, each with the message of the library.
 const std::vector<std::pair<std::string, std::string>> kMisshapen = {
     {"[1]", "in Json::Value::resolveReference(key, end): requires objectValue"},
     {"{\"app_type\":[{}]}", "Type is not convertible to string"}};
 
-class ChFeederTypesTest : public testing::Test {
+class ChFeederPackagedDataTest : public testing::Test {
  protected:
-  ChFeederTypesTest() {
+  ChFeederPackagedDataTest() {
     boost::filesystem::remove_all(FileSystemUtils::GetHbbTvDirectoryPath());
     Forget();
   }
@@ -65,25 +65,25 @@ class ChFeederTypesTest : public testing::Test {
   const std::string m_tree = FileSystemUtils::GetHbbTvDirectoryPath() + layers::kPackage;
 };
 
-TEST_F(ChFeederTypesTest, WhatTheRemovalThrowsIsLoggedAndEndsThere) {
+TEST_F(ChFeederPackagedDataTest, WhatTheRemovalThrowsIsLoggedAndEndsThere) {
   for (const auto& [content, text] : kMisshapen) {
     WriteList(content);
     Forget();
-    ChFeederTypes::UninstallPackagedData(layers::kPackage, "ch_feeder_custom", 1);
+    ChFeederPackagedData::RemoveForUpdate(layers::kPackage, "ch_feeder_custom", 1);
     EXPECT_THAT(Errors(), ElementsAre("[ERROR] exception : " + text)) << content;
   }
 }
 
-TEST_F(ChFeederTypesTest, ARemovalThatDoesNotThrowTakesWhatItsTypeSays) {
+TEST_F(ChFeederPackagedDataTest, ARemovalThatDoesNotThrowTakesWhatItsTypeSays) {
   WriteList("{\"app_type\":[\"ch_feeder_custom\"]}");
-  ChFeederTypes::UninstallPackagedData(layers::kPackage, "ch_feeder_custom", 2);
+  ChFeederPackagedData::RemoveForUpdate(layers::kPackage, "ch_feeder_custom", 2);
   EXPECT_TRUE(support::Exists(m_tree));
-  ChFeederTypes::UninstallPackagedData(layers::kPackage, "ch_feeder_custom", 1);
+  ChFeederPackagedData::RemoveForUpdate(layers::kPackage, "ch_feeder_custom", 1);
   EXPECT_FALSE(support::Exists(m_tree));
   EXPECT_THAT(Errors(), IsEmpty());
 }
 
-TEST_F(ChFeederTypesTest, AStandardUpdateWhoseRemovalThrowsInstallsTellsTheFrameworkAndClears) {
+TEST_F(ChFeederPackagedDataTest, AStandardUpdateWhoseRemovalThrowsInstallsAndClears) {
   for (const auto& [content, text] : kMisshapen) {
     const auto feeder = layers::Decorate<ChFeederStandard>("extended");
     layers::Apply(*feeder, "channel_data_url", "http://old/c");
@@ -111,7 +111,7 @@ TEST_F(ChFeederTypesTest, AStandardUpdateWhoseRemovalThrowsInstallsTellsTheFrame
   }
 }
 
-TEST_F(ChFeederTypesTest, ACustomUpdateWhoseRemovalThrowsClearsTheStagedValue) {
+TEST_F(ChFeederPackagedDataTest, ACustomUpdateWhoseRemovalThrowsClearsTheStagedValue) {
   for (const auto& [content, text] : kMisshapen) {
     const auto feeder = layers::Decorate<ChFeederCustom>(layers::NewRecord(), "", nullptr);
     WriteList(content);
@@ -126,7 +126,7 @@ TEST_F(ChFeederTypesTest, ACustomUpdateWhoseRemovalThrowsClearsTheStagedValue) {
   }
 }
 
-TEST_F(ChFeederTypesTest, AnUpdateWhoseRemovalThrowsDoesNotKeepTheOuterLayerFromItsTurn) {
+TEST_F(ChFeederPackagedDataTest, AnUpdateWhoseRemovalThrowsReachesTheOuterLayer) {
   const auto chain = layers::Decorate<ChFeederStandard>(
       ChFeederCustom::DecorateAppType(layers::NewRecord(), "extended", nullptr), "extended");
   WriteList("[1]");

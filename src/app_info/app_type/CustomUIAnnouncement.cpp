@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "app_info/app_type/CustomUITypes.h"
+#include "app_info/app_type/CustomUIAnnouncement.h"
 
 #include <vconf.h>
 
@@ -12,7 +12,7 @@
 #include "common/Log.h"
 #include "common/ORVConstants.h"
 
-namespace CustomUITypes {
+namespace CustomUIAnnouncement {
 
 Json::Value MakeAppInfo(const std::string& rPackageID, const std::string& rAppID,
                         const std::string& rWidgetID,
@@ -31,7 +31,7 @@ bool WriteAppInfoVconfKey(const std::string& rMember, const Json::Value& rAppInf
   const std::unique_ptr<char, decltype(&std::free)> pText(
       vconf_get_str(VCONFKEY_CUSTOM_UI_TYPE.c_str()), &std::free);
   ORV_LOG_DEBUG("[Debug] str = %s", pText ? pText.get() : "(null)");
-  // The key is expected to exist; without it the caller's operation ends here.
+  // Intentional: docs/behaviour.md, "Without the key an exception leaves the run".
   if (!pText) throw std::logic_error("basic_string: construction from null is not valid");
   try {
     const std::string sText = pText.get();
@@ -41,16 +41,16 @@ bool WriteAppInfoVconfKey(const std::string& rMember, const Json::Value& rAppInf
       return false;
     }
     if (bClear) {
-      root[rMember].clear();  // null where there was no such member: settled behaviour
+      root[rMember].clear();  // null when the member did not exist
     } else {
       root[rMember] = rAppInfo;
     }
     vconf_set_str(VCONFKEY_CUSTOM_UI_TYPE.c_str(), JsonText::Write(root).c_str());
     return true;
-  } catch (...) {  // whatever the JSON of others raises, the key stays as it is
+  } catch (...) {  // whatever the JSON of other programs raises, the key stays as it is
     ORV_LOG_ERROR("[ERROR] Exception Caught");
     return false;
   }
 }
 
-}  // namespace CustomUITypes
+}  // namespace CustomUIAnnouncement
