@@ -61,7 +61,7 @@ std::vector<std::string> TvArguments(const DeskPaths& paths, const Invocation& w
   return arguments;
 }
 
-/// How long a command waits for the daemon's main loop.
+/// The time that a command waits for the daemon's main loop.
 class StartLimit {
  public:
   explicit StartLimit(const Invocation& words)

@@ -27,7 +27,7 @@ Failure NoStart(const std::string& what) {
   return Failure(Exit::Failed, "cannot " + what + " (" + std::strerror(errno) + ")");
 }
 
-/// Opens the desk's log, making the directories on the way.
+/// Opens the desk's log, and creates its directory if needed.
 int OpenLog(const DeskPaths& paths) {
   std::error_code error;
   fs::create_directories(paths.Log(), error);
@@ -38,7 +38,7 @@ int OpenLog(const DeskPaths& paths) {
   return fd;
 }
 
-/// Everything up to a newline or the other side's end. False when the time is over before.
+/// Reads up to a newline or the end of the stream. False when the time is over before that.
 bool ReadLine(int fd, Clock::time_point end, std::string& line) {
   while (line.find('\n') == std::string::npos) {
     const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now());
@@ -74,7 +74,8 @@ void Understand(const std::string& text, StartResult& result) {
 std::string FindDeskTv() {
   std::string program = ProgramDirectory() + "/desk-tv";
   if (access(program.c_str(), X_OK) != 0) {
-    throw Failure(Exit::Failed, "there is no " + program + ": tv and desk-tv belong side by side");
+    throw Failure(Exit::Failed,
+                  program + " does not exist: install desk-tv in the same directory as tv");
   }
   return program;
 }

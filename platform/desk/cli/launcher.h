@@ -12,29 +12,31 @@
 
 namespace desk {
 
-/// desk-tv, which lies beside this program. Throws Failure (Failed) when it is not there.
+/// Path of desk-tv, which is in the same directory as this program. Throws Failure (Failed) when it
+/// does not exist.
 std::string FindDeskTv();
 
-/// What came of a start in the background.
+/// Result of a start in the background.
 struct StartResult {
   enum class Kind { Ready, Failed, TimedOut };
   Kind kind = Kind::Failed;
-  std::string reason;  ///< of Failed, as desk-tv told it; empty when it ended without a word
-  pid_t pid = -1;      ///< of the process that was started, which may have ended
+  std::string reason;  ///< of Failed, as desk-tv gave it; empty when it gave none
+  pid_t pid = -1;      ///< of the started process, which may have ended
 };
 
-/// Starts the program as a process of its own session, nobody's child, with its output in the
-/// desk's log, and waits for its first word: it is told to write "ready" or "failed: why" to the
-/// descriptor given with --ready-fd. Throws Failure (Failed) when it cannot be started at all.
+/// Starts the program in a session of its own, not as a child of this process, with its output in
+/// the desk's log. Waits until it writes "ready" or "failed: why" to the descriptor that it gets
+/// with
+/// --ready-fd. Throws Failure (Failed) when the start cannot be prepared.
 StartResult StartInBackground(const DeskPaths& paths, const std::string& program,
                               const std::vector<std::string>& arguments,
                               std::chrono::milliseconds timeout);
 
-/// Turns this process into the program. Returns only by throwing Failure (Failed).
+/// Replaces this process by the program. Throws Failure (Failed) when that is impossible.
 [[noreturn]] void BecomeProgram(const std::string& program,
                                 const std::vector<std::string>& arguments);
 
-/// Waits until there is no such process any more. False when it is still there afterwards.
+/// Waits until the process has ended. False when it still runs after the timeout.
 bool WaitForEnd(pid_t pid, std::chrono::milliseconds timeout);
 
 }  // namespace desk

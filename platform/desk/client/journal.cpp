@@ -9,10 +9,10 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <fstream>
 
 #include "client/environment.h"
+#include "common/timestamp.h"
 
 namespace desk {
 namespace {
@@ -35,18 +35,6 @@ std::uint64_t LastSeq(const std::string& path) {
     }
   }
   return last;
-}
-
-std::string Now() {
-  timespec now{};
-  clock_gettime(CLOCK_REALTIME, &now);
-  std::tm parts{};
-  gmtime_r(&now.tv_sec, &parts);
-  char day[32];
-  char text[48];
-  std::strftime(day, sizeof(day), "%Y-%m-%dT%H:%M:%S", &parts);
-  std::snprintf(text, sizeof(text), "%s.%03ldZ", day, now.tv_nsec / 1000000);
-  return text;
 }
 
 // The first thread bears the name of the program, which says nothing of what it does.
@@ -72,7 +60,7 @@ Journal::Journal(const std::string& path) : m_lastSeq(LastSeq(path)), m_file(pat
 
 void Journal::Begin(Entry& entry) {
   entry.seq = ++m_lastSeq;
-  entry.time = Now();
+  entry.time = UtcText(TimeOfDay());
 }
 
 void Journal::Write(const Entry& entry) {

@@ -8,11 +8,11 @@
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
-#include <ctime>
 #include <string>
 
 #include "client/environment.h"
 #include "client/faults.h"
+#include "common/timestamp.h"
 
 namespace desk {
 namespace {
@@ -31,14 +31,8 @@ char LevelLetter(int prio) {
 }
 
 std::string Head(int prio, const char* tag) {
-  timespec now{};
-  clock_gettime(CLOCK_REALTIME, &now);
-  std::tm parts{};
-  localtime_r(&now.tv_sec, &parts);
-  char time[32];
   char head[96];
-  std::strftime(time, sizeof(time), "%m-%d %H:%M:%S", &parts);
-  std::snprintf(head, sizeof(head), "%s.%03ld %5d %5ld %c/", time, now.tv_nsec / 1000000,
+  std::snprintf(head, sizeof(head), "%s %5d %5ld %c/", LogText(TimeOfDay()).c_str(),
                 static_cast<int>(getpid()), syscall(SYS_gettid), LevelLetter(prio));
   return std::string(head) + (tag == nullptr ? "" : tag) + ": ";
 }

@@ -3,7 +3,6 @@
 #include "tv/bus_daemon.h"
 
 #include <fcntl.h>
-#include <gio/gio.h>
 #include <pwd.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -14,9 +13,9 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <memory>
 
 #include "common/desk_error.h"
+#include "common/gio_ptr.h"
 #include "tv/process.h"
 
 namespace desk::tv {
@@ -24,7 +23,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// sockaddr_un holds 108 bytes; libraries differ in what they need of them.
+// sockaddr_un has 108 bytes for the path, of which libraries reserve some.
 constexpr std::size_t LONGEST_SOCKET = 100;
 constexpr const char* SHORT_DIRECTORY = "/tmp/tv-desk-bus-";
 
@@ -36,7 +35,7 @@ constexpr const char* CONFIGURATION_HEAD =
     "  <auth>EXTERNAL</auth>\n"
     "  <apparmor mode=\"disabled\"/>\n";
 
-// The bus belongs to one user, and nobody on it is to be slowed down or cut off by a limit.
+// The bus belongs to one user. Its limits are so high that no connection reaches them.
 constexpr const char* CONFIGURATION_TAIL =
     "  <policy context=\"default\">\n"
     "    <allow send_destination=\"*\" eavesdrop=\"true\"/>\n"
@@ -61,15 +60,14 @@ std::string ChooseSocket(const DeskPaths& paths) {
   }
   std::string directory = std::string(SHORT_DIRECTORY) + "XXXXXX";
   if (mkdtemp(directory.data()) == nullptr) {
-    throw DeskError(DeskError::Failed, "cannot make a directory for the bus's socket in /tmp: " +
+    throw DeskError(DeskError::Failed, "cannot create a directory for the bus's socket in /tmp: " +
                                            std::string(std::strerror(errno)));
   }
   return directory + "/bus";
 }
 
 std::string EscapeXml(const std::string& text) {
-  const std::unique_ptr<gchar, decltype(&g_free)> escaped(
-      g_markup_escape_text(text.c_str(), static_cast<gssize>(text.size())), g_free);
+  const TextPtr escaped(g_markup_escape_text(text.c_str(), static_cast<gssize>(text.size())));
   return escaped.get();
 }
 
@@ -111,8 +109,7 @@ BusDaemon::~BusDaemon() {
 }
 
 std::string BusDaemon::AddressOf(const std::string& socket) {
-  const std::unique_ptr<gchar, decltype(&g_free)> escaped(
-      g_dbus_address_escape_value(socket.c_str()), g_free);
+  const TextPtr escaped(g_dbus_address_escape_value(socket.c_str()));
   return std::string("unix:path=") + escaped.get();
 }
 
@@ -129,7 +126,8 @@ void BusDaemon::Start(const std::string& configuration) {
   if (getpwuid(geteuid()) == nullptr) {
     throw DeskError(DeskError::Failed, "the private bus cannot run as user " +
                                            std::to_string(geteuid()) +
-                                           ", who is not in the user database: be another user");
+                                           ", who is not in the user database: run it as another "
+                                           "user");
   }
   int ends[2] = {-1, -1};
   if (pipe2(ends, O_CLOEXEC) != 0) {
@@ -149,7 +147,7 @@ void BusDaemon::Start(const std::string& configuration) {
     throw;
   }
   close(ends[1]);
-  // It tells its address once it listens, and closes the pipe without a word when it cannot.
+  // It writes its address when it listens, and closes the pipe without writing when it fails.
   char byte = 0;
   const bool listens = read(ends[0], &byte, 1) == 1;
   close(ends[0]);

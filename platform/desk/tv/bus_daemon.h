@@ -11,26 +11,26 @@
 
 namespace desk::tv {
 
-/// The TV's private bus: one dbus-daemon that nobody else knows of. Main thread only.
+/// The TV's private bus: a dbus-daemon of its own. Main thread only.
 class BusDaemon {
  public:
-  /// Starts it and writes its address. Throws DeskError.
+  /// Starts the bus and writes its address to paths.Address(). Throws DeskError.
   explicit BusDaemon(const DeskPaths& paths);
-  /// Ends it.
+  /// Stops the bus.
   ~BusDaemon();
   BusDaemon(const BusDaemon&) = delete;
   BusDaemon& operator=(const BusDaemon&) = delete;
 
   const std::string& Address() const { return m_address; }
-  /// Path of the socket: paths.BusSocket(), or elsewhere when that is too long for a socket.
+  /// Path of the socket: paths.BusSocket(), or a path under /tmp when that one is too long.
   const std::string& Socket() const { return m_socket; }
-  /// The address of a bus whose socket is there.
+  /// The address of a bus with that socket.
   static std::string AddressOf(const std::string& socket);
 
-  /// Calls the function when the bus has ended unasked: the TV cannot go on without it.
+  /// Calls the function when the bus has ended by itself; the TV cannot continue without it.
   void OnDied(std::function<void(const std::string& why)> function);
 
-  /// The socket of a TV that was killed.
+  /// Removes the socket and the address that a killed TV left behind.
   static void RemoveLeftovers(const DeskPaths& paths);
 
  private:
@@ -41,7 +41,7 @@ class BusDaemon {
   std::string m_socket;
   std::string m_address;
   pid_t m_pid = 0;
-  unsigned m_watch = 0;  ///< of OnDied; 0 without
+  unsigned m_watch = 0;  ///< set by OnDied; 0 for none
 };
 
 }  // namespace desk::tv

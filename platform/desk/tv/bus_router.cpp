@@ -2,8 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tv/bus_router.h"
 
-#include <gio/gio.h>
-
 #include <atomic>
 #include <map>
 #include <utility>
@@ -11,6 +9,7 @@
 
 #include "common/bus_names.h"
 #include "common/desk_error.h"
+#include "common/gio_ptr.h"
 #include "common/json.h"
 
 namespace desk::tv {
@@ -27,14 +26,6 @@ constexpr const char* INTERFACE =
 constexpr guint32 NAME_DO_NOT_QUEUE = 4;
 constexpr guint32 NAME_IS_OURS = 1;
 
-struct ObjectUnref {
-  void operator()(gpointer object) const { g_object_unref(object); }
-};
-struct VariantUnref {
-  void operator()(GVariant* variant) const { g_variant_unref(variant); }
-};
-using VariantPtr = std::unique_ptr<GVariant, VariantUnref>;
-
 GVariant* Bytes(const Json::Value& value) {
   const std::string text = FormatJson(value);
   return g_variant_new_fixed_array(G_VARIANT_TYPE_BYTE, text.data(), text.size(), 1);
@@ -47,7 +38,7 @@ std::string Text(GVariant* array) {
 }
 
 DeskError Take(GError* error) {
-  const std::unique_ptr<GError, decltype(&g_error_free)> owner(error, g_error_free);
+  const ErrorPtr owner(error);
   return DeskError(DeskError::Failed, std::string("the private bus: ") + error->message);
 }
 
@@ -64,7 +55,7 @@ GDBusConnection* Connect(const std::string& address) {
   return bus;
 }
 
-// A call of the bus itself, which answers at once.
+// Calls a method of the bus itself, which replies at once.
 VariantPtr AskBus(GDBusConnection* bus, const char* method, GVariant* arguments) {
   GError* error = nullptr;
   GVariant* reply = g_dbus_connection_call_sync(
@@ -83,12 +74,12 @@ guint32 AskBusForNumber(GDBusConnection* bus, const char* method, GVariant* argu
   return number;
 }
 
-// An invocation may be answered from any thread, and its answer keeps its place among the events
-// that are sent before and after it.
+// GDBus accepts a reply from any thread, and keeps its order among the events that are sent before
+// and after it.
 class BusReply : public Reply {
  public:
   explicit BusReply(GDBusMethodInvocation* invocation) : m_invocation(invocation) {}
-  ~BusReply() override { Answer(DeskError::Failed, "the TV gave the call up"); }
+  ~BusReply() override { Answer(DeskError::Failed, "the TV dropped the call without a reply"); }
 
   void Return(const Json::Value& value) override {
     GDBusMethodInvocation* invocation = m_invocation.exchange(nullptr);
@@ -106,9 +97,8 @@ class BusReply : public Reply {
     if (invocation == nullptr) {
       return;
     }
-    // Error messages are strings of the bus, which are to be UTF-8.
-    const std::unique_ptr<gchar, decltype(&g_free)> valid(
-        g_utf8_make_valid(message.c_str(), static_cast<gssize>(message.size())), g_free);
+    // D-Bus requires UTF-8 in error messages.
+    const TextPtr valid(g_utf8_make_valid(message.c_str(), static_cast<gssize>(message.size())));
     g_dbus_method_invocation_return_dbus_error(invocation, (BUS_ERROR_PREFIX + code).c_str(),
                                                valid.get());
   }
@@ -132,12 +122,12 @@ struct BusRouter::State {
   void Send(const char* destination, const std::string& topic, const Json::Value& body);
 
   const CallerTable& callers;
-  const std::unique_ptr<GDBusConnection, ObjectUnref> bus;
+  const ObjectPtr<GDBusConnection> bus;
   guint object = 0;
   guint connections = 0;
   std::map<std::string, DeferredHandler> methods;
   std::vector<std::function<void(const std::string&)>> goneFunctions;
-  std::map<std::string, Caller> known;  // who a connection belongs to does not change
+  std::map<std::string, Caller> known;  // a connection keeps its owner
 };
 
 void BusRouter::State::Export() {
@@ -149,8 +139,7 @@ void BusRouter::State::Export() {
       nullptr,
       {}};
   GError* error = nullptr;
-  const std::unique_ptr<GDBusNodeInfo, decltype(&g_dbus_node_info_unref)> node(
-      g_dbus_node_info_new_for_xml(INTERFACE, &error), g_dbus_node_info_unref);
+  const NodeInfoPtr node(g_dbus_node_info_new_for_xml(INTERFACE, &error));
   if (node == nullptr) {
     throw Take(error);
   }
@@ -177,7 +166,7 @@ void BusRouter::State::WatchConnections() {
       this, nullptr);
 }
 
-// The outermost frame of every call: what a part of the TV throws ends here.
+// The outermost frame of every call: exceptions of the TV's parts are caught here.
 void BusRouter::State::OnCall(const char* sender, GVariant* arguments,
                               GDBusMethodInvocation* invocation) {
   const auto reply = std::make_shared<BusReply>(invocation);
@@ -201,7 +190,7 @@ void BusRouter::State::Run(const std::string& method, const Json::Value& request
     throw DeskError(DeskError::NoSuchMethod, "the TV has no method " + method);
   }
   if (!request.isObject()) {
-    throw DeskError(DeskError::Usage, "a request is a JSON object");
+    throw DeskError(DeskError::Usage, "the request must be a JSON object");
   }
   found->second(request, caller, reply);
 }
@@ -216,8 +205,8 @@ Caller BusRouter::State::CallerOf(const std::string& busName) {
     caller = callers.Identify(static_cast<pid_t>(AskBusForNumber(
         bus.get(), "GetConnectionUnixProcessID", g_variant_new("(s)", busName.c_str()))));
   } catch (const DeskError&) {
-    // It went away after its call, so nobody can say whose it was: an operator's, who is trusted
-    // with no app's name. It is not remembered: its end was told already.
+    // The connection was closed after its call, so its owner is unknown. It counts as an
+    // operator's, which cannot act as an app. It is not remembered: its end was already reported.
     caller.busName = busName;
     return caller;
   }
@@ -249,7 +238,8 @@ BusRouter::BusRouter(const std::string& address, const CallerTable& callers)
   m_state->WatchConnections();
   if (AskBusForNumber(m_state->bus.get(), "RequestName",
                       g_variant_new("(su)", BUS_NAME, NAME_DO_NOT_QUEUE)) != NAME_IS_OURS) {
-    throw DeskError(DeskError::Failed, "somebody else is the TV on this TV's private bus");
+    throw DeskError(DeskError::Failed,
+                    "another desk-tv already owns " + std::string(BUS_NAME) + " on this bus");
   }
 }
 
@@ -286,7 +276,7 @@ void BusRouter::OnConnectionGone(std::function<void(const std::string& busName)>
 }
 
 void BusRouter::Flush() {
-  // The bus handles what one connection says in order, so its answer comes after all of it.
+  // The bus handles the messages of a connection in order, so the reply comes after all of them.
   AskBus(m_state->bus.get(), "GetId", nullptr);
 }
 

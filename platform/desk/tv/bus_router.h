@@ -10,12 +10,12 @@
 
 namespace desk::tv {
 
-/// The router on a desk's private bus. To be made and destroyed on the main loop's thread, which
-/// runs all handlers.
+/// The router on a desk's private bus. Create and destroy it on the main loop's thread, which runs
+/// all handlers.
 class BusRouter : public Router {
  public:
-  /// Connects and takes the TV's name; calls are answered from then on, so methods are to be added
-  /// before the main loop runs. The callers are kept by reference. Throws DeskError (Failed).
+  /// Connects to the bus and acquires the TV's name. Add all methods before the main loop runs,
+  /// since calls are handled from then on. Keeps a reference to callers. Throws DeskError (Failed).
   BusRouter(const std::string& address, const CallerTable& callers);
   ~BusRouter() override;
 
@@ -26,7 +26,7 @@ class BusRouter : public Router {
               const Json::Value& body) override;
   void OnConnectionGone(std::function<void(const std::string& busName)> function) override;
 
-  /// Returns when all that was said is with the bus and was passed on.
+  /// Returns when the bus has received and forwarded everything that was sent.
   void Flush();
 
  private:

@@ -15,7 +15,7 @@ std::optional<ProcessParents> ReadProcessParents(pid_t pid) {
   if (!std::getline(file, line)) {
     return std::nullopt;
   }
-  // The name in brackets may hold anything, brackets and blanks too.
+  // The name in parentheses may contain any character, also parentheses and blanks.
   const std::size_t nameEnd = line.rfind(')');
   if (nameEnd == std::string::npos) {
     return std::nullopt;
@@ -54,7 +54,7 @@ const Caller* CallerTable::Find(pid_t pid) const {
 }
 
 Caller CallerTable::Identify(pid_t pid) const {
-  // The table may change while it is walked, so the walk has an end of its own.
+  // The process table may change during the walk, so its depth is limited.
   constexpr int MAX_DEPTH = 64;
   const Caller* owner = nullptr;
   pid_t at = pid;

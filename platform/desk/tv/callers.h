@@ -13,31 +13,32 @@
 
 namespace desk::tv {
 
-/// What the process table tells about a process that lives.
+/// What the process table says about a running process.
 struct ProcessParents {
   pid_t parent = 0;
   pid_t session = 0;
 };
 
-/// Of a process of this machine; nothing when there is none. Reads /proc.
+/// Reads /proc. Nothing when there is no such process.
 std::optional<ProcessParents> ReadProcessParents(pid_t pid);
 
-/// Who a process belongs to: the one that desk-tv started it as, or started one of its ancestors
-/// or the leader of its session as. Everybody else is an operator. Main loop's thread only.
+/// Finds out what a calling process is: the daemon or the app that desk-tv started as this process,
+/// as one of its ancestors, or as the leader of its session. Any other process is an operator's.
+/// Main loop's thread only.
 class CallerTable {
  public:
   using Reader = std::function<std::optional<ProcessParents>(pid_t)>;
 
   explicit CallerTable(Reader reader = ReadProcessParents) : m_reader(std::move(reader)) {}
 
-  /// To be called right after the start of a process, before the main loop runs again. For the
-  /// daemon the pid is that of the sandbox around it.
+  /// Call these right after the start of a process, before the main loop runs again. For the daemon
+  /// pass the pid of its sandbox.
   void AddDaemon(pid_t pid);
   void AddApp(pid_t pid, const std::string& appId);
-  /// To be called when the process was waited for: from then on its pid may be anybody's.
+  /// Call it when the process was waited for: its pid may be reused from then on.
   void Remove(pid_t pid);
 
-  /// kind, pid and appId are set; busName is not.
+  /// Sets kind, pid and appId, but not busName.
   Caller Identify(pid_t pid) const;
 
  private:

@@ -15,6 +15,7 @@
 #include <filesystem>
 
 #include "common/desk_error.h"
+#include "common/gio_ptr.h"
 #include "tv/bus_daemon.h"
 #include "tv/bus_router.h"
 #include "tv/callers.h"
@@ -30,7 +31,7 @@ namespace {
 constexpr int EXIT_FAILED = 1;
 constexpr int EXIT_USAGE = 2;
 
-// Tells once, to whoever started this process, how the start went.
+// Reports the result of the start once, to the process that started this one.
 class Announcement {
  public:
   explicit Announcement(int fd) : m_fd(fd) {
@@ -38,7 +39,7 @@ class Announcement {
       fcntl(m_fd, F_SETFD, FD_CLOEXEC);
     }
   }
-  ~Announcement() { Say("failed: the TV was ended while it started"); }
+  ~Announcement() { Say("failed: the TV was stopped while it started"); }
   Announcement(const Announcement&) = delete;
   Announcement& operator=(const Announcement&) = delete;
 
@@ -56,7 +57,7 @@ class Announcement {
   int m_fd;
 };
 
-// The service manager's watchdog, where there is one.
+// Feeds the watchdog of the service manager, if there is one.
 void FeedServiceManager() {
   std::uint64_t microseconds = 0;
   if (sd_watchdog_enabled(0, &microseconds) <= 0) {
@@ -80,27 +81,19 @@ gboolean OnSignal(gpointer television) {
   return G_SOURCE_CONTINUE;
 }
 
-struct Loop {
-  Loop() : loop(g_main_loop_new(nullptr, FALSE)) {}
-  ~Loop() { g_main_loop_unref(loop); }
-  Loop(const Loop&) = delete;
-  Loop& operator=(const Loop&) = delete;
-  GMainLoop* const loop;
-};
-
-// The TV from its first start to its end; false when it never came up.
+// Runs the TV until it is switched off. False when it did not start.
 bool Live(const TvOptions& options, TvLog& log, const std::string& mounts,
           Announcement& announcement) {
-  Loop loop;
+  const MainLoopPtr loop(g_main_loop_new(nullptr, FALSE));
   CallerTable callers;
   BusDaemon bus(options.paths);
   BusRouter router(bus.Address(), callers);
   Television television({options, router, callers, log, mounts, bus.Address(), bus.Socket(),
-                         [&loop] { g_main_loop_quit(loop.loop); }});
+                         [&loop] { g_main_loop_quit(loop.get()); }});
   bool up = false;
   bus.OnDied([&log, &loop](const std::string& why) {
-    log.Say("the private bus died (" + why + "): the TV ends");
-    g_main_loop_quit(loop.loop);
+    log.Say("the private bus ended (" + why + "): the TV cannot continue and ends");
+    g_main_loop_quit(loop.get());
   });
   g_unix_signal_add(SIGTERM, OnSignal, &television);
   g_unix_signal_add(SIGINT, OnSignal, &television);
@@ -117,13 +110,13 @@ bool Live(const TvOptions& options, TvLog& log, const std::string& mounts,
     announcement.Say("failed: " + failure);
     television.GoDown([] {});
   });
-  g_main_loop_run(loop.loop);
+  g_main_loop_run(loop.get());
   sd_notify(0, "STOPPING=1");
   router.Flush();
   return up;
 }
 
-// The TV leaves the directory that it was started in, so that nothing is kept busy by it.
+// Leaves the directory that the TV was started in, so that it does not keep a file system busy.
 void LeaveDirectory() {
   if (const char* daemon = std::getenv("ORV_ENABLER")) {
     setenv("ORV_ENABLER", std::filesystem::absolute(daemon).c_str(), 1);
@@ -143,10 +136,10 @@ int Run(const TvOptions& options, Announcement& announcement) {
   TvLog log(options.log);
   g_log_set_default_handler(LogWarning, &log);
   directory.ClearLeftovers(log);
-  ProgramDirectory();  // while it can be found
+  ProgramDirectory();  // remembered now; it cannot be read in the mount namespace
   const std::string mounts = EnterMountNamespace(options.paths);
   LeaveDirectory();
-  log.Say("a TV in " + options.paths.Root() + "; mounts: " + mounts);
+  log.Say("starting a TV in " + options.paths.Root() + "; mount namespace: " + mounts);
   const bool good = Live(options, log, mounts, announcement);
   log.Say("off");
   return good ? EXIT_SUCCESS : EXIT_FAILED;

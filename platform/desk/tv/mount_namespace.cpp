@@ -14,8 +14,8 @@ namespace desk::tv {
 namespace {
 
 std::string Without(const std::string& step) {
-  return "none of the desk's own (" + step + ": " + std::strerror(errno) +
-         "): what is mounted is the machine's";
+  return "the machine's, since this process may not create one (" + step + ": " +
+         std::strerror(errno) + ")";
 }
 
 bool WriteFile(const char* path, const std::string& text) {
@@ -24,7 +24,7 @@ bool WriteFile(const char* path, const std::string& text) {
   return static_cast<bool>(file.flush());
 }
 
-// The user stays the same inside: the bus compares user ids.
+// The user id stays the same in the namespace, since the bus compares user ids.
 bool MapUser(uid_t user, gid_t group) {
   const std::string userText = std::to_string(user);
   const std::string groupText = std::to_string(group);
@@ -54,8 +54,8 @@ std::string EnterMountNamespace(const DeskPaths& paths) {
   if (!ShareDirectory(paths.Root().c_str())) {
     return Without("mount");
   }
-  return privileged ? "a mount namespace of the desk's own"
-                    : "a mount namespace of the desk's own, in a user namespace";
+  return privileged ? "the desk's own mount namespace"
+                    : "the desk's own mount namespace, in a user namespace";
 }
 
 }  // namespace desk::tv

@@ -8,13 +8,13 @@
 
 namespace desk::tv {
 
-/// Gives this process a mount namespace of its own, in which what is mounted under the TV's
-/// directory reaches the processes it starts and vanishes with them: the machine never sees it. An
-/// ordinary user gets a user namespace around it. To be called while the process has one thread,
-/// before anything under the directory is opened for good.
+/// Moves this process into a mount namespace of its own. Mounts under the TV's directory reach the
+/// processes that it starts and disappear with them; the machine never sees them. For an ordinary
+/// user a user namespace is created too. Call it while the process has one thread, before it keeps
+/// anything under the directory open.
 ///
-/// Returns how it went, for people: a process that may not do this works on without, and its mounts
-/// are the machine's.
+/// Returns the result as text for people. If the process is not allowed to do this it continues
+/// without, and its mounts are the machine's.
 std::string EnterMountNamespace(const DeskPaths& paths);
 
 }  // namespace desk::tv

@@ -61,7 +61,7 @@ void Power::TurnOff(std::function<void()> done) {
 
 void Power::Cycle(const std::shared_ptr<Reply>& reply) {
   if (m_changing) {
-    throw DeskError(DeskError::Failed, "the TV is being switched already: wait for that");
+    throw DeskError(DeskError::Failed, "another power cycle is in progress: wait until it is done");
   }
   m_changing = true;
   m_log.Say("power cycle");
@@ -98,7 +98,7 @@ void Power::Reset(const std::string& kind) {
   }
   if (kind != "factory" && kind != "service") {
     throw DeskError(DeskError::Usage,
-                    "there is no reset \"" + kind + "\": factory, service and apps are known");
+                    "unknown reset \"" + kind + "\": use factory, service or apps");
   }
   const std::string key = "db/factory/" + kind + "_reset_count";
   m_keys.Set(key, m_keys.GetInt(key, 0) + 1);

@@ -15,27 +15,26 @@
 
 namespace desk::tv {
 
-/// What the parts of the TV do when the power goes and comes; run in the order given, on the main
-/// loop. Must not throw.
+/// What the TV's parts do at power-off and at power-on. Run in the given order on the main loop's
+/// thread. Must not throw.
 struct PowerHooks {
   std::vector<std::function<void()>> off;
   std::vector<std::function<void()>> on;
 };
 
-/// The TV's power switch, its network time and its resets: tv.power_cycle, tv.down, reset. Main
-/// loop's thread only.
+/// The TV's power switch, its network time and its resets. Methods tv.power_cycle, tv.down and
+/// reset. Main loop's thread only.
 class Power {
  public:
   using Done = Supervisor::Done;
 
-  /// quit is called once the TV is off for good, and ends the main loop.
+  /// quit ends the main loop; it is called after tv.down has switched everything off.
   Power(Router& router, const DeskPaths& paths, Keys& keys, Supervisor& supervisor, TvLog& log,
         bool offline, PowerHooks hooks, std::function<void()> quit);
 
-  /// Done when the daemon is in its main loop.
+  /// Calls done when the daemon is in its main loop, or with the reason why it is not.
   void TurnOn(Done done);
-  /// Ends everything that runs, then quits. Done is called before that; a second call waits for the
-  /// first.
+  /// Stops the daemon and all apps, calls done, then quits. A second call waits for the first.
   void GoDown(std::function<void()> done);
 
  private:

@@ -3,15 +3,14 @@
 #include "tv/process.h"
 
 #include <fcntl.h>
-#include <glib.h>
 #include <sys/wait.h>
 
 #include <cerrno>
 #include <cstring>
 #include <map>
-#include <memory>
 
 #include "common/desk_error.h"
+#include "common/gio_ptr.h"
 #include "common/spawn.h"
 
 namespace desk::tv {
@@ -25,7 +24,7 @@ std::vector<std::string> MergeEnvironment(const std::vector<std::string>& change
   for (const std::string& entry : OwnEnvironment()) {
     put(entry);
   }
-  // The service manager talks with desk-tv alone.
+  // These are for desk-tv itself, which is the service manager's process.
   for (const char* name : {"NOTIFY_SOCKET", "WATCHDOG_PID", "WATCHDOG_USEC"}) {
     merged.erase(name);
   }
@@ -105,8 +104,7 @@ std::string DescribeStatus(int status) {
 }
 
 std::string FindProgram(const std::string& name) {
-  const std::unique_ptr<gchar, decltype(&g_free)> path(g_find_program_in_path(name.c_str()),
-                                                       g_free);
+  const TextPtr path(g_find_program_in_path(name.c_str()));
   return path == nullptr ? std::string() : std::string(path.get());
 }
 

@@ -19,7 +19,7 @@ void Append(Arguments& arguments, std::initializer_list<std::string> more) {
   arguments.insert(arguments.end(), more);
 }
 
-// The machine's entries of one directory, one by one, but those that the TV has its own of.
+// Binds the machine's entries of one directory, except those that the TV replaces.
 void BindEntries(Arguments& arguments, const std::string& parent,
                  const std::vector<HostEntry>& entries, const std::set<std::string>& except) {
   for (const HostEntry& entry : entries) {
@@ -53,7 +53,7 @@ void BindTv(Arguments& arguments, const SandboxPlan& plan) {
   Append(arguments, {"--bind", paths.DaemonPackage(), own});
   Append(arguments, {"--ro-bind", paths.Run(), run});
   Append(arguments, {"--ro-bind", paths.Log(), run + "/log"});
-  // A log that is not there must not keep the daemon from its work.
+  // A missing log must not keep the daemon from starting.
   Append(arguments, {"--bind-try", paths.Faults(), run + "/faults"});
   Append(arguments, {"--bind-try", paths.DaemonLog(), run + "/log/daemon.log"});
   Append(arguments, {"--bind-try", paths.Journal(), run + "/log/journal.jsonl"});
@@ -97,7 +97,7 @@ std::vector<std::string> SandboxArguments(const SandboxPlan& plan) {
   }
   BindMachine(arguments, plan);
   BindTv(arguments, plan);
-  // What only leads to the places above is in memory, and is nobody's to write either.
+  // The directories that lead to the paths above are in memory; make them read-only too.
   Append(arguments, {"--remount-ro", "/", "--chdir", "/"});
   for (const std::string& variable : plan.environment) {
     const std::size_t equals = variable.find('=');

@@ -47,7 +47,7 @@ std::string EarlyEnd(const std::string& reason, const std::string& lastLine) {
 
 void RequireDaemon(const Caller& caller, const char* method) {
   if (caller.kind != Caller::Kind::Daemon) {
-    throw DeskError(DeskError::Usage, std::string(method) + " is for the daemon alone");
+    throw DeskError(DeskError::Usage, "only the daemon may call " + std::string(method));
   }
 }
 
@@ -95,11 +95,11 @@ void Supervisor::AddMethods(Router& router) {
   });
   router.Add("daemon.kill", [this](const Json::Value&, const Caller&) {
     if (!IsRunning()) {
-      throw DeskError(DeskError::NotFound, "no daemon runs: start it with tv daemon start");
+      throw DeskError(DeskError::NotFound, "no daemon is running: start it with `tv daemon start`");
     }
     Json::Value reply;
     reply["pid"] = DaemonPid();
-    // A crash that somebody asked for says nothing of the daemon's health.
+    // A requested crash must not delay the next start.
     m_killAsked = true;
     Kill(SIGKILL);
     return reply;
@@ -116,7 +116,7 @@ void Supervisor::AddMethods(Router& router) {
   });
 }
 
-void Supervisor::Answer(const std::shared_ptr<Reply>& reply, const std::string& failure) const {
+void Supervisor::Answer(const std::shared_ptr<Reply>& reply, const std::string& failure) {
   if (!failure.empty()) {
     reply->Fail(DeskError::Failed, failure);
     return;
@@ -210,7 +210,7 @@ void Supervisor::OnEnded(int status) {
     }
     return;
   }
-  // Those who are told may stop what is to be started again.
+  // Schedule the restart before notifying: a listener may call Stop().
   OnDiedUnasked();
   if (early) {
     const std::string said = output.empty() ? "" : LastLine(output);
@@ -222,7 +222,7 @@ void Supervisor::OnDiedUnasked() {
   const bool quick = !m_killAsked && Now() - m_startedAt < static_cast<long>(m_times.quickDeath);
   m_killAsked = false;
   m_quickDeaths = quick ? m_quickDeaths + 1 : 0;
-  // One death is answered at once; a daemon that keeps dying is given more and more time.
+  // Restart at once after one death; with growing delays when the daemon keeps dying.
   unsigned delay = 0;
   for (unsigned i = 1; i < m_quickDeaths && delay < m_times.longestDelay; ++i) {
     delay = delay == 0 ? m_times.firstDelay : delay * 2;
@@ -244,7 +244,7 @@ void Supervisor::Restart() {
 
 void Supervisor::RegisterWatchdog(int seconds) {
   if (seconds <= 0) {
-    throw DeskError(DeskError::Usage, "the watchdog takes a number of seconds above 0");
+    throw DeskError(DeskError::Usage, "the watchdog needs a number of seconds above 0");
   }
   const unsigned real = static_cast<unsigned>(std::min(seconds, 86400)) * 1000U;
   const unsigned scaled = real / m_times.speed;
@@ -261,8 +261,7 @@ void Supervisor::NotifyWatchdog() {
 
 void Supervisor::ArmWatchdog() {
   m_watchdogTimer.Set(m_watchdogTime, [this] {
-    m_silence =
-        "it was silent for " + std::to_string(m_watchdogTime) + " ms, killed by the watchdog";
+    m_silence = "killed by the watchdog after " + std::to_string(m_watchdogTime) + " ms of silence";
     Kill(SIGKILL);
   });
 }
@@ -273,12 +272,12 @@ void Supervisor::Kill(int signal) {
   }
   const pid_t daemon = DaemonPid();
   if (daemon <= 0 || kill(daemon, signal) != 0) {
-    // Without the daemon's own pid its sandbox is ended, and takes it along.
+    // The daemon's own pid is unknown: kill its sandbox, and the daemon with it.
     kill(m_process.pid, SIGKILL);
   }
 }
 
-pid_t Supervisor::DaemonPid() const {
+pid_t Supervisor::DaemonPid() {
   if (m_daemonPid != 0 || m_process.pid == 0) {
     return m_daemonPid;
   }
@@ -293,7 +292,7 @@ pid_t Supervisor::DaemonPid() const {
     const Json::Value info = ParseJson(m_info);
     m_daemonPid = info.isObject() ? info.get("child-pid", 0).asInt() : 0;
   } catch (const std::exception&) {
-    // The sandbox is still being made, and has told nothing or half of it.
+    // The sandbox is still being set up, and has written nothing or only a part.
   }
   return m_daemonPid;
 }
@@ -303,7 +302,7 @@ bool Supervisor::IsRunning() const {
 }
 
 std::string Supervisor::ReasonOf(int status) const {
-  // The sandbox passes a deadly signal on as a shell does.
+  // The sandbox reports a fatal signal as a shell does: 128 plus its number.
   constexpr int SIGNAL_BASE = 128;
   const int code = WIFEXITED(status) ? WEXITSTATUS(status) : 0;
   if (m_process.sandboxed && code > SIGNAL_BASE && code < SIGNAL_BASE + NSIG) {
@@ -322,7 +321,7 @@ void Supervisor::SetState(State state) {
   m_router.Emit("daemon", body);
 }
 
-Json::Value Supervisor::Describe() const {
+Json::Value Supervisor::Describe() {
   static const char* const NAMES[] = {"exited", "starting", "ready", "stopping", "restarting"};
   Json::Value daemon;
   daemon["running"] = IsRunning();

@@ -16,56 +16,57 @@
 
 namespace desk::tv {
 
-/// A daemon that was started.
+/// A started daemon process.
 struct DaemonProcess {
-  pid_t pid = 0;           ///< of the sandbox around it, or of the daemon itself without one
-  bool sandboxed = false;  ///< its end is told as the sandbox's exit status then
-  int infoFd = -1;         ///< the sandbox tells the daemon's own pid there; owned by the taker
-  std::string output;      ///< file that its standard error goes to
+  pid_t pid = 0;           ///< of the sandbox, or of the daemon when there is no sandbox
+  bool sandboxed = false;  ///< then the exit status is the sandbox's
+  int infoFd = -1;         ///< the sandbox writes the daemon's pid there; the receiver closes it
+  std::string output;      ///< file with its standard output and error
 };
 
-/// How long the supervisor waits. In milliseconds.
+/// Times of the supervisor, in milliseconds.
 struct SupervisorTimes {
   unsigned stopGrace = 5000;    ///< from SIGTERM to SIGKILL
-  unsigned quickDeath = 10000;  ///< a daemon that lived shorter counts against the next start
-  unsigned firstDelay = 1000;   ///< before the second start in a row; doubled each time
+  unsigned quickDeath = 10000;  ///< a shorter life delays the next start
+  unsigned firstDelay = 1000;   ///< before the second restart in a row; doubled each time
   unsigned longestDelay = 30000;
-  unsigned watchdogFloor = 10000;  ///< least time to be silent when the daemon's clock runs faster
-  unsigned speed = 1;              ///< of the daemon's clock
+  unsigned watchdogFloor =
+      10000;           ///< minimum of the watchdog's time when the daemon's clock runs faster
+  unsigned speed = 1;  ///< of the daemon's clock
 };
 
-/// Keeps the daemon running: starts it, learns when its main loop runs, restarts it when it dies or
-/// falls silent, and stops it when asked. Methods daemon.* and watchdog.*, topic "daemon". Main
-/// loop's thread only.
+/// Keeps the daemon running: starts it, notices when its main loop runs, restarts it when it dies
+/// or when its watchdog expires, and stops it on request. Methods daemon.* and watchdog.*, topic
+/// "daemon". Main loop's thread only.
 class Supervisor {
  public:
   /// Starts one daemon; throws DeskError.
   using Launcher = std::function<DaemonProcess()>;
-  /// Gets an empty text for done, else why not.
+  /// Called with an empty text for success, else with the reason of the failure.
   using Done = std::function<void(const std::string& failure)>;
 
   Supervisor(Router& router, CallerTable& callers, TvLog& log, Launcher launcher,
              SupervisorTimes times);
-  /// Kills the daemon and waits for its end.
+  /// Kills the daemon and waits until it has ended.
   ~Supervisor();
   Supervisor(const Supervisor&) = delete;
   Supervisor& operator=(const Supervisor&) = delete;
 
-  /// Done when the daemon is in its main loop; at once when it is already. Fails when this start's
-  /// daemon dies before; it is tried again all the same until Stop.
+  /// Calls done when the daemon is in its main loop; at once when it already is. Calls it with the
+  /// reason when the daemon dies before that; the supervisor still retries until Stop.
   void Start(Done done);
-  /// Done when it is gone.
+  /// Calls done when the daemon has ended.
   void Stop(Done done);
 
-  /// `running`, `pid`, `restarts`, `state`, and `reason` of the last end, which stays while the
+  /// `running`, `pid`, `restarts`, `state`, and `reason` of the last end, which is kept while the
   /// next daemon runs.
-  Json::Value Describe() const;
+  Json::Value Describe();
 
  private:
   enum class State { Exited, Starting, Ready, Stopping, Restarting };
 
   void AddMethods(Router& router);
-  void Answer(const std::shared_ptr<Reply>& reply, const std::string& failure) const;
+  void Answer(const std::shared_ptr<Reply>& reply, const std::string& failure);
   void OnReady(const Caller& caller);
   void RegisterWatchdog(int seconds);
   void NotifyWatchdog();
@@ -76,7 +77,8 @@ class Supervisor {
   void OnDiedUnasked();
   void Restart();
   void Kill(int signal);
-  pid_t DaemonPid() const;
+  /// 0 until the sandbox has written it; reads what it wrote.
+  pid_t DaemonPid();
   bool IsRunning() const;
   std::string ReasonOf(int status) const;
   void SetState(State state);
@@ -90,13 +92,13 @@ class Supervisor {
 
   State m_state = State::Exited;
   DaemonProcess m_process;
-  unsigned m_watch = 0;           ///< of the process; valid while there is one
-  mutable pid_t m_daemonPid = 0;  ///< 0 until it is known
-  mutable std::string m_info;     ///< what came from infoFd so far
-  std::string m_reason;           ///< of the last end
-  std::string m_silence;          ///< why the watchdog killed it; empty otherwise
+  unsigned m_watch = 0;   ///< of m_process; valid while it runs
+  pid_t m_daemonPid = 0;  ///< 0 until it is known
+  std::string m_info;     ///< read from infoFd so far
+  std::string m_reason;   ///< of the last end
+  std::string m_silence;  ///< why the watchdog killed it; empty otherwise
   int m_restarts = 0;
-  bool m_killAsked = false;    ///< the next end is one that an operator asked for
+  bool m_killAsked = false;    ///< an operator asked for the next end
   unsigned m_quickDeaths = 0;  ///< in a row
   long m_startedAt = 0;        ///< milliseconds of the monotonic clock
   unsigned m_watchdogTime = 0;

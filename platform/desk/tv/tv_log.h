@@ -8,12 +8,12 @@
 
 namespace desk::tv {
 
-/// What desk-tv itself did, one line each with the time. Callable from any thread.
+/// desk-tv's own log: one line per entry, with the time. Callable from any thread.
 class TvLog {
  public:
   explicit TvLog(const std::string& path);
 
-  /// Goes to standard error too when that is a terminal.
+  /// Also prints the text to standard error when that is a terminal.
   void Say(const std::string& text);
 
  private:

@@ -43,7 +43,7 @@ void TvStore::Set(const std::string& section, const Json::Value& value) {
   m_root = std::move(root);
 }
 
-// A new file takes the old one's place whole, so that a full disk costs no more than the change.
+// Replaces the file as a whole, so that a full disk loses this change and nothing else.
 void TvStore::Write(const Json::Value& root) const {
   const std::string draft = m_path + ".new";
   {

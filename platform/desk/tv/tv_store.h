@@ -8,18 +8,18 @@
 
 namespace desk::tv {
 
-/// What the television itself keeps over power-off, beside settings keys and packages: one JSON
-/// file with one section for each part. Main loop only.
+/// State that the television keeps over power-off, besides settings keys and packages: one JSON
+/// file with a section for each part. Main loop's thread only.
 class TvStore {
  public:
-  /// Reads the file if it is there. One that cannot be read is kept beside as *.broken, and the TV
+  /// Reads the file if it exists. A file that cannot be parsed is renamed to *.broken, and the TV
   /// starts without it.
   explicit TvStore(std::string path);
 
-  /// Null for a section that was never set.
+  /// Null when the section was never set.
   const Json::Value& Get(const std::string& section) const;
-  /// On the disk when it returns. Throws DeskError (Failed) and changes nothing when the file
-  /// cannot be written.
+  /// Writes the file before it returns. Throws DeskError (Failed), and changes nothing, when the
+  /// file cannot be written.
   void Set(const std::string& section, const Json::Value& value);
 
  private:

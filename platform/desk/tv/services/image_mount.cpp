@@ -3,7 +3,6 @@
 #include "tv/services/image_mount.h"
 
 #include <fcntl.h>
-#include <glib.h>
 #include <libmount/libmount.h>
 #include <linux/capability.h>
 #include <linux/loop.h>
@@ -20,6 +19,7 @@
 #include <fstream>
 #include <memory>
 
+#include "common/gio_ptr.h"
 #include "common/spawn.h"
 
 namespace desk::tv {
@@ -84,7 +84,7 @@ void PassOnMountRight(gpointer) {
 }
 
 bool HasProgram(const char* name) {
-  const std::unique_ptr<gchar, decltype(&g_free)> path(g_find_program_in_path(name), g_free);
+  const TextPtr path(g_find_program_in_path(name));
   return path != nullptr;
 }
 
@@ -110,8 +110,8 @@ int RunProgram(const char* const* arguments, std::string& output) {
   GError* error = nullptr;
   if (g_spawn_sync(nullptr, const_cast<gchar**>(arguments), nullptr, G_SPAWN_SEARCH_PATH,
                    PassOnMountRight, nullptr, nullptr, &text, &status, &error) == 0) {
+    const ErrorPtr owner(error);
     output = error->message;
-    g_error_free(error);
     return kFailed;
   }
   output = text == nullptr ? "" : text;

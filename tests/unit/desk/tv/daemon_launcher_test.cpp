@@ -100,7 +100,7 @@ TEST_F(Launching, NothingElseCanBeWritten) {
   EXPECT_FALSE(support::Exists(m_paths.Package("org.other") + "/x"));
 }
 
-TEST_F(Launching, OfTheTvsOwnFilesOnlyTheFaultTableTheLogAndTheJournalCanBeWritten) {
+TEST_F(Launching, OfTheTvsFilesOnlyFaultsLogAndJournalCanBeWritten) {
   support::WriteFile(m_paths.Address(), "address\n");
   support::WriteFile(m_paths.Faults(), "faults\n");
   support::WriteFile(m_paths.TvLog(), "of the TV\n");

@@ -106,7 +106,7 @@ TEST_F(PowerTest, OfflineItDoesNot) {
   EXPECT_FALSE(m_keys->Get(NETWORK_TIME));
 }
 
-TEST_F(PowerTest, APowerCycleStopsTheDaemonThenThePartsAndStartsThemTheOtherWayRound) {
+TEST_F(PowerTest, APowerCycleStopsTheDaemonFirstAndStartsItLast) {
   Make(true);
   TurnOn();
   m_steps.clear();

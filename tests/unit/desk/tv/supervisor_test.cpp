@@ -316,7 +316,7 @@ TEST_F(Supervision, ASilentDaemonIsKilledAndStartedAgain) {
   m_router.Call("watchdog.register", request, m_callers.Identify(m_pid));
   RunUntil("the second start", [this] { return m_launches == 2; });
   EXPECT_EQ(m_router.Events("daemon")[2].body["reason"].asString(),
-            "it was silent for 1000 ms, killed by the watchdog");
+            "killed by the watchdog after 1000 ms of silence");
 }
 
 TEST_F(Supervision, ADaemonThatSpeaksIsLeftAlone) {
@@ -367,7 +367,7 @@ TEST_F(Supervision, AFasterClockShortensTheSilenceButNotBelowTheFloor) {
   m_router.Call("watchdog.register", request, m_callers.Identify(m_pid));
   RunUntil("the second start", [this] { return m_launches == 2; });
   EXPECT_EQ(m_router.Events("daemon")[2].body["reason"].asString(),
-            "it was silent for 300 ms, killed by the watchdog");
+            "killed by the watchdog after 300 ms of silence");
 }
 
 TEST_F(Supervision, ASignalThatTheSandboxPassesOnIsToldAsOne) {
