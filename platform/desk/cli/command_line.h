@@ -41,9 +41,6 @@ struct Request {
 /// nearest verb when one was not understood.
 Request ReadCommandLine(const CommandTable& table, const std::vector<std::string>& words);
 
-/// The word of the list that differs least, or an empty text when none is near.
-std::string Nearest(const std::string& word, const std::vector<std::string>& list);
-
 std::string Overview(const CommandTable& table);
 /// Help for a command or a group. Throws Failure with Exit::Usage for anything else.
 std::string Help(const CommandTable& table, const std::string& path);

@@ -4,114 +4,62 @@
 #include <filesystem>
 #include <ostream>
 
+#include "checks/package_reader.h"
 #include "cli/commands.h"
 #include "cli/explain_effects.h"
+#include "cli/explain_state.h"
 #include "cli/explain_text.h"
 #include "cli/failure.h"
 #include "cli/session.h"
-#include "cli/store_reader.h"
-#include "common/desk_error.h"
-#include "package/package_file.h"
 
 namespace desk {
 namespace {
 
 namespace fs = std::filesystem;
 
-PackageFacts FromManifest(const PackageManifest& manifest) {
-  PackageFacts facts;
-  facts.id = manifest.id;
-  facts.version = manifest.version;
-  for (const auto& app : manifest.apps) {
-    PackageFacts::App entry{app.id, ComponentName(app.component), {}};
-    for (const auto& metadata : app.metadata) {
-      entry.metadata.emplace_back(metadata.key, metadata.value);
-    }
-    facts.apps.push_back(std::move(entry));
-  }
-  return facts;
-}
-
-PackageFacts FromFile(const std::string& path) {
-  const PackageFile package = ReadPackage(path);
-  PackageFacts facts = FromManifest(package.manifest);
-  for (const auto& entry : package.entries) {
-    if (fs::path(entry.name).extension() == ".tmg" && entry.name.find('/') == std::string::npos) {
-      facts.images.push_back(entry.name);
-    }
-  }
-  return facts;
-}
-
-PackageFacts FromTv(const Json::Value& info, const std::string& directory) {
-  PackageFacts facts;
-  facts.id = info["id"].asString();
-  facts.version = info["version"].asString();
-  for (const auto& app : info["apps"]) {
-    PackageFacts::App entry{app["id"].asString(), app["component"].asString(), {}};
-    for (const auto& metadata : app["metadata"]) {
-      entry.metadata.emplace_back(metadata["key"].asString(), metadata["value"].asString());
-    }
-    facts.apps.push_back(std::move(entry));
-  }
+ReadablePackage ReadNamed(Session& session, const std::string& name, bool& installed) {
   std::error_code error;
-  for (const auto& entry : fs::directory_iterator(directory + "/res", error)) {
-    if (entry.path().extension() == ".tmg") {
-      facts.images.push_back(entry.path().filename().string());
-    }
-  }
-  return facts;
-}
-
-PackageFacts Facts(Session& session, const std::string& name) {
-  std::error_code error;
+  installed = false;
   if (fs::is_regular_file(name, error)) {
-    return FromFile(name);
+    return ReadArchive(name);
   }
   if (name.find('/') != std::string::npos || fs::path(name).extension() == ".wgt") {
     throw Failure(Exit::NotFound, "there is no file " + name + ": give a .wgt or a package id");
   }
   const Json::Value info = session.Call("pkg.info", Object({{"package", name}}));
-  if (!info["found"].asBool()) {
-    throw Failure(Exit::NotFound, "there is neither a file nor a package \"" + name +
-                                      "\": `tv pkg list` shows those that are installed");
+  if (info["found"].asBool()) {
+    installed = true;
+    return ReadInstalled(info, session.Paths().Package(name));
   }
-  return FromTv(info, session.Paths().Package(name));
-}
-
-/// The types of the record that the daemon holds, when its store has the package.
-std::map<std::string, std::string> HeldTypes(Session& session, const std::string& package) {
-  std::map<std::string, std::string> types;
-  try {
-    for (const auto& row : ReadStore(StorePath(session.Paths()))) {
-      const Json::Value& variables = row["variables"];
-      if (row["package_id"].asString() != package || !variables.isObject() ||
-          !variables["orv_type"].isObject()) {
-        continue;
-      }
-      for (const auto& name : variables["orv_type"].getMemberNames()) {
-        types[name] = variables["orv_type"][name].asString();
-      }
-    }
-  } catch (const Failure&) {
-    // Without a store nothing is held.
+  if (FindRecord(session.Paths(), name)) {
+    throw Failure(Exit::NotFound,
+                  name + " is not installed, but the daemon still has a record of it: it was " +
+                      "removed while the daemon did not run. Install it again and uninstall it " +
+                      "while the daemon runs");
   }
-  return types;
+  throw Failure(Exit::NotFound, "there is neither a file nor a package \"" + name +
+                                    "\": `tv pkg list` shows the installed packages");
 }
 
 int Explain(Session& session, const Invocation& words) {
-  const PackageFacts package = Facts(session, words.Text("FILE|PACKAGE"));
+  bool installed = false;
+  const ReadablePackage package = ReadNamed(session, words.Text("FILE|PACKAGE"), installed);
+  const PackageFacts& facts = package.facts;
   Explanation explanation;
-  explanation.ruling = RuleOnPackage(package);
-  explanation.effects = TellEffects(package, explanation.ruling);
-  const auto held = HeldTypes(session, package.id);
-  if (!held.empty()) {
-    explanation.changes = TellTypeChanges(explanation.ruling, held);
+  explanation.ruling = RuleOnPackage(facts);
+  explanation.effects = TellEffects(facts, explanation.ruling);
+  const auto record = FindRecord(session.Paths(), facts.id);
+  if (record && !record->types.empty()) {
+    explanation.changes = TellTypeChanges(explanation.ruling, record->types);
   }
+  if (installed) {
+    explanation.state = TellState(session.Paths(), facts, explanation.ruling, record);
+  }
+  explanation.findings = CheckPackage(package, explanation.ruling);
   if (words.Json()) {
-    session.PrintJson(ToJson(package, explanation));
+    session.PrintJson(ToJson(facts, explanation));
   } else {
-    PrintExplanation(session.Out(), package, explanation);
+    PrintExplanation(session.Out(), facts, explanation);
   }
   return 0;
 }
@@ -120,12 +68,13 @@ int Explain(Session& session, const Invocation& words) {
 
 std::vector<Command> ExplainCommands() {
   return {{"explain",
-           "what the daemon makes of a package",
+           "explain what the daemon does with a package",
            {{"FILE|PACKAGE", "a .wgt archive, or the id of an installed package"}},
            {JsonOption()},
-           "Tells for each metadata key the rule that took it or why it is ignored, the layers of\n"
-           "behaviour from the inside out, and what the daemon will do on install, update and\n"
-           "removal. A file needs no running TV.",
+           "Prints for each metadata key the rule that applies to it, the layers of behaviour,\n"
+           "what the daemon does on install, update and removal, and what is wrong with the\n"
+           "package. For an installed package also whether the daemon has its record and\n"
+           "whether its data was unpacked. A file needs no running TV.",
            Explain}};
 }
 

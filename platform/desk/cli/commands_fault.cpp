@@ -9,6 +9,7 @@
 #include "cli/platform_calls.h"
 #include "cli/session.h"
 #include "cli/table.h"
+#include "common/nearest.h"
 
 namespace desk {
 namespace {

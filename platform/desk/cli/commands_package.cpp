@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <ostream>
 
+#include "checks/package_reader.h"
 #include "cli/commands.h"
 #include "cli/failure.h"
 #include "cli/interrupt.h"
@@ -35,6 +36,35 @@ void WarnOfImages(Session& session, const std::string& package) {
   }
 }
 
+/// The daemon learns of a change only from the package manager's events, while it runs.
+void WarnIfDaemonStopped(Session& session, const std::string& what) {
+  const Json::Value running = session.Call("tv.status")["daemon"]["running"];
+  if (!running.isBool() || running.asBool()) {
+    return;
+  }
+  const bool removal = what == "removal";
+  session.Err() << "tv: warning: the daemon is not running and will not learn of this " << what
+                << ". "
+                << (removal ? "Start it, then install the package and uninstall it again."
+                            : "Start it with `tv daemon start`, then uninstall the package and "
+                              "install it again.")
+                << '\n';
+}
+
+std::vector<Finding> Check(const std::string& file) {
+  try {
+    const ReadablePackage package = ReadArchive(file);
+    return CheckPackage(package, RuleOnPackage(package.facts));
+  } catch (const DeskError& error) {
+    return {MakeFinding(Message::NotChecked, {error.what()})};
+  }
+}
+
+void PrintResult(Session& session, const Json::Value& reply, bool update) {
+  session.Out() << (update ? "updated " : "installed ") << reply["package"].asString() << ' '
+                << reply["version"].asString() << '\n';
+}
+
 int Bring(Session& session, const Invocation& words, bool update) {
   const std::string given = words.Text("FILE");
   std::error_code error;
@@ -61,12 +91,17 @@ int Bring(Session& session, const Invocation& words, bool update) {
   }
   bar.Clear();
   WarnOfImages(session, reply["package"].asString());
+  const std::vector<Finding> findings = Check(file);
   if (words.Json()) {
+    reply["findings"] = ToJson(findings);
     session.PrintJson(reply);
-    return 0;
+  } else {
+    PrintResult(session, reply, update);
   }
-  session.Out() << (update ? "updated " : "installed ") << reply["package"].asString() << ' '
-                << reply["version"].asString() << '\n';
+  for (const auto& finding : findings) {
+    session.Err() << "tv: " << OneLine(ToLine(finding)) << '\n';
+  }
+  WarnIfDaemonStopped(session, update ? "update" : "install");
   return 0;
 }
 
@@ -81,6 +116,7 @@ int Update(Session& session, const Invocation& words) {
 int Uninstall(Session& session, const Invocation& words) {
   session.Call("pkg.uninstall", Object({{"package", words.Text("ID")}}));
   session.Out() << "uninstalled " << words.Text("ID") << '\n';
+  WarnIfDaemonStopped(session, "removal");
   return 0;
 }
 

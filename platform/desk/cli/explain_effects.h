@@ -6,27 +6,35 @@
 #include <string>
 #include <vector>
 
-#include "cli/explain_rules.h"
+#include "checks/metadata_rules.h"
 
 namespace desk {
 
-/// What the daemon will do, step by step, one sentence each without a full stop.
-struct Effects {
-  std::vector<std::string> install;
-  std::vector<std::string> update;
-  std::vector<std::string> removal;
-  std::vector<std::string> warnings;  ///< what is likely not meant so
+enum class Occasion { Install, Update, Removal };
+
+/// "install", "update" or "removal".
+const char* OccasionName(Occasion occasion);
+
+/// One thing that the daemon will do.
+struct Effect {
+  Occasion occasion = Occasion::Install;
+  std::string type;      ///< app type, or empty for the record as a whole
+  std::string sentence;  ///< without the type, without a full stop
+  /// A platform call that the daemon certainly makes then, and one of its arguments; both empty
+  /// when the effect shows in no call of its own or depends on the installed version.
+  std::string call;
+  std::string argument;
 };
 
-/// Empty but for the warnings when the package is not channel-bound.
-Effects TellEffects(const PackageFacts& package, const Ruling& ruling);
+/// In the order in which the daemon does it. Empty when the package is not channel-bound. Pure.
+std::vector<Effect> TellEffects(const PackageFacts& package, const Ruling& ruling);
 
-/// What an update does to the types of a record that the daemon holds already: a line for each that
-/// goes, comes or stays, as `orv_type` of its row tells.
+/// One line for each effect of the occasion: "<type>: <sentence>".
+std::vector<std::string> LinesOf(const std::vector<Effect>& effects, Occasion occasion);
+
+/// What an update does to the app types of a record that the daemon already has: one line for each
+/// type that is removed, kept or added, compared with `orv_type` of its row in the store.
 std::vector<std::string> TellTypeChanges(const Ruling& ruling,
                                          const std::map<std::string, std::string>& heldTypes);
-
-/// Bits of what a standard feeder's package brings along: 1 an app, 2 metadata files.
-int PackagedDataOf(const Layer& layer);
 
 }  // namespace desk

@@ -16,11 +16,11 @@ std::string OutcomeText(Outcome outcome) {
     case Outcome::ChannelBound:
       return "yes";
     case Outcome::NoMetadata:
-      return "no: no metadata key is of the daemon's namespace";
+      return "no: no metadata key begins with the daemon's prefix";
     case Outcome::NoKnownType:
       return "no: no key names an app type that the daemon knows";
     case Outcome::Broken:
-      return "no: a metadata key ends the daemon's reading with an error";
+      return "no: the daemon stops reading at a metadata key with an error";
   }
   return "";
 }
@@ -51,7 +51,7 @@ void PrintKeys(std::ostream& out, const std::vector<KeyRuling>& keys) {
 }
 
 void PrintLayers(std::ostream& out, const std::vector<Layer>& layers) {
-  out << "\nLayers, from the inside out:\n";
+  out << "\nLayers, innermost first:\n";
   int number = 0;
   for (const auto& layer : layers) {
     out << "  " << ++number << ". " << layer.type << " = \"" << OneLine(layer.value) << "\"\n";
@@ -69,6 +69,29 @@ void PrintLines(std::ostream& out, const char* head, const std::vector<std::stri
   for (const auto& line : lines) {
     out << "  - " << OneLine(line) << '\n';
   }
+}
+
+void PrintFindings(std::ostream& out, const std::vector<Finding>& findings) {
+  if (findings.empty()) {
+    return;
+  }
+  out << "\nFindings:\n";
+  for (const auto& finding : findings) {
+    out << "  - " << OneLine(ToLine(finding)) << '\n';
+  }
+}
+
+Json::Value EffectsJson(const std::vector<Effect>& effects) {
+  Json::Value list(Json::arrayValue);
+  for (const auto& effect : effects) {
+    Json::Value& item = list.append(Json::objectValue);
+    item["occasion"] = OccasionName(effect.occasion);
+    item["type"] = effect.type;
+    item["sentence"] = effect.sentence;
+    item["call"] = effect.call;
+    item["argument"] = effect.argument;
+  }
+  return list;
 }
 
 Json::Value Lines(const std::vector<std::string>& lines) {
@@ -127,11 +150,13 @@ void PrintExplanation(std::ostream& out, const PackageFacts& package,
   if (!ruling.layers.empty()) {
     PrintLayers(out, ruling.layers);
   }
-  PrintLines(out, "On install", explanation.effects.install);
-  PrintLines(out, "On update", explanation.effects.update);
-  PrintLines(out, "Against the record that the daemon holds now", explanation.changes);
-  PrintLines(out, "On removal", explanation.effects.removal);
-  PrintLines(out, "Look at", explanation.effects.warnings);
+  PrintLines(out, "On this desk", explanation.state);
+  const auto& effects = explanation.effects;
+  PrintLines(out, "On install", LinesOf(effects, Occasion::Install));
+  PrintLines(out, "On update", LinesOf(effects, Occasion::Update));
+  PrintLines(out, "Compared with the daemon's record", explanation.changes);
+  PrintLines(out, "On removal", LinesOf(effects, Occasion::Removal));
+  PrintFindings(out, explanation.findings);
 }
 
 Json::Value ToJson(const PackageFacts& package, const Explanation& explanation) {
@@ -151,11 +176,13 @@ Json::Value ToJson(const PackageFacts& package, const Explanation& explanation) 
   for (const auto& layer : ruling.layers) {
     value["layers"].append(LayerJson(layer));
   }
-  value["install"] = Lines(explanation.effects.install);
-  value["update"] = Lines(explanation.effects.update);
+  value["state"] = Lines(explanation.state);
+  for (const Occasion occasion : {Occasion::Install, Occasion::Update, Occasion::Removal}) {
+    value[OccasionName(occasion)] = Lines(LinesOf(explanation.effects, occasion));
+  }
   value["changes"] = Lines(explanation.changes);
-  value["removal"] = Lines(explanation.effects.removal);
-  value["warnings"] = Lines(explanation.effects.warnings);
+  value["effects"] = EffectsJson(explanation.effects);
+  value["findings"] = ToJson(explanation.findings);
   return value;
 }
 

@@ -8,14 +8,17 @@
 #include <string>
 #include <vector>
 
+#include "checks/finding.h"
 #include "cli/explain_effects.h"
 
 namespace desk {
 
 struct Explanation {
   Ruling ruling;
-  Effects effects;
-  std::vector<std::string> changes;  ///< against the record that the daemon holds; may be empty
+  std::vector<Effect> effects;
+  std::vector<std::string> state;    ///< of an installed package: what is wrong on this desk
+  std::vector<std::string> changes;  ///< compared with the daemon's record; may be empty
+  std::vector<Finding> findings;
 };
 
 void PrintExplanation(std::ostream& out, const PackageFacts& package,

@@ -6,6 +6,7 @@
 #include "cli/command_line.h"
 #include "cli/failure.h"
 #include "cli/table.h"
+#include "common/nearest.h"
 
 namespace desk {
 namespace {

@@ -117,9 +117,7 @@ void CheckPrograms(const PackageFile& package) {
 }
 
 std::string PlaceOf(const PackageEntry& entry, const std::string& directory) {
-  const bool image =
-      !entry.directory && entry.name.find('/') == std::string::npos && EndsWith(entry.name, ".tmg");
-  return directory + (image ? "/res/" : "/res/wgt/") + entry.name;
+  return directory + (IsImage(entry) ? "/res/" : "/res/wgt/") + entry.name;
 }
 
 class OutputFile {
@@ -171,14 +169,17 @@ void MakeDirectories(const std::string& path) {
   }
 }
 
+using Wanted = std::function<bool(const PackageEntry&)>;
+
 class Unpacker {
  public:
   Unpacker(const std::string& path, const PackageFile& package, const std::string& directory,
-           const std::function<void(int)>& progress)
+           const std::function<void(int)>& progress, Wanted wanted)
       : m_path(path),
         m_package(package),
         m_directory(directory),
         m_progress(progress),
+        m_wanted(std::move(wanted)),
         m_archive(path),
         m_buffer(kBufferSize) {}
 
@@ -191,7 +192,9 @@ class Unpacker {
           entry.directory ? RawEntry::Type::Directory : RawEntry::Type::File;
       CheckUnchanged(m_archive.Next(raw) && CleanRelativeName(raw.name) == entry.name &&
                      raw.type == type && raw.size == entry.size);
-      Unpack(entry);
+      if (m_wanted(entry)) {
+        Unpack(entry);
+      }
       ++m_entriesDone;
       Tell();
     }
@@ -250,6 +253,7 @@ class Unpacker {
   const PackageFile& m_package;
   const std::string& m_directory;
   const std::function<void(int)>& m_progress;
+  const Wanted m_wanted;
   ArchiveReader m_archive;
   std::vector<char> m_buffer;
   std::uint64_t m_bytesDone = 0;
@@ -258,6 +262,11 @@ class Unpacker {
 };
 
 }  // namespace
+
+bool IsImage(const PackageEntry& entry) {
+  return !entry.directory && entry.name.find('/') == std::string::npos &&
+         EndsWith(entry.name, ".tmg");
+}
 
 PackageFile ReadPackage(const std::string& path, const PackageLimits& limits) {
   PackageFile package;
@@ -283,7 +292,14 @@ PackageFile ReadPackage(const std::string& path, const PackageLimits& limits) {
 
 void UnpackPackage(const std::string& path, const PackageFile& package,
                    const std::string& directory, const std::function<void(int)>& progress) {
-  Unpacker(path, package, directory, progress).Run();
+  Unpacker(path, package, directory, progress, [](const PackageEntry&) { return true; }).Run();
+}
+
+void UnpackEntries(const std::string& path, const PackageFile& package,
+                   const std::string& directory, const Wanted& wanted) {
+  Unpacker(
+      path, package, directory, [](int) {}, wanted)
+      .Run();
 }
 
 }  // namespace desk

@@ -6,6 +6,7 @@
 
 #include "cli/commands.h"
 #include "cli/failure.h"
+#include "common/nearest.h"
 
 namespace desk {
 namespace {

@@ -1,10 +1,11 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// The daemon's rules for package metadata, told a second time on purpose: the desk looks at a
-// package from outside, and what it says can be held against what the daemon does.
-#include "cli/explain_rules.h"
+// The daemon's rules for package metadata, implemented a second time on purpose: the desk must not
+// use the daemon's sources. tests/unit/controller/metadata_conformance_test.cpp compares both.
+#include "checks/metadata_rules.h"
 
 #include <algorithm>
+#include <set>
 
 namespace desk {
 namespace {
@@ -13,9 +14,10 @@ const std::string TYPE = "orv_type";
 const std::string DATA = "orv_data";
 
 using Names = std::map<std::string, std::string>;
+using Rule = KeyRuling::Rule;
+using Verdict = KeyRuling::Verdict;
 
-/// The data keys that each type knows. The order of the types is the order of the layers, from the
-/// inside out.
+/// The data keys that each type uses. Types in the order of the layers, innermost first.
 const std::map<std::string, std::vector<std::string>>& KnownTypes() {
   static const std::map<std::string, std::vector<std::string>> types = {
       {"ch_feeder_custom", {"expiration_date_str"}},
@@ -25,23 +27,23 @@ const std::map<std::string, std::vector<std::string>>& KnownTypes() {
   return types;
 }
 
-bool Knows(const std::string& type, const std::string& dataKey) {
+bool Uses(const std::string& type, const std::string& dataKey) {
   const auto found = KnownTypes().find(type);
   return found != KnownTypes().end() &&
          std::find(found->second.begin(), found->second.end(), dataKey) != found->second.end();
 }
 
-std::string TypesThatKnow(const std::string& dataKey, const Names* among) {
+std::string TypesThatUse(const std::string& dataKey, const Names* among) {
   std::string list;
   for (const auto& type : KnownTypes()) {
-    if (Knows(type.first, dataKey) && (among == nullptr || among->count(type.first) != 0)) {
+    if (Uses(type.first, dataKey) && (among == nullptr || among->count(type.first) != 0)) {
       list += (list.empty() ? "" : " and ") + type.first;
     }
   }
   return list;
 }
 
-/// Everything that one reading of a package collects.
+/// The state of one reading of a package.
 class Reading {
  public:
   explicit Reading(Ruling& ruling) : m_ruling(ruling) {}
@@ -55,7 +57,7 @@ class Reading {
         m_ruling.keys.push_back(ReadKey(app.id, entry.first, entry.second));
       }
     }
-    ExplainDataKeys();
+    RuleOnDataKeys();
     m_ruling.types = m_names[TYPE];
     m_ruling.layers = BuildLayers(m_names[TYPE], m_names[DATA]);
     m_ruling.outcome = Outcome();
@@ -69,7 +71,8 @@ class Reading {
     ruling.value = value;
     const std::string prefix = MetadataPrefix();
     if (m_ended) {
-      ruling.reason = "not read: a key before it has ended the reading";
+      ruling.rule = Rule::NotRead;
+      ruling.reason = "not read: an earlier key has ended the reading";
     } else if (key.compare(0, prefix.size(), prefix) != 0) {
       ruling.reason = "does not begin with " + prefix;
     } else {
@@ -87,17 +90,19 @@ class Reading {
     }
     if (at == std::string::npos) {
       ruling.category.clear();
-      ruling.reason = "behind the prefix stands neither orv_type nor orv_data";
+      ruling.rule = Rule::NoWord;
+      ruling.reason = "neither orv_type nor orv_data follows the prefix";
       return;
     }
     if (rest.size() < TYPE.size() + 1) {
       m_ended = true;
-      ruling.verdict = KeyRuling::Verdict::EndsReading;
-      ruling.reason = "nothing stands behind " + ruling.category +
-                      ": the daemon's reading of the package ends here with an error";
+      ruling.rule = Rule::NameMissing;
+      ruling.verdict = Verdict::EndsReading;
+      ruling.reason = "no name follows " + ruling.category +
+                      ": the daemon stops reading the package here with an error";
       return;
     }
-    // The name is cut at a fixed place, wherever the word was found.
+    // The name begins at a fixed position, wherever the word was found.
     ruling.name = rest.substr(TYPE.size() + 1);
     Enter(at, ruling);
   }
@@ -106,37 +111,42 @@ class Reading {
     Names& names = m_names[ruling.category];
     const auto entered = names.emplace(ruling.name, ruling.value);
     if (!entered.second) {
-      ruling.reason = "given before: the first value \"" + entered.first->second + "\" stays";
+      ruling.rule = Rule::Repeated;
+      ruling.reason = "given before: the first value \"" + entered.first->second + "\" is kept";
       return;
     }
     if (ruling.category == TYPE) {
       const bool known = KnownTypes().count(ruling.name) != 0;
-      ruling.verdict = known ? KeyRuling::Verdict::Taken : KeyRuling::Verdict::Ignored;
+      ruling.rule = known ? Rule::KnownType : Rule::UnknownType;
+      ruling.verdict = known ? Verdict::Taken : Verdict::Ignored;
       ruling.reason = known ? "app type " + ruling.name
-                            : "\"" + ruling.name + "\" is no app type that the daemon knows";
+                            : "\"" + ruling.name + "\" is not an app type that the daemon knows";
     } else {
       m_dataKeys.push_back(m_ruling.keys.size());
     }
     if (at > 0) {
       ruling.reason += (ruling.reason.empty() ? "" : "; ") + ruling.category +
-                       " does not stand directly behind the prefix, so the name is cut to \"" +
+                       " does not follow the prefix directly, so the name is cut to \"" +
                        ruling.name + "\"";
     }
   }
 
-  /// Which layer takes a data key is known only when all types are.
-  void ExplainDataKeys() {
+  /// Only possible when all types are known.
+  void RuleOnDataKeys() {
     for (const size_t index : m_dataKeys) {
       KeyRuling& key = m_ruling.keys[index];
-      const std::string takers = TypesThatKnow(key.name, &m_names[TYPE]);
-      const std::string knowers = TypesThatKnow(key.name, nullptr);
-      std::string reason = "data of " + takers;
-      if (!takers.empty()) {
-        key.verdict = KeyRuling::Verdict::Taken;
-      } else if (knowers.empty()) {
-        reason = "\"" + key.name + "\" is no data key that a layer takes";
+      const std::string users = TypesThatUse(key.name, &m_names[TYPE]);
+      const std::string possible = TypesThatUse(key.name, nullptr);
+      std::string reason = "data of " + users;
+      key.rule = Rule::KnownData;
+      if (!users.empty()) {
+        key.verdict = Verdict::Taken;
+      } else if (possible.empty()) {
+        key.rule = Rule::UnknownData;
+        reason = "\"" + key.name + "\" is not a data key that a layer uses";
       } else {
-        reason = "the package has no layer that takes it: it belongs to " + knowers;
+        key.rule = Rule::ForeignData;
+        reason = "the package has no layer that uses it: it belongs to " + possible;
       }
       key.reason = reason + (key.reason.empty() ? "" : "; " + key.reason);
     }
@@ -156,7 +166,7 @@ class Reading {
 
   Ruling& m_ruling;
   std::map<std::string, Names> m_names;
-  std::vector<size_t> m_dataKeys;  ///< places of the data keys that are no repetitions
+  std::vector<size_t> m_dataKeys;  ///< indices of the data keys that are not repetitions
   bool m_ended = false;
 };
 
@@ -169,6 +179,34 @@ std::string Layer::Data(const std::string& key) const {
 
 std::string MetadataPrefix() {
   return ORV_METADATA_PREFIX;
+}
+
+std::vector<std::string> KnownTypeNames() {
+  std::vector<std::string> names;
+  for (const auto& type : KnownTypes()) {
+    names.push_back(type.first);
+  }
+  return names;
+}
+
+std::vector<std::string> KnownDataKeys() {
+  std::set<std::string> keys;
+  for (const auto& type : KnownTypes()) {
+    keys.insert(type.second.begin(), type.second.end());
+  }
+  return {keys.begin(), keys.end()};
+}
+
+std::string SchemeOf(const std::string& url) {
+  const auto colon = url.find(':');
+  return colon == std::string::npos ? "" : url.substr(0, colon);
+}
+
+int PackagedDataOf(const Layer& layer) {
+  const bool feeder = layer.type == "ch_feeder_custom" || layer.type == "ch_feeder_standard";
+  const bool files = SchemeOf(layer.Data("channel_data_url")) == "file" ||
+                     SchemeOf(layer.Data("schedule_data_url")) == "file";
+  return (feeder && layer.value == "extended" ? PACKAGED_APP : 0) | (files ? PACKAGED_FILES : 0);
 }
 
 std::vector<Layer> BuildLayers(const Names& types, const Names& data) {

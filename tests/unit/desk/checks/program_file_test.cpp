@@ -1,0 +1,77 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#include "checks/program_file.h"
+
+#include <gtest/gtest.h>
+
+#include "checks/package_checks.h"
+#include "facts.h"
+#include "package_maker.h"
+
+namespace desk {
+namespace {
+
+class ProgramFile : public ::testing::Test {
+ protected:
+  std::string Reason(const std::string& content, const std::string& name = "feed") {
+    WriteFile(m_directory.Path() + "/" + name, content);
+    const auto trouble = WhyNotRunnable(m_directory.Path() + "/" + name);
+    return trouble ? trouble->reason : "";
+  }
+  TemporaryDirectory m_directory;
+};
+
+TEST_F(ProgramFile, AScriptWithAnInterpreterRuns) {
+  EXPECT_EQ(Reason("#!/bin/sh\necho\n"), "");
+  EXPECT_EQ(Reason("#! /bin/sh -e\necho\n"), "");
+  EXPECT_EQ(Reason("#!/bin/sh"), "");
+}
+
+TEST_F(ProgramFile, ABinaryRuns) {
+  EXPECT_FALSE(WhyNotRunnable("/proc/self/exe"));
+}
+
+TEST_F(ProgramFile, CarriageReturnsAreNamedWithTheRemedy) {
+  EXPECT_EQ(Reason("#!/bin/sh\r\necho\r\n"), "its interpreter `/bin/sh\\r` does not exist");
+  EXPECT_EQ(WhyNotRunnable(m_directory.Path() + "/feed")->fix,
+            "Convert the line ends: sed -i 's/\\r$//' feed");
+}
+
+TEST_F(ProgramFile, ACarriageReturnAfterAnArgumentIsNamed) {
+  EXPECT_NE(Reason("#!/bin/sh -e\r\necho\r\n").find("carriage return"), std::string::npos);
+}
+
+TEST_F(ProgramFile, AMissingInterpreterIsNamed) {
+  EXPECT_EQ(Reason("#!/no/such/program\n"),
+            "its interpreter `/no/such/program`: No such file or directory");
+}
+
+TEST_F(ProgramFile, AJavaScriptFileIsNamedAsSuch) {
+  EXPECT_EQ(Reason("module.exports = {};\n", "service.js"),
+            "it is a JavaScript file without a line that names its interpreter");
+  EXPECT_EQ(Reason("#!/bin/sh\n", "runs.js"), "");
+}
+
+TEST_F(ProgramFile, AFileOfAnotherKindIsNamed) {
+  EXPECT_NE(Reason("echo hello\n").find("neither a script"), std::string::npos);
+}
+
+TEST_F(ProgramFile, AMissingFileIsNamed) {
+  EXPECT_EQ(WhyNotRunnable(m_directory.Path() + "/none")->reason,
+            "the file cannot be read: No such file or directory");
+}
+
+TEST_F(ProgramFile, AServiceThatCannotRunIsAFinding) {
+  WriteFile(m_directory.Path() + "/res/wgt/bin/feed", "#!/bin/sh\r\n");
+  PackageFacts package = Package({});
+  package.apps.push_back({"pkg.service", "service", {}, "bin/feed"});
+  const auto findings = CheckPrograms(package, m_directory.Path());
+  ASSERT_EQ(findings.size(), 1U);
+  EXPECT_EQ(ToLine(findings[0]),
+            "error: The service pkg.service cannot run on a desk: bin/feed: its interpreter "
+            "`/bin/sh\\r` does not exist. Convert the line ends: sed -i 's/\\r$//' feed "
+            "[service-cannot-run]");
+}
+
+}  // namespace
+}  // namespace desk
