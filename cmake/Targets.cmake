@@ -35,9 +35,18 @@ function(orv_register_sources)
   endforeach()
 endfunction()
 
+# Libraries that a build makes shared ones, comma-separated: then a changed source costs no link of the
+# programs.
+set(ORV_SHARED_LIBRARIES "" CACHE STRING "Libraries to build as shared ones; empty for none")
+
 # orv_library(name SOURCES... ): a static library with the project's warnings.
 function(orv_library name)
-  add_library(${name} STATIC ${ARGN})
+  string(REPLACE "," ";" shared "${ORV_SHARED_LIBRARIES}")
+  set(type STATIC)
+  if(name IN_LIST shared)
+    set(type SHARED)
+  endif()
+  add_library(${name} ${type} ${ARGN})
   orv_register_sources(${ARGN})
   target_link_libraries(${name} PRIVATE orv_warnings)
 endfunction()
@@ -57,6 +66,9 @@ function(orv_test name)
   endif()
   orv_executable(${name} ${arg_SOURCES})
   target_link_libraries(${name} PRIVATE ${arg_LIBRARIES})
+  if("orv_daemon" IN_LIST arg_LIBRARIES AND "orv_fake" IN_LIST arg_LIBRARIES)
+    target_link_libraries(${name} PRIVATE orv_log_levels)
+  endif()
   set(environment)
   if(ORV_SANITIZE STREQUAL "thread")
     # The races that are accepted, by name. A long history, so that a report shows both stacks.

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "fake/control/log.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cctype>
 #include <cstdarg>
@@ -9,6 +10,7 @@
 #include <cstdlib>
 #include <mutex>
 
+#include "fake/control/log_levels.h"
 #include "fake/recorder.h"
 #include "fake/resets.h"
 
@@ -19,6 +21,7 @@ struct State {
   std::atomic<bool> echo{std::getenv("ORV_TEST_LOG") != nullptr};
   std::mutex mutex;
   std::vector<LogRecord> records;  // guarded by mutex
+  std::vector<LogLevel> levels;    // guarded by mutex
 };
 
 State& GetState() {
@@ -37,6 +40,38 @@ __attribute__((format(printf, 1, 0))) std::string Format(const char* format, std
   return text;
 }
 
+/// Where the head "path: function(line) > " ends; 0 when there is none.
+std::size_t HeadLength(const std::string& text) {
+  const std::string end = ") > ";
+  for (std::size_t at = text.find(end); at != std::string::npos; at = text.find(end, at + 1)) {
+    if (at > 0 && std::isdigit(static_cast<unsigned char>(text[at - 1])) != 0) {
+      return at + end.size();
+    }
+  }
+  return 0;
+}
+
+/// "[Info]" of "head > [Info] text".
+std::string LevelWord(const std::string& text) {
+  const std::size_t begin = HeadLength(text);
+  if (begin >= text.size() || text[begin] != '[') {
+    return "";
+  }
+  const std::size_t end = text.find(']', begin);
+  return end == std::string::npos ? "" : text.substr(begin, end - begin + 1);
+}
+
+/// With the mutex held.
+void NoteLevel(std::vector<LogLevel>& levels, const LogRecord& record) {
+  const std::string word = LevelWord(record.text);
+  const bool known = std::any_of(levels.begin(), levels.end(), [&](const LogLevel& level) {
+    return level.priority == record.priority && level.word == word;
+  });
+  if (!known) {
+    levels.push_back({record.priority, word, WithoutHead(record.text)});
+  }
+}
+
 void Append(int priority, const char* tag, const std::string& text) {
   LogRecord record;
   record.priority = priority;
@@ -50,18 +85,8 @@ void Append(int priority, const char* tag, const std::string& text) {
   }
   const std::lock_guard<std::mutex> lock(state.mutex);
   record.seq = NextSequence();
+  NoteLevel(state.levels, record);
   state.records.push_back(record);
-}
-
-/// Where the head "path: function(line) > " ends; 0 when there is none.
-std::size_t HeadLength(const std::string& text) {
-  const std::string end = ") > ";
-  for (std::size_t at = text.find(end); at != std::string::npos; at = text.find(end, at + 1)) {
-    if (at > 0 && std::isdigit(static_cast<unsigned char>(text[at - 1])) != 0) {
-      return at + end.size();
-    }
-  }
-  return 0;
 }
 
 }  // namespace
@@ -103,6 +128,12 @@ void ClearLog() {
   State& state = GetState();
   const std::lock_guard<std::mutex> lock(state.mutex);
   state.records.clear();
+}
+
+std::vector<LogLevel> LogLevels() {
+  State& state = GetState();
+  const std::lock_guard<std::mutex> lock(state.mutex);
+  return state.levels;
 }
 
 void EchoLog(bool enabled) {

@@ -8,6 +8,7 @@
 #include "controller/ORVInstaller.h"
 #include "controller/ORVScheduler.h"
 #include "fake/control/fake.h"
+#include "fault/packages.h"
 #include "support/drain.h"
 #include "support/files.h"
 #include "support/sandbox.h"
@@ -84,8 +85,7 @@ void MakeTelevision() {
 void MakeKnown(const fake::Package& package) {
   MakeKnownWithoutWidgetId(package);
   fake::RemoveWasPackage(package.id);
-  const std::string app = package.apps.front().id;
-  fake::AddWasApp({package.id, app, app});
+  fake::AddWasApp({package.id, package.apps.front().id, WidgetID(package)});
 }
 
 void MakeKnownWithoutWidgetId(const fake::Package& package) {

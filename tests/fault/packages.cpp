@@ -42,6 +42,10 @@ fake::Package BridgedGuide(const std::string& screens) {
   return With(Guide(screens), {{"orv_data/custom_ui_cold_boot_opt", "background_img"}});
 }
 
+std::string WidgetID(const fake::Package& package) {
+  return package.id + "-Widget";
+}
+
 fake::Package Ordinary(fake::Package package) {
   for (fake::App& app : package.apps) {
     app.metadata.clear();

@@ -28,6 +28,9 @@ fake::Package Guide(const std::string& screens = "channel_list,epg");
 /// The guide that a replacement UI bridges.
 fake::Package BridgedGuide(const std::string& screens = "channel_list,epg");
 
+/// What the web-app service calls the UI application. Differs from every other id of the package.
+std::string WidgetID(const fake::Package& package);
+
 /// Whatever `package` says, without its metadata.
 fake::Package Ordinary(fake::Package package);
 

@@ -109,7 +109,7 @@ std::vector<Road> Installs() {
        [] {
          MakeKnownWithoutWidgetId(WebFeeder("webfeederp"));
          TellPackageEvent("webfeederp", PACKAGE_MANAGER_EVENT_TYPE_INSTALL);
-         SetKey("memory/was/app_install", "webfeederp.App");
+         SetKey("memory/was/app_install", "webfeederp-Widget");
        }},
       {"InstallOfAnOrdinaryPackage", {}, {}, {}, [] { Install(Ordinary(Banner())); }},
   };
@@ -159,7 +159,7 @@ std::vector<Road> Removals() {
        [] {
          fake::RemoveWasPackage(PackagedFeeder().id);
          fake::RemoveWasPackage(Guide().id);
-         fake::AddWasApp({Guide().id, "guidepacka.App", "guidepacka.App", 2, 1});
+         fake::AddWasApp({Guide().id, "guidepacka.App", WidgetID(Guide()), 2, 1});
        },
        [] { Fire(kValidationMs); }},
   };

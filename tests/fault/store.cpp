@@ -9,6 +9,7 @@
 #include <stdexcept>
 
 #include "fault/daemon.h"
+#include "fault/packages.h"
 
 namespace fault {
 namespace {
@@ -89,7 +90,7 @@ std::string Variables(const fake::Package& package) {
 Row RowOf(const fake::Package& package) {
   const std::string app = package.apps.front().id;
   const std::string service = package.apps.size() > 1 ? package.apps.back().id : "";
-  return {package.id, app, app, service, package.version, Variables(package)};
+  return {package.id, app, WidgetID(package), service, package.version, Variables(package)};
 }
 
 bool IsObject(const std::string& text) {

@@ -1,0 +1,222 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+// Everything that the daemon does on each of its paths, as one complete sequence of platform calls
+// and log records for each thread, and the state that it leaves behind: compared with a text file
+// for each path. A call or record too many, one too few, another order or another argument differs.
+//
+// A failure writes what it found below the build directory. After an intended change, read the
+// difference and copy that file to sequences/.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+#include <regex>
+#include <sstream>
+
+#include "app_info/AppInfoCache.h"
+#include "controller/ORVScheduler.h"
+#include "fake/control/fake.h"
+#include "fault/daemon.h"
+#include "fault/packages.h"
+#include "fault/roads.h"
+#include "fault/store.h"
+#include "paths/more_paths.h"
+#include "support/files.h"
+#include "unit/app_info/records.h"
+
+namespace {
+
+/// Calls and log records by their place in the common order.
+using Steps = std::map<unsigned long, std::string>;
+
+const char kMainLoop[] = "main loop";
+
+std::string ThreadName(const std::string& name, const std::string& mainName) {
+  return name == mainName ? kMainLoop : name;
+}
+
+/// Addresses differ from run to run.
+std::string WithoutAddresses(const std::string& text) {
+  static const std::regex s_address("0x[0-9a-f]+");
+  return std::regex_replace(text, s_address, "(an address)");
+}
+
+/// Handles are numbered in the order in which all threads create them: numbers them by thread.
+class HandleNames {
+ public:
+  std::string Rename(const std::string& text) {
+    static const std::regex s_handle("[A-Za-z_]+#[0-9]+");
+    std::string renamed;
+    std::string rest = text;
+    for (std::smatch match; std::regex_search(rest, match, s_handle); rest = match.suffix()) {
+      renamed += match.prefix().str() + NameOf(match.str());
+    }
+    return renamed + rest;
+  }
+
+ private:
+  std::string NameOf(const std::string& handle) {
+    const auto known = m_names.find(handle);
+    if (known != m_names.end()) return known->second;
+    const std::string kind = handle.substr(0, handle.find('#') + 1);
+    return m_names[handle] = kind + std::to_string(++m_counts[kind]);
+  }
+
+  std::map<std::string, std::string> m_names;
+  std::map<std::string, int> m_counts;
+};
+
+/// The name of a thread to what it did. Workers have the name of the thread that waits for them.
+std::map<std::string, Steps> StepsByThread() {
+  std::map<std::string, Steps> threads;
+  const std::string mainName = [] {
+    char name[16] = {};
+    pthread_getname_np(pthread_self(), name, sizeof(name));
+    return std::string(name);
+  }();
+  for (const fake::Call& call : fake::Calls()) {
+    threads[ThreadName(call.thread, mainName)][call.seq] = fake::ToText(call);
+  }
+  for (const fake::LogRecord& record : fake::Logs()) {
+    threads[ThreadName(record.thread, mainName)][record.seq] =
+        "log " + std::to_string(record.priority) + ": " +
+        WithoutAddresses(fake::WithoutHead(record.text));
+  }
+  return threads;
+}
+
+void PrintRecords(std::ostream& stream) {
+  std::vector<std::string> packages;
+  AppInfoCache::GetInstance()->GetAppIDList(packages);
+  for (const std::string& package : packages) {
+    AppInfo* record = AppInfoCache::GetInstance()->GetAppInfo(package);
+    stream << package << ": " << record->m_sPackageID << ", " << record->m_sAppID << ", "
+           << record->m_sWidgetID << ", " << record->m_sServiceID << ", " << record->m_sVersion
+           << "\n";
+    MetadataMap metadata;
+    record->GetAllMetadata(metadata);
+    for (const auto& [category, values] : metadata) {
+      for (const auto& [key, value] : values) {
+        stream << "  " << category << " " << key << " = " << value << "\n";
+      }
+    }
+  }
+}
+
+void PrintStore(std::ostream& stream) {
+  for (const auto& row : records::QueryStore("SELECT * FROM appinfo ORDER BY package_id")) {
+    for (const std::string& text : row) stream << text << " | ";
+    stream << "\n";
+  }
+}
+
+/// What is found when the path has come to its end. Taken after the sequence: it logs.
+std::string State() {
+  std::ostringstream stream;
+  stream << "\n[records]\n";
+  PrintRecords(stream);
+  stream << "\n[store]\n";
+  PrintStore(stream);
+  stream << "\n[files]\n";
+  for (const char* directory : {"/opt/usr/apps", "/opt/share", "/tmp"}) {
+    for (const std::string& file : support::ListTree(directory)) {
+      stream << directory << "/" << file << "\n";
+    }
+  }
+  stream << "\n[timers]\n";
+  for (const fake::Timer& timer : fake::Timers()) stream << timer.intervalMs << " ms\n";
+  stream << "\n[open handles]\n";
+  for (const char* kind : {"app_control", "app_info", "app_context", "package_info",
+                           "package_manager", "bundle", "TCService", "TCServiceNavigation"}) {
+    stream << kind << " " << fake::OpenHandles(kind) << "\n";
+  }
+  return stream.str();
+}
+
+std::string Sequences() {
+  std::ostringstream stream;
+  for (const auto& [thread, steps] : StepsByThread()) {
+    stream << "[" << thread << "]\n";
+    HandleNames handles;
+    for (const auto& step : steps) stream << handles.Rename(step.second) << "\n";
+    stream << "\n";
+  }
+  return stream.str();
+}
+
+void Store(const std::vector<fake::Package>& packages) {
+  for (const fake::Package& package : packages) fault::Install(package);
+}
+
+/// Runs the path in a daemon of its own.
+std::string Travel(const fault::Road& road) {
+  fault::MakeFreshDirectories();
+  fault::MakeTelevision();
+  if (road.IsStart() && !road.stored.empty()) {
+    fault::StoreRows(road.stored);
+    for (const fake::Package& package : road.stored) fault::MakeKnown(package);
+  }
+  if (road.before) road.before();
+  std::string found;
+  const bool reached = fault::RunDaemon([&] {
+    fault::Settle();
+    if (!road.IsStart()) {
+      Store(road.stored);
+      if (road.hasNetworkTime) {
+        fake::SetKey("memory/menu/network/set_time", 1);
+        fault::Settle();
+      }
+      if (road.prepare) road.prepare();
+      fault::Settle();
+      fake::ClearCalls();
+      fake::ClearLog();
+      road.travel();
+      fault::Settle();
+    }
+    found = Sequences();
+    found += State();
+  });
+  EXPECT_TRUE(reached) << "the daemon did not reach its main loop";
+  return found;
+}
+
+/// The starts of the fault sweep race with the scheduler's thread.
+std::vector<fault::Road> Paths() {
+  std::vector<fault::Road> paths = MorePaths();
+  for (const fault::Road& road : fault::Roads()) {
+    if (!road.isRace && !road.IsStart()) paths.push_back(road);
+  }
+  return paths;
+}
+
+fault::Road Find(const std::string& name) {
+  const std::vector<fault::Road> paths = Paths();
+  const auto found = std::find_if(paths.begin(), paths.end(),
+                                  [&](const fault::Road& path) { return path.name == name; });
+  return found == paths.end() ? fault::FindRoad(name) : *found;
+}
+
+class APath : public testing::TestWithParam<std::string> {};
+
+TEST_P(APath, IsTheRecordedSequenceOfCallsAndRecords) {
+  const std::string found = Travel(Find(GetParam()));
+  const std::string file = "/" + GetParam() + ".txt";
+  const bool isRecorded = support::Exists(ORV_SEQUENCES + file);
+  const std::string expected = isRecorded ? support::ReadFile(ORV_SEQUENCES + file) : "";
+  if (found != expected) support::WriteFile(ORV_FOUND_SEQUENCES + file, found);
+  EXPECT_EQ(found, expected) << "found: " << ORV_FOUND_SEQUENCES << file;
+}
+
+std::vector<std::string> Names() {
+  std::vector<std::string> names;
+  for (const fault::Road& path : Paths()) names.push_back(path.name);
+  return names;
+}
+
+std::string NameOf(const testing::TestParamInfo<std::string>& path) {
+  return path.param;
+}
+
+INSTANTIATE_TEST_SUITE_P(Daemon, APath, testing::ValuesIn(Names()), NameOf);
+
+}  // namespace
