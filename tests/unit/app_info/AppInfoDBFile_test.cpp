@@ -361,7 +361,7 @@ TEST_F(AppInfoDBFile, TheStartAfterAnEleventhColumnFindsTheFileEmptyAndRestoresI
   ExpectUsable(db);
 }
 
-TEST_F(AppInfoDBFile, ATableThatLacksItsLastColumnPassesAndThenRefusesAllButDeletes) {
+TEST_F(AppInfoDBFile, ATableWithoutItsLastColumnRefusesAllButDeletes) {
   ExecuteOnStore(
       "CREATE TABLE appinfo(package_id TEXT PRIMARY KEY, app_id TEXT, widget_id TEXT, service_id "
       "TEXT, version TEXT, variables TEXT, extra_data1 TEXT, extra_data2 TEXT, extra_data3 TEXT)");

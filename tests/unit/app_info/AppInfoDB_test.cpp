@@ -122,7 +122,7 @@ TEST_F(AppInfoDBTest, AnInsertWritesTheRow) {
   EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] start"));
 }
 
-TEST_F(AppInfoDBTest, AnInsertOverARowReportsFailureAlthoughItsRepetitionStoredTheRecord) {
+TEST_F(AppInfoDBTest, AnInsertOverARowStoresTheRecordAndReportsFailure) {
   StoreRow("pkg", "old");
   EXPECT_FALSE(m_db.InsertNewRecord(MakeFeeder("pkg").get()));
   EXPECT_THAT(fake::LogTexts(),

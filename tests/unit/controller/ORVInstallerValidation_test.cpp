@@ -23,7 +23,7 @@ AppInfo* Cached(const std::string& package) {
 
 class Validation : public InstallerTest {};
 
-TEST_F(Validation, KeepsWhatTheServiceHoldsStopsAndRemovesWhatIsGoneAndRemovesWhatItDoesNotKnow) {
+TEST_F(Validation, KeepsWhatIsThereAndRemovesWhatIsGoneOrUnknown) {
   RecordingApp gone("gone");
   RecordingApp kept("kept");
   RecordingApp unknown("unknown");
@@ -98,7 +98,7 @@ TEST_F(Validation, FirstAllAreStoppedAndThenAllAreRemoved) {
   EXPECT_THAT(Cached("b"), IsNull());
 }
 
-TEST_F(Validation, AnAppThatCannotStopKeepsNoOtherFromItsStopAndNoneFromItsRemoval) {
+TEST_F(Validation, AnAppThatCannotStopKeepsNoOtherFromStopOrRemoval) {
   // Without its settings key the stop of custom banners ends in an exception.
   fake::Package package;
   package.id = "a-banner";

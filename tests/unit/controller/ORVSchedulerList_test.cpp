@@ -110,7 +110,7 @@ TEST_F(SchedulerRequest, AnAddOfTheCurrentPackageKillsItsServiceAppAndRelaunches
   EXPECT_THAT(LaunchedApps(), ElementsAre("a.service"));
 }
 
-TEST_F(SchedulerRequest, AnAddOfTheCurrentPackageKillsItsServiceAppBeforeThePackageIsPutFirst) {
+TEST_F(SchedulerRequest, AnAddOfTheCurrentPackageKillsItsAppBeforeItIsPutFirst) {
   CustomFeeder a("a");
   CustomFeeder b("b");
   MakeCurrent(a.record, 4711);
@@ -131,7 +131,7 @@ TEST_F(SchedulerRequest, AnAddOfTheCurrentPackageKillsItsServiceAppBeforeThePack
   EXPECT_EQ(item.package_id, "a");
 }
 
-TEST_F(SchedulerRequest, AnAddOfTheCurrentPackageThatIsNotDueKillsItsServiceAppForGood) {
+TEST_F(SchedulerRequest, AnAddOfTheCurrentPackageNotDueKillsItsAppForGood) {
   CustomFeeder a("a");
   StartedScheduler();
   fake::SetRunning("a.service", 4711);

@@ -204,7 +204,7 @@ TEST_F(SchedulerEvents, AStartWithItemsLeftDoesNotRefill) {
   EXPECT_EQ(AppInfoCache::GetInstance()->GetSchedulingListSize(), 0);
 }
 
-TEST_F(SchedulerEvents, AStartWithoutServiceAppsStillStartsTheTimerAndTheFirstTickStops) {
+TEST_F(SchedulerEvents, AStartWithoutServiceAppsRunsTheTimerUntilTheFirstTick) {
   StartedScheduler();
   EXPECT_THAT(fake::LogTexts(), HasLog("[Debug] Scheduling List is empty!!!"));
   EXPECT_THAT(fake::LogTexts(), Not(HasLog("[Debug] LaunchNextItem() return false.")));

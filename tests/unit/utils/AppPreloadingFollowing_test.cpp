@@ -70,7 +70,7 @@ TEST_F(AppPreloadingFollowing, RetriesGoToTheAppThatIsFollowedByThen) {
   EXPECT_THAT(fake::Timers(), IsEmpty());
 }
 
-TEST_F(AppPreloadingFollowing, RetriesGoOnForAnAppWhoseCallbackWasRemovedBeforeASubscription) {
+TEST_F(AppPreloadingFollowing, RetriesContinueAfterTheCallbackWasRemoved) {
   fake::QueueLaunchResults({APP_CONTROL_ERROR_LAUNCH_REJECTED});
   EXPECT_TRUE(Preload(kFirst));
   RemoveWebStatusChangedCallback(kFirst, "type");  // there is no subscription to end

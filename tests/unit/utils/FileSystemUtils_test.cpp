@@ -47,7 +47,7 @@ TEST_F(FileSystemUtilsTest, ThePathOfAFileMakesTheDirectoryThatIsToHoldIt) {
   EXPECT_THAT(support::ListTree(m_dir.Path()), ElementsAre("a/", "a/b/"));
 }
 
-TEST_F(FileSystemUtilsTest, AnExistingDirectoryWithAClosingSlashIsASuccessThatMakesNothing) {
+TEST_F(FileSystemUtilsTest, AnExistingDirectoryWithAClosingSlashIsASuccess) {
   support::MakeDirectories(m_dir / "there");
   EXPECT_TRUE(FileSystemUtils::CreateDirectories(m_dir / "there/"));
   EXPECT_THAT(support::ListTree(m_dir.Path()), ElementsAre("there/"));
@@ -208,7 +208,7 @@ TEST_F(FileSystemUtilsTest, ASharedDataPathThatIsNotToBeHadIsEmpty) {
   EXPECT_EQ(fake::FailureCount("app_get_shared_data_path"), 1u);
 }
 
-TEST_F(FileSystemUtilsTest, TheDirectoriesAreTakenOnceAndStayWhateverThePlatformSaysLater) {
+TEST_F(FileSystemUtilsTest, TheDirectoriesAreReadOnceAndStay) {
   const std::string sBefore = FileSystemUtils::GetHbbTvDirectoryPath();
   fake::Fail("app_get_shared_data_path", -1, fake::kForever);
   EXPECT_EQ(FileSystemUtils::GetHbbTvDirectoryPath(), sBefore);

@@ -414,7 +414,7 @@ TEST_F(PackagedDataTest, AMoveThatFailsIsAnExceptionThatEndsTheInstall) {
   EXPECT_TRUE(support::Exists(m_tree + "/metadata/b"));
 }
 
-TEST_F(PackagedDataTest, AnArchiveThatBringsABrokenListIsAnExceptionThatEndsTheInstall) {
+TEST_F(PackagedDataTest, AnArchiveWithABrokenListEndsTheInstallWithAnException) {
   PutIntoImage({{"app_type_file.txt", "{\"app_type\":\"text\"}"}});
   EXPECT_FALSE(Install());
   EXPECT_EQ(fake::LogTexts().back(),

@@ -120,7 +120,7 @@ TEST_F(ResetCount, CountersAreSigned) {
   EXPECT_FALSE(CheckTVResetAndUpdateResetCountInfo());
 }
 
-TEST_F(ResetCount, ACounterThatRoseFromBelowZeroIsAResetAndOneThatFellBelowIsNot) {
+TEST_F(ResetCount, ARiseFromBelowZeroIsAResetAndAFallBelowIsNot) {
   SetFactoryAndServiceResetCount(-1, 0);
   SetCounters(0, 0);
   EXPECT_TRUE(CheckTVResetAndUpdateResetCountInfo());

@@ -154,7 +154,7 @@ TEST(AppTypeDecorator, AnInventedCategoryReadsTheAppliedData) {
   EXPECT_EQ(chain.c->GetMetadata("invented", "only_a"), "x");
 }
 
-TEST(AppTypeDecorator, OfTwoLayersWithTheSameKeyTheOuterIsReadAndTheInnerIsCollected) {
+TEST(AppTypeDecorator, OfTwoEqualKeysTheOuterIsReadAndTheInnerIsCollected) {
   Chain chain;
   chain.c->SetMetadata("orv_data", {"shared", "inner"}, false);
   auto* outer = new Layer(chain.owner.release(), "d", "value d", {"shared"});

@@ -157,7 +157,7 @@ TEST_F(ChFeederStandardTest, TheValueExtendedSetsTheFirstBit) {
   EXPECT_THAT(fake::LogTexts(), HasLog("[Info] PackagedDataType : 1"));
 }
 
-TEST_F(ChFeederStandardTest, AFileURLOfTheChannelsSetsTheSecondBitWithoutALookAtTheSchedule) {
+TEST_F(ChFeederStandardTest, AFileURLOfTheChannelsAloneSetsTheSecondBit) {
   Make("", "file://c", "file://s");
   EXPECT_EQ(m_feeder->GetPackagedDataType(false), 2);
   EXPECT_THAT(
@@ -274,7 +274,7 @@ TEST_F(ChFeederStandardTest, AWebURLBesideAFileURLGetsTheDirectoryToo) {
                                                     "file:/" + m_directory + "/s")));
 }
 
-TEST_F(ChFeederStandardTest, AnEmptyScheduleBesideAFileURLThrowsAfterTheChannelsWereRewritten) {
+TEST_F(ChFeederStandardTest, AnEmptyScheduleThrowsAfterTheChannelsWereRewritten) {
   Make("basic", "file://c", "");
   PutIntoImage({{"metadata/c", "c"}});
   try {
@@ -290,7 +290,7 @@ TEST_F(ChFeederStandardTest, AnEmptyScheduleBesideAFileURLThrowsAfterTheChannels
               Not(HasLog("[ERROR] FileSystemUtils::installPackagedData() return false.")));
 }
 
-TEST_F(ChFeederStandardTest, AShortChannelURLBesideAFileURLThrowsBeforeAnythingIsRewritten) {
+TEST_F(ChFeederStandardTest, AShortChannelURLThrowsBeforeAnythingIsRewritten) {
   Make("basic", "ab:cd", "file://s");
   PutIntoImage({{"metadata/s", "s"}});
   EXPECT_THROW(m_feeder->RunOperation(true), std::out_of_range);

@@ -133,7 +133,7 @@ TEST_F(CustomUILayersTest, WithoutTheKeyTheOuterOneDoesNotComeToItsTurn) {
   EXPECT_EQ(fake::CallCount("vconf_get_str"), 1u);
 }
 
-TEST_F(CustomUILayersTest, AnUpdateThatCannotAnnounceForWantOfTheKeyLeavesTheStagedValue) {
+TEST_F(CustomUILayersTest, AnUpdateWithoutTheKeyLeavesTheStagedValue) {
   const auto ui = layers::Decorate<CustomUIStandard>("info");
   layers::StageValue(*ui, "channel");
   fake::UnsetKey(kKey);
@@ -180,7 +180,7 @@ TEST_F(CustomUILayersTest, ScreensThatNobodyKnowsAreAnnouncedAndPreloadedAllTheS
   EXPECT_EQ(fake::Launches().size(), 1u);
 }
 
-TEST_F(CustomUILayersTest, TheFirstUpdateOfABackgroundImageGoesOverTheReplacementOnceMore) {
+TEST_F(CustomUILayersTest, TheFirstUpdateOfABackgroundImageUsesTheReplacementAgain) {
   const auto ui = layers::Decorate<CustomUIExtended>("epg");
   layers::Apply(*ui, kOption, "background_img");
   ui->RunOperation(false);
@@ -197,8 +197,7 @@ TEST_F(CustomUILayersTest, TheFirstUpdateOfABackgroundImageGoesOverTheReplacemen
   EXPECT_EQ(fake::KeySubscriptions(kStatusKey), 0u);
 }
 
-TEST_F(CustomUILayersTest,
-       AnOptionFromDefaultToBackgroundHandsBackDirectlyAndTakesOverByTheWorker) {
+TEST_F(CustomUILayersTest, ANewBackgroundOptionHandsBackAtOnceAndTakesOverByTheWorker) {
   const auto ui = layers::Decorate<CustomUIExtended>("epg");
   const auto update = [&ui](const std::string& option) {
     layers::StageValue(*ui, "epg");
@@ -232,7 +231,7 @@ TEST_F(CustomUILayersTest, AFailedOperationDoesNotHoldUpTheReplacementRoad) {
                      "0, bEnable : 1)"));
 }
 
-TEST_F(CustomUILayersTest, AStopWithoutAReplacementFileLeavesTheOperationsAndTheSubscription) {
+TEST_F(CustomUILayersTest, AStopWithoutAReplacementFileLeavesOperationsAndKey) {
   const auto ui = layers::Decorate<CustomUIExtended>("epg");
   layers::Apply(*ui, kOption, "background_img");
   ui->RunOperation(false);

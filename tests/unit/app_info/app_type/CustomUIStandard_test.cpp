@@ -320,7 +320,7 @@ TEST_F(CustomUIStandardTest, AfterTheFirstUpdateTheOptionCanBeStaged) {
   EXPECT_EQ(Key(), "{" + Banner("info", "default") + "}\n");
 }
 
-TEST_F(CustomUIStandardTest, AnUpdateThatCannotWriteLeavesTheStagedValueAndTheAppliedChanged) {
+TEST_F(CustomUIStandardTest, AnUpdateThatCannotWriteKeepsTheStagedValueAndAppliesIt) {
   Make("info");
   fake::StoreKey(kKey, std::string("{broken"));
   layers::StageValue(*m_ui, "channel");

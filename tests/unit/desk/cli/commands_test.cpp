@@ -140,7 +140,7 @@ TEST_F(CliCommands, OpGetWithoutAnAppIsNoSuchThing) {
   EXPECT_EQ(Fails({"op", "get", "x"}).Code(), Exit::NotFound);
 }
 
-TEST_F(CliCommands, OpGetWithoutAnAppIsNoSuchThingForMachinesTooAndTheJsonIsThere) {
+TEST_F(CliCommands, OpGetWithoutAnAppIsNotFoundInJsonToo) {
   m_script.Answer("op.get", R"({"result":0})");
   EXPECT_EQ(Fails({"op", "get", "x", "--json"}).Code(), Exit::NotFound);
   EXPECT_EQ(ParseJson(m_out.str()), ParseJson(R"({"result":0})"));

@@ -199,7 +199,7 @@ TEST_F(ClientCalls, TheLengthOfAMountCommandCounts) {
   EXPECT_EQ(Asked("mount.umount"), R"({"path":"/mnt"})");
 }
 
-TEST_F(ClientCalls, AMountThatIsOrderedToFailDoesNotReachTheServiceAndLeavesTheResult) {
+TEST_F(ClientCalls, AFailingMountNeitherReachesTheServiceNorSetsTheResult) {
   const support::TempDir directory;
   desk::FaultTable faults(directory / "faults", true);
   setenv("TV_FAULTS", (directory / "faults").c_str(), 1);
