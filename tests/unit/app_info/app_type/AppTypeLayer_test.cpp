@@ -73,11 +73,11 @@ TEST(AppTypeLayer, AReleaseTakesNull) {
   EXPECT_THAT(Journal(), IsEmpty());
 }
 
-/// The texts are longer than what a string holds without an allocation.
+/// The texts are long, so that copying one takes long enough for the other thread to come in.
 TEST(AppTypeLayer, MetadataIsReadWholeWhileItIsSet) {
   constexpr int kRounds = 20000;
-  const std::string early(40, '1');
-  const std::string late(80, '2');
+  const std::string early(20000, '1');
+  const std::string late(20001, '2');
   const auto layer = MakeLayer("a", "type", early, {"key"});
   layer->SetMetadata("orv_data", {"key", early}, false);
   support::OtherThread writer([&] {
