@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "common/bus_client.h"
+#include "desk/common/bus_client.h"
 
 #include <unistd.h>
 
@@ -11,11 +11,11 @@
 #include <map>
 #include <mutex>
 
-#include "common/bus_names.h"
-#include "common/desk_error.h"
-#include "common/desk_root.h"
-#include "common/gio_ptr.h"
-#include "common/json.h"
+#include "desk/common/bus_names.h"
+#include "desk/common/desk_error.h"
+#include "desk/common/desk_root.h"
+#include "desk/common/gio_ptr.h"
+#include "desk/common/json.h"
 
 namespace desk {
 namespace {
@@ -110,7 +110,7 @@ struct BusClient::State {
   guint filter = 0;
   gulong closedHandler = 0;
 
-  std::mutex mutex;  // guards what follows
+  std::mutex mutex;  // guards the following members
   std::map<int, std::shared_ptr<Subscription>> subscriptions;
   int lastId = 0;
 };

@@ -8,7 +8,7 @@
 #include <memory>
 #include <string>
 
-#include "common/paths.h"
+#include "desk/common/paths.h"
 
 typedef struct _GMainContext GMainContext;
 
@@ -30,26 +30,27 @@ class BusClient {
   /// Failed when the TV belongs to another user.
   static std::unique_ptr<BusClient> Open(const DeskPaths& paths);
 
-  /// Waits for the answer as long as it takes: a timeout would run under the daemon's clock, which
-  /// may be many times faster. Runs no callback of the caller's contexts meanwhile. Throws
-  /// DeskError with desk-tv's code, or NoTv when desk-tv is gone. Null is an empty request.
+  /// Waits for the reply without a time limit, which would run on the daemon's clock and may be
+  /// many times too short. Runs no callback of the caller's contexts meanwhile. Throws DeskError
+  /// with desk-tv's code, or NoTv when desk-tv has ended. A null request is an empty one.
   Json::Value Call(const std::string& method, const Json::Value& request);
   Json::Value Call(const std::string& method);
-  /// Sends the request and waits for nothing: whether desk-tv took it is not told, and no answer
-  /// wakes the caller up. In order with the calls of the same thread. Throws DeskError (NoTv).
+  /// Sends the request without a reply, which would wake the caller: its outcome is unknown. In
+  /// order with the calls of the same thread. Throws DeskError (NoTv).
   void Tell(const std::string& method, const Json::Value& request);
 
   /// Calls the function for every event of the topic that is sent after this call, in order, on the
-  /// thread that runs the context (null: the default context); not before the context runs. The
-  /// context is referenced. An exception of the function ends the process: catch within.
-  /// Returns a number for Unsubscribe. Throws DeskError (NoTv).
+  /// thread that runs the context (null: the default context). The context is referenced. An
+  /// exception of the function ends the process. Returns a number for Unsubscribe. Throws DeskError
+  /// (NoTv).
   int Subscribe(const std::string& topic, EventFunction function, GMainContext* context);
-  /// After it returned on the context's thread the function is not called again; on another thread
-  /// a call that has begun may still be running.
+  /// After it has returned on the context's thread, the function is not called again; on another
+  /// thread, a call that has begun may still be running.
   void Unsubscribe(int id);
 
-  /// Calls the function once when the bus has closed the connection, from the context that was the
-  /// thread's default one when this client was made. To be called once, right after that.
+  /// Calls the function once, when the bus has closed the connection, from the context that was the
+  /// thread's default when the client was constructed. Call it once, directly after the
+  /// constructor.
   void OnClosed(std::function<void()> function);
 
  private:

@@ -7,8 +7,8 @@
 
 namespace desk {
 
-/// A failure that a person is told in one line: what, why, what to do. The code travels over the
-/// bus as the last part of the error's name.
+/// An error for the user, in one line: what failed, why, what to do. On the bus the code is the
+/// last part of the error's name.
 class DeskError : public std::runtime_error {
  public:
   static constexpr const char* Failed = "Failed";
@@ -16,7 +16,7 @@ class DeskError : public std::runtime_error {
   static constexpr const char* NotFound = "NotFound";
   static constexpr const char* Timeout = "Timeout";
   static constexpr const char* NoSuchMethod = "NoSuchMethod";
-  /// No desk-tv answers: none is running, or it went away. Never sent over the bus.
+  /// desk-tv is not running or has ended. Never sent over the bus.
   static constexpr const char* NoTv = "NoTv";
 
   DeskError(std::string code, const std::string& message)

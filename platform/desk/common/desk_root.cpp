@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "common/desk_root.h"
+#include "desk/common/desk_root.h"
 
 #include <fcntl.h>
 #include <pwd.h>
@@ -18,8 +18,8 @@
 #include <optional>
 #include <vector>
 
-#include "common/desk_error.h"
-#include "common/spawn.h"
+#include "desk/common/desk_error.h"
+#include "desk/common/spawn.h"
 
 namespace desk {
 namespace {

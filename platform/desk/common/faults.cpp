@@ -1,30 +1,72 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "common/faults.h"
+#include "desk/common/faults.h"
 
 #include <fcntl.h>
+#include <pthread.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
-#include <map>
 
-#include "common/desk_error.h"
-#include "common/fault_entry.h"
+#include "desk/common/desk_error.h"
 
 namespace desk {
+namespace {
 
-// The layout is shared between processes of one build only; the file is made anew at each start.
+constexpr std::size_t NAME_BYTES = 96;
+
+struct Slot {
+  char call[NAME_BYTES];
+  bool hasResult;
+  std::int32_t result;
+  std::int32_t after;
+  std::int32_t times;  // 0: all until cleared
+};
+
+static_assert(std::atomic<std::uint32_t>::is_always_lock_free, "shared between processes");
+
+}  // namespace
+
+// The layout is shared between processes of one build only; each start creates the file again.
 struct FaultMemory {
-  std::atomic<std::uint32_t> used;  // entries that hold an order, or held one
-  FaultEntry::Order lastOrder;      // the writer's own
-  FaultEntry entries[FaultTable::CAPACITY];
+  pthread_mutex_t mutex;
+  std::atomic<std::uint32_t> count;  // written under the mutex, read without it
+  Slot slots[FaultTable::CAPACITY];  // the first `count`, the oldest first; guarded by mutex
 };
 
 namespace {
+
+// Holds the mutex of the table.
+class Lock {
+ public:
+  explicit Lock(FaultMemory& memory) : m_mutex(memory.mutex) {
+    if (pthread_mutex_lock(&m_mutex) == EOWNERDEAD) {
+      // The process that held it has died. A fault that it was removing may be there twice.
+      pthread_mutex_consistent(&m_mutex);
+    }
+  }
+  ~Lock() { pthread_mutex_unlock(&m_mutex); }
+  Lock(const Lock&) = delete;
+  Lock& operator=(const Lock&) = delete;
+
+ private:
+  pthread_mutex_t& m_mutex;
+};
+
+void InitMutex(pthread_mutex_t& mutex) {
+  pthread_mutexattr_t attributes;
+  pthread_mutexattr_init(&attributes);
+  pthread_mutexattr_setpshared(&attributes, PTHREAD_PROCESS_SHARED);
+  pthread_mutexattr_setrobust(&attributes, PTHREAD_MUTEX_ROBUST);
+  pthread_mutex_init(&mutex, &attributes);
+  pthread_mutexattr_destroy(&attributes);
+}
 
 FaultMemory* Map(const std::string& path, bool create) {
   const int flags = O_RDWR | O_CLOEXEC | (create ? O_CREAT | O_TRUNC : 0);
@@ -42,24 +84,33 @@ FaultMemory* Map(const std::string& path, bool create) {
   close(fd);
   if (memory == MAP_FAILED) {
     throw DeskError(DeskError::Failed,
-                    "cannot map " + path + ": it is no fault table of this build");
+                    "cannot map " + path + ": it is not a fault table of this build");
   }
   // A new file reads as zeros, which is an empty table.
-  return static_cast<FaultMemory*>(memory);
+  auto* table = static_cast<FaultMemory*>(memory);
+  if (create) {
+    InitMutex(table->mutex);
+  }
+  return table;
 }
 
-// A place for another order: one whose order is used up, else one that has none yet.
-std::uint32_t FindPlace(const FaultMemory& memory) {
-  const std::uint32_t used = memory.used.load();
-  for (std::uint32_t i = 0; i < used; ++i) {
-    if (memory.entries[i].IsUsedUp()) {
-      return i;
-    }
+void Remove(FaultMemory& memory, std::uint32_t index) {
+  const std::uint32_t count = memory.count.load();
+  std::copy(memory.slots + index + 1, memory.slots + count, memory.slots + index);
+  memory.count.store(count - 1);
+}
+
+// Counts one use of the call against the fault in the slot; true when the use fails.
+bool TakeUse(FaultMemory& memory, std::uint32_t index) {
+  Slot& slot = memory.slots[index];
+  if (slot.after > 0) {
+    --slot.after;
+    return false;
   }
-  if (used == FaultTable::CAPACITY) {
-    throw DeskError(DeskError::Failed, "the fault table is full: clear it with tv fail --clear");
+  if (slot.times > 0 && --slot.times == 0) {
+    Remove(memory, index);
   }
-  return used;
+  return true;
 }
 
 }  // namespace
@@ -71,63 +122,54 @@ FaultTable::~FaultTable() {
 }
 
 std::optional<int> FaultTable::Check(const char* call, int usualFailure) {
-  const std::uint32_t used = m_memory->used.load();
-  if (used == 0) {
+  if (m_memory->count.load() == 0) {
     return std::nullopt;
   }
-  const FaultEntry::Name name = FaultEntry::NameOf(call);
-  // Places are taken in any order, the orders for one call in that of their numbers.
-  for (FaultEntry::Order done = 0;;) {
-    FaultEntry::Snapshot next;
-    FaultEntry* place = nullptr;
-    for (std::uint32_t i = 0; i < used; ++i) {
-      const FaultEntry::Snapshot found = m_memory->entries[i].Read();
-      if (found.order > done && found.name == name &&
-          (place == nullptr || found.order < next.order)) {
-        next = found;
-        place = &m_memory->entries[i];
-      }
+  const Lock lock(*m_memory);
+  for (std::uint32_t i = 0; i < m_memory->count.load(); ++i) {
+    const Slot& slot = m_memory->slots[i];
+    const int result = slot.hasResult ? slot.result : usualFailure;
+    if (std::strcmp(slot.call, call) == 0 && TakeUse(*m_memory, i)) {
+      return result;
     }
-    if (place == nullptr) {
-      return std::nullopt;
-    }
-    if (place->Fails(next.order)) {
-      return next.result.value_or(usualFailure);
-    }
-    done = next.order;
   }
+  return std::nullopt;
 }
 
 void FaultTable::Add(const Fault& fault) {
-  if (fault.call.empty() || fault.call.size() >= FaultEntry::NAME_BYTES) {
-    throw DeskError(DeskError::Usage, "\"" + fault.call + "\" names no platform call");
+  if (fault.call.empty() || fault.call.size() >= NAME_BYTES) {
+    throw DeskError(DeskError::Usage, "\"" + fault.call + "\" is not the name of a platform call");
   }
   if (fault.after < 0 || fault.times < 0) {
-    throw DeskError(DeskError::Usage, "a fault's numbers of uses are 0 or more");
+    throw DeskError(DeskError::Usage, "the numbers of uses of a fault must be 0 or more");
   }
-  const std::uint32_t place = FindPlace(*m_memory);
-  m_memory->entries[place].Write(++m_memory->lastOrder, fault);
-  if (place == m_memory->used.load()) {
-    m_memory->used.store(place + 1);
+  const Lock lock(*m_memory);
+  const std::uint32_t count = m_memory->count.load();
+  if (count == CAPACITY) {
+    throw DeskError(DeskError::Failed, "the fault table is full: clear it with tv fail --clear");
   }
+  Slot slot{};
+  fault.call.copy(slot.call, NAME_BYTES - 1);
+  slot.hasResult = fault.result.has_value();
+  slot.result = fault.result.value_or(0);
+  slot.after = fault.after;
+  slot.times = fault.times;
+  m_memory->slots[count] = slot;
+  m_memory->count.store(count + 1);
 }
 
 void FaultTable::Clear() {
-  m_memory->used.store(0);
+  const Lock lock(*m_memory);
+  m_memory->count.store(0);
 }
 
 std::vector<Fault> FaultTable::List() const {
-  std::map<FaultEntry::Order, const FaultEntry*> orders;
-  const std::uint32_t used = m_memory->used.load();
-  for (std::uint32_t i = 0; i < used; ++i) {
-    if (!m_memory->entries[i].IsUsedUp()) {
-      orders[m_memory->entries[i].Holds()] = &m_memory->entries[i];
-    }
-  }
+  const Lock lock(*m_memory);
   std::vector<Fault> faults;
-  faults.reserve(orders.size());
-  for (const auto& entry : orders) {
-    faults.push_back(entry.second->Describe());
+  for (std::uint32_t i = 0; i < m_memory->count.load(); ++i) {
+    const Slot& slot = m_memory->slots[i];
+    const auto result = slot.hasResult ? std::optional<int>(slot.result) : std::nullopt;
+    faults.push_back({slot.call, result, slot.after, slot.times});
   }
   return faults;
 }

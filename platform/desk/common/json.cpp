@@ -1,13 +1,13 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "common/json.h"
+#include "desk/common/json.h"
 
 #include <json/reader.h>
 #include <json/writer.h>
 
 #include <memory>
 
-#include "common/desk_error.h"
+#include "desk/common/desk_error.h"
 
 namespace desk {
 namespace {

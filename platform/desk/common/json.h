@@ -10,22 +10,22 @@
 
 namespace desk {
 
-/// One line without a closing newline, members in ascending order. Bytes of strings go out as they
-/// are, also those that are no UTF-8; only quotes, backslashes and control characters are escaped.
+/// One line without a newline at its end, members in ascending order. Only quotes, backslashes and
+/// control characters of a string are escaped; bytes that are not UTF-8 are copied unchanged.
 std::string FormatJson(const Json::Value& value);
 
-/// The same over several lines, for people and for files that people may edit.
+/// The same in several lines, for people and for files that people may edit.
 std::string FormatJsonIndented(const Json::Value& value);
 
-/// Throws DeskError (Failed) when the text is no JSON, or has something after the value. An empty
-/// text is an empty object.
+/// Throws DeskError (Failed) when the text is not exactly one JSON value. An empty text is an empty
+/// object.
 Json::Value ParseJson(const std::string& text);
 
 /// An object of these members; a later one replaces an earlier one of the same name.
 Json::Value JsonObject(std::initializer_list<std::pair<const char*, Json::Value>> members);
 
 /// A member of a request. The first throws DeskError (Usage) when the member is absent or of
-/// another type; the others give the fallback when it is absent or null.
+/// another type; the others return the fallback when it is absent or null.
 std::string RequireString(const Json::Value& request, const char* member);
 std::string OptionalString(const Json::Value& request, const char* member,
                            const std::string& fallback);

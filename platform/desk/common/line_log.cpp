@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "common/line_log.h"
+#include "desk/common/line_log.h"
 
 #include <fcntl.h>
 #include <unistd.h>

@@ -10,14 +10,14 @@ namespace desk {
 /// lines never mix. Callable from any thread.
 class LineLog {
  public:
-  /// Creates the file when it is absent. When it cannot be opened every Append is without effect:
-  /// a log never stops the work.
+  /// Creates the file when it is absent. When it cannot be opened, Append has no effect: a log
+  /// never stops the work.
   explicit LineLog(const std::string& path);
   ~LineLog();
   LineLog(const LineLog&) = delete;
   LineLog& operator=(const LineLog&) = delete;
 
-  /// Adds the newline when the line has none at its end.
+  /// Adds a newline unless the line ends with one.
   void Append(const std::string& line);
 
  private:

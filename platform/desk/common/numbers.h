@@ -8,12 +8,11 @@
 
 namespace desk {
 
-/// Numbers as people write them on the desk's command lines: decimal, also with zeros in front, or
-/// hexadecimal behind "0x"; a sign may stand before it. Nothing for any other text, and for what
-/// does not fit.
+/// A number of a command line: decimal, also with leading zeros, or hexadecimal after "0x", with an
+/// optional sign. Nothing for any other text and for a number that does not fit.
 std::optional<std::int64_t> ReadNumber(const std::string& text);
 
-/// The same without a sign, as far as 64 bits go.
+/// The same without a sign, up to 64 bits.
 std::optional<std::uint64_t> ReadUnsigned(const std::string& text);
 
 }  // namespace desk

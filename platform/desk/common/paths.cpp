@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "common/paths.h"
+#include "desk/common/paths.h"
 
 #include <cstdlib>
 #include <filesystem>
 
-#include "common/desk_error.h"
+#include "desk/common/desk_error.h"
 
 namespace desk {
 namespace {

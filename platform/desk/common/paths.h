@@ -6,13 +6,13 @@
 
 namespace desk {
 
-/// Where everything of one desk is. Constant after construction; makes nothing on the disk.
+/// The paths of one desk. Constant after construction; creates nothing on the disk.
 class DeskPaths {
  public:
-  /// root is made absolute; it need not exist.
+  /// Makes root absolute; it need not exist.
   explicit DeskPaths(const std::string& root);
 
-  /// The desk that a program means: option when it is not empty, else $TV_ROOT, else
+  /// The desk that a program uses: option if it is not empty, else $TV_ROOT, else
   /// $XDG_STATE_HOME/tv-desk, else ~/.local/state/tv-desk.
   static DeskPaths Select(const std::string& option);
 
@@ -49,7 +49,7 @@ class DeskPaths {
 
   /// Package and app id of the daemon itself.
   static constexpr const char* DAEMON_ID = "com.kalmora.tv.orv-enabler";
-  /// Where the daemon sees Run() when it is in its sandbox.
+  /// The path of Run() in the sandbox of the daemon.
   static constexpr const char* SANDBOX_RUN = "/run/tv-desk";
 
  private:

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "common/spawn.h"
+#include "desk/common/spawn.h"
 
 #include <fcntl.h>
 #include <sys/prctl.h>

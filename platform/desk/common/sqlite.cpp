@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "common/sqlite.h"
+#include "desk/common/sqlite.h"
 
 #include <sqlite3.h>
 

@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "common/desk_error.h"
+#include "desk/common/desk_error.h"
 
 struct sqlite3;
 struct sqlite3_stmt;

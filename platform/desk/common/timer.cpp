@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "common/timer.h"
+#include "desk/common/timer.h"
 
 #include <glib.h>
 

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "common/bus_client.h"
+#include "desk/common/bus_client.h"
 
 #include <glib.h>
 #include <gmock/gmock.h>
@@ -15,7 +15,7 @@
 #include <mutex>
 #include <thread>
 
-#include "common/desk_error.h"
+#include "desk/common/desk_error.h"
 #include "support/files.h"
 #include "support/wait_for.h"
 #include "tv/bus_daemon.h"
@@ -32,7 +32,7 @@ using tv::Caller;
 using tv::CallerTable;
 using tv::Reply;
 
-// A bus, a television without parts on it, and a client; the television's loop runs on this
+// A bus, a television without services on it, and a client. The television's loop runs on this
 // thread, in Do and in Run.
 class Bus : public testing::Test {
  protected:
@@ -49,7 +49,7 @@ class Bus : public testing::Test {
     m_router.reset();
   }
 
-  // Runs the work on another thread, and the loop until it has ended; lets its exception through.
+  // Runs the work on another thread, and the loop until the work has ended. Rethrows its exception.
   void Do(const std::function<void()>& work) {
     std::future<void> done = std::async(std::launch::async, work);
     RunUntil(

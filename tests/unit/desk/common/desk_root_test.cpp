@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "common/desk_root.h"
+#include "desk/common/desk_root.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,7 +10,7 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "common/desk_error.h"
+#include "desk/common/desk_error.h"
 #include "support/files.h"
 
 namespace desk {

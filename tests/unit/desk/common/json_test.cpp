@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "common/json.h"
+#include "desk/common/json.h"
 
 #include <gtest/gtest.h>
 
-#include "common/desk_error.h"
+#include "desk/common/desk_error.h"
 
 namespace desk {
 namespace {

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "common/numbers.h"
+#include "desk/common/numbers.h"
 
 #include <gtest/gtest.h>
 
