@@ -12,28 +12,26 @@
 #include <mutex>
 #include <set>
 
-#include "fake/handles.h"
 #include "fake/packaged_apps.h"
-#include "fake/recorder.h"
+#include "fake/platform_call.h"
 #include "fake/resets.h"
-
-struct app_context_s {
-  unsigned long number = 0;
-  pid_t pid = 0;
-};
 
 namespace fake {
 namespace {
 
+struct Context {
+  pid_t pid = 0;
+};
+
 struct State {
-  Handles<app_context_s> contexts{"app_context"};
+  Handles<app_context_h, Context> contexts{"app_context"};
   std::mutex mutex;
   // Guarded by mutex.
   std::set<std::string> known;
   std::map<std::string, pid_t> running;
   std::vector<Kill> kills;
-  // Destroyed contexts stay in memory: callers ask them for their pid.
-  std::map<app_context_h, std::shared_ptr<app_context_s>> destroyed;
+  // Destroyed contexts are kept: callers ask them for their pid.
+  std::map<app_context_h, std::shared_ptr<Context>> destroyed;
   bool destroyedAnswer = true;
 };
 
@@ -55,18 +53,11 @@ bool IsKnown(const std::string& app) {
   return state.known.count(app) != 0 || IsPackagedApp(app);
 }
 
-std::string TextOf(app_context_h context) {
-  State& state = GetState();
-  std::unique_lock<std::mutex> lock(state.mutex);
-  const auto found = state.destroyed.find(context);
-  if (found != state.destroyed.end()) {
-    return "app_context#" + std::to_string(found->second->number);
-  }
-  lock.unlock();
-  return state.contexts.TextOf(context);
+platform::Value Describe(app_context_h context) {
+  return GetState().contexts.Describe(context);
 }
 
-std::shared_ptr<app_context_s> FindEvenDestroyed(app_context_h context) {
+std::shared_ptr<Context> FindEvenDestroyed(app_context_h context) {
   State& state = GetState();
   if (auto object = state.contexts.Find(context)) {
     return object;
@@ -98,12 +89,6 @@ void Note(const Kill& kill) {
 }
 
 }  // namespace
-
-void AddKnownApp(const std::string& app) {
-  State& state = GetState();
-  const std::lock_guard<std::mutex> lock(state.mutex);
-  state.known.insert(app);
-}
 
 void SetRunning(const std::string& app, pid_t pid) {
   State& state = GetState();
@@ -148,79 +133,75 @@ void ResetApps() {
 }  // namespace fake
 
 using fake::GetState;
-using fake::Recorder;
+using fake::kFailure;
+using fake::PlatformCall;
 
 int app_manager_is_running(const char* app_id, bool* running) {
-  Recorder call("app_manager_is_running", app_id);
-  if (call.Fails()) {
-    return call.ReturnFault();
-  }
-  if (app_id == nullptr || running == nullptr) {
-    return call.Return(static_cast<int>(APP_MANAGER_ERROR_INVALID_PARAMETER));
-  }
-  *running = fake::IsRunning(app_id);
-  return call.Return(0);
+  PlatformCall call("app_manager_is_running", app_id);
+  return call.Run(kFailure, [&]() -> int {
+    if (app_id == nullptr || running == nullptr) {
+      return APP_MANAGER_ERROR_INVALID_PARAMETER;
+    }
+    *running = fake::IsRunning(app_id);
+    return 0;
+  });
 }
 
 int app_manager_get_app_context(const char* app_id, app_context_h* app_context) {
-  Recorder call("app_manager_get_app_context", app_id);
-  if (call.Fails()) {
-    return call.ReturnFault();
-  }
-  if (app_id == nullptr || app_context == nullptr) {
-    return call.Return(static_cast<int>(APP_MANAGER_ERROR_INVALID_PARAMETER));
-  }
-  const auto pid = fake::PidOf(app_id);
-  if (!pid) {
-    return call.Return(static_cast<int>(fake::IsKnown(app_id) ? APP_MANAGER_ERROR_APP_NO_RUNNING
-                                                              : APP_MANAGER_ERROR_NO_SUCH_APP));
-  }
-  auto object = std::make_shared<app_context_s>();
-  object->pid = *pid;
-  *app_context = GetState().contexts.Add(object);
-  return call.Return(0);
+  PlatformCall call("app_manager_get_app_context", app_id);
+  return call.Run(kFailure, [&]() -> int {
+    if (app_id == nullptr || app_context == nullptr) {
+      return APP_MANAGER_ERROR_INVALID_PARAMETER;
+    }
+    const auto pid = fake::PidOf(app_id);
+    if (!pid) {
+      return fake::IsKnown(app_id) ? APP_MANAGER_ERROR_APP_NO_RUNNING
+                                   : APP_MANAGER_ERROR_NO_SUCH_APP;
+    }
+    auto object = std::make_shared<fake::Context>();
+    object->pid = *pid;
+    *app_context = GetState().contexts.Add(object);
+    return 0;
+  });
 }
 
 int app_manager_terminate_app(app_context_h app_context) {
-  Recorder call("app_manager_terminate_app", fake::TextOf(app_context));
-  if (call.Fails()) {
-    return call.ReturnFault();
-  }
-  const bool known = GetState().contexts.Find(app_context) != nullptr;
-  return call.Return(known ? 0 : static_cast<int>(APP_MANAGER_ERROR_INVALID_PARAMETER));
+  PlatformCall call("app_manager_terminate_app", fake::Describe(app_context));
+  return call.Run(kFailure, [&]() -> int {
+    const bool known = GetState().contexts.Find(app_context) != nullptr;
+    return known ? 0 : static_cast<int>(APP_MANAGER_ERROR_INVALID_PARAMETER);
+  });
 }
 
 int app_context_destroy(app_context_h app_context) {
-  Recorder call("app_context_destroy", fake::TextOf(app_context));
-  if (call.Fails()) {
-    return call.ReturnFault();
-  }
-  fake::State& state = GetState();
-  const auto object = state.contexts.Find(app_context);
-  if (!object || !state.contexts.Remove(app_context)) {
-    return call.Return(static_cast<int>(APP_MANAGER_ERROR_INVALID_PARAMETER));
-  }
-  const std::lock_guard<std::mutex> lock(state.mutex);
-  state.destroyed[app_context] = object;
-  return call.Return(0);
+  PlatformCall call("app_context_destroy", fake::Describe(app_context));
+  return call.Run(kFailure, [&]() -> int {
+    fake::State& state = GetState();
+    const auto object = state.contexts.Take(app_context);
+    if (!object) {
+      return APP_MANAGER_ERROR_INVALID_PARAMETER;
+    }
+    const std::lock_guard<std::mutex> lock(state.mutex);
+    state.destroyed[app_context] = object;
+    return 0;
+  });
 }
 
 int app_context_get_pid(app_context_h app_context, pid_t* pid) {
-  Recorder call("app_context_get_pid", fake::TextOf(app_context));
-  if (call.Fails()) {
-    return call.ReturnFault();
-  }
-  const auto object = fake::FindEvenDestroyed(app_context);
-  if (!object || pid == nullptr) {
-    return call.Return(static_cast<int>(APP_MANAGER_ERROR_INVALID_PARAMETER));
-  }
-  *pid = object->pid;
-  return call.Return(0);
+  PlatformCall call("app_context_get_pid", fake::Describe(app_context));
+  return call.Run(kFailure, [&]() -> int {
+    const auto object = fake::FindEvenDestroyed(app_context);
+    if (!object || pid == nullptr) {
+      return APP_MANAGER_ERROR_INVALID_PARAMETER;
+    }
+    *pid = object->pid;
+    return 0;
+  });
 }
 
 extern "C" int __wrap_kill(pid_t pid, int signal) {
-  Recorder call("kill", static_cast<int>(pid), signal);
-  const int result = call.Fails() ? call.ReturnFault() : fake::Signal(pid, signal);
+  PlatformCall call("kill", static_cast<int>(pid), signal);
+  const int result = call.Run(kFailure, [&] { return fake::Signal(pid, signal); });
   fake::Note({pid, signal, result});
-  return call.Return(result);
+  return result;
 }

@@ -6,14 +6,15 @@
 
 #include <vector>
 
+#include "call/value.h"
 #include "fake/control/ports.h"
 
 namespace fake {
 
-/// A bundle that is not counted as an open handle; for the platform's own messages.
+/// A bundle for a message of the platform, which the receiver cannot free.
 bundle* NewPlatformBundle(const std::vector<BundleEntry>& entries);
 void FreePlatformBundle(bundle* b);
-/// "bundle#1" or "null".
-std::string BundleText(const bundle* b);
+/// For the record of a call.
+platform::Value DescribeBundle(bundle* b);
 
 }  // namespace fake

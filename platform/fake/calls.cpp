@@ -7,13 +7,15 @@
 #include <algorithm>
 #include <atomic>
 #include <deque>
+#include <iterator>
 #include <map>
 #include <mutex>
+#include <thread>
+#include <utility>
 
-#include "fake/handles.h"
-#include "fake/recorder.h"
+#include "fake/platform_call.h"
 #include "fake/resets.h"
-#include "framework/hooks.h"
+#include "framework/backend.h"
 
 namespace fake {
 namespace {
@@ -36,8 +38,8 @@ struct State {
   std::map<std::string, std::size_t> handles;
 };
 
-/// Never deleted: threads of the daemon may still call while the process ends, and static
-/// initialisers call before this file's own would run.
+/// Never deleted: threads of the daemon may still call while the process ends. Made at the first
+/// use: static initialisers may call before those of this file have run.
 State& GetState() {
   static auto* s_state = new State;
   return *s_state;
@@ -68,25 +70,59 @@ void ResetCounts() {
   state.failures.clear();
 }
 
-// The framework's calls are recorded and failed as all others.
-unsigned long BeginFrameworkCall(const char* call, const std::vector<std::string>& args) {
-  return BeginCall(call, args);
-}
+class MemorySink : public platform::Sink {
+ public:
+  void Begin(platform::CallRecord& record, const platform::Value* args,
+             std::size_t count) override {
+    Call call;
+    call.name = record.name;
+    call.args.reserve(count);
+    std::transform(args, args + count, std::back_inserter(call.args), platform::FormatText);
+    call.thread = ThreadName();
+    call.threadID = std::this_thread::get_id();
+    State& state = GetState();
+    const std::lock_guard<std::mutex> lock(state.mutex);
+    call.seq = NextSequence();
+    record.number = call.seq;
+    state.calls.push_back(std::move(call));
+  }
 
-bool FailFrameworkCall(const char* call, int* result) {
-  const std::optional<int> fault = TakeFault(call);
-  *result = fault.value_or(*result);
-  return fault.has_value();
-}
+  // Call::args has no outputs.
+  void AddOutput(platform::CallRecord&, const platform::Value&) override {}
 
-constexpr framework::Hooks kHooks = {BeginFrameworkCall, FailFrameworkCall, EndCall};
+  void End(platform::CallRecord& record, const platform::Value& result) override {
+    State& state = GetState();
+    const std::lock_guard<std::mutex> lock(state.mutex);
+    const auto earlier = [](const Call& call, unsigned long seq) { return call.seq < seq; };
+    const auto call =
+        std::lower_bound(state.calls.begin(), state.calls.end(), record.number, earlier);
+    // The list may have been cleared since Begin().
+    if (call != state.calls.end() && call->seq == record.number) {
+      call->result = platform::FormatText(result);
+    }
+  }
+};
 
-[[maybe_unused]] const bool g_hooked = (framework::SetHooks(&kHooks), true);
+class MemoryBackend : public platform::Backend {
+ public:
+  platform::Sink* GetSink() override { return GetState().recording ? &m_sink : nullptr; }
+  // The fake's faults always name a result.
+  std::optional<int> TakeFault(const char* call, int) override { return fake::TakeFault(call); }
+  // Hooks of a test throw on purpose.
+  void OnException(const char*, const std::exception&) override { throw; }
+
+ private:
+  MemorySink m_sink;
+};
+
+[[maybe_unused]] const bool g_installed = (framework::SetBackend(&GetBackend()), true);
 
 }  // namespace
 
-bool IsRecording() {
-  return GetState().recording;
+platform::Backend& GetBackend() {
+  // Never deleted, as the state.
+  static auto* s_backend = new MemoryBackend;
+  return *s_backend;
 }
 
 void SetRecording(bool enabled) {
@@ -103,40 +139,10 @@ std::string ThreadName() {
   return name;
 }
 
-unsigned long BeginCall(const std::string& name, std::vector<std::string> args) {
-  State& state = GetState();
-  if (!state.recording) {
-    return 0;
-  }
-  Call call;
-  call.name = name;
-  call.args = std::move(args);
-  call.thread = ThreadName();
-  call.threadID = std::this_thread::get_id();
-  const std::lock_guard<std::mutex> lock(state.mutex);
-  call.seq = NextSequence();
-  state.calls.push_back(call);
-  return call.seq;
-}
-
-void EndCall(unsigned long number, const std::string& result) {
-  if (number == 0) {
-    return;
-  }
-  State& state = GetState();
-  const std::lock_guard<std::mutex> lock(state.mutex);
-  const auto earlier = [](const Call& call, unsigned long seq) { return call.seq < seq; };
-  const auto call = std::lower_bound(state.calls.begin(), state.calls.end(), number, earlier);
-  // The list may have been cleared meanwhile.
-  if (call != state.calls.end() && call->seq == number) {
-    call->result = result;
-  }
-}
-
-std::optional<int> TakeFault(const std::string& name) {
+std::optional<int> TakeFault(const char* name) {
   State& state = GetState();
   if (state.faultNames == 0) {
-    return std::nullopt;
+    return std::nullopt;  // without the lock, as nearly every call has no fault
   }
   const std::lock_guard<std::mutex> lock(state.mutex);
   const auto found = state.faults.find(name);
@@ -224,7 +230,7 @@ std::size_t FailureCount(const std::string& name) {
   return found == state.failures.end() ? 0 : found->second;
 }
 
-void CountHandle(const std::string& kind, int change) {
+void CountHandle(const char* kind, int change) {
   State& state = GetState();
   const std::lock_guard<std::mutex> lock(state.mutex);
   state.handles[kind] += static_cast<std::size_t>(change);

@@ -12,7 +12,7 @@
 #include <optional>
 #include <sstream>
 
-#include "fake/recorder.h"
+#include "fake/platform_call.h"
 #include "fake/resets.h"
 
 namespace fake {
@@ -36,7 +36,7 @@ State& GetState() {
   return *s_state;
 }
 
-/// Nothing when the record is no JSON object with a package id.
+/// Nothing when the record is not a JSON object with a package id.
 std::optional<std::string> PackageOf(const std::string& record) {
   Json::Value value;
   std::string errors;
@@ -48,7 +48,7 @@ std::optional<std::string> PackageOf(const std::string& record) {
   return value["pkg_id"].asString();
 }
 
-/// Needs the mutex.
+/// The caller holds the mutex.
 std::vector<Channel>::iterator Find(State& state, const std::string& package) {
   return std::find_if(state.channels.begin(), state.channels.end(),
                       [&](const Channel& channel) { return channel.package == package; });
@@ -87,31 +87,27 @@ bool Remove(State& state, const std::string& package, const std::string&) {
 
 using Change = bool (*)(State&, const std::string&, const std::string&);
 
-bool Request(const char* operation, const std::string& record, Change change) {
-  Recorder call((std::string("FCOrvAppInfoAPI::") + operation).c_str(), record);
+bool Request(const char* name, const std::string& record, Change change) {
+  constexpr std::size_t kClassLength = sizeof("FCOrvAppInfoAPI::") - 1;
+  PlatformCall call(name, record);
   State& state = GetState();
   const auto package = PackageOf(record);
   const std::lock_guard<std::mutex> lock(state.mutex);
-  const bool accepted = !call.Fails() && package && change(state, *package, record);
-  if (call.Fails()) {
-    const bool result = call.ReturnBoolFault();
-    state.requests.push_back({operation, record, result});
-    return result;
-  }
-  state.requests.push_back({operation, record, accepted});
-  return call.Return(accepted);
+  const bool accepted = call.Run(false, [&] { return package && change(state, *package, record); });
+  state.requests.push_back({name + kClassLength, record, accepted});
+  return accepted;
 }
 
 class Registry final : public FCOrvAppInfoAPI {
  public:
   bool CreateAppInfo(const std::string& rAppInfo) override {
-    return Request("CreateAppInfo", rAppInfo, Create);
+    return Request("FCOrvAppInfoAPI::CreateAppInfo", rAppInfo, Create);
   }
   bool RemoveAppInfo(const std::string& rAppInfo) override {
-    return Request("RemoveAppInfo", rAppInfo, Remove);
+    return Request("FCOrvAppInfoAPI::RemoveAppInfo", rAppInfo, Remove);
   }
   bool UpdateAppInfo(const std::string& rAppInfo) override {
-    return Request("UpdateAppInfo", rAppInfo, Update);
+    return Request("FCOrvAppInfoAPI::UpdateAppInfo", rAppInfo, Update);
   }
 };
 
@@ -161,8 +157,7 @@ void ResetChannels() {
 
 FCOrvAppInfoAPI* FCAPI::GetOrvAppInfoAPI() {
   static fake::Registry s_registry;
-  fake::Recorder call("FCAPI::GetOrvAppInfoAPI");
-  const bool there = !call.Fails() && fake::GetState().present;
-  return call.ReturnAs<FCOrvAppInfoAPI*>(there ? &s_registry : nullptr,
-                                         there ? "FCOrvAppInfoAPI" : "null");
+  fake::PlatformCall call("FCAPI::GetOrvAppInfoAPI");
+  return call.Run<FCOrvAppInfoAPI*>(
+      nullptr, [] { return fake::GetState().present ? &s_registry : nullptr; });
 }

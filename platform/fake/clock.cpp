@@ -38,9 +38,9 @@ struct State {
   // Guarded by mutex.
   std::optional<std::time_t> time;
   Waits mode = Waits::kReal;
-  /// The steady clock's moment while it stands still.
+  /// The value of the steady clock while it is stopped.
   Nanoseconds steady{0};
-  /// How far the steady clock is ahead of the machine's while it runs.
+  /// How far the steady clock is ahead of the machine's clock while it runs.
   Nanoseconds ahead{0};
   std::vector<Waiter*> waiters;
 };
@@ -65,13 +65,13 @@ Nanoseconds MachineClock() {
   return ToNanoseconds(now);
 }
 
-/// Needs the mutex.
+/// The caller holds the mutex.
 Nanoseconds SteadyNow(const State& state) {
   return state.mode == Waits::kReal ? MachineClock() + state.ahead : state.steady;
 }
 
-/// True when the waiter has let go of its mutex, which it took before it came here: it is in the
-/// wait, or on its way out. Needs the state's mutex, which keeps the waiter where it is.
+/// True when the waiter, which called with its mutex locked, has unlocked it: it waits, or is about
+/// to return. The caller holds the state's mutex, so that the waiter cannot leave.
 bool IsInWait(const Waiter& waiter) {
   if (pthread_mutex_trylock(waiter.mutex) != 0) {
     return false;
@@ -95,7 +95,7 @@ int WaitInManualMode(State& state, std::unique_lock<std::mutex>& lock, Waiter& w
 int TimeOutAtOnce(State& state, std::unique_lock<std::mutex>& lock, const Waiter& waiter) {
   state.steady = std::max(state.steady, waiter.limit);
   lock.unlock();
-  // As long as a wait lasts, others may have the mutex.
+  // During a wait other threads may lock the mutex.
   pthread_mutex_unlock(waiter.mutex);
   std::this_thread::yield();
   pthread_mutex_lock(waiter.mutex);
@@ -117,8 +117,8 @@ int Wait(pthread_cond_t* condition, pthread_mutex_t* mutex, const timespec* limi
   return WaitInManualMode(state, lock, waiter);
 }
 
-/// A waiter that must time out now and has not been woken yet; null when there is none. Needs the
-/// mutex.
+/// A waiter that must time out now and has not been woken yet; null when there is none. The caller
+/// holds the mutex.
 Waiter* FindOverdue(const State& state) {
   for (Waiter* waiter : state.waiters) {
     if (!waiter->timedOut && waiter->limit <= state.steady) {
@@ -167,7 +167,7 @@ void SetWaits(Waits mode) {
   const Nanoseconds now = SteadyNow(state);
   state.mode = mode;
   state.steady = now;
-  // It never goes back.
+  // The steady clock never goes back.
   state.ahead = std::max(now - MachineClock(), Nanoseconds(0));
 }
 
@@ -199,7 +199,7 @@ void ResetClock() {
 
 }  // namespace fake
 
-// In place of libc and of std::chrono, by the linker.
+// The linker puts these in place of the functions of libc and std::chrono.
 extern "C" {
 
 std::time_t __wrap_time(std::time_t* result) {
@@ -224,7 +224,7 @@ int __wrap_pthread_cond_clockwait(pthread_cond_t* condition, pthread_mutex_t* mu
 }
 
 #ifdef __clang__
-// The name is the mangled one: nothing in C is ever to call it.
+// The name is a mangled one: no C code calls it.
 #pragma clang diagnostic ignored "-Wreturn-type-c-linkage"
 #endif
 /// std::chrono::steady_clock::now(), which a timed wait asks whether its limit has passed.

@@ -6,7 +6,7 @@
 #include <mutex>
 
 #include "fake/control/tv.h"
-#include "fake/recorder.h"
+#include "fake/platform_call.h"
 #include "fake/resets.h"
 
 namespace fake {
@@ -29,41 +29,32 @@ class Connection : public FIIPCConnection {};
 class Proxy : public FCEMSProxy {
  public:
   bool Subscribe(int signalType) override {
-    Recorder call("FCEMSProxy::Subscribe", signalType);
-    if (call.Fails()) {
-      return call.ReturnBoolFault();
-    }
-    State& state = GetState();
-    const std::lock_guard<std::mutex> lock(state.mutex);
-    state.subscriptions.push_back(signalType);
-    return call.Return(true);
+    PlatformCall call("FCEMSProxy::Subscribe", signalType);
+    return call.Run(false, [signalType] {
+      State& state = GetState();
+      const std::lock_guard<std::mutex> lock(state.mutex);
+      state.subscriptions.push_back(signalType);
+      return true;
+    });
   }
 };
 
-FCEMSSignalCallback CallbackFor(int signal, bool all) {
+FCEMSSignalCallback CallbackFor(int signal) {
   State& state = GetState();
   const std::lock_guard<std::mutex> lock(state.mutex);
   const auto& asked = state.subscriptions;
-  const bool wanted = all || std::find(asked.begin(), asked.end(), signal) != asked.end();
-  return wanted ? state.callback : nullptr;
-}
-
-bool Fire(int signal, bool all) {
-  const FCEMSSignalCallback callback = CallbackFor(signal, all);
-  if (callback != nullptr) {
-    callback(signal, nullptr);
-  }
-  return callback != nullptr;
+  const bool isAsked = std::find(asked.begin(), asked.end(), signal) != asked.end();
+  return isAsked ? state.callback : nullptr;
 }
 
 }  // namespace
 
 bool FireProxySignal(int signal) {
-  return Fire(signal, false);
-}
-
-bool FireProxySignalToAll(int signal) {
-  return Fire(signal, true);
+  const FCEMSSignalCallback callback = CallbackFor(signal);
+  if (callback != nullptr) {
+    callback(signal, nullptr);
+  }
+  return callback != nullptr;
 }
 
 std::vector<int> ProxySubscriptions() {
@@ -83,22 +74,20 @@ void ResetProxy() {
 
 FIIPCConnection* FIIPCConnection::GetInstance() {
   static auto* s_connection = new fake::Connection;
-  fake::Recorder call("FIIPCConnection::GetInstance");
-  if (call.Fails()) {
-    return call.ReturnAs<FIIPCConnection*>(nullptr, "null");
-  }
-  return call.ReturnAs<FIIPCConnection*>(s_connection, "FIIPCConnection");
+  fake::PlatformCall call("FIIPCConnection::GetInstance");
+  return call.Run<FIIPCConnection*>(nullptr, [] { return s_connection; });
 }
 
 FCEMSProxy* FCEMSProxy::GetInstance(FIIPCConnection* pConnection, FCEMSSignalCallback pCallback) {
   static auto* s_proxy = new fake::Proxy;
-  fake::Recorder call("FCEMSProxy::GetInstance", fake::Presence(pConnection),
-                      fake::Presence(pCallback));
-  if (call.Fails() || pConnection == nullptr) {
-    return call.ReturnAs<FCEMSProxy*>(nullptr, "null");
-  }
-  fake::State& state = fake::GetState();
-  const std::lock_guard<std::mutex> lock(state.mutex);
-  state.callback = pCallback;
-  return call.ReturnAs<FCEMSProxy*>(s_proxy, "FCEMSProxy");
+  fake::PlatformCall call("FCEMSProxy::GetInstance", pConnection, pCallback);
+  return call.Run<FCEMSProxy*>(nullptr, [&]() -> FCEMSProxy* {
+    if (pConnection == nullptr) {
+      return nullptr;
+    }
+    fake::State& state = fake::GetState();
+    const std::lock_guard<std::mutex> lock(state.mutex);
+    state.callback = pCallback;
+    return s_proxy;
+  });
 }

@@ -12,7 +12,7 @@
 #include <variant>
 #include <vector>
 
-#include "fake/recorder.h"
+#include "fake/platform_call.h"
 #include "fake/resets.h"
 
 struct _keynode_t {
@@ -34,7 +34,7 @@ struct Registration {
   std::string key;
   vconf_callback_fn function = nullptr;
   void* data = nullptr;
-  unsigned long since = 0;  // changes up to this number are not told
+  unsigned long since = 0;  // not notified of changes up to this number
 };
 
 struct State {
@@ -67,7 +67,7 @@ std::optional<Value> Load(const std::string& key) {
   return found == state.values.end() ? std::nullopt : std::optional<Value>(found->second);
 }
 
-/// Needs the mutex.
+/// The caller holds the mutex.
 std::vector<Registration>::iterator Find(State& state, const std::string& key,
                                          vconf_callback_fn function) {
   return std::find_if(state.registrations.begin(), state.registrations.end(),
@@ -86,7 +86,7 @@ std::vector<Registration> ListenersOf(const Change& change) {
   return listeners;
 }
 
-/// The present user data, or nothing when an earlier callback took the registration away.
+/// The present user data, or nothing when an earlier callback removed the registration.
 std::optional<void*> DataOf(const Registration& listener) {
   State& state = GetState();
   const std::lock_guard<std::mutex> lock(state.mutex);
@@ -168,11 +168,6 @@ std::size_t DeliverKeyChanges() {
   return told;
 }
 
-std::size_t DeliverOneKeyChange() {
-  const auto change = NextChange();
-  return change ? Tell(*change) : 0;
-}
-
 std::size_t PendingKeyChanges() {
   State& state = GetState();
   const std::lock_guard<std::mutex> lock(state.mutex);
@@ -183,11 +178,6 @@ void DropKeyChanges() {
   State& state = GetState();
   const std::lock_guard<std::mutex> lock(state.mutex);
   state.changes.clear();
-}
-
-std::size_t FireKey(const std::string& key) {
-  constexpr auto kAfterEveryRegistration = static_cast<unsigned long>(-1);
-  return Tell({kAfterEveryRegistration, key, {Load(key)}});
 }
 
 std::size_t KeySubscriptions(const std::string& key) {
@@ -209,95 +199,92 @@ void ResetKeys() {
 }  // namespace fake
 
 int vconf_get_int(const char* in_key, int* intval) {
-  fake::Recorder call("vconf_get_int", in_key);
-  if (call.Fails()) {
-    return call.ReturnFault();
-  }
-  const auto value = in_key == nullptr ? std::nullopt : fake::IntKey(in_key);
-  if (!value) {
-    return call.Return(-1);
-  }
-  *intval = *value;
-  return call.Return(0);
+  fake::PlatformCall call("vconf_get_int", in_key);
+  return call.Run(fake::kFailure, [&]() -> int {
+    const auto value = in_key == nullptr ? std::nullopt : fake::IntKey(in_key);
+    if (!value) {
+      return -1;
+    }
+    *intval = *value;
+    return 0;
+  });
 }
 
 char* vconf_get_str(const char* in_key) {
-  fake::Recorder call("vconf_get_str", in_key);
-  const auto value = in_key == nullptr || call.Fails() ? std::nullopt : fake::StringKey(in_key);
-  return call.Return(value ? strdup(value->c_str()) : static_cast<char*>(nullptr));
+  fake::PlatformCall call("vconf_get_str", in_key);
+  return call.Run<char*>(nullptr, [&] {
+    const auto value = in_key == nullptr ? std::nullopt : fake::StringKey(in_key);
+    return value ? strdup(value->c_str()) : nullptr;
+  });
 }
 
 int vconf_set_int(const char* in_key, int intval) {
-  fake::Recorder call("vconf_set_int", in_key, intval);
-  if (call.Fails()) {
-    return call.ReturnFault();
-  }
-  if (in_key == nullptr) {
-    return call.Return(-1);
-  }
-  fake::SetKey(in_key, intval);
-  return call.Return(0);
+  fake::PlatformCall call("vconf_set_int", in_key, intval);
+  return call.Run(fake::kFailure, [&]() -> int {
+    if (in_key == nullptr) {
+      return -1;
+    }
+    fake::SetKey(in_key, intval);
+    return 0;
+  });
 }
 
 int vconf_set_str(const char* in_key, const char* strval) {
-  fake::Recorder call("vconf_set_str", in_key, strval);
-  if (call.Fails()) {
-    return call.ReturnFault();
-  }
-  if (in_key == nullptr || strval == nullptr) {
-    return call.Return(-1);
-  }
-  fake::SetKey(in_key, strval);
-  return call.Return(0);
+  fake::PlatformCall call("vconf_set_str", in_key, strval);
+  return call.Run(fake::kFailure, [&]() -> int {
+    if (in_key == nullptr || strval == nullptr) {
+      return -1;
+    }
+    fake::SetKey(in_key, strval);
+    return 0;
+  });
 }
 
 int vconf_notify_key_changed(const char* in_key, vconf_callback_fn cb, void* user_data) {
-  fake::Recorder call("vconf_notify_key_changed", in_key, fake::Presence(cb),
-                      fake::Presence(user_data));
-  if (call.Fails()) {
-    return call.ReturnFault();
-  }
-  if (in_key == nullptr || cb == nullptr) {
-    return call.Return(-1);
-  }
-  fake::State& state = fake::GetState();
-  const std::lock_guard<std::mutex> lock(state.mutex);
-  const auto found = fake::Find(state, in_key, cb);
-  if (found == state.registrations.end()) {
-    state.registrations.push_back({in_key, cb, user_data, state.lastChange});
-  } else {
-    found->data = user_data;
-  }
-  return call.Return(0);
+  fake::PlatformCall call("vconf_notify_key_changed", in_key, cb, user_data);
+  return call.Run(fake::kFailure, [&]() -> int {
+    if (in_key == nullptr || cb == nullptr) {
+      return -1;
+    }
+    fake::State& state = fake::GetState();
+    const std::lock_guard<std::mutex> lock(state.mutex);
+    const auto found = fake::Find(state, in_key, cb);
+    if (found == state.registrations.end()) {
+      state.registrations.push_back({in_key, cb, user_data, state.lastChange});
+    } else {
+      found->data = user_data;
+    }
+    return 0;
+  });
 }
 
 int vconf_ignore_key_changed(const char* in_key, vconf_callback_fn cb) {
-  fake::Recorder call("vconf_ignore_key_changed", in_key, fake::Presence(cb));
-  if (call.Fails()) {
-    return call.ReturnFault();
-  }
-  fake::State& state = fake::GetState();
-  const std::lock_guard<std::mutex> lock(state.mutex);
-  const auto found = fake::Find(state, fake::Text(in_key), cb);
-  if (found == state.registrations.end()) {
-    return call.Return(-1);
-  }
-  state.registrations.erase(found);
-  return call.Return(0);
+  fake::PlatformCall call("vconf_ignore_key_changed", in_key, cb);
+  return call.Run(fake::kFailure, [&]() -> int {
+    fake::State& state = fake::GetState();
+    const std::lock_guard<std::mutex> lock(state.mutex);
+    const auto found =
+        in_key == nullptr ? state.registrations.end() : fake::Find(state, in_key, cb);
+    if (found == state.registrations.end()) {
+      return -1;
+    }
+    state.registrations.erase(found);
+    return 0;
+  });
 }
 
 int vconf_keynode_get_int(keynode_t* keynode) {
-  fake::Recorder call("vconf_keynode_get_int");
-  if (call.Fails()) {
-    return call.ReturnFault();
-  }
-  const bool number = keynode->value && std::holds_alternative<int>(*keynode->value);
-  return call.Return(number ? std::get<int>(*keynode->value) : 0);
+  fake::PlatformCall call("vconf_keynode_get_int");
+  return call.Run(fake::kFailure, [&]() -> int {
+    const bool number = keynode->value && std::holds_alternative<int>(*keynode->value);
+    return number ? std::get<int>(*keynode->value) : 0;
+  });
 }
 
 char* vconf_keynode_get_str(keynode_t* keynode) {
-  fake::Recorder call("vconf_keynode_get_str");
-  const bool text = keynode->value && std::holds_alternative<std::string>(*keynode->value);
-  return call.Return(text && !call.Fails() ? std::get<std::string>(*keynode->value).data()
-                                           : static_cast<char*>(nullptr));
+  fake::PlatformCall call("vconf_keynode_get_str");
+  return call.Run<char*>(nullptr, [&] {
+    const bool isText = keynode->value && std::holds_alternative<std::string>(*keynode->value);
+    return isText ? std::get<std::string>(*keynode->value).data() : nullptr;
+  });
 }

@@ -7,20 +7,14 @@
 #include <mutex>
 
 #include "fake/control/apps.h"
-#include "fake/handles.h"
-#include "fake/recorder.h"
+#include "fake/platform_call.h"
 #include "fake/resets.h"
-
-struct app_control_s {
-  unsigned long number = 0;
-  fake::Launch launch;  // one owner at a time
-};
 
 namespace fake {
 namespace {
 
 struct State {
-  Handles<app_control_s> requests{"app_control"};
+  Handles<app_control_h, Launch> requests{"app_control"};  // each has one owner at a time
   std::mutex mutex;
   // Guarded by mutex.
   std::vector<Launch> launches;
@@ -60,18 +54,17 @@ void Note(Launch launch, int result) {
   state.launches.push_back(std::move(launch));
 }
 
-/// A setter's way: record, fault, null check, then the change.
+/// Changes a request that is open, by a text that is not null.
 template <typename Change>
-int Set(Recorder& call, app_control_h handle, const char* text, Change change) {
-  if (call.Fails()) {
-    return call.ReturnFault();
-  }
-  const auto object = GetState().requests.Find(handle);
-  if (!object || text == nullptr) {
-    return call.Return(static_cast<int>(APP_CONTROL_ERROR_INVALID_PARAMETER));
-  }
-  change(object->launch);
-  return call.Return(0);
+int Set(PlatformCall& call, app_control_h handle, const char* text, Change change) {
+  return call.Run(kFailure, [&]() -> int {
+    const auto launch = GetState().requests.Find(handle);
+    if (!launch || text == nullptr) {
+      return APP_CONTROL_ERROR_INVALID_PARAMETER;
+    }
+    change(*launch);
+    return 0;
+  });
 }
 
 }  // namespace
@@ -112,58 +105,59 @@ void ResetLaunches() {
 }  // namespace fake
 
 using fake::GetState;
-using fake::Recorder;
+using fake::kFailure;
+using fake::PlatformCall;
 
 int app_control_create(app_control_h* app_control) {
-  Recorder call("app_control_create");
+  PlatformCall call("app_control_create");
   if (app_control == nullptr) {
-    return call.Return(static_cast<int>(APP_CONTROL_ERROR_INVALID_PARAMETER));
+    return call.Return<int>(APP_CONTROL_ERROR_INVALID_PARAMETER);
   }
-  if (call.Fails()) {
-    *app_control = nullptr;
-    return call.ReturnFault();
-  }
-  *app_control = GetState().requests.Add(std::make_shared<app_control_s>());
-  return call.Return(0);
+  *app_control = nullptr;
+  return call.Run(kFailure, [app_control] {
+    *app_control = GetState().requests.Add(std::make_shared<fake::Launch>());
+    return 0;
+  });
 }
 
 int app_control_destroy(app_control_h app_control) {
-  Recorder call("app_control_destroy", GetState().requests.TextOf(app_control));
-  if (call.Fails()) {
-    return call.ReturnFault();
-  }
-  const bool known = GetState().requests.Remove(app_control);
-  return call.Return(known ? 0 : static_cast<int>(APP_CONTROL_ERROR_INVALID_PARAMETER));
+  PlatformCall call("app_control_destroy", GetState().requests.Describe(app_control));
+  return call.Run(kFailure, [&]() -> int {
+    const bool known = GetState().requests.Take(app_control) != nullptr;
+    return known ? 0 : static_cast<int>(APP_CONTROL_ERROR_INVALID_PARAMETER);
+  });
 }
 
 int app_control_set_app_id(app_control_h app_control, const char* app_id) {
-  Recorder call("app_control_set_app_id", GetState().requests.TextOf(app_control), app_id);
+  PlatformCall call("app_control_set_app_id", GetState().requests.Describe(app_control), app_id);
   return fake::Set(call, app_control, app_id,
                    [app_id](fake::Launch& launch) { launch.app = app_id; });
 }
 
 int app_control_set_operation(app_control_h app_control, const char* operation) {
-  Recorder call("app_control_set_operation", GetState().requests.TextOf(app_control), operation);
+  PlatformCall call("app_control_set_operation", GetState().requests.Describe(app_control),
+                    operation);
   return fake::Set(call, app_control, operation,
                    [operation](fake::Launch& launch) { launch.operation = operation; });
 }
 
 int app_control_add_extra_data(app_control_h app_control, const char* key, const char* value) {
-  Recorder call("app_control_add_extra_data", GetState().requests.TextOf(app_control), key, value);
+  PlatformCall call("app_control_add_extra_data", GetState().requests.Describe(app_control), key,
+                    value);
   return fake::Set(call, app_control, key == nullptr ? nullptr : value,
                    [key, value](fake::Launch& launch) { launch.extra.emplace_back(key, value); });
 }
 
 int app_control_send_launch_request(app_control_h app_control, app_control_reply_cb reply_cb,
                                     void* user_data) {
-  Recorder call("app_control_send_launch_request", GetState().requests.TextOf(app_control),
-                fake::Presence(reply_cb), fake::Presence(user_data));
-  const auto object = GetState().requests.Find(app_control);
-  if (!object) {
-    return call.Fails() ? call.ReturnFault()
-                        : call.Return(static_cast<int>(APP_CONTROL_ERROR_INVALID_PARAMETER));
+  PlatformCall call("app_control_send_launch_request", GetState().requests.Describe(app_control),
+                    reply_cb, user_data);
+  const auto launch = GetState().requests.Find(app_control);
+  const int result = call.Run(kFailure, [&]() -> int {
+    return launch ? fake::Ask(*launch) : APP_CONTROL_ERROR_INVALID_PARAMETER;
+  });
+  if (launch) {
+    fake::Note(*launch, result);
   }
-  const int result = call.Fails() ? call.ReturnFault() : fake::Ask(object->launch);
-  fake::Note(object->launch, result);
-  return call.Return(result);
+  return result;
 }

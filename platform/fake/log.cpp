@@ -3,7 +3,6 @@
 #include "fake/control/log.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cctype>
 #include <cstdarg>
 #include <cstdio>
@@ -11,14 +10,14 @@
 #include <mutex>
 
 #include "fake/control/log_levels.h"
-#include "fake/recorder.h"
+#include "fake/platform_call.h"
 #include "fake/resets.h"
 
 namespace fake {
 namespace {
 
 struct State {
-  std::atomic<bool> echo{std::getenv("ORV_TEST_LOG") != nullptr};
+  const bool echo{std::getenv("ORV_TEST_LOG") != nullptr};
   std::mutex mutex;
   std::vector<LogRecord> records;  // guarded by mutex
   std::vector<LogLevel> levels;    // guarded by mutex
@@ -75,7 +74,7 @@ void NoteLevel(std::vector<LogLevel>& levels, const LogRecord& record) {
 void Append(int priority, const char* tag, const std::string& text) {
   LogRecord record;
   record.priority = priority;
-  record.tag = Text(tag);
+  record.tag = tag == nullptr ? "null" : tag;
   record.text = text;
   record.thread = ThreadName();
   record.threadID = std::this_thread::get_id();
@@ -134,10 +133,6 @@ std::vector<LogLevel> LogLevels() {
   State& state = GetState();
   const std::lock_guard<std::mutex> lock(state.mutex);
   return state.levels;
-}
-
-void EchoLog(bool enabled) {
-  GetState().echo = enabled;
 }
 
 void ResetLog() {

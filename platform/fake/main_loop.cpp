@@ -8,23 +8,20 @@
 #include <memory>
 #include <mutex>
 
-#include "fake/handles.h"
-#include "fake/recorder.h"
+#include "fake/platform_call.h"
 #include "fake/resets.h"
 
 namespace fake {
 namespace {
 
-struct Loop {
-  unsigned long number = 0;
-};
+struct Loop {};
 
 struct State {
-  Handles<Loop> loops{"main_loop"};
+  Handles<void*, Loop> loops{"main_loop"};
   std::mutex mutex;
   // Guarded by mutex.
   std::function<void()> body;
-  Loop* last = nullptr;
+  void* last = nullptr;
   int watchdogTimeout = 0;
   std::vector<void*> notifications;
 };
@@ -34,8 +31,8 @@ State& GetState() {
   return *s_state;
 }
 
-std::string LoopText(const void* loop) {
-  return GetState().loops.TextOf(static_cast<const Loop*>(loop));
+platform::Value DescribeLoop(void* loop) {
+  return GetState().loops.Describe(loop);
 }
 
 }  // namespace
@@ -77,67 +74,66 @@ void ResetMainLoop() {
 }  // namespace fake
 
 using fake::GetState;
-using fake::Recorder;
+using fake::kFailure;
+using fake::PlatformCall;
 
 int smart_deadlock_register_watchdog_service(int timeout_seconds) {
-  Recorder call("smart_deadlock_register_watchdog_service", timeout_seconds);
-  if (call.Fails()) {
-    return call.ReturnFault();
-  }
-  const std::lock_guard<std::mutex> lock(GetState().mutex);
-  GetState().watchdogTimeout = timeout_seconds;
-  return call.Return(0);
+  PlatformCall call("smart_deadlock_register_watchdog_service", timeout_seconds);
+  return call.Run(kFailure, [&]() -> int {
+    const std::lock_guard<std::mutex> lock(GetState().mutex);
+    GetState().watchdogTimeout = timeout_seconds;
+    return 0;
+  });
 }
 
 int smart_deadlock_watchdog_notify(void* context) {
-  Recorder call("smart_deadlock_watchdog_notify", fake::LoopText(context));
-  if (call.Fails()) {
-    return call.ReturnFault();
-  }
-  const std::lock_guard<std::mutex> lock(GetState().mutex);
-  GetState().notifications.push_back(context);
-  return call.Return(0);
+  PlatformCall call("smart_deadlock_watchdog_notify", fake::DescribeLoop(context));
+  return call.Run(kFailure, [&]() -> int {
+    const std::lock_guard<std::mutex> lock(GetState().mutex);
+    GetState().notifications.push_back(context);
+    return 0;
+  });
 }
 
-// In place of GLib and libc, by the linker. The types are GLib's, spelt in C++'s own.
+// The linker puts these in place of GLib's and libc's functions. The types are those of GLib,
+// written in plain C++.
 extern "C" {
 
 void* __wrap_g_main_loop_new(void* context, int isRunning) {
-  Recorder call("g_main_loop_new", fake::Presence(context), isRunning);
-  if (call.Fails()) {
-    return call.ReturnAs<void*>(nullptr, "null");
-  }
-  fake::Loop* loop = GetState().loops.Add(std::make_shared<fake::Loop>());
-  const std::lock_guard<std::mutex> lock(GetState().mutex);
-  GetState().last = loop;
-  return call.ReturnAs<void*>(loop, fake::LoopText(loop));
+  PlatformCall call("g_main_loop_new", context, isRunning);
+  return call.Run<void*>(
+      nullptr,
+      [] {
+        void* loop = GetState().loops.Add(std::make_shared<fake::Loop>());
+        const std::lock_guard<std::mutex> lock(GetState().mutex);
+        GetState().last = loop;
+        return loop;
+      },
+      fake::DescribeLoop);
 }
 
 void __wrap_g_main_loop_run(void* loop) {
-  Recorder call("g_main_loop_run", fake::LoopText(loop));
+  PlatformCall call("g_main_loop_run", fake::DescribeLoop(loop));
   std::unique_lock<std::mutex> lock(GetState().mutex);
   const auto body = GetState().body;
   lock.unlock();
   if (body) {
     body();
   }
-  call.ReturnNothing();
 }
 
 void __wrap_g_main_loop_unref(void* loop) {
-  Recorder call("g_main_loop_unref", fake::LoopText(loop));
-  GetState().loops.Remove(static_cast<fake::Loop*>(loop));
-  call.ReturnNothing();
+  PlatformCall call("g_main_loop_unref", fake::DescribeLoop(loop));
+  GetState().loops.Take(loop);
 }
 
 int __wrap_malloc_trim(std::size_t pad) {
-  Recorder call("malloc_trim", static_cast<unsigned long>(pad));
-  return call.Fails() ? call.ReturnFault() : call.Return(1);
+  PlatformCall call("malloc_trim", pad);
+  return call.Run(kFailure, [] { return 1; });
 }
 
 void __wrap_sync() {
-  Recorder call("sync");
-  call.ReturnNothing();
+  PlatformCall call("sync");
 }
 
 }  // extern "C"

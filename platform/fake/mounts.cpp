@@ -9,7 +9,7 @@
 #include <optional>
 #include <sstream>
 
-#include "fake/recorder.h"
+#include "fake/platform_call.h"
 #include "fake/resets.h"
 
 namespace fake {
@@ -72,7 +72,7 @@ int DoUmount(const std::string& directory) {
   const int result = handler ? handler(directory) : 0;
   lock.lock();
   if (result == 0) {
-    // The last mount over a directory goes first.
+    // The last mount on a directory is undone first.
     const auto last = std::find_if(state.mounts.rbegin(), state.mounts.rend(),
                                    [&](const Mount& m) { return m.directory == directory; });
     if (last != state.mounts.rend()) {
@@ -121,19 +121,17 @@ std::string Cut(const char* text, int length) {
 }  // namespace
 
 int PS_Mount(const char* command, int length, int flags, int* result) {
-  fake::Recorder call("PS_Mount", command, length, flags);
-  if (call.Fails()) {
-    return call.ReturnFault();
-  }
-  *result = fake::DoMount(Cut(command, length));
-  return call.Return(0);
+  fake::PlatformCall call("PS_Mount", command, length, flags);
+  return call.Run(fake::kFailure, [&]() -> int {
+    *result = fake::DoMount(Cut(command, length));
+    return 0;
+  });
 }
 
 int PS_Umount(const char* path, int length, int flags, int* result) {
-  fake::Recorder call("PS_Umount", path, length, flags);
-  if (call.Fails()) {
-    return call.ReturnFault();
-  }
-  *result = fake::DoUmount(Cut(path, length));
-  return call.Return(0);
+  fake::PlatformCall call("PS_Umount", path, length, flags);
+  return call.Run(fake::kFailure, [&]() -> int {
+    *result = fake::DoUmount(Cut(path, length));
+    return 0;
+  });
 }

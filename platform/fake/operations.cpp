@@ -8,7 +8,7 @@
 #include <mutex>
 
 #include "fake/control/apps.h"
-#include "fake/recorder.h"
+#include "fake/platform_call.h"
 #include "fake/resets.h"
 
 namespace fake {
@@ -84,42 +84,40 @@ void ResetOperations() {
 
 }  // namespace fake
 
-using fake::Recorder;
+using fake::kFailure;
+using fake::PlatformCall;
 
 int app_operation_get_current_app(const char* operation, char** app_id) {
-  Recorder call("app_operation_get_current_app", operation);
-  if (call.Fails()) {
-    return call.ReturnFault();
-  }
-  if (operation == nullptr || app_id == nullptr) {
-    return call.Return(static_cast<int>(APP_CONTROL_ERROR_INVALID_PARAMETER));
-  }
-  const auto app = fake::OperationApp(operation);
-  *app_id = app ? strdup(app->c_str()) : nullptr;
-  return call.Return(0);
+  PlatformCall call("app_operation_get_current_app", operation);
+  return call.Run(kFailure, [&]() -> int {
+    if (operation == nullptr || app_id == nullptr) {
+      return APP_CONTROL_ERROR_INVALID_PARAMETER;
+    }
+    const auto app = fake::OperationApp(operation);
+    *app_id = app ? strdup(app->c_str()) : nullptr;
+    return 0;
+  });
 }
 
 int app_operation_set_current_app(const char* operation, const char* app_id) {
-  Recorder call("app_operation_set_current_app", operation, app_id);
-  if (call.Fails()) {
-    return call.ReturnFault();
-  }
-  if (operation == nullptr || app_id == nullptr) {
-    return call.Return(static_cast<int>(APP_CONTROL_ERROR_INVALID_PARAMETER));
-  }
-  fake::RunHook(operation, app_id);
-  fake::SetOperationApp(operation, app_id);
-  return call.Return(0);
+  PlatformCall call("app_operation_set_current_app", operation, app_id);
+  return call.Run(kFailure, [&]() -> int {
+    if (operation == nullptr || app_id == nullptr) {
+      return APP_CONTROL_ERROR_INVALID_PARAMETER;
+    }
+    fake::RunHook(operation, app_id);
+    fake::SetOperationApp(operation, app_id);
+    return 0;
+  });
 }
 
 int app_operation_reset_current_app(const char* operation) {
-  Recorder call("app_operation_reset_current_app", operation);
-  if (call.Fails()) {
-    return call.ReturnFault();
-  }
-  if (operation == nullptr) {
-    return call.Return(static_cast<int>(APP_CONTROL_ERROR_INVALID_PARAMETER));
-  }
-  fake::SetOperationApp(operation, std::nullopt);
-  return call.Return(0);
+  PlatformCall call("app_operation_reset_current_app", operation);
+  return call.Run(kFailure, [&]() -> int {
+    if (operation == nullptr) {
+      return APP_CONTROL_ERROR_INVALID_PARAMETER;
+    }
+    fake::SetOperationApp(operation, std::nullopt);
+    return 0;
+  });
 }

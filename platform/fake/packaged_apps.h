@@ -6,7 +6,7 @@
 
 namespace fake {
 
-/// An installed package has this app.
+/// True when an installed package contains this app.
 bool IsPackagedApp(const std::string& app);
 
 }  // namespace fake

@@ -5,13 +5,13 @@
 
 #include <cstring>
 
-#include "fake/recorder.h"
+#include "fake/platform_call.h"
 
 namespace {
 
 char* CopyOf(const char* function, const char* path) {
-  fake::Recorder call(function);
-  return call.Return(call.Fails() ? static_cast<char*>(nullptr) : strdup(path));
+  fake::PlatformCall call(function);
+  return call.Run<char*>(nullptr, [path] { return strdup(path); });
 }
 
 }  // namespace
@@ -26,7 +26,9 @@ char* app_get_shared_data_path(void) {
 }
 
 const char* tzplatform_getenv(enum tzplatform_variable id) {
-  fake::Recorder call("tzplatform_getenv", static_cast<int>(id));
-  const bool known = id == TZ_USER_APP || id == TZ_SYS_RW_APP;
-  return call.Return(known && !call.Fails() ? "/opt/usr/apps" : static_cast<const char*>(nullptr));
+  fake::PlatformCall call("tzplatform_getenv", id);
+  return call.Run<const char*>(nullptr, [id] {
+    const bool known = id == TZ_USER_APP || id == TZ_SYS_RW_APP;
+    return known ? "/opt/usr/apps" : nullptr;
+  });
 }

@@ -9,7 +9,7 @@
 #include <set>
 
 #include "fake/bundles.h"
-#include "fake/recorder.h"
+#include "fake/platform_call.h"
 #include "fake/resets.h"
 
 namespace fake {
@@ -24,7 +24,7 @@ struct LocalPort {
 struct State {
   std::mutex mutex;
   // Guarded by mutex.
-  std::vector<LocalPort> local;  // the id is the place, counted from 1
+  std::vector<LocalPort> local;  // the id is the index + 1
   std::set<std::pair<std::string, std::string>> remote;
   std::vector<Outgoing> sent;
 };
@@ -68,12 +68,16 @@ int ResultOf(const char* app, const char* port, const bundle* message) {
                                               : MESSAGE_PORT_ERROR_PORT_NOT_FOUND;
 }
 
-int Send(Recorder& call, const char* app, const char* port, bundle* message, int localPort) {
-  const int result = call.Fails() ? call.ReturnFault() : ResultOf(app, port, message);
+std::string NameOrNull(const char* name) {
+  return name == nullptr ? "null" : name;
+}
+
+int Send(PlatformCall& call, const char* app, const char* port, bundle* message, int localPort) {
+  const int result = call.Run(kFailure, [&] { return ResultOf(app, port, message); });
   State& state = GetState();
   const std::lock_guard<std::mutex> lock(state.mutex);
-  state.sent.push_back({Text(app), Text(port), Entries(message), localPort, result});
-  return call.Return(result);
+  state.sent.push_back({NameOrNull(app), NameOrNull(port), Entries(message), localPort, result});
+  return result;
 }
 
 }  // namespace
@@ -110,12 +114,6 @@ void AddRemotePort(const std::string& app, const std::string& port) {
   state.remote.insert({app, port});
 }
 
-void RemoveRemotePort(const std::string& app, const std::string& port) {
-  State& state = GetState();
-  const std::lock_guard<std::mutex> lock(state.mutex);
-  state.remote.erase({app, port});
-}
-
 std::vector<std::string> LocalPorts() {
   State& state = GetState();
   const std::lock_guard<std::mutex> lock(state.mutex);
@@ -136,29 +134,29 @@ void ResetPorts() {
 
 }  // namespace fake
 
-using fake::Recorder;
+using fake::kFailure;
+using fake::PlatformCall;
 
 int message_port_register_local_port(const char* local_port, message_port_message_cb callback,
                                      void* user_data) {
-  Recorder call("message_port_register_local_port", local_port, fake::Presence(callback),
-                fake::Presence(user_data));
-  if (call.Fails()) {
-    return call.ReturnFault();
-  }
-  if (local_port == nullptr || callback == nullptr) {
-    return call.Return(static_cast<int>(MESSAGE_PORT_ERROR_INVALID_PARAMETER));
-  }
-  return call.Return(fake::Register({local_port, callback, user_data}));
+  PlatformCall call("message_port_register_local_port", local_port, callback, user_data);
+  return call.Run(kFailure, [&]() -> int {
+    if (local_port == nullptr || callback == nullptr) {
+      return MESSAGE_PORT_ERROR_INVALID_PARAMETER;
+    }
+    return fake::Register({local_port, callback, user_data});
+  });
 }
 
 int message_port_send_message(const char* remote_app_id, const char* remote_port, bundle* message) {
-  Recorder call("message_port_send_message", remote_app_id, remote_port, fake::BundleText(message));
+  PlatformCall call("message_port_send_message", remote_app_id, remote_port,
+                    fake::DescribeBundle(message));
   return fake::Send(call, remote_app_id, remote_port, message, 0);
 }
 
 int message_port_send_message_with_local_port(const char* remote_app_id, const char* remote_port,
                                               bundle* message, int local_port_id) {
-  Recorder call("message_port_send_message_with_local_port", remote_app_id, remote_port,
-                fake::BundleText(message), local_port_id);
+  PlatformCall call("message_port_send_message_with_local_port", remote_app_id, remote_port,
+                    fake::DescribeBundle(message), local_port_id);
   return fake::Send(call, remote_app_id, remote_port, message, local_port_id);
 }

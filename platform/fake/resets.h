@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-/// What Reset() is made of; each source resets its own state.
+/// The parts of Reset(): each source resets its own state.
 namespace fake {
 
 void ResetApps();

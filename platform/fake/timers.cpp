@@ -7,7 +7,7 @@
 #include <mutex>
 #include <optional>
 
-#include "fake/recorder.h"
+#include "fake/platform_call.h"
 #include "fake/resets.h"
 #include "framework/alarm_clock.h"
 
@@ -24,7 +24,7 @@ struct State {
   // Guarded by mutex.
   std::map<unsigned int, Entry> timers;
   unsigned int lastID = 0;
-  unsigned long now = 0;  // milliseconds that AdvanceTimers() let pass
+  unsigned long now = 0;  // milliseconds that have passed by AdvanceTimers()
 };
 
 State& GetState() {
@@ -32,7 +32,7 @@ State& GetState() {
   return *s_state;
 }
 
-/// Alarms that tick when the test says so.
+/// Alarms that tick only on request of the test.
 class AlarmTable : public framework::AlarmClock {
  public:
   unsigned long Start(const framework::AlarmRequest& request, std::function<bool()> tick) override {
@@ -81,7 +81,7 @@ class AlarmTable : public framework::AlarmClock {
   }
 
  private:
-  std::mutex m_mutex;  // held during a tick, as an alarm clock has to
+  std::mutex m_mutex;  // held during a tick, so that Stop() waits for the tick
   std::map<unsigned long, std::pair<Alarm, std::function<bool()>>> m_alarms;
   unsigned long m_last = 0;
 };
@@ -107,15 +107,12 @@ bool Remove(unsigned int id) {
   return state.timers.erase(id) != 0;
 }
 
-unsigned int AddRecorded(Recorder& call, const Timer& timer) {
-  if (call.Fails()) {
-    // No source has the id 0.
-    return call.Return(static_cast<unsigned int>(std::max(call.Fault(), 0)));
-  }
-  return call.Return(Add(timer));
+/// A failure is the id 0, which no source has.
+unsigned int AddRecorded(PlatformCall& call, const Timer& timer) {
+  return call.Run(0U, [&] { return Add(timer); });
 }
 
-/// The timer that is due first, at the latest at `until`, set to its next moment.
+/// The timer that is due first, not later than `until`. Sets the timer to its next moment.
 std::optional<unsigned int> NextDue(unsigned long until) {
   State& state = GetState();
   const std::lock_guard<std::mutex> lock(state.mutex);
@@ -210,27 +207,24 @@ void ResetTimers() {
 
 }  // namespace fake
 
-// In place of GLib, by the linker. The types are GLib's, spelt in C++'s own.
+// The linker puts these in place of GLib's functions. The types are those of GLib, written in plain
+// C++.
 extern "C" {
 
 unsigned int __wrap_g_timeout_add(unsigned int interval, int (*function)(void*), void* data) {
-  fake::Recorder call("g_timeout_add", interval, fake::Presence(function), fake::Presence(data));
+  fake::PlatformCall call("g_timeout_add", interval, function, data);
   return fake::AddRecorded(call, {0, interval, false, function, data});
 }
 
 unsigned int __wrap_g_timeout_add_seconds(unsigned int interval, int (*function)(void*),
                                           void* data) {
-  fake::Recorder call("g_timeout_add_seconds", interval, fake::Presence(function),
-                      fake::Presence(data));
+  fake::PlatformCall call("g_timeout_add_seconds", interval, function, data);
   return fake::AddRecorded(call, {0, interval * 1000, true, function, data});
 }
 
 int __wrap_g_source_remove(unsigned int id) {
-  fake::Recorder call("g_source_remove", id);
-  if (call.Fails()) {
-    return call.ReturnFault();
-  }
-  return call.Return(fake::Remove(id) ? 1 : 0);
+  fake::PlatformCall call("g_source_remove", id);
+  return call.Run(fake::kFailure, [&]() -> int { return fake::Remove(id) ? 1 : 0; });
 }
 
 }  // extern "C"

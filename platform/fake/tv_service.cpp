@@ -10,8 +10,7 @@
 #include <thread>
 
 #include "fake/control/tv.h"
-#include "fake/handles.h"
-#include "fake/recorder.h"
+#include "fake/platform_call.h"
 #include "fake/resets.h"
 
 namespace fake {
@@ -38,14 +37,13 @@ struct Subscriber : public TCSignalSubscriber {
   explicit Subscriber(TVSSignalCallback function) : callback(function) {}
 
   int Subscribe(int signalType, int first, int second, int third, int fourth) override {
-    Recorder call("TCSignalSubscriber::Subscribe", signalType, first, second, third, fourth);
-    if (call.Fails()) {
-      return call.ReturnFault();
-    }
-    State& state = GetState();
-    const std::lock_guard<std::mutex> lock(state.mutex);
-    state.subscriptions.push_back({this, {signalType, {first, second, third, fourth}}});
-    return call.Return(0);
+    PlatformCall call("TCSignalSubscriber::Subscribe", signalType, first, second, third, fourth);
+    return call.Run(kFailure, [&]() -> int {
+      State& state = GetState();
+      const std::lock_guard<std::mutex> lock(state.mutex);
+      state.subscriptions.push_back({this, {signalType, {first, second, third, fourth}}});
+      return 0;
+    });
   }
 
   const TVSSignalCallback callback;
@@ -89,21 +87,20 @@ class ServiceSearch : public TCService {
   ~ServiceSearch() override { CountHandle("TCService", -1); }
 
   int FindService(const TCCriteriaHelper& rCriteria, TCServiceData& rData, int maxCount) override {
-    Recorder call("TCService::FindService", TextOf(rCriteria), maxCount);
-    if (call.Fails()) {
-      return call.ReturnFault();
-    }
-    State& state = GetState();
-    const std::lock_guard<std::mutex> lock(state.mutex);
-    int found = 0;
-    for (const Service& service : state.services) {
-      if (found < maxCount && Matches(service, rCriteria)) {
-        if (found++ == 0) {
-          Copy(service, rCriteria, rData);
+    PlatformCall call("TCService::FindService", TextOf(rCriteria), maxCount);
+    return call.Run(kFailure, [&]() -> int {
+      State& state = GetState();
+      const std::lock_guard<std::mutex> lock(state.mutex);
+      int found = 0;
+      for (const Service& service : state.services) {
+        if (found < maxCount && Matches(service, rCriteria)) {
+          if (found++ == 0) {
+            Copy(service, rCriteria, rData);
+          }
         }
       }
-    }
-    return call.Return(found);
+      return found;
+    });
   }
 };
 
@@ -113,34 +110,32 @@ class Navigation : public TCServiceNavigation {
   ~Navigation() override { CountHandle("TCServiceNavigation", -1); }
 
   int GetTVMode(TSTvMode& rMode) override {
-    Recorder call("TCServiceNavigation::GetTVMode");
-    if (call.Fails()) {
-      return call.ReturnFault();
-    }
-    State& state = GetState();
-    const std::lock_guard<std::mutex> lock(state.mutex);
-    rMode = state.mode;
-    return call.Return(1);
+    PlatformCall call("TCServiceNavigation::GetTVMode");
+    return call.Run(kFailure, [&]() -> int {
+      State& state = GetState();
+      const std::lock_guard<std::mutex> lock(state.mutex);
+      rMode = state.mode;
+      return 1;
+    });
   }
 
   int GetCurrentServiceInfo(const TSTvMode& rMode, const TCCriteriaHelper& rCriteria,
                             TCServiceData& rData) override {
-    Recorder call("TCServiceNavigation::GetCurrentServiceInfo", rMode.output, rMode.source,
-                  TextOf(rCriteria));
-    if (call.Fails()) {
-      return call.ReturnFault();
-    }
-    State& state = GetState();
-    const std::lock_guard<std::mutex> lock(state.mutex);
-    if (!state.current) {
-      return call.Return(0);
-    }
-    Copy(*state.current, rCriteria, rData);
-    return call.Return(1);
+    PlatformCall call("TCServiceNavigation::GetCurrentServiceInfo", rMode.output, rMode.source,
+                      TextOf(rCriteria));
+    return call.Run(kFailure, [&]() -> int {
+      State& state = GetState();
+      const std::lock_guard<std::mutex> lock(state.mutex);
+      if (!state.current) {
+        return 0;
+      }
+      Copy(*state.current, rCriteria, rData);
+      return 1;
+    });
   }
 };
 
-std::vector<TVSSignalCallback> CallbacksFor(int signal, bool all) {
+std::vector<TVSSignalCallback> CallbacksFor(int signal) {
   State& state = GetState();
   const std::lock_guard<std::mutex> lock(state.mutex);
   std::vector<TVSSignalCallback> callbacks;
@@ -148,17 +143,16 @@ std::vector<TVSSignalCallback> CallbacksFor(int signal, bool all) {
     const auto asked = [&](const auto& subscription) {
       return subscription.first == subscriber.get() && subscription.second.signal == signal;
     };
-    if (all || std::any_of(state.subscriptions.begin(), state.subscriptions.end(), asked)) {
+    if (std::any_of(state.subscriptions.begin(), state.subscriptions.end(), asked)) {
       callbacks.push_back(subscriber->callback);
     }
   }
   return callbacks;
 }
 
-std::size_t Fire(int signal, std::vector<std::uint8_t> payload, bool all) {
-  constexpr std::size_t kShortestPayload = 8;
-  payload.resize(std::max(payload.size(), kShortestPayload));
-  const auto callbacks = CallbacksFor(signal, all);
+std::size_t Fire(int signal, std::vector<std::uint8_t> payload) {
+  payload.resize(std::max(payload.size(), framework::kShortestPayload));
+  const auto callbacks = CallbacksFor(signal);
   for (const TVSSignalCallback callback : callbacks) {
     callback(signal, payload.data(), nullptr);
   }
@@ -168,18 +162,14 @@ std::size_t Fire(int signal, std::vector<std::uint8_t> payload, bool all) {
 }  // namespace
 
 std::size_t FireTvSignal(int signal, const std::vector<std::uint8_t>& payload) {
-  return Fire(signal, payload, false);
-}
-
-std::size_t FireTvSignalToAll(int signal, const std::vector<std::uint8_t>& payload) {
-  return Fire(signal, payload, true);
+  return Fire(signal, payload);
 }
 
 std::size_t FireTvSignalOnThread(int signal, const std::vector<std::uint8_t>& payload) {
   std::size_t called = 0;
   std::thread([&] {
     pthread_setname_np(pthread_self(), "tv-signals");
-    called = Fire(signal, payload, false);
+    called = Fire(signal, payload);
   }).join();
   return called;
 }
@@ -204,22 +194,10 @@ void AddService(const Service& service) {
   state.services.push_back(service);
 }
 
-void ClearServices() {
-  State& state = GetState();
-  const std::lock_guard<std::mutex> lock(state.mutex);
-  state.services.clear();
-}
-
 void SetCurrentService(const Service& service) {
   State& state = GetState();
   const std::lock_guard<std::mutex> lock(state.mutex);
   state.current = service;
-}
-
-void ClearCurrentService() {
-  State& state = GetState();
-  const std::lock_guard<std::mutex> lock(state.mutex);
-  state.current.reset();
 }
 
 void SetTvMode(int output, int source) {
@@ -241,53 +219,49 @@ void ResetTvService() {
 
 }  // namespace fake
 
-using fake::Recorder;
+using fake::kFailure;
+using fake::PlatformCall;
 
 int TVServiceAPI::CreateSignalSubscriber(TVSSignalCallback pCallback,
                                          TCSignalSubscriber** ppSubscriber) {
-  Recorder call("TVServiceAPI::CreateSignalSubscriber", fake::Presence(pCallback));
-  if (call.Fails()) {
-    return call.ReturnFault();
-  }
-  if (pCallback == nullptr || ppSubscriber == nullptr) {
-    return call.Return(-1);
-  }
-  fake::State& state = fake::GetState();
-  const std::lock_guard<std::mutex> lock(state.mutex);
-  state.subscribers.push_back(std::make_unique<fake::Subscriber>(pCallback));
-  *ppSubscriber = state.subscribers.back().get();
-  return call.Return(0);
+  PlatformCall call("TVServiceAPI::CreateSignalSubscriber", pCallback);
+  return call.Run(kFailure, [&]() -> int {
+    if (pCallback == nullptr || ppSubscriber == nullptr) {
+      return -1;
+    }
+    fake::State& state = fake::GetState();
+    const std::lock_guard<std::mutex> lock(state.mutex);
+    state.subscribers.push_back(std::make_unique<fake::Subscriber>(pCallback));
+    *ppSubscriber = state.subscribers.back().get();
+    return 0;
+  });
 }
 
 int TVServiceAPI::CreateService(TCService** ppService) {
-  Recorder call("TVServiceAPI::CreateService");
+  PlatformCall call("TVServiceAPI::CreateService");
   *ppService = nullptr;
-  if (call.Fails()) {
-    return call.ReturnFault();
-  }
-  *ppService = new fake::ServiceSearch;  // the caller's until Destroy()
-  return call.Return(0);
+  return call.Run(kFailure, [&]() -> int {
+    *ppService = new fake::ServiceSearch;  // the caller's until Destroy()
+    return 0;
+  });
 }
 
 int TVServiceAPI::CreateServiceNavigation(int output, int source,
                                           TCServiceNavigation** ppNavigation) {
-  Recorder call("TVServiceAPI::CreateServiceNavigation", output, source);
+  PlatformCall call("TVServiceAPI::CreateServiceNavigation", output, source);
   *ppNavigation = nullptr;
-  if (call.Fails()) {
-    return call.ReturnFault();
-  }
-  *ppNavigation = new fake::Navigation;  // the caller's until Destroy()
-  return call.Return(0);
+  return call.Run(kFailure, [&]() -> int {
+    *ppNavigation = new fake::Navigation;  // the caller's until Destroy()
+    return 0;
+  });
 }
 
 void TVServiceAPI::Destroy(TCService* pService) {
-  Recorder call("TVServiceAPI::Destroy", pService == nullptr ? "null" : "TCService");
+  PlatformCall call("TVServiceAPI::Destroy", pService);
   delete pService;
-  call.ReturnNothing();
 }
 
 void TVServiceAPI::Destroy(TCServiceNavigation* pNavigation) {
-  Recorder call("TVServiceAPI::Destroy", pNavigation == nullptr ? "null" : "TCServiceNavigation");
+  PlatformCall call("TVServiceAPI::Destroy", pNavigation);
   delete pNavigation;
-  call.ReturnNothing();
 }

@@ -10,8 +10,9 @@
 #include <mutex>
 #include <vector>
 
-#include "fake/recorder.h"
+#include "fake/platform_call.h"
 #include "fake/resets.h"
+#include "framework/fixed_text.h"
 
 namespace fake {
 namespace {
@@ -26,17 +27,11 @@ State& GetState() {
   return *s_state;
 }
 
-/// The fields are wide enough for every id; what is longer is cut.
-template <std::size_t size>
-void Fill(char (&field)[size], const std::string& text) {
-  std::memcpy(field, text.data(), std::min(text.size(), size - 1));
-}
-
 was_app_list_item_s* NewList(const std::vector<WasApp>& apps) {
   void* memory = std::calloc(apps.size(), sizeof(was_app_list_item_s));
   auto* list = static_cast<was_app_list_item_s*>(memory);
   for (std::size_t i = 0; i < apps.size(); ++i) {
-    Fill(list[i].package_id, apps[i].package);
+    framework::FillText(list[i].package_id, apps[i].package);
     list[i].kind = apps[i].kind;
     list[i].gone = apps[i].gone;
   }
@@ -65,41 +60,35 @@ void RemoveWasPackage(const std::string& package) {
   state.apps.erase(end, state.apps.end());
 }
 
-void ClearWasApps() {
+void ResetWas() {
   State& state = GetState();
   const std::lock_guard<std::mutex> lock(state.mutex);
   state.apps.clear();
 }
 
-void ResetWas() {
-  ClearWasApps();
-}
-
 }  // namespace fake
 
 int was_get_all_app_list(was_app_list_item_s** list, int* count) {
-  fake::Recorder call("was_get_all_app_list");
-  if (call.Fails()) {
-    return call.ReturnFault();
-  }
-  const auto apps = fake::AllApps();
-  *list = apps.empty() ? nullptr : fake::NewList(apps);
-  *count = static_cast<int>(apps.size());
-  return call.Return(0);
+  fake::PlatformCall call("was_get_all_app_list");
+  return call.Run(fake::kFailure, [&]() -> int {
+    const auto apps = fake::AllApps();
+    *list = apps.empty() ? nullptr : fake::NewList(apps);
+    *count = static_cast<int>(apps.size());
+    return 0;
+  });
 }
 
 int was_get_app_info_by_tizenid(const char* app_tizen_id, was_app_info_s* info) {
-  fake::Recorder call("was_get_app_info_by_tizenid", app_tizen_id);
-  if (call.Fails()) {
-    return call.ReturnFault();
-  }
-  for (const fake::WasApp& app : fake::AllApps()) {
-    if (app_tizen_id != nullptr && app.app == app_tizen_id) {
-      std::memset(info, 0, sizeof(*info));
-      fake::Fill(info->widget_id, app.widget);
-      fake::Fill(info->app_tizen_id, app.app);
-      return call.Return(0);
+  fake::PlatformCall call("was_get_app_info_by_tizenid", app_tizen_id);
+  return call.Run(fake::kFailure, [&]() -> int {
+    for (const fake::WasApp& app : fake::AllApps()) {
+      if (app_tizen_id != nullptr && app.app == app_tizen_id) {
+        std::memset(info, 0, sizeof(*info));
+        framework::FillText(info->widget_id, app.widget);
+        framework::FillText(info->app_tizen_id, app.app);
+        return 0;
+      }
     }
-  }
-  return call.Return(-1);
+    return -1;
+  });
 }

@@ -12,9 +12,6 @@
 
 namespace {
 
-thread_local framework::SyncTicket* t_ticketToPush = nullptr;
-thread_local framework::SyncTicket* t_poppedTicket = nullptr;
-
 struct Slot {
   FSEvent event;
   framework::SyncTicket* ticket = nullptr;
@@ -30,20 +27,8 @@ void Drop(const Slot& slot) {
 
 }  // namespace
 
-namespace framework {
-
-void SetTicketToPush(SyncTicket* ticket) {
-  t_ticketToPush = ticket;
-}
-
-SyncTicket* GetPoppedTicket() {
-  return t_poppedTicket;
-}
-
-}  // namespace framework
-
-/// A ring that doubles until it holds the capacity: a quiet task keeps a few cache lines, and no
-/// event costs an allocation of its own.
+/// A ring that doubles up to the capacity: a quiet task uses little memory, and an event needs no
+/// allocation of its own.
 struct FCQueue::Impl {
   explicit Impl(std::size_t limit) : capacity(limit) {}
 
@@ -60,7 +45,7 @@ struct FCQueue::Impl {
     head = 0;
   }
 
-  bool Store(const FSEvent& rEvent, bool bUrgent) {
+  bool Store(const FSEvent& rEvent, bool bUrgent, framework::SyncTicket* ticket) {
     if (closed || count == capacity) {
       return false;
     }
@@ -72,10 +57,13 @@ struct FCQueue::Impl {
     }
     Slot& slot = At(bUrgent ? 0 : count);
     slot.event = rEvent;
-    slot.ticket = t_ticketToPush;
+    slot.ticket = ticket;
     ++count;
     return true;
   }
+
+  bool Push(const FSEvent& rEvent, bool bUrgent, framework::SyncTicket* ticket);
+  bool Pop(FSEvent& rEvent, framework::SyncTicket*& ticket);
 
   const std::size_t capacity;
   std::mutex mutex;
@@ -95,45 +83,71 @@ FCQueue::~FCQueue() {
   Close();
 }
 
-bool FCQueue::Push(const FSEvent& rEvent, bool bUrgent) {
+bool FCQueue::Impl::Push(const FSEvent& rEvent, bool bUrgent, framework::SyncTicket* ticket) {
   bool asleep = false;
   try {
-    const std::lock_guard<std::mutex> lock(m_pImpl->mutex);
-    if (!m_pImpl->Store(rEvent, bUrgent)) {
+    const std::lock_guard<std::mutex> lock(mutex);
+    if (!Store(rEvent, bUrgent, ticket)) {
       return false;
     }
-    asleep = m_pImpl->sleepers > 0;
+    asleep = sleepers > 0;
   } catch (const std::bad_alloc&) {
     return false;
   }
   if (asleep) {
-    m_pImpl->filled.notify_one();
+    filled.notify_one();
   }
   return true;
 }
 
-bool FCQueue::Pop(FSEvent& rEvent) {
-  std::unique_lock<std::mutex> lock(m_pImpl->mutex);
-  while (m_pImpl->count == 0 && !m_pImpl->closed) {
-    ++m_pImpl->sleepers;
-    m_pImpl->filled.wait(lock);
-    --m_pImpl->sleepers;
+bool FCQueue::Impl::Pop(FSEvent& rEvent, framework::SyncTicket*& ticket) {
+  std::unique_lock<std::mutex> lock(mutex);
+  while (count == 0 && !closed) {
+    ++sleepers;
+    filled.wait(lock);
+    --sleepers;
   }
-  if (m_pImpl->closed) {
+  if (closed) {
     return false;
   }
-  const Slot& slot = m_pImpl->At(0);
+  const Slot& slot = At(0);
   rEvent = slot.event;
-  t_poppedTicket = slot.ticket;
-  m_pImpl->head = (m_pImpl->head + 1) & m_pImpl->mask;
-  --m_pImpl->count;
+  ticket = slot.ticket;
+  head = (head + 1) & mask;
+  --count;
   return true;
 }
+
+bool FCQueue::Push(const FSEvent& rEvent, bool bUrgent) {
+  return m_pImpl->Push(rEvent, bUrgent, nullptr);
+}
+
+bool FCQueue::Pop(FSEvent& rEvent) {
+  framework::SyncTicket* ticket = nullptr;
+  const bool popped = m_pImpl->Pop(rEvent, ticket);
+  if (ticket != nullptr) {
+    ticket->Finish(true);
+  }
+  return popped;
+}
+
+namespace framework {
+
+bool TicketQueue::PushAndWait(FCQueue& queue, const FSEvent& rEvent, bool bUrgent) {
+  SyncTicket ticket;
+  return queue.m_pImpl->Push(rEvent, bUrgent, &ticket) && ticket.Wait();
+}
+
+bool TicketQueue::Pop(FCQueue& queue, FSEvent& rEvent, SyncTicket*& ticket) {
+  return queue.m_pImpl->Pop(rEvent, ticket);
+}
+
+}  // namespace framework
 
 void FCQueue::Close() {
   const std::lock_guard<std::mutex> lock(m_pImpl->mutex);
   m_pImpl->closed = true;
-  // Nobody can pop them any more; who waits for one must not wait for ever.
+  // No thread can pop these events any more: release the senders that wait for them.
   for (std::size_t i = 0; i < m_pImpl->count; ++i) {
     Drop(m_pImpl->At(i));
   }
@@ -160,7 +174,7 @@ int FCQueue::Delete(FCQueue* pQueue, const FCHandler* pReceiver) {
       impl.At(kept++) = impl.At(i);
     }
   }
-  const std::size_t gone = impl.count - kept;
+  const std::size_t dropped = impl.count - kept;
   impl.count = kept;
-  return static_cast<int>(gone);
+  return static_cast<int>(dropped);
 }

@@ -5,7 +5,7 @@
 
 #include "FCTask.h"
 #include "framework/alarm_clock.h"
-#include "framework/hooked_call.h"
+#include "framework/backend.h"
 
 struct FCStateAlarm::Impl {
   std::mutex mutex;  // held while the alarm is started or stopped; a tick does not take it
@@ -26,7 +26,7 @@ class Poster {
     FSEvent event;
     event.pReceiver = m_pTask->GetHandler();
     event.type = m_type;
-    // An event that finds the queue full is lost, as any other.
+    // The event is lost when the queue is full.
     m_pTask->Send(event, false, false);
     return m_endless || --m_left > 0;
   }
@@ -50,24 +50,22 @@ FCStateAlarm::~FCStateAlarm() {
 
 bool FCStateAlarm::Create(FCTask* pTask, unsigned int type, int periodMs, int repeat) {
   const std::string sTask = pTask == nullptr ? "null" : pTask->GetName();
-  framework::HookedCall call("FCStateAlarm::Create", sTask, type, periodMs, repeat);
-  int fault = 0;
-  if (call.Fails(&fault)) {
-    return call.Return(fault > 0);
-  }
-  const std::lock_guard<std::mutex> lock(m_pImpl->mutex);
-  if (pTask == nullptr || m_pImpl->running) {
-    return call.Return(false);
-  }
-  m_pImpl->running = true;
-  m_pImpl->pClock = &framework::GetAlarmClock();
-  m_pImpl->number =
-      m_pImpl->pClock->Start({sTask, type, periodMs, repeat}, Poster(pTask, type, repeat));
-  return call.Return(true);
+  framework::Call call("FCStateAlarm::Create", sTask, type, periodMs, repeat);
+  return call.Run(false, [&] {
+    const std::lock_guard<std::mutex> lock(m_pImpl->mutex);
+    if (pTask == nullptr || m_pImpl->running) {
+      return false;
+    }
+    m_pImpl->running = true;
+    m_pImpl->pClock = &framework::GetAlarmClock();
+    m_pImpl->number =
+        m_pImpl->pClock->Start({sTask, type, periodMs, repeat}, Poster(pTask, type, repeat));
+    return true;
+  });
 }
 
 bool FCStateAlarm::Destroy() {
-  framework::HookedCall call("FCStateAlarm::Destroy");
+  framework::Call call("FCStateAlarm::Destroy");
   const std::lock_guard<std::mutex> lock(m_pImpl->mutex);
   if (!m_pImpl->running) {
     return call.Return(false);

@@ -10,32 +10,25 @@
 #include <thread>
 
 #include "FCTaskList.h"
+#include "framework/backend.h"
 #include "framework/events.h"
-#include "framework/hooked_call.h"
 #include "framework/sync_ticket.h"
 
 namespace {
 
 constexpr std::size_t kLongestThreadName = 15;
 
-/// The task whose thread this is.
+/// The task that the calling thread belongs to.
 thread_local const FCTask* t_currentTask = nullptr;
 
 void NameThisThread(const std::string& name) {
   pthread_setname_np(pthread_self(), name.substr(0, kLongestThreadName).c_str());
 }
 
-bool PushAndWait(FCQueue& queue, const FSEvent& rEvent, bool bUrgent) {
-  framework::SyncTicket ticket;
-  framework::SetTicketToPush(&ticket);
-  const bool pushed = queue.Push(rEvent, bUrgent);
-  framework::SetTicketToPush(nullptr);
-  return pushed && ticket.Wait();
-}
-
 }  // namespace
 
 struct FCTask::Impl {
+  bool Start(FCTask& rTask, const char* pName, int queueSize);
   /// True when a thread was ended.
   bool End(FCTask& rTask);
 
@@ -43,7 +36,7 @@ struct FCTask::Impl {
   std::thread thread;    // guarded by lifeMutex
 };
 
-// The queue of a task that does not run holds nothing, so that Send() has one to ask.
+// The queue of a task that is not running has no room, so Send() needs no null check.
 FCTask::FCTask() : m_pQueue(std::make_unique<FCQueue>(0)), m_pImpl(std::make_unique<Impl>()) {}
 
 FCTask::~FCTask() {
@@ -51,27 +44,27 @@ FCTask::~FCTask() {
 }
 
 bool FCTask::Create(const char* pName, int stackSize, int queueSize) {
-  framework::HookedCall call("FCTask::Create", pName, stackSize, queueSize);
-  int fault = 0;
-  if (call.Fails(&fault)) {
-    return call.Return(fault > 0);
+  framework::Call call("FCTask::Create", pName, stackSize, queueSize);
+  return call.Run(false, [&] { return m_pImpl->Start(*this, pName, queueSize); });
+}
+
+bool FCTask::Impl::Start(FCTask& rTask, const char* pName, int queueSize) {
+  const std::lock_guard<std::mutex> lock(lifeMutex);
+  if (thread.joinable()) {
+    return false;
   }
-  const std::lock_guard<std::mutex> lock(m_pImpl->lifeMutex);
-  if (m_pImpl->thread.joinable()) {
-    return call.Return(false);
-  }
-  m_sName = pName == nullptr ? "" : pName;
-  m_pQueue = std::make_unique<FCQueue>(static_cast<std::size_t>(std::max(queueSize, 0)));
+  rTask.m_sName = pName == nullptr ? "" : pName;
+  rTask.m_pQueue = std::make_unique<FCQueue>(static_cast<std::size_t>(std::max(queueSize, 0)));
   try {
-    m_pImpl->thread = std::thread([this] { t_Main(); });
+    thread = std::thread([&rTask] { rTask.t_Main(); });
   } catch (const std::system_error&) {
-    m_pQueue->Close();
-    return call.Return(false);
+    rTask.m_pQueue->Close();
+    return false;
   }
   if (FCTaskList::m_pTaskList != nullptr) {
-    FCTaskList::m_pTaskList->Add(this);
+    FCTaskList::m_pTaskList->Add(&rTask);
   }
-  return call.Return(true);
+  return true;
 }
 
 bool FCTask::Impl::End(FCTask& rTask) {
@@ -92,24 +85,22 @@ bool FCTask::Impl::End(FCTask& rTask) {
 }
 
 bool FCTask::Destroy() {
-  framework::HookedCall call("FCTask::Destroy", m_sName);
+  framework::Call call("FCTask::Destroy", m_sName);
   return call.Return(m_pImpl->End(*this));
 }
 
 bool FCTask::Send(const FSEvent& rEvent, bool bUrgent, bool bSync) {
-  if (framework::GetHooks() == nullptr && !bSync) {
+  if (framework::GetBackend() == nullptr && !bSync) {
     return m_pQueue->Push(rEvent, bUrgent);
   }
-  framework::HookedCall call("FCTask::Send", m_sName, rEvent.type, bUrgent, bSync);
-  int fault = 0;
-  if (call.Fails(&fault)) {
-    return call.Return(fault > 0);
-  }
-  if (!bSync) {
-    return call.Return(m_pQueue->Push(rEvent, bUrgent));
-  }
-  // On its own thread the task would wait for itself.
-  return call.Return(t_currentTask != this && PushAndWait(*m_pQueue, rEvent, bUrgent));
+  framework::Call call("FCTask::Send", m_sName, rEvent.type, bUrgent, bSync);
+  return call.Run(false, [&] {
+    if (!bSync) {
+      return m_pQueue->Push(rEvent, bUrgent);
+    }
+    // On its own thread the task would wait for itself.
+    return t_currentTask != this && framework::TicketQueue::PushAndWait(*m_pQueue, rEvent, bUrgent);
+  });
 }
 
 void FCTask::t_Main() {
@@ -117,8 +108,8 @@ void FCTask::t_Main() {
   NameThisThread(m_sName);
   t_Create();
   FSEvent event;
-  while (m_pQueue->Pop(event)) {
-    framework::SyncTicket* ticket = framework::GetPoppedTicket();
+  framework::SyncTicket* ticket = nullptr;
+  while (framework::TicketQueue::Pop(*m_pQueue, event, ticket)) {
     ExecuteEvent(&event);
     if (ticket != nullptr) {
       ticket->Finish(true);

@@ -9,7 +9,7 @@
 #include <mutex>
 #include <vector>
 
-#include "framework/hooked_call.h"
+#include "framework/backend.h"
 
 namespace {
 
@@ -22,7 +22,7 @@ Items* ItemsOf(void* pItems) {
   return static_cast<Items*>(pItems);
 }
 
-/// The list that was created and not destroyed yet.
+/// The list that was created last, until it is destroyed.
 std::atomic<const FCList*> g_usableList{nullptr};
 
 std::atomic<bool> g_detecting{false};
@@ -56,33 +56,29 @@ bool FCSemaphore::Destroy() {
 }
 
 bool FCList::Create() {
-  framework::HookedCall call("FCList::Create");
-  int fault = 0;
-  if (call.Fails(&fault)) {
-    return call.Return(fault > 0);
-  }
-  if (m_pItems != nullptr || !m_Semaphore.Create(1)) {
-    return call.Return(false);
-  }
-  m_pItems = new Items;  // owned by m_pItems until Destroy()
-  g_usableList = this;
-  return call.Return(true);
+  framework::Call call("FCList::Create");
+  return call.Run(false, [this] {
+    if (m_pItems != nullptr || !m_Semaphore.Create(1)) {
+      return false;
+    }
+    m_pItems = new Items;  // owned by m_pItems until Destroy()
+    g_usableList = this;
+    return true;
+  });
 }
 
 bool FCList::Destroy() {
-  framework::HookedCall call("FCList::Destroy");
-  int fault = 0;
-  if (call.Fails(&fault)) {
-    return call.Return(fault > 0);
-  }
-  if (m_pItems == nullptr) {
-    return call.Return(false);
-  }
-  const FCList* pSelf = this;
-  g_usableList.compare_exchange_strong(pSelf, nullptr);
-  delete ItemsOf(m_pItems);
-  m_pItems = nullptr;
-  return call.Return(m_Semaphore.Destroy());
+  framework::Call call("FCList::Destroy");
+  return call.Run(false, [this] {
+    if (m_pItems == nullptr) {
+      return false;
+    }
+    const FCList* pSelf = this;
+    g_usableList.compare_exchange_strong(pSelf, nullptr);
+    delete ItemsOf(m_pItems);
+    m_pItems = nullptr;
+    return m_Semaphore.Destroy();
+  });
 }
 
 std::size_t FCList::Size() const {
@@ -111,28 +107,16 @@ void FCList::Remove(void* pTask) {
 }
 
 int FCTaskList::FlagInitialize() {
-  framework::HookedCall call("FCTaskList::FlagInitialize");
-  int result = 0;
-  if (!call.Fails(&result)) {
-    result = m_pTaskList != nullptr && g_usableList == m_pTaskList ? 1 : 0;
-  }
-  return call.Return(result);
+  framework::Call call("FCTaskList::FlagInitialize");
+  return call.Run(0, [] { return m_pTaskList != nullptr && g_usableList == m_pTaskList ? 1 : 0; });
 }
 
 bool FCSyncDet::Create() {
-  framework::HookedCall call("FCSyncDet::Create");
-  int fault = 0;
-  if (call.Fails(&fault)) {
-    return call.Return(fault > 0);
-  }
-  return call.Return(!g_detecting.exchange(true));
+  framework::Call call("FCSyncDet::Create");
+  return call.Run(false, [] { return !g_detecting.exchange(true); });
 }
 
 bool FCSyncDet::Destroy() {
-  framework::HookedCall call("FCSyncDet::Destroy");
-  int fault = 0;
-  if (call.Fails(&fault)) {
-    return call.Return(fault > 0);
-  }
-  return call.Return(g_detecting.exchange(false));
+  framework::Call call("FCSyncDet::Destroy");
+  return call.Run(false, [] { return g_detecting.exchange(false); });
 }

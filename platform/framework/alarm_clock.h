@@ -5,26 +5,27 @@
 #include <functional>
 #include <string>
 
-/// Where the framework's alarms take the time from. The system's clock, unless another is set.
+/// The clock of the framework's alarms: the system's, unless another one is set.
 namespace framework {
 
-/// What an alarm was created with.
+/// The arguments that an alarm was created with.
 struct AlarmRequest {
   std::string task;
   unsigned int type = 0;
   int periodMs = 0;
-  int repeat = 0;  ///< 0: without end
+  int repeat = 0;  ///< 0: without limit
 };
 
 class AlarmClock {
  public:
   virtual ~AlarmClock() = default;
 
-  /// Calls `tick` after every period, on a thread of the clock's choice, until it gives false or
-  /// Stop() is called. The number is never 0 and names this alarm in Stop(). `tick` posts an event
-  /// and neither blocks nor calls the clock.
+  /// Calls `tick` after every period, on a thread of the clock's choice, until it returns false or
+  /// Stop() is called. Returns a number for Stop(), never 0. `tick` posts an event; it neither
+  /// blocks nor calls the clock.
   virtual unsigned long Start(const AlarmRequest& request, std::function<bool()> tick) = 0;
-  /// When it returns no tick of the alarm runs or will. A number that is not known is ignored.
+  /// After it has returned, no tick of the alarm is running or will run. An unknown number is
+  /// ignored.
   virtual void Stop(unsigned long number) = 0;
 };
 

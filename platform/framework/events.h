@@ -4,7 +4,7 @@
 
 namespace framework {
 
-/// Event types of the framework's own. FCTask::t_OnEvent() consumes them.
+/// Event types of the framework itself. FCTask::t_OnEvent() consumes them.
 constexpr unsigned int kEventSuspend = 0x7FFF0001;
 constexpr unsigned int kEventResume = 0x7FFF0002;
 

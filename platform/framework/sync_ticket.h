@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <FCQueue.h>
+
 #include <condition_variable>
 #include <mutex>
 
@@ -10,12 +12,12 @@ namespace framework {
 /// The sender's side of a synchronous event: lives on the stack of the sender, which waits for it.
 class SyncTicket {
  public:
-  /// The sender is not touched any more when this returns.
+  /// The ticket is not used after this has returned.
   void Finish(bool handled) {
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_done = true;
     m_handled = handled;
-    // Under the lock: the sender's stack frame goes away as soon as the sender gets it.
+    // Under the lock: the waiting sender may destroy the ticket as soon as it has the lock.
     m_condition.notify_one();
   }
 
@@ -33,10 +35,13 @@ class SyncTicket {
   bool m_handled = false;  // guarded by m_mutex
 };
 
-/// The ticket that the next FCQueue::Push() of this thread attaches to its event, until it is null
-/// again.
-void SetTicketToPush(SyncTicket* ticket);
-/// The ticket of the event that FCQueue::Pop() gave this thread last, or null.
-SyncTicket* GetPoppedTicket();
+/// The two ends of a queue, for synchronous events. Safe from any thread.
+struct TicketQueue {
+  /// As FCQueue::Push(), and waits until the event was handled (true) or dropped (false).
+  static bool PushAndWait(FCQueue& queue, const FSEvent& rEvent, bool bUrgent);
+  /// As FCQueue::Pop(). The caller finishes the ticket, which is null for an event that nobody
+  /// waits for.
+  static bool Pop(FCQueue& queue, FSEvent& rEvent, SyncTicket*& ticket);
+};
 
 }  // namespace framework

@@ -57,7 +57,7 @@ void SystemAlarmClock::Run() {
     } else if (entry->second.next <= std::chrono::steady_clock::now()) {
       Tick(entry);
     } else {
-      // A copy: the entry may be gone while this waits.
+      // A copy: the entry may be erased during the wait.
       const Moment next = entry->second.next;
       m_changed.wait_until(lock, next);
     }

@@ -11,7 +11,7 @@
 
 namespace framework {
 
-/// Alarms by the steady clock. One thread for all of them, started with the first.
+/// Alarms on the steady clock. One thread serves all of them; it starts with the first alarm.
 class SystemAlarmClock : public AlarmClock {
  public:
   unsigned long Start(const AlarmRequest& request, std::function<bool()> tick) override;
@@ -33,7 +33,7 @@ class SystemAlarmClock : public AlarmClock {
 
   std::mutex m_mutex;
   std::condition_variable m_changed;
-  // Guarded by m_mutex, which is held during a tick: so Stop() waits for it.
+  // Guarded by m_mutex, which is held during a tick, so that Stop() waits for the tick.
   std::map<unsigned long, Entry> m_entries;
   unsigned long m_lastNumber = 0;
   bool m_running = false;

@@ -7,6 +7,10 @@
 
 #include "FCHandler.h"
 
+namespace framework {
+struct TicketQueue;
+}
+
 /// A bounded queue of events. Safe from any thread.
 class FCQueue {
  public:
@@ -23,10 +27,11 @@ class FCQueue {
   void Close();
   /// Events waiting now.
   long Size() const;
-  /// Drops every waiting event for the receiver; payloads are not freed. Returns how many went.
+  /// Drops every waiting event for the receiver; payloads are not freed. Returns how many.
   static int Delete(FCQueue* pQueue, const FCHandler* pReceiver);
 
  private:
+  friend struct framework::TicketQueue;
   struct Impl;
   std::unique_ptr<Impl> m_pImpl;
 };

@@ -12,7 +12,7 @@
 #include <filesystem>
 
 #include "fake/control/fake.h"
-#include "framework/hooks.h"
+#include "framework/backend.h"
 
 namespace bench {
 
@@ -86,7 +86,7 @@ std::string InsertSql(const std::string& package) {
 
 void LeaveTheFakeAside() {
   fake::SetRecording(false);
-  framework::SetHooks(nullptr);
+  framework::SetBackend(nullptr);
 }
 
 }  // namespace bench

@@ -12,7 +12,7 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "common/bus_client.h"
+#include "desk/common/bus_client.h"
 #include "contract_control.h"
 #include "desk_package.h"
 #include "desk_process.h"

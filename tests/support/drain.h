@@ -16,11 +16,7 @@ inline bool Drain(FCTask& task) {
   FSEvent event;
   event.pReceiver = task.GetHandler();
   event.type = framework::kEventResume;  // the tasks of the daemon do nothing on it
-  framework::SyncTicket ticket;
-  framework::SetTicketToPush(&ticket);
-  const bool pushed = task.GetQueue()->Push(event, false);
-  framework::SetTicketToPush(nullptr);
-  return pushed && ticket.Wait();
+  return framework::TicketQueue::PushAndWait(*task.GetQueue(), event, false);
 }
 
 }  // namespace support

@@ -7,22 +7,21 @@
 #include <utility>
 #include <vector>
 
-#include "client/call.h"
-#include "client/connection.h"
-#include "client/handle_table.h"
+#include "call/handle_table.h"
+#include "desk/client/call.h"
+#include "desk/client/connection.h"
 
-using desk::Call;
-using desk::Connection;
-using desk::Number;
-using desk::Request;
+using desk::client::Call;
+using desk::client::Connection;
+using desk::client::Request;
 
 namespace {
 
-// The metadata as the catalogue had it when the handle was made, in the manifest's order.
+// A snapshot of the metadata, taken with the handle, in the order of the manifest.
 using Metadata = std::vector<std::pair<std::string, std::string>>;
 
-desk::HandleTable<app_info_h, Metadata>& Infos() {
-  static auto* const infos = new desk::HandleTable<app_info_h, Metadata>;
+platform::HandleTable<app_info_h, Metadata>& Infos() {
+  static auto* const infos = new platform::HandleTable<app_info_h, Metadata>("app_info");
   return *infos;
 }
 
@@ -62,14 +61,14 @@ int app_info_create(const char* app_id, app_info_h* app_info) {
     }
     const int result = Create(app_id, app_info);
     if (result == APP_MANAGER_ERROR_NONE) {
-      call.Out(Number(*app_info));
+      call.AddOutput(Infos().Describe(*app_info));
     }
     return result;
   });
 }
 
 int app_info_destroy(app_info_h app_info) {
-  Call call("app_info_destroy", Number(app_info));
+  Call call("app_info_destroy", Infos().Describe(app_info));
   return call.Run<int>(APP_MANAGER_ERROR_INVALID_PARAMETER, [&]() -> int {
     return Infos().Take(app_info) == nullptr ? APP_MANAGER_ERROR_INVALID_PARAMETER
                                              : APP_MANAGER_ERROR_NONE;
@@ -77,7 +76,7 @@ int app_info_destroy(app_info_h app_info) {
 }
 
 int app_info_foreach_metadata(app_info_h app_info, app_info_metadata_cb callback, void* user_data) {
-  Call call("app_info_foreach_metadata", Number(app_info), callback, user_data);
+  Call call("app_info_foreach_metadata", Infos().Describe(app_info), callback, user_data);
   return call.Run<int>(APP_MANAGER_ERROR_IO_ERROR,
                        [&] { return Walk(app_info, callback, user_data); });
 }

@@ -6,14 +6,13 @@
 #include <deque>
 #include <string>
 
-#include "client/call.h"
-#include "client/connection.h"
-#include "client/handle_table.h"
+#include "call/handle_table.h"
+#include "desk/client/call.h"
+#include "desk/client/connection.h"
 
-using desk::Call;
-using desk::Connection;
-using desk::Number;
-using desk::Request;
+using desk::client::Call;
+using desk::client::Connection;
+using desk::client::Request;
 
 namespace {
 
@@ -22,7 +21,7 @@ struct Context {
   pid_t pid = 0;
 };
 
-// Contexts, and the last few that were destroyed: a pid may be asked for after that.
+// The contexts, and the last few destroyed ones, whose pid must stay readable (app_context.h).
 class Contexts {
  public:
   static Contexts& Get() {
@@ -34,6 +33,7 @@ class Contexts {
     return m_live.Add(std::make_shared<Context>(std::move(context)));
   }
   std::shared_ptr<Context> Find(app_context_h handle) const { return m_live.Find(handle); }
+  platform::Value Describe(app_context_h handle) const { return m_live.Describe(handle); }
 
   std::shared_ptr<Context> FindAlsoDestroyed(app_context_h handle) const {
     if (auto context = m_live.Find(handle)) {
@@ -64,8 +64,8 @@ class Contexts {
  private:
   static constexpr std::size_t KEPT = 16;
 
-  desk::HandleTable<app_context_h, Context> m_live;
-  mutable std::mutex m_mutex;  // guards what follows
+  platform::HandleTable<app_context_h, Context> m_live{"app_context"};
+  mutable std::mutex m_mutex;  // guards the following members
   std::deque<std::pair<app_context_h, std::shared_ptr<Context>>> m_destroyed;
 };
 
@@ -95,7 +95,7 @@ int app_manager_is_running(const char* app_id, bool* running) {
     }
     const Json::Value reply = AppInfo(app_id);
     *running = reply["found"].asBool() && reply["running"].asBool();
-    call.Out(*running);
+    call.AddOutput(*running);
     return APP_MANAGER_ERROR_NONE;
   });
 }
@@ -108,14 +108,14 @@ int app_manager_get_app_context(const char* app_id, app_context_h* app_context) 
     }
     const int result = TakeContext(app_id, app_context);
     if (result == APP_MANAGER_ERROR_NONE) {
-      call.Out(Number(*app_context));
+      call.AddOutput(Contexts::Get().Describe(*app_context));
     }
     return result;
   });
 }
 
 int app_manager_terminate_app(app_context_h app_context) {
-  Call call("app_manager_terminate_app", Number(app_context));
+  Call call("app_manager_terminate_app", Contexts::Get().Describe(app_context));
   return call.Run<int>(APP_MANAGER_ERROR_REQUEST_FAILED, [&]() -> int {
     const auto context = Contexts::Get().Find(app_context);
     if (context == nullptr) {
@@ -128,7 +128,7 @@ int app_manager_terminate_app(app_context_h app_context) {
 }
 
 int app_context_destroy(app_context_h app_context) {
-  Call call("app_context_destroy", Number(app_context));
+  Call call("app_context_destroy", Contexts::Get().Describe(app_context));
   return call.Run<int>(APP_MANAGER_ERROR_INVALID_PARAMETER, [&]() -> int {
     return Contexts::Get().Destroy(app_context) ? APP_MANAGER_ERROR_NONE
                                                 : APP_MANAGER_ERROR_INVALID_PARAMETER;
@@ -136,14 +136,14 @@ int app_context_destroy(app_context_h app_context) {
 }
 
 int app_context_get_pid(app_context_h app_context, pid_t* pid) {
-  Call call("app_context_get_pid", Number(app_context));
+  Call call("app_context_get_pid", Contexts::Get().Describe(app_context));
   return call.Run<int>(APP_MANAGER_ERROR_INVALID_PARAMETER, [&]() -> int {
     const auto context = Contexts::Get().FindAlsoDestroyed(app_context);
     if (context == nullptr || pid == nullptr) {
       return APP_MANAGER_ERROR_INVALID_PARAMETER;
     }
     *pid = context->pid;
-    call.Out(*pid);
+    call.AddOutput(*pid);
     return APP_MANAGER_ERROR_NONE;
   });
 }

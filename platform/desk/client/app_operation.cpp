@@ -5,12 +5,12 @@
 
 #include <cstring>
 
-#include "client/call.h"
-#include "client/connection.h"
+#include "desk/client/call.h"
+#include "desk/client/connection.h"
 
-using desk::Call;
-using desk::Connection;
-using desk::Request;
+using desk::client::Call;
+using desk::client::Connection;
+using desk::client::Request;
 
 int app_operation_get_current_app(const char* operation, char** app_id) {
   Call call("app_operation_get_current_app", operation);
@@ -22,7 +22,7 @@ int app_operation_get_current_app(const char* operation, char** app_id) {
     const int result = reply["result"].asInt();
     if (result == APP_CONTROL_ERROR_NONE) {
       *app_id = reply["app"].isString() ? strdup(reply["app"].asCString()) : nullptr;
-      call.Out(*app_id);
+      call.AddOutput(*app_id);
     }
     return result;
   });

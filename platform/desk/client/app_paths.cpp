@@ -6,15 +6,15 @@
 #include <cstring>
 #include <string>
 
-#include "client/call.h"
-#include "client/environment.h"
+#include "desk/client/call.h"
+#include "desk/client/environment.h"
 
-using desk::Call;
-using desk::Environment;
+using desk::client::Call;
+using desk::client::Environment;
 
 namespace {
 
-// Known from the environment alone: static initialisers of the daemon ask before a bus is there.
+// From the environment alone: static initialisers of the daemon call before there is a bus.
 const std::string& AppsDirectory() {
   static const std::string* const directory =
       new std::string(Environment::Get().prefix + "/opt/usr/apps");

@@ -4,10 +4,10 @@
 
 #include <cerrno>
 
-#include "client/bundle_data.h"
-#include "client/call.h"
+#include "desk/client/bundle_data.h"
+#include "desk/client/call.h"
 
-using desk::Call;
+using desk::client::Call;
 
 namespace {
 
@@ -19,7 +19,7 @@ constexpr int KEY_EXISTS = -EEXIST;
 int Add(bundle& target, const char* key, int type, std::string bytes,
         std::vector<std::string> array) {
   const bool added =
-      desk::AddEntry(target, keyval_t{key, type, std::move(bytes), std::move(array)});
+      desk::client::AddEntry(target, keyval_t{key, type, std::move(bytes), std::move(array)});
   return added ? NONE : KEY_EXISTS;
 }
 

@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "client/bundle_data.h"
+#include "desk/client/bundle_data.h"
 
 #include <glib.h>
 
 #include <algorithm>
 
-namespace desk {
+namespace desk::client {
 namespace {
 
 std::string ToBase64(const std::string& bytes) {
@@ -84,4 +84,4 @@ bundle ReadBundle(const Json::Value& value) {
   return result;
 }
 
-}  // namespace desk
+}  // namespace desk::client

@@ -21,14 +21,14 @@ struct _bundle_t {
   std::vector<std::unique_ptr<keyval_t>> entries;  ///< in the order of insertion
 };
 
-namespace desk {
+namespace desk::client {
 
-/// False, and nothing added, when the key is taken.
+/// False, and nothing is added, when the key exists.
 bool AddEntry(bundle& target, keyval_t entry);
 
 /// The member "bundle" of the message-port methods and events. ReadBundle throws Json::Exception
-/// for anything else; an entry whose key is taken is left out.
+/// for anything else; it skips an entry whose key exists.
 Json::Value FormatBundle(const bundle& source);
 bundle ReadBundle(const Json::Value& value);
 
-}  // namespace desk
+}  // namespace desk::client

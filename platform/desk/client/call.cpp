@@ -1,38 +1,47 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "client/call.h"
+#include "desk/client/call.h"
 
 #include <dlog.h>
 
-#include "client/faults.h"
-#include "client/framework_hooks.h"
-#include "client/main_loop.h"
+#include "desk/client/environment.h"
+#include "desk/client/faults.h"
+#include "desk/client/journal.h"
+#include "desk/client/main_loop.h"
+#include "framework/backend.h"
 
-namespace desk {
+namespace desk::client {
+namespace {
 
-Call::Call(const char* name, Tag) : m_journal(Journal::Get()) {
-  HookFramework();
+class ClientBackend : public platform::Backend {
+ public:
+  platform::Sink* GetSink() override { return m_journal; }
+  std::optional<int> TakeFault(const char* call, int usualFailure) override {
+    return CheckFault(call, usualFailure);
+  }
+  void OnException(const char* call, const std::exception& exception) override {
+    __dlog_print(LOG_ID_MAIN, DLOG_ERROR, "desk-client", "%s failed: %s", call, exception.what());
+  }
+
+ private:
+  Journal* const m_journal = Journal::Get();
+};
+
+ClientBackend* MakeBackend() {
+  auto* backend = new ClientBackend;
+  if (!Environment::Get().journal.empty() || !Environment::Get().faults.empty()) {
+    framework::SetBackend(backend);
+  }
   MainLoop::Get().NoticeFirstRun();
-  m_entry.call = name;
-  m_entry.result = "null";
-  if (m_journal != nullptr) {
-    m_journal->Begin(m_entry);
-  }
+  return backend;
 }
 
-Call::~Call() {
-  if (m_journal != nullptr) {
-    m_journal->Write(m_entry);
-  }
+}  // namespace
+
+platform::Backend& GetBackend() {
+  // Never destroyed: threads may still call while the process ends.
+  static ClientBackend* const backend = MakeBackend();
+  return *backend;
 }
 
-std::optional<int> Call::Fault(int usualFailure) {
-  return CheckFault(m_entry.call, usualFailure);
-}
-
-void Call::LogFailure(const std::exception& failure) {
-  __dlog_print(LOG_ID_MAIN, DLOG_ERROR, "desk-client", "%s failed: %s", m_entry.call,
-               failure.what());
-}
-
-}  // namespace desk
+}  // namespace desk::client

@@ -2,12 +2,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <FCAPI.h>
 
-#include "client/call.h"
-#include "client/connection.h"
+#include "desk/client/call.h"
+#include "desk/client/connection.h"
 
-using desk::Call;
-using desk::Connection;
-using desk::Request;
+using desk::client::Call;
+using desk::client::Connection;
+using desk::client::Request;
 
 namespace {
 

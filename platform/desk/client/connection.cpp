@@ -1,14 +1,14 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "client/connection.h"
+#include "desk/client/connection.h"
 
 #include <dlog.h>
 #include <unistd.h>
 
-#include "client/environment.h"
-#include "common/desk_error.h"
+#include "desk/client/environment.h"
+#include "desk/common/desk_error.h"
 
-namespace desk {
+namespace desk::client {
 namespace {
 
 void LogError(const char* what, const char* why) {
@@ -20,7 +20,7 @@ void OnClosed() {
     return;
   }
   LogError("the TV is gone", "the daemon ends");
-  // Its tasks run on in their threads: no destructor may pull things from under them.
+  // Not exit(): the tasks are still running, so no destructor may run.
   _exit(1);
 }
 
@@ -79,4 +79,4 @@ BusClient& Connection::Client() {
   return *m_client;
 }
 
-}  // namespace desk
+}  // namespace desk::client

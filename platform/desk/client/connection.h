@@ -10,20 +10,20 @@
 #include <string>
 #include <utility>
 
-#include "common/bus_client.h"
+#include "desk/common/bus_client.h"
 
-namespace desk {
+namespace desk::client {
 
-/// A request's members.
+/// A request with these members.
 Json::Value Request(std::initializer_list<std::pair<const char*, Json::Value>> members);
 
-/// The process's one way to desk-tv, at the address in TV_BUS. Connects when it is first used, and
-/// again at the next use when that failed. All operations are callable from any thread and throw
-/// DeskError (NoTv) without a TV.
+/// The process's connection to desk-tv, at the address in TV_BUS. Connects at the first use, and at
+/// the next use after a failure. All operations are callable from any thread and throw DeskError
+/// (NoTv) without a TV.
 ///
-/// When the bus closes the connection the daemon's process ends itself, once its main loop gets to
-/// it: desk-tv, which starts and restarts the daemon, is gone then, and nothing would end a daemon
-/// that runs on. In any other process calls fail from then on.
+/// When the bus closes the connection, the main loop of the daemon's process ends the process:
+/// desk-tv, which supervises the daemon, has ended and could no longer stop it. In any other
+/// process all later calls fail.
 class Connection {
  public:
   static Connection& Get();
@@ -31,17 +31,17 @@ class Connection {
   Json::Value Call(const std::string& method, const Json::Value& request);
   /// As BusClient::Tell.
   void Tell(const std::string& method, const Json::Value& request);
-  /// As BusClient::Subscribe; what the function throws is logged.
+  /// As BusClient::Subscribe; exceptions of the function are logged.
   void Subscribe(const std::string& topic, BusClient::EventFunction function,
                  GMainContext* context);
-  /// For calls that have nothing to ask but must fail without a TV.
+  /// Throws without a TV. For calls that send no request but must fail then.
   void Require();
 
  private:
   BusClient& Client();
 
-  std::mutex m_mutex;  // guards what follows
+  std::mutex m_mutex;  // guards the following members
   std::unique_ptr<BusClient> m_client;
 };
 
-}  // namespace desk
+}  // namespace desk::client

@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "client/environment.h"
+#include "desk/client/environment.h"
 
 #include <cstdlib>
 
-#include "common/paths.h"
+#include "desk/common/paths.h"
 
-namespace desk {
+namespace desk::client {
 namespace {
 
 std::string Variable(const char* name) {
@@ -22,14 +22,14 @@ Environment::Role ReadRole() {
   return role == "app" ? Environment::Role::App : Environment::Role::None;
 }
 
-// The daemon's prefix may well be empty: in its sandbox the desk's directories are at their places
-// on a television. An app is given the desk's directory only.
+// The daemon's prefix may be empty: its sandbox maps the desk's directories to their places on a
+// television. An app has only the desk's directory.
 std::string ReadPrefix() {
   const char* prefix = std::getenv("TV_PREFIX");
   return prefix == nullptr ? Variable("TV_ROOT") : std::string(prefix);
 }
 
-// Ids of a package's apps are the package id, a "." and a name.
+// An app id is the package id, a "." and a name.
 std::string ReadPackage(Environment::Role role) {
   if (role == Environment::Role::Daemon) {
     return DeskPaths::DAEMON_ID;
@@ -60,4 +60,4 @@ const Environment& Environment::Get() {
   return *environment;
 }
 
-}  // namespace desk
+}  // namespace desk::client

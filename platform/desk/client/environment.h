@@ -4,23 +4,23 @@
 
 #include <string>
 
-namespace desk {
+namespace desk::client {
 
-/// What the process was given at its start: see docs/desk-protocol.md. Constant.
+/// The environment variables of the process: see docs/desk-protocol.md. Constant.
 struct Environment {
   enum class Role { None, Daemon, App };
 
   Role role = Role::None;
-  std::string busAddress;  ///< empty: no desk
-  std::string prefix;      ///< stands in front of /opt/usr/apps
-  std::string package;     ///< the process's own; empty when it is no application
+  std::string busAddress;  ///< empty without a desk
+  std::string prefix;      ///< precedes /opt/usr/apps
+  std::string package;     ///< of the process; empty when it is not an application
   std::string faults;      ///< path of the fault table, or empty
   std::string log;         ///< path, or empty: standard error
-  std::string journal;     ///< path, or empty: none is kept
+  std::string journal;     ///< path, or empty: no journal
 
-  /// Read on the first use and kept, so that no later setenv() of the process is raced. Callable
-  /// from static initialisers and from any thread.
+  /// Read at the first use only, so that it cannot race with a later setenv(). Callable from static
+  /// initialisers and from any thread.
   static const Environment& Get();
 };
 
-}  // namespace desk
+}  // namespace desk::client

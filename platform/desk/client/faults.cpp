@@ -1,15 +1,15 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "client/faults.h"
+#include "desk/client/faults.h"
 
-#include "client/environment.h"
-#include "common/desk_error.h"
-#include "common/faults.h"
+#include "desk/client/environment.h"
+#include "desk/common/desk_error.h"
+#include "desk/common/faults.h"
 
-namespace desk {
+namespace desk::client {
 namespace {
 
-// A table that cannot be mapped is no table: the daemon works as it would without a desk's orders.
+// Without a usable table the daemon works, and no call fails.
 FaultTable* Open() {
   const std::string& path = Environment::Get().faults;
   if (path.empty()) {
@@ -30,4 +30,4 @@ std::optional<int> CheckFault(const char* call, int usualFailure) {
   return table == nullptr ? std::nullopt : table->Check(call, usualFailure);
 }
 
-}  // namespace desk
+}  // namespace desk::client

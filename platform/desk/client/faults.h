@@ -4,11 +4,10 @@
 
 #include <optional>
 
-namespace desk {
+namespace desk::client {
 
-/// What the desk's fault table orders for this use of the call: nothing, or the result to return,
-/// which is usualFailure when the order names none. A process without a table has no faults.
-/// Callable from any thread and from static initialisers.
+/// FaultTable::Check() in the desk's fault table. Nothing in a process without a table. Callable
+/// from any thread and from static initialisers.
 std::optional<int> CheckFault(const char* call, int usualFailure);
 
-}  // namespace desk
+}  // namespace desk::client

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "client/journal.h"
+#include "desk/client/journal.h"
 
 #include <pthread.h>
 #include <sys/syscall.h>
@@ -11,16 +11,17 @@
 #include <cstdlib>
 #include <fstream>
 
-#include "client/environment.h"
-#include "common/timestamp.h"
+#include "desk/client/environment.h"
+#include "desk/common/timestamp.h"
 
-namespace desk {
+namespace desk::client {
 namespace {
 
 constexpr char LINE_START[] = "{\"seq\":";
+constexpr std::size_t USUAL_LINE = 256;
 constexpr std::streamoff TAIL_BYTES = 65536;  // more than all calls that can be in progress
 
-// Lines stand in the order in which calls ended, so the last one need not have the last number.
+// Lines are in the order in which calls ended, so the last line need not have the last number.
 std::uint64_t LastSeq(const std::string& path) {
   std::ifstream file(path, std::ios::ate);
   if (!file) {
@@ -37,7 +38,7 @@ std::uint64_t LastSeq(const std::string& path) {
   return last;
 }
 
-// The first thread bears the name of the program, which says nothing of what it does.
+// The kernel names the first thread after the program.
 std::string ThreadName() {
   if (syscall(SYS_gettid) == getpid()) {
     return "main";
@@ -58,36 +59,33 @@ Journal* Journal::Get() {
 
 Journal::Journal(const std::string& path) : m_lastSeq(LastSeq(path)), m_file(path) {}
 
-void Journal::Begin(Entry& entry) {
-  entry.seq = ++m_lastSeq;
-  entry.time = UtcText(TimeOfDay());
-}
-
-void Journal::Write(const Entry& entry) {
-  std::string line = LINE_START + std::to_string(entry.seq) + ",\"time\":\"" + entry.time + "\"";
-  line += ",\"thread\":";
-  AppendQuoted(line, ThreadName());
+void Journal::Begin(platform::CallRecord& record, const platform::Value* args, std::size_t count) {
+  record.number = ++m_lastSeq;
+  std::string& line = record.text;
+  line.reserve(USUAL_LINE);
+  line += LINE_START + std::to_string(record.number);
+  line += ",\"time\":\"" + UtcText(TimeOfDay()) + "\",\"thread\":";
+  platform::AppendQuoted(line, ThreadName());
   line += ",\"call\":";
-  AppendQuoted(line, entry.call);
-  line += ",\"args\":[" + entry.args + "],\"result\":" + entry.result + "}\n";
-  m_file.Append(line);
-}
-
-void AppendQuoted(std::string& out, const std::string& text) {
-  out += '"';
-  for (const char c : text) {
-    if (c == '"' || c == '\\') {
-      out += '\\';
-      out += c;
-    } else if (static_cast<unsigned char>(c) < 0x20) {
-      char escaped[8];
-      std::snprintf(escaped, sizeof(escaped), "\\u%04x", static_cast<unsigned>(c));
-      out += escaped;
-    } else {
-      out += c;
-    }
+  platform::AppendQuoted(line, record.name);
+  line += ",\"args\":[";
+  for (std::size_t i = 0; i < count; ++i) {
+    AddOutput(record, args[i]);
   }
-  out += '"';
 }
 
-}  // namespace desk
+void Journal::AddOutput(platform::CallRecord& record, const platform::Value& value) {
+  if (record.text.back() != '[') {
+    record.text += ',';
+  }
+  platform::AppendJson(record.text, value);
+}
+
+void Journal::End(platform::CallRecord& record, const platform::Value& result) {
+  record.text += "],\"result\":";
+  platform::AppendJson(record.text, result);
+  record.text += "}\n";
+  m_file.Append(record.text);
+}
+
+}  // namespace desk::client

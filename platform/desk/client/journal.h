@@ -6,41 +6,32 @@
 #include <cstdint>
 #include <string>
 
-#include "common/line_log.h"
+#include "call/backend.h"
+#include "desk/common/line_log.h"
 
-namespace desk {
+namespace desk::client {
 
-/// The record of the platform calls that the daemon makes: one JSON object a line. Only the
-/// daemon's process keeps one. Callable from any thread and from static initialisers; a failure to
-/// write is silent.
-class Journal {
+/// The record of the platform calls that the daemon makes: one JSON object per line, written when
+/// the call ends. Only the daemon's process has one. Callable from any thread and from static
+/// initialisers. A write error is ignored.
+class Journal : public platform::Sink {
  public:
-  struct Entry {
-    std::uint64_t seq = 0;
-    std::string time;
-    const char* call = "";
-    std::string args;    ///< elements of a JSON array, with commas between
-    std::string result;  ///< JSON text
-  };
-
-  /// Null in a process that keeps no journal.
+  /// Null in a process without a journal.
   static Journal* Get();
 
-  /// Counts on after the last entry of a file that is there already.
+  /// Continues the numbers of an existing file.
   explicit Journal(const std::string& path);
 
-  /// Numbers a call that begins now and notes the time. Entries are in the order of Begin() by
-  /// their numbers, and in that of Write() by their places in the file.
-  void Begin(Entry& entry);
-  /// Adds the line, with the name of the calling thread; "main" for the process's first.
-  void Write(const Entry& entry);
+  /// Numbers the call and takes the time and the name of the thread ("main" for the process's
+  /// first). Calls are numbered in the order of Begin() and written in the order of End().
+  void Begin(platform::CallRecord& record, const platform::Value* args, std::size_t count) override;
+  /// Outputs follow the arguments in the same array.
+  void AddOutput(platform::CallRecord& record, const platform::Value& value) override;
+  void End(platform::CallRecord& record, const platform::Value& result) override;
 
  private:
   std::atomic<std::uint64_t> m_lastSeq;
   LineLog m_file;
 };
 
-/// Appends the text as a JSON string. Bytes that are no UTF-8 go out as they are.
-void AppendQuoted(std::string& out, const std::string& text);
-
-}  // namespace desk
+}  // namespace desk::client

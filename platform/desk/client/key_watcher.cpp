@@ -1,16 +1,16 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "client/key_watcher.h"
+#include "desk/client/key_watcher.h"
 
 #include <algorithm>
 
-#include "client/connection.h"
-#include "client/main_loop.h"
+#include "desk/client/connection.h"
+#include "desk/client/main_loop.h"
 
-namespace desk {
+namespace desk::client {
 
 KeyWatcher& KeyWatcher::Get() {
-  // Never destroyed: its events come until the process is gone.
+  // Never destroyed: events arrive until the process ends.
   static KeyWatcher* const watcher = new KeyWatcher;
   return *watcher;
 }
@@ -28,7 +28,7 @@ void KeyWatcher::Add(const std::string& key, vconf_callback_fn function, void* u
         return;
       }
     }
-    // Entered before desk-tv is asked: a change may reach the main loop before the answer is here.
+    // Registered before the request: a change may reach the main loop before the reply.
     m_registrations.push_back(
         std::make_shared<Registration>(Registration{key, function, userData, std::nullopt, true}));
   }
@@ -79,7 +79,7 @@ void KeyWatcher::Drain() {
   }
 }
 
-// An event waits, and those behind it, while another thread does not know yet whether it is told.
+// Holds the queue until every registration of the key knows its starting sequence number.
 bool KeyWatcher::TakeEvent(Json::Value& event) {
   const std::lock_guard<std::mutex> lock(m_mutex);
   if (m_events.empty()) {
@@ -105,7 +105,7 @@ void KeyWatcher::Deliver(const Json::Value& event) {
   } else if (node.type == "string") {
     node.text = event["value"].asString();
   }
-  for (const RegistrationPtr& registration : WhoHears(node.key, event["seq"].asUInt64())) {
+  for (const RegistrationPtr& registration : ListenersOf(node.key, event["seq"].asUInt64())) {
     void* userData = nullptr;
     {
       const std::lock_guard<std::mutex> lock(m_mutex);
@@ -118,16 +118,16 @@ void KeyWatcher::Deliver(const Json::Value& event) {
   }
 }
 
-std::vector<KeyWatcher::RegistrationPtr> KeyWatcher::WhoHears(const std::string& key,
-                                                              std::uint64_t seq) {
+std::vector<KeyWatcher::RegistrationPtr> KeyWatcher::ListenersOf(const std::string& key,
+                                                                 std::uint64_t seq) {
   const std::lock_guard<std::mutex> lock(m_mutex);
-  std::vector<RegistrationPtr> hearers;
+  std::vector<RegistrationPtr> listeners;
   for (const RegistrationPtr& registration : m_registrations) {
     if (registration->key == key && registration->since.value_or(seq) < seq) {
-      hearers.push_back(registration);
+      listeners.push_back(registration);
     }
   }
-  return hearers;
+  return listeners;
 }
 
-}  // namespace desk
+}  // namespace desk::client

@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-/// A changed settings key: see vconf.h.
+/// One change of a settings key: see vconf.h.
 struct _keynode_t {
   std::string key;
   std::string type;  ///< "int", "string", or "none" for a key that was removed
@@ -21,7 +21,7 @@ struct _keynode_t {
   std::string text;
 };
 
-namespace desk {
+namespace desk::client {
 
 /// The process's registrations for changes of settings keys. Callable from any thread; callbacks
 /// run on the main loop, without a lock held.
@@ -39,7 +39,7 @@ class KeyWatcher {
     std::string key;
     vconf_callback_fn function;
     void* userData;
-    std::optional<std::uint64_t> since;  ///< changes up to it are not told; unknown until answered
+    std::optional<std::uint64_t> since;  ///< not notified up to this number; unset until known
     bool alive = true;
   };
   using RegistrationPtr = std::shared_ptr<Registration>;
@@ -48,12 +48,12 @@ class KeyWatcher {
   void Drain();
   bool TakeEvent(Json::Value& event);
   void Deliver(const Json::Value& event);
-  std::vector<RegistrationPtr> WhoHears(const std::string& key, std::uint64_t seq);
+  std::vector<RegistrationPtr> ListenersOf(const std::string& key, std::uint64_t seq);
 
   std::once_flag m_subscribed;
-  std::mutex m_mutex;                            // guards what follows
+  std::mutex m_mutex;                            // guards the following members
   std::vector<RegistrationPtr> m_registrations;  // in the order of their Add()
-  std::deque<Json::Value> m_events;              // not told yet
+  std::deque<Json::Value> m_events;              // not delivered yet
 };
 
-}  // namespace desk
+}  // namespace desk::client

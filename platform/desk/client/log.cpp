@@ -10,14 +10,14 @@
 #include <cstdio>
 #include <string>
 
-#include "client/environment.h"
-#include "client/faults.h"
-#include "common/timestamp.h"
+#include "desk/client/environment.h"
+#include "desk/client/faults.h"
+#include "desk/common/timestamp.h"
 
-namespace desk {
+namespace desk::client {
 namespace {
 
-// Standard error is where a program without a desk, or without room for its log, is heard.
+// Without a desk, or when the log cannot be opened, the log goes to standard error.
 int OpenLog() {
   const std::string& path = Environment::Get().log;
   const int fd =
@@ -54,7 +54,7 @@ __attribute__((format(printf, 1, 0))) std::string FormatText(const char* format,
   return text;
 }
 
-// One record stays one line: its closing newline goes, those inside become visible.
+// Writes a record as one line: drops the newline at its end and escapes those inside.
 void AppendOneLine(std::string& line, const std::string& text) {
   const bool closed = !text.empty() && text.back() == '\n';
   const std::size_t size = text.size() - (closed ? 1 : 0);
@@ -78,17 +78,17 @@ int WriteLine(const std::string& line) {
 }
 
 }  // namespace
-}  // namespace desk
+}  // namespace desk::client
 
 int __dlog_print(log_id_t /*log_id*/, int prio, const char* tag, const char* fmt, ...) {
-  const auto fault = desk::CheckFault("__dlog_print", -1);
+  const auto fault = desk::client::CheckFault("__dlog_print", -1);
   if (fault.has_value()) {
     return *fault;
   }
-  std::string line = desk::Head(prio, tag);
+  std::string line = desk::client::Head(prio, tag);
   va_list args;
   va_start(args, fmt);
-  desk::AppendOneLine(line, desk::FormatText(fmt, args));
+  desk::client::AppendOneLine(line, desk::client::FormatText(fmt, args));
   va_end(args);
-  return desk::WriteLine(line);
+  return desk::client::WriteLine(line);
 }

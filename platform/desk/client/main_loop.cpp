@@ -1,18 +1,18 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "client/main_loop.h"
+#include "desk/client/main_loop.h"
 
 #include <glib.h>
 
 #include <exception>
 
-#include "client/connection.h"
-#include "client/environment.h"
+#include "desk/client/connection.h"
+#include "desk/client/environment.h"
 
-namespace desk {
+namespace desk::client {
 
 MainLoop& MainLoop::Get() {
-  // Never destroyed: the signals' thread waits on it until the process is gone.
+  // Never destroyed: the thread of the signals may wait for it until the process ends.
   static MainLoop* const loop = new MainLoop;
   return *loop;
 }
@@ -38,12 +38,12 @@ void MainLoop::OnFirstRun() {
   try {
     Connection::Get().Call("daemon.ready", Request({}));
   } catch (const std::exception&) {
-    // Without a TV there is nobody to tell.
+    // Without a TV nothing waits for the report.
   }
 }
 
 void MainLoop::Post(std::function<void()> function) {
-  // Not an idle source's own priority: what a desk delivers must not wait for a quiet moment.
+  // Not the default priority of an idle source: events must not wait until the loop is idle.
   g_idle_add_full(
       G_PRIORITY_DEFAULT,
       [](gpointer data) -> gboolean {
@@ -54,4 +54,4 @@ void MainLoop::Post(std::function<void()> function) {
       [](gpointer data) { delete static_cast<std::function<void()>*>(data); });
 }
 
-}  // namespace desk
+}  // namespace desk::client

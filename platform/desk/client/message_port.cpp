@@ -7,18 +7,18 @@
 #include <optional>
 #include <string>
 
-#include "client/bundle_data.h"
-#include "client/call.h"
-#include "client/connection.h"
+#include "desk/client/bundle_data.h"
+#include "desk/client/call.h"
+#include "desk/client/connection.h"
 
-using desk::Call;
-using desk::Connection;
-using desk::Request;
+using desk::client::Call;
+using desk::client::Connection;
+using desk::client::Request;
 
 namespace {
 
 struct Port {
-  int id = 0;  // 0 until desk-tv has answered
+  int id = 0;  // 0 until the reply of desk-tv
   message_port_message_cb callback = nullptr;
   void* userData = nullptr;
 };
@@ -31,7 +31,7 @@ class Ports {
     return *ports;
   }
 
-  // Entered before desk-tv is asked: a message may reach the main loop before the answer is here.
+  // Entered before the request: a message may reach the main loop before the reply.
   int Register(const std::string& name, message_port_message_cb callback, void* userData) {
     std::call_once(m_subscribed, [this] {
       Connection::Get().Subscribe(
@@ -71,7 +71,7 @@ class Ports {
     return port.id;
   }
 
-  // A negative id is the refusal itself.
+  // A negative id is the error of a refusal.
   void SetId(const std::string& name, int id) {
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (id > 0) {
@@ -92,20 +92,20 @@ class Ports {
       }
       port = found->second;
     }
-    bundle message = desk::ReadBundle(body["bundle"]);
+    bundle message = desk::client::ReadBundle(body["bundle"]);
     const char* replyPort = body["reply_port"].isNull() ? nullptr : body["reply_port"].asCString();
     port.callback(body["id"].asInt(), body["sender"].asCString(), replyPort, false, &message,
                   port.userData);
   }
 
   std::once_flag m_subscribed;
-  mutable std::mutex m_mutex;  // guards what follows
+  mutable std::mutex m_mutex;  // guards the following members
   std::map<std::string, Port> m_ports;
 };
 
 int Send(const char* app, const char* port, const bundle* message, const char* replyPort) {
   Json::Value request = Request({{"app", app}, {"port", port}});
-  request["bundle"] = desk::FormatBundle(*message);
+  request["bundle"] = desk::client::FormatBundle(*message);
   if (replyPort != nullptr) {
     request["reply_port"] = replyPort;
   }

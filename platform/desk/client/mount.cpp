@@ -5,41 +5,33 @@
 #include <cstring>
 #include <string>
 
-#include "client/call.h"
-#include "client/connection.h"
+#include "desk/client/call.h"
+#include "desk/client/connection.h"
 
-using desk::Call;
-using desk::Connection;
-using desk::Request;
+using desk::client::Call;
+using desk::client::Connection;
+using desk::client::Request;
 
 namespace {
 
 constexpr int NOT_REACHED = -1;
 
-// The text need not be terminated: its length counts. It ends early at a NUL, as no command or
-// path reaches behind one.
+// The text has this length, or ends earlier at a NUL. It need not be terminated.
 std::string Text(const char* text, int length) {
   return text == nullptr || length < 0 ? std::string() : std::string(text, strnlen(text, length));
 }
 
-// An ordered failure is one of the service, which was not reached then.
+// A failure of the call means that the service was not reached. *result is the service's result.
 int Ask(Call& call, const char* method, const char* member, const std::string& text, int* result) {
-  if (result == nullptr) {
-    return call.Finish(NOT_REACHED);
-  }
-  const auto fault = call.Fault(NOT_REACHED);
-  if (fault.has_value()) {
-    return call.Finish(*fault);
-  }
-  try {
+  return call.Run(NOT_REACHED, [&] {
+    if (result == nullptr) {
+      return NOT_REACHED;
+    }
     const Json::Value reply = Connection::Get().Call(method, Request({{member, text}}));
     *result = reply["result"].asInt();
-    call.Out(*result);
-    return call.Finish(reply["ret"].asInt());
-  } catch (const std::exception& e) {
-    call.LogFailure(e);
-    return call.Finish(NOT_REACHED);
-  }
+    call.AddOutput(*result);
+    return reply["ret"].asInt();
+  });
 }
 
 }  // namespace

@@ -6,14 +6,13 @@
 #include <string>
 #include <vector>
 
-#include "client/call.h"
-#include "client/connection.h"
-#include "client/handle_table.h"
+#include "call/handle_table.h"
+#include "desk/client/call.h"
+#include "desk/client/connection.h"
 
-using desk::Call;
-using desk::Connection;
-using desk::Number;
-using desk::Request;
+using desk::client::Call;
+using desk::client::Connection;
+using desk::client::Request;
 
 namespace {
 
@@ -22,14 +21,14 @@ struct App {
   package_info_app_component_type_e component;
 };
 
-// A package as the catalogue had it when the handle was made; apps in the manifest's order.
+// A snapshot of the package, taken with the handle; the apps are in the order of the manifest.
 struct Package {
   std::string version;
   std::vector<App> apps;
 };
 
-desk::HandleTable<package_info_h, Package>& Packages() {
-  static auto* const packages = new desk::HandleTable<package_info_h, Package>;
+platform::HandleTable<package_info_h, Package>& Packages() {
+  static auto* const packages = new platform::HandleTable<package_info_h, Package>("package_info");
   return *packages;
 }
 
@@ -74,7 +73,7 @@ int package_manager_get_package_info(const char* package, package_info_h* packag
     }
     const int result = TakeSnapshot(package, package_info);
     if (result == PACKAGE_MANAGER_ERROR_NONE) {
-      call.Out(Number(*package_info));
+      call.AddOutput(Packages().Describe(*package_info));
     }
     return result;
   });
@@ -83,27 +82,27 @@ int package_manager_get_package_info(const char* package, package_info_h* packag
 int package_info_foreach_app_from_package(package_info_h package_info,
                                           package_info_app_component_type_e comp_type,
                                           package_info_app_cb callback, void* user_data) {
-  Call call("package_info_foreach_app_from_package", Number(package_info), comp_type, callback,
-            user_data);
+  Call call("package_info_foreach_app_from_package", Packages().Describe(package_info), comp_type,
+            callback, user_data);
   return call.Run<int>(PACKAGE_MANAGER_ERROR_IO_ERROR,
                        [&] { return Walk(package_info, comp_type, callback, user_data); });
 }
 
 int package_info_get_version(package_info_h package_info, char** version) {
-  Call call("package_info_get_version", Number(package_info));
+  Call call("package_info_get_version", Packages().Describe(package_info));
   return call.Run<int>(PACKAGE_MANAGER_ERROR_IO_ERROR, [&]() -> int {
     const auto package = Packages().Find(package_info);
     if (package == nullptr || version == nullptr) {
       return PACKAGE_MANAGER_ERROR_INVALID_PARAMETER;
     }
     *version = strdup(package->version.c_str());
-    call.Out(*version);
+    call.AddOutput(*version);
     return PACKAGE_MANAGER_ERROR_NONE;
   });
 }
 
 int package_info_destroy(package_info_h package_info) {
-  Call call("package_info_destroy", Number(package_info));
+  Call call("package_info_destroy", Packages().Describe(package_info));
   return call.Run<int>(PACKAGE_MANAGER_ERROR_INVALID_PARAMETER, [&]() -> int {
     return Packages().Take(package_info) == nullptr ? PACKAGE_MANAGER_ERROR_INVALID_PARAMETER
                                                     : PACKAGE_MANAGER_ERROR_NONE;

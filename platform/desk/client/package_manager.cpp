@@ -8,18 +8,17 @@
 #include <string>
 #include <vector>
 
-#include "client/call.h"
-#include "client/connection.h"
-#include "client/handle_table.h"
+#include "call/handle_table.h"
+#include "desk/client/call.h"
+#include "desk/client/connection.h"
 
-using desk::Call;
-using desk::Connection;
-using desk::Number;
+using desk::client::Call;
+using desk::client::Connection;
 
 namespace {
 
 struct Manager {
-  std::mutex mutex;  // guards what follows
+  std::mutex mutex;  // guards the following members
   package_manager_event_cb callback = nullptr;
   void* userData = nullptr;
 
@@ -30,12 +29,13 @@ struct Manager {
   }
 };
 
-desk::HandleTable<package_manager_h, Manager>& Managers() {
-  static auto* const managers = new desk::HandleTable<package_manager_h, Manager>;
+platform::HandleTable<package_manager_h, Manager>& Managers() {
+  static auto* const managers =
+      new platform::HandleTable<package_manager_h, Manager>("package_manager");
   return *managers;
 }
 
-// The place of the word in the list is the number in the header.
+// The index of the word in the list is the number in the header.
 template <typename Enum>
 std::optional<Enum> FromWord(const std::string& word, const std::vector<std::string>& words) {
   for (std::size_t i = 0; i < words.size(); ++i) {
@@ -46,8 +46,8 @@ std::optional<Enum> FromWord(const std::string& word, const std::vector<std::str
   return std::nullopt;
 }
 
-// On the main loop. Each callback is looked up just before it is called, so that one that an
-// earlier callback unset does not begin.
+// On the main loop. Looks each callback up directly before the call: an earlier callback may have
+// unset it.
 void OnPackageEvent(const Json::Value& body) {
   const auto type = FromWord<package_manager_event_type_e>(body["type"].asString(),
                                                            {"install", "uninstall", "update"});
@@ -88,13 +88,13 @@ int package_manager_create(package_manager_h* manager) {
     }
     Connection::Get().Require();
     *manager = Managers().Add(std::make_shared<Manager>());
-    call.Out(Number(*manager));
+    call.AddOutput(Managers().Describe(*manager));
     return PACKAGE_MANAGER_ERROR_NONE;
   });
 }
 
 int package_manager_destroy(package_manager_h manager) {
-  Call call("package_manager_destroy", Number(manager));
+  Call call("package_manager_destroy", Managers().Describe(manager));
   return call.Run<int>(PACKAGE_MANAGER_ERROR_INVALID_PARAMETER, [&]() -> int {
     const auto taken = Managers().Take(manager);
     if (taken == nullptr) {
@@ -107,7 +107,7 @@ int package_manager_destroy(package_manager_h manager) {
 
 int package_manager_set_event_cb(package_manager_h manager, package_manager_event_cb callback,
                                  void* user_data) {
-  Call call("package_manager_set_event_cb", Number(manager), callback, user_data);
+  Call call("package_manager_set_event_cb", Managers().Describe(manager), callback, user_data);
   return call.Run<int>(PACKAGE_MANAGER_ERROR_IO_ERROR, [&]() -> int {
     const auto found = Managers().Find(manager);
     if (found == nullptr || callback == nullptr) {
@@ -120,7 +120,7 @@ int package_manager_set_event_cb(package_manager_h manager, package_manager_even
 }
 
 int package_manager_unset_event_cb(package_manager_h manager) {
-  Call call("package_manager_unset_event_cb", Number(manager));
+  Call call("package_manager_unset_event_cb", Managers().Describe(manager));
   return call.Run<int>(PACKAGE_MANAGER_ERROR_INVALID_PARAMETER, [&]() -> int {
     const auto found = Managers().Find(manager);
     if (found == nullptr) {

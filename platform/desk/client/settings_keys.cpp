@@ -4,14 +4,14 @@
 
 #include <cstring>
 
-#include "client/call.h"
-#include "client/connection.h"
-#include "client/key_watcher.h"
+#include "desk/client/call.h"
+#include "desk/client/connection.h"
+#include "desk/client/key_watcher.h"
 
-using desk::Call;
-using desk::Connection;
-using desk::KeyWatcher;
-using desk::Request;
+using desk::client::Call;
+using desk::client::Connection;
+using desk::client::KeyWatcher;
+using desk::client::Request;
 
 namespace {
 
@@ -37,7 +37,7 @@ int vconf_get_int(const char* in_key, int* intval) {
       return -1;
     }
     *intval = value.asInt();
-    call.Out(*intval);
+    call.AddOutput(*intval);
     return 0;
   });
 }

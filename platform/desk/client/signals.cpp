@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "client/signals.h"
+#include "desk/client/signals.h"
 
 #include <FCEMSProxy.h>
 #include <TVServiceAPI.h>
@@ -12,19 +12,20 @@
 #include <thread>
 #include <vector>
 
-#include "client/call.h"
-#include "client/connection.h"
-#include "client/main_loop.h"
+#include "desk/client/call.h"
+#include "desk/client/connection.h"
+#include "desk/client/main_loop.h"
+#include "framework/tv_service_fields.h"
 
-using desk::Call;
-using desk::Connection;
-using desk::SignalSet;
-using desk::SignalThread;
+using desk::client::Call;
+using desk::client::Connection;
+using desk::client::SignalSet;
+using desk::client::SignalThread;
 
-namespace desk {
+namespace desk::client {
 
 SignalThread& SignalThread::Get() {
-  // Never destroyed: its thread runs until the process is gone.
+  // Never destroyed: its thread runs until the process ends.
   static SignalThread* const thread = new SignalThread;
   return *thread;
 }
@@ -52,19 +53,17 @@ bool SignalSet::Contains(int signal) const {
   return m_signals.count(signal) != 0;
 }
 
-}  // namespace desk
+}  // namespace desk::client
 
 namespace {
 
-constexpr std::size_t LEAST_PAYLOAD = 8;
-
-// The bytes of the payload, zero-padded to what a receiver may read without asking.
+// The bytes of the payload, padded with zeros to the shortest payload.
 std::vector<std::uint8_t> Payload(const std::string& hex) {
   std::vector<std::uint8_t> bytes;
   for (std::size_t i = 0; i + 1 < hex.size(); i += 2) {
     bytes.push_back(static_cast<std::uint8_t>(std::stoul(hex.substr(i, 2), nullptr, 16)));
   }
-  bytes.resize(std::max(bytes.size(), LEAST_PAYLOAD));
+  bytes.resize(std::max(bytes.size(), framework::kShortestPayload));
   return bytes;
 }
 
@@ -80,7 +79,7 @@ class Subscriber final : public TCSignalSubscriber {
     });
   }
 
-  // On the signals' thread.
+  // On the thread of the signals.
   void OnEvent(const Json::Value& body) const {
     const int signal = body["signal"].asInt();
     if (m_signals.Contains(signal)) {
@@ -118,7 +117,7 @@ class Proxy final : public FCEMSProxy {
   }
 
  private:
-  // On the signals' thread.
+  // On the thread of the signals.
   void OnEvent(const Json::Value& body) const {
     const int signal = body["signal"].asInt();
     const FCEMSSignalCallback callback = m_callback.load();
@@ -138,7 +137,7 @@ int TVServiceAPI::CreateSignalSubscriber(TVSSignalCallback pCallback,
                                          TCSignalSubscriber** ppSubscriber) {
   Call call("TVServiceAPI::CreateSignalSubscriber", pCallback);
   if (ppSubscriber == nullptr) {
-    return call.Finish(-1);
+    return call.Return(-1);
   }
   *ppSubscriber = nullptr;
   return call.Run(-1, [&] {
@@ -148,7 +147,7 @@ int TVServiceAPI::CreateSignalSubscriber(TVSSignalCallback pCallback,
     auto subscriber = std::make_shared<Subscriber>(pCallback);
     SignalThread::Get().Subscribe(
         "tvs", [subscriber](const Json::Value& body) { subscriber->OnEvent(body); });
-    *ppSubscriber = subscriber.get();  // kept by the subscription, which is never ended
+    *ppSubscriber = subscriber.get();  // owned by the subscription, which never ends
     return 0;
   });
 }

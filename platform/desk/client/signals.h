@@ -9,10 +9,10 @@
 #include <mutex>
 #include <set>
 
-namespace desk {
+namespace desk::client {
 
-/// The thread that the TV's signals are delivered on. It runs from the first Subscribe() until the
-/// process ends, and delivers nothing before the main loop runs; what comes earlier waits.
+/// The thread that delivers the TV's signals. It runs from the first Subscribe() until the process
+/// ends. Signals that arrive before the main loop runs are delivered then.
 class SignalThread {
  public:
   static SignalThread& Get();
@@ -26,15 +26,15 @@ class SignalThread {
   GMainContext* const m_context;
 };
 
-/// The signal numbers that somebody wants. Callable from any thread.
+/// The subscribed signal numbers. Callable from any thread.
 class SignalSet {
  public:
   void Add(int signal);
   bool Contains(int signal) const;
 
  private:
-  mutable std::mutex m_mutex;  // guards what follows
+  mutable std::mutex m_mutex;  // guards the following members
   std::set<int> m_signals;
 };
 
-}  // namespace desk
+}  // namespace desk::client

@@ -4,18 +4,17 @@
 
 #include <algorithm>
 
-#include "client/call.h"
-#include "client/connection.h"
+#include "desk/client/call.h"
+#include "desk/client/connection.h"
+#include "framework/tv_service_fields.h"
 
-using desk::Call;
-using desk::Connection;
-using desk::Request;
+using desk::client::Call;
+using desk::client::Connection;
+using desk::client::Request;
+using framework::kPackageIDField;
+using framework::kServiceIDField;
 
 namespace {
-
-// Field numbers of the TV service that a desk fills.
-constexpr int FIELD_SERVICE_ID = 12;
-constexpr int FIELD_PACKAGE_ID = 179;
 
 constexpr int FAILED = -1;
 constexpr int NOT_FOUND = 0;
@@ -26,18 +25,18 @@ bool Wants(const TCCriteriaHelper& criteria, int field) {
   return std::find(fields.begin(), fields.end(), field) != fields.end();
 }
 
-// Brings the wanted fields of one service; false when there is no such service.
+// Fetches the fields of one service; false when the service does not exist.
 bool Fill(const TCCriteriaHelper& criteria, std::uint64_t id, TCServiceData& data) {
   const Json::Value service =
       Connection::Get().Call("service.find", Request({{"id", Json::UInt64(id)}}));
   if (!service["found"].asBool()) {
     return false;
   }
-  if (Wants(criteria, FIELD_SERVICE_ID)) {
-    data.Set(FIELD_SERVICE_ID, id);
+  if (Wants(criteria, kServiceIDField)) {
+    data.Set(kServiceIDField, id);
   }
-  if (Wants(criteria, FIELD_PACKAGE_ID)) {
-    data.Set(FIELD_PACKAGE_ID, service["package"].asString());
+  if (Wants(criteria, kPackageIDField)) {
+    data.Set(kPackageIDField, service["package"].asString());
   }
   return true;
 }
@@ -47,9 +46,9 @@ class Service final : public TCService {
   int FindService(const TCCriteriaHelper& rCriteria, TCServiceData& rData, int maxCount) override {
     Call call("TCService::FindService", ServiceId(rCriteria), maxCount);
     return call.Run(FAILED, [&] {
-      // Services of a desk are told apart by their id alone.
-      const bool searchable = rCriteria.GetConditions().size() == 1 &&
-                              rCriteria.GetConditions().count(FIELD_SERVICE_ID);
+      // A desk finds services by their id only.
+      const bool searchable =
+          rCriteria.GetConditions().size() == 1 && rCriteria.GetConditions().count(kServiceIDField);
       if (!searchable || maxCount < 1) {
         return NOT_FOUND;
       }
@@ -59,7 +58,7 @@ class Service final : public TCService {
 
  private:
   static std::uint64_t ServiceId(const TCCriteriaHelper& criteria) {
-    const auto found = criteria.GetConditions().find(FIELD_SERVICE_ID);
+    const auto found = criteria.GetConditions().find(kServiceIDField);
     return found == criteria.GetConditions().end() ? 0 : found->second;
   }
 };
@@ -72,8 +71,8 @@ class Navigation final : public TCServiceNavigation {
       const Json::Value current = Connection::Get().Call("service.current", Request({}));
       rMode.output = current["output"].asInt();
       rMode.source = current["source"].asInt();
-      call.Out(rMode.output);
-      call.Out(rMode.source);
+      call.AddOutput(rMode.output);
+      call.AddOutput(rMode.source);
       return FOUND;
     });
   }
@@ -87,12 +86,12 @@ class Navigation final : public TCServiceNavigation {
         return NOT_FOUND;
       }
       const std::uint64_t id = current["id"].asUInt64();
-      call.Out(id);
-      if (Wants(rCriteria, FIELD_SERVICE_ID)) {
-        rData.Set(FIELD_SERVICE_ID, id);
+      call.AddOutput(id);
+      if (Wants(rCriteria, kServiceIDField)) {
+        rData.Set(kServiceIDField, id);
       }
-      // The current service may be one that no list holds; it has a package only when one does.
-      if (Wants(rCriteria, FIELD_PACKAGE_ID)) {
+      // The current service need not be in the list. Only a listed service has a package.
+      if (Wants(rCriteria, kPackageIDField)) {
         Fill(rCriteria, id, rData);
       }
       return FOUND;
@@ -100,11 +99,11 @@ class Navigation final : public TCServiceNavigation {
   }
 };
 
-// Gives the caller a new object of the service; null on a failure.
+// Creates an object of the service for the caller; null on a failure.
 template <typename Object, typename Interface>
 int Create(Call& call, Interface** target) {
   if (target == nullptr) {
-    return call.Finish(FAILED);
+    return call.Return(FAILED);
   }
   *target = nullptr;
   return call.Run(FAILED, [&] {

@@ -2,28 +2,22 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <was_db.h>
 
-#include <algorithm>
 #include <cstdlib>
-#include <cstring>
 #include <new>
 #include <string>
 
-#include "client/call.h"
-#include "client/connection.h"
+#include "desk/client/call.h"
+#include "desk/client/connection.h"
+#include "framework/fixed_text.h"
 
-using desk::Call;
-using desk::Connection;
-using desk::Request;
+using desk::client::Call;
+using desk::client::Connection;
+using desk::client::Request;
+using framework::FillText;
 
 namespace {
 
 constexpr int FAILED = -1;
-
-// Into a field that is zeroed already; cut so that a terminator stays.
-template <std::size_t Size>
-void CopyText(char (&field)[Size], const std::string& text) {
-  std::memcpy(field, text.data(), std::min(text.size(), Size - 1));
-}
 
 int Copy(const Json::Value& entries, was_app_list_item_s** list, int* count) {
   const auto size = static_cast<std::size_t>(entries.size());
@@ -32,7 +26,7 @@ int Copy(const Json::Value& entries, was_app_list_item_s** list, int* count) {
     throw std::bad_alloc();
   }
   for (Json::ArrayIndex i = 0; i < entries.size(); ++i) {
-    CopyText(items[i].package_id, entries[i]["package"].asString());
+    FillText(items[i].package_id, entries[i]["package"].asString());
     items[i].kind = entries[i]["kind"].asInt();
     items[i].gone = entries[i]["gone"].isBool() ? (entries[i]["gone"].asBool() ? 1 : 0)
                                                 : entries[i]["gone"].asInt();
@@ -56,7 +50,7 @@ int was_get_all_app_list(was_app_list_item_s** list, int* count) {
       return result;
     }
     Copy(reply["list"], list, count);
-    call.Out(*count);
+    call.AddOutput(*count);
     return 0;
   });
 }
@@ -73,9 +67,9 @@ int was_get_app_info_by_tizenid(const char* app_tizen_id, was_app_info_s* info) 
       return result;
     }
     *info = was_app_info_s{};
-    CopyText(info->widget_id, reply["widget"].asString());
-    CopyText(info->app_tizen_id, reply["app"].asString());
-    call.Out(info->widget_id);
+    FillText(info->widget_id, reply["widget"].asString());
+    FillText(info->app_tizen_id, reply["app"].asString());
+    call.AddOutput(info->widget_id);
     return 0;
   });
 }

@@ -2,12 +2,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <smart_deadlock.h>
 
-#include "client/call.h"
-#include "client/connection.h"
+#include "desk/client/call.h"
+#include "desk/client/connection.h"
 
-using desk::Call;
-using desk::Connection;
-using desk::Request;
+using desk::client::Call;
+using desk::client::Connection;
+using desk::client::Request;
 
 int smart_deadlock_register_watchdog_service(int timeout_seconds) {
   Call call("smart_deadlock_register_watchdog_service", timeout_seconds);
@@ -20,7 +20,7 @@ int smart_deadlock_register_watchdog_service(int timeout_seconds) {
 int smart_deadlock_watchdog_notify(void* context) {
   Call call("smart_deadlock_watchdog_notify", context);
   return call.Run(-1, [] {
-    // An answer would wake the main loop a second time for each sign of life.
+    // A reply would wake the main loop a second time for each notification.
     Connection::Get().Tell("watchdog.notify", Request({}));
     return 0;
   });

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "common/nearest.h"
+#include "desk/common/nearest.h"
 
 #include <algorithm>
 

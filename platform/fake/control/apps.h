@@ -24,21 +24,19 @@ struct Launch {
 /// Every launch request, refused ones included, in order.
 std::vector<Launch> Launches();
 void ClearLaunches();
-/// The results of the next launch requests, one each; afterwards 0 again. An accepted launch of an
-/// app does not make it run: SetRunning() or the hook does.
+/// The results of the next launch requests, one each; afterwards 0 again. An accepted launch does
+/// not make the app run: SetRunning() or the hook does.
 void QueueLaunchResults(const std::vector<int>& results);
 /// Runs within every launch request, on the daemon's thread, before it returns; its value is the
-/// result unless one is queued. An empty function takes it away.
+/// result unless one is queued. An empty function removes it.
 void SetLaunchHook(std::function<int(const Launch&)> hook);
 
-/// An app that the platform knows of although no package names it.
-void AddKnownApp(const std::string& app);
-/// Makes the app known and running with this pid.
+/// The app runs with this pid. The platform knows the app from then on, even without a package.
 void SetRunning(const std::string& app, pid_t pid);
 void SetStopped(const std::string& app);
 bool IsRunning(const std::string& app);
-/// What app_context_get_pid() gives for contexts that were destroyed. By default the pid that they
-/// had; with false an error, *pid untouched.
+/// Whether app_context_get_pid() returns the pid of a destroyed context, as it does by default.
+/// With false it returns an error, and *pid is untouched.
 void SetDestroyedContextsAnswer(bool answer);
 
 struct Kill {
@@ -51,14 +49,15 @@ struct Kill {
 /// 9 and the result is 0; any other pid gives -1 and ESRCH.
 std::vector<Kill> Kills();
 
-/// App that answers an operation; empty text: nobody does. Nothing: the platform's own app again.
+/// The app that serves an operation; an empty text for none. No value restores the platform's own
+/// app.
 void SetOperationApp(const std::string& operation, const std::optional<std::string>& app);
-/// The platform's own app, to which a reset goes back. None unless set.
+/// The platform's own app, which a reset restores. None unless set.
 void SetPlatformOperationApp(const std::string& operation, const std::string& app);
-/// Nothing when no app serves the operation.
+/// No value when no app serves the operation.
 std::optional<std::string> OperationApp(const std::string& operation);
 /// Runs within every app_operation_set_current_app(), on the daemon's thread, before the change. An
-/// empty function takes it away.
+/// empty function removes it.
 void SetOperationHook(
     std::function<void(const std::string& operation, const std::string& app)> hook);
 

@@ -7,20 +7,20 @@
 #include <thread>
 #include <vector>
 
-/// The platform in memory. It holds state and records what it was asked; what should have been
-/// asked is for the test to say. Everything here is callable from any thread.
+/// The platform in memory. It holds state and records calls; expectations belong to the test.
+/// Everything here is callable from any thread.
 namespace fake {
 
-/// One call through the wall, named as in the platform's header: "vconf_set_str",
+/// One platform call, named as in the platform's header: "vconf_set_str",
 /// "FCOrvAppInfoAPI::CreateAppInfo", "FCTask::Send". Also "kill", "sync", "malloc_trim",
 /// "g_timeout_add", "g_timeout_add_seconds", "g_source_remove" and "g_main_loop_new", "_run",
 /// "_unref". Log records, the clock and the waits are not in the list.
 struct Call {
-  unsigned long seq = 0;  ///< place in the order of calls and log records alike
+  unsigned long seq = 0;  ///< position in the common order of calls and log records
   std::string name;
-  /// Texts as they are, null as "null", numbers in decimal, flags as "true" and "false". A handle
-  /// is its kind and number ("app_control#1"); a function or user data is "set" or "null".
-  /// Parameters that only take a result are left out.
+  /// As platform::FormatText() writes them: texts unchanged, "null", decimal numbers, "true" and
+  /// "false", a handle as its kind and number ("app_control#1"), any other pointer or a function as
+  /// "set". Pure output parameters are omitted.
   std::vector<std::string> args;
   /// What the call returned, in the same form; "void" for nothing. Empty while the call runs.
   std::string result;
@@ -28,8 +28,7 @@ struct Call {
   std::thread::id threadID;
 };
 
-/// All calls so far, in the order in which they began; those of static initialisers, before main,
-/// too.
+/// All calls so far, in the order in which they began, including those of static initialisers.
 std::vector<Call> Calls();
 std::vector<Call> Calls(const std::string& name);
 std::size_t CallCount(const std::string& name);
@@ -41,27 +40,29 @@ std::vector<std::string> CallTexts();
 /// Only the calls with one of these names, in their common order.
 std::vector<std::string> CallTexts(const std::vector<std::string>& names);
 void ClearCalls();
-/// Recording can be off where a test makes millions of calls. Faults work all the same.
+/// Switch recording off where a test makes millions of calls. Faults work nevertheless.
 void SetRecording(bool enabled);
 
 constexpr int kForever = -1;
 
-/// Lets the call fail `times` times, after it went well `after` times. The call does nothing, gives
-/// `result` and leaves its out-parameters untouched (a result of 0 too: handles that a success
-/// would set are null then). Calls that return a pointer give null, those that return a bool give
-/// result > 0. Faults of one name add up, the oldest first.
+/// Makes the call fail `times` times, after it has succeeded `after` times. A failed call does
+/// nothing, returns `result` and leaves its output parameters untouched (also for a result of 0:
+/// handles that a success would set are null then). A call that returns a pointer returns null; one
+/// that returns a bool returns result > 0. Several faults of one name follow each other in the
+/// order of Fail(). Calls without a result (except bundle_foreach) and the Destroy of tasks and
+/// alarms cannot fail.
 void Fail(const std::string& name, int result = -1, int times = 1, int after = 0);
 void ClearFaults();
-/// How many failures were handed out for the name.
+/// The number of calls of this name that failed by a fault.
 std::size_t FailureCount(const std::string& name);
 
-/// Handles of a kind that are created and not destroyed yet: "app_control", "app_info",
+/// The number of open handles of a kind: "app_control", "app_info",
 /// "app_context", "package_info", "package_manager", "bundle", "TCService", "TCServiceNavigation",
 /// "main_loop".
 std::size_t OpenHandles(const std::string& kind);
 
-/// Puts everything back to how it is at the start of a process: no keys, packages, apps, timers,
-/// calls, faults, log records; real clocks. Callbacks that the daemon registered are forgotten.
+/// Restores the state at the start of a process: no keys, packages, apps, timers, calls, faults or
+/// log records; real clocks; no registered callbacks.
 void Reset();
 
 }  // namespace fake

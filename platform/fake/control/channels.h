@@ -10,21 +10,21 @@ namespace fake {
 
 struct ChannelRequest {
   std::string operation;  ///< "CreateAppInfo", "UpdateAppInfo" or "RemoveAppInfo"
-  std::string record;     ///< the text as it came
+  std::string record;     ///< unchanged
   bool accepted = false;
 };
 
-/// Every request, accepted or refused, in order. One is refused by a fault, by ill-formed JSON, and
-/// when it updates or removes what is not there.
+/// Every request, accepted or refused, in order. A request is refused by a fault, for invalid JSON,
+/// and when it updates or removes a record that does not exist.
 std::vector<ChannelRequest> ChannelRequests();
 void ClearChannelRequests();
-/// The records held now, by their member "pkg_id", in the order of their creation. A create for a
-/// package that is there replaces its record.
+/// The present records, one per package (member "pkg_id"), in the order of their creation. A second
+/// create for a package replaces its record.
 std::vector<std::string> Channels();
-/// Puts a record there without a request.
+/// Adds a record without a request.
 void AddChannel(const std::string& record);
 
-/// While absent FCAPI::GetOrvAppInfoAPI() gives null.
+/// While absent, FCAPI::GetOrvAppInfoAPI() returns null.
 void SetChannelFrameworkPresent(bool present);
 
 }  // namespace fake

@@ -9,24 +9,24 @@
 /// linked with the fake's options sees these; calls inside shared libraries do not.
 namespace fake {
 
-/// time() gives this from now on, and stands still.
+/// Stops time() at this value.
 void SetTime(std::time_t now);
 void AdvanceTime(std::time_t seconds);
 void UseRealTime();
 
 enum class Waits {
   kReal,     ///< as without the fake
-  kTimeOut,  ///< the time limit is over at once
-  kManual    ///< until a notification, or until AdvanceWaits() passed the limit
+  kTimeOut,  ///< time out at once
+  kManual    ///< until a notification, or until AdvanceWaits() has passed the limit
 };
 
-/// For the waits that begin from now on. In the two modes that are not real std::chrono's steady
-/// clock stands still but for what the waits and AdvanceWaits() add.
+/// For the waits that begin from now on. In the last two modes only the waits and AdvanceWaits()
+/// move std::chrono's steady clock.
 void SetWaits(Waits mode);
-/// Lets the time pass for waits in manual mode; those whose limit is reached have timed out when
-/// they return. Returns how many have.
+/// Lets time pass for the waits in manual mode. Those that reach their limit time out. Returns how
+/// many.
 std::size_t AdvanceWaits(unsigned int milliseconds);
-/// Threads that wait in manual mode now.
+/// The present number of threads that wait in manual mode.
 std::size_t WaitingThreads();
 
 }  // namespace fake

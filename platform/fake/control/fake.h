@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-// All handles of the fake platform.
+// All controls of the fake platform.
 #include "fake/control/apps.h"
 #include "fake/control/calls.h"
 #include "fake/control/channels.h"

@@ -6,17 +6,18 @@
 #include <optional>
 #include <string>
 
-/// Settings keys. A change, whoever made it, waits until the test delivers it: so the test decides
-/// when the callbacks run, and its thread is the main loop's.
+/// Settings keys. Every change waits until the test delivers it. So the test decides when the
+/// callbacks run, and its thread takes the part of the main loop.
 namespace fake {
 
-/// Sets from outside, and tells.
+/// Sets the key from outside the daemon, with a change to deliver.
 void SetKey(const std::string& key, int value);
 void SetKey(const std::string& key, const std::string& value);
 void SetKey(const std::string& key, const char* value);
-/// Removes from outside, and tells with a node that has no value. False when there was no such key.
+/// Removes the key from outside the daemon, with a change to deliver whose node has no value. False
+/// when there is no such key.
 bool UnsetKey(const std::string& key);
-/// Sets without telling anybody.
+/// Sets the key without a change to deliver.
 void StoreKey(const std::string& key, int value);
 void StoreKey(const std::string& key, const std::string& value);
 
@@ -25,17 +26,12 @@ bool HasKey(const std::string& key);
 std::optional<int> IntKey(const std::string& key);
 std::optional<std::string> StringKey(const std::string& key);
 
-/// Runs the callbacks of all waiting changes on the calling thread, in order, until none is left,
-/// the changes that the callbacks make included. Returns how many callbacks ran.
+/// Runs the callbacks of all waiting changes on the calling thread, in order, and those of the
+/// changes that the callbacks make. Returns how many callbacks ran.
 std::size_t DeliverKeyChanges();
-/// The next waiting change only. 0 also when nobody listens to it.
-std::size_t DeliverOneKeyChange();
 std::size_t PendingKeyChanges();
 void DropKeyChanges();
-/// Runs the callbacks of the key now with its present value, without a set.
-std::size_t FireKey(const std::string& key);
-
-/// Registrations of the key now.
+/// The present number of registrations for the key.
 std::size_t KeySubscriptions(const std::string& key);
 
 }  // namespace fake

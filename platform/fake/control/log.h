@@ -8,11 +8,12 @@
 #include <thread>
 #include <vector>
 
-/// What the daemon logged.
+/// What the daemon logged. With the environment variable ORV_TEST_LOG, every record is also written
+/// to standard error.
 namespace fake {
 
 struct LogRecord {
-  unsigned long seq = 0;  ///< place in the order of calls and log records alike
+  unsigned long seq = 0;  ///< position in the common order of calls and log records
   int priority = 0;
   std::string tag;
   std::string text;  ///< whole, with head and newline
@@ -21,14 +22,11 @@ struct LogRecord {
 };
 
 std::vector<LogRecord> Logs();
-/// The texts behind the head "path: function(line) > ", without the closing newline.
+/// The texts after the head "path: function(line) > ", without the newline at the end.
 std::vector<std::string> LogTexts();
 std::vector<std::string> LogTexts(int priority);
-/// The text of one record, as above; whole when it has no such head.
+/// The same of one text; the whole text when it has no such head.
 std::string WithoutHead(const std::string& text);
 void ClearLog();
-/// Also writes every record to standard error, for a look at a failing test. On as well while the
-/// environment variable ORV_TEST_LOG is set.
-void EchoLog(bool enabled);
 
 }  // namespace fake

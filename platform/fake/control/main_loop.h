@@ -8,16 +8,16 @@
 /// The main loop and the deadlock watchdog.
 namespace fake {
 
-/// Runs within g_main_loop_run(), on its thread; when it returns the loop has ended. By default the
-/// loop ends at once.
+/// Runs within g_main_loop_run(), on its thread; the loop ends when it returns. By default the loop
+/// ends at once.
 void SetMainLoopBody(std::function<void()> body);
 
-/// The handle that g_main_loop_new() gave last; null before.
+/// The handle that g_main_loop_new() returned last; null before.
 void* MainLoop();
 
 /// Seconds of the last registration with the watchdog; 0 before.
 int WatchdogTimeout();
-/// Argument of every sign of life.
+/// The argument of each notification.
 std::vector<void*> WatchdogNotifications();
 
 }  // namespace fake

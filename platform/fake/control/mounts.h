@@ -15,13 +15,14 @@ struct Mount {
   std::string directory;
 };
 
-/// Stands for the mount service: gives *result, 0 for done. Runs on the daemon's thread. May put
-/// files into the directory, as if they were in the image. An empty function is the default: done.
-/// That the service is out of reach is a fault of "PS_Mount" or "PS_Umount": *result untouched.
+/// Takes the part of the mount service: returns *result, 0 for success. Runs on the daemon's
+/// thread. May write files into the directory, as if they came from the image. An empty function,
+/// the default, succeeds. A fault of "PS_Mount" or "PS_Umount" is a service that cannot be reached:
+/// *result stays untouched.
 void SetMountHandler(std::function<int(const Mount&)> handler);
 void SetUmountHandler(std::function<int(const std::string& directory)> handler);
 
-/// What is mounted now. A mount that is not "-o options image directory" gives result 1.
+/// The present mounts. A command that is not "-o options image directory" has the result 1.
 std::vector<Mount> Mounts();
 
 }  // namespace fake

@@ -15,7 +15,7 @@ namespace fake {
 struct App {
   std::string id;
   package_info_app_component_type_e component = PACKAGE_INFO_UIAPP;
-  /// In the order of the manifest. A key may come twice.
+  /// In the order of the manifest. A key may occur twice.
   std::vector<std::pair<std::string, std::string>> metadata;
 };
 
@@ -25,9 +25,9 @@ struct Package {
   std::vector<App> apps;
 };
 
-/// Adds or replaces. Fires nothing. Handles that are open keep what they saw.
+/// Adds or replaces, without an event. Open handles keep their snapshot.
 void AddPackage(const Package& package);
-/// False when there is no such package.
+/// False when the package does not exist.
 bool RemovePackage(const std::string& id);
 
 /// Calls the callback of every handle that has one, on the calling thread. Returns how many ran.
@@ -36,7 +36,7 @@ std::size_t FirePackageEvent(
     package_manager_event_state_e state = PACKAGE_MANAGER_EVENT_STATE_COMPLETED, int progress = 100,
     package_manager_error_e error = PACKAGE_MANAGER_ERROR_NONE, const std::string& kind = "wgt");
 
-/// Handles that have a callback now.
+/// The present number of handles with a callback.
 std::size_t PackageEventCallbacks();
 
 }  // namespace fake

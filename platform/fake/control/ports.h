@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-/// Message ports and the bundles that go through them.
+/// Message ports and their messages.
 namespace fake {
 
 struct BundleEntry {
@@ -30,9 +30,8 @@ struct Incoming {
   std::vector<BundleEntry> message;
 };
 
-/// Calls the callback of the local port on the calling thread. The sender's app and reply port
-/// count as registered from now on, so an answer reaches them. False when nobody registered the
-/// port.
+/// Calls the callback of the local port on the calling thread. The sender's reply port exists from
+/// then on, so a reply reaches it. False when the local port is not registered.
 bool SendMessage(const Incoming& incoming);
 
 struct Outgoing {
@@ -43,14 +42,13 @@ struct Outgoing {
   int result = 0;
 };
 
-/// Every message that was sent, also those that found no port, in order. One with a null app or
-/// port has the text "null" there.
+/// Every message that was sent, also to a port that does not exist, in order. A null app or port is
+/// the text "null".
 std::vector<Outgoing> SentMessages();
 void ClearSentMessages();
 
 void AddRemotePort(const std::string& app, const std::string& port);
-void RemoveRemotePort(const std::string& app, const std::string& port);
-/// Names of the local ports that are registered, in the order of their ids.
+/// The names of the registered local ports, in the order of their ids.
 std::vector<std::string> LocalPorts();
 
 }  // namespace fake

@@ -6,27 +6,27 @@
 #include <string>
 #include <vector>
 
-/// GLib's timers and the framework's alarms. None fires by itself.
+/// GLib's timers and the framework's alarms. They fire only by the functions below.
 namespace fake {
 
 struct Timer {
   unsigned int id = 0;
   unsigned int intervalMs = 0;
-  bool inSeconds = false;  ///< made by g_timeout_add_seconds()
+  bool inSeconds = false;  ///< created by g_timeout_add_seconds()
   int (*function)(void*) = nullptr;
   void* data = nullptr;
 };
 
-/// The timers that are set now, in the order of their ids. Ids begin with 1.
+/// The present timers, in the order of their ids, which begin with 1.
 std::vector<Timer> Timers();
 std::vector<Timer> TimersOf(unsigned int intervalMs);
-/// Calls the timer's function on the calling thread and removes the timer when that returns 0, as
-/// the main loop does. False when there is no such timer.
+/// Calls the timer's function on the calling thread and, like the main loop, removes the timer when
+/// the function returns 0. False when the timer does not exist.
 bool FireTimer(unsigned int id);
 /// Fires each timer of the interval once. Returns how many.
 std::size_t FireTimersOf(unsigned int intervalMs);
-/// Lets the time pass for the timers: each fires when and as often as its interval has gone by, in
-/// the order of the moments, on the calling thread. Returns how many fired.
+/// Lets time pass for the timers: each fires as often as its interval has passed, in the order of
+/// time, on the calling thread. Returns how many fired.
 std::size_t AdvanceTimers(unsigned int milliseconds);
 
 struct Alarm {
@@ -34,12 +34,12 @@ struct Alarm {
   std::string task;
   unsigned int type = 0;
   int periodMs = 0;
-  int left = 0;  ///< events still to come; 0 for no end
+  int left = 0;  ///< remaining events; 0: without limit
 };
 
-/// Alarms that run and have events to come.
+/// The running alarms that have events left.
 std::vector<Alarm> Alarms();
-/// Lets each alarm of this event type post once. Returns how many did.
+/// Makes each alarm of this event type post once. Returns how many did.
 std::size_t FireAlarms(unsigned int type);
 
 }  // namespace fake

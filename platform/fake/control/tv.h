@@ -9,16 +9,16 @@
 #include <string>
 #include <vector>
 
+#include "framework/tv_service_fields.h"
+
 /// TV services, the TV-service signals, and the signals of the event proxy.
 namespace fake {
 
 /// Calls every subscriber of the signal on the calling thread. The payload is padded with zeros to
 /// 8 bytes at least. Returns how many callbacks ran.
 std::size_t FireTvSignal(int signal, const std::vector<std::uint8_t>& payload = {});
-/// The same on a thread of its own, named "tv-signals", that has ended when this returns.
+/// The same on a new thread, named "tv-signals", which ends before this returns.
 std::size_t FireTvSignalOnThread(int signal, const std::vector<std::uint8_t>& payload = {});
-/// Also to subscribers that did not ask for the signal.
-std::size_t FireTvSignalToAll(int signal, const std::vector<std::uint8_t>& payload = {});
 
 template <typename T>
 std::vector<std::uint8_t> Payload(const T& value) {
@@ -41,26 +41,23 @@ struct Service {
   std::map<int, std::string> texts;
 };
 
-constexpr int kServiceIDField = 12;
-constexpr int kPackageIDField = 179;
+using framework::kPackageIDField;
+using framework::kServiceIDField;
 
-/// A service with the two fields that the daemon asks for.
+/// A service with the two fields that the daemon fetches.
 Service MakeService(std::uint64_t id, const std::string& package);
 
-/// A search finds the services that have all numbers it asks for, in the order of adding, and gives
-/// the fetched fields of the first.
+/// A search finds the services that meet all of its conditions, in the order of AddService(), and
+/// returns the fetched fields of the first one.
 void AddService(const Service& service);
-void ClearServices();
-/// The tuned service, which need not be in the list. Before it is set nothing is tuned and
-/// GetCurrentServiceInfo() gives 0.
+/// The tuned service, which need not be in the list. Until it is set, nothing is tuned and
+/// GetCurrentServiceInfo() returns 0.
 void SetCurrentService(const Service& service);
-void ClearCurrentService();
 void SetTvMode(int output, int source);
 
-/// Calls the proxy's callback on the calling thread when somebody subscribed to the signal.
+/// Calls the proxy's callback on the calling thread. False when the daemon did not subscribe to the
+/// signal or there is no callback.
 bool FireProxySignal(int signal);
-/// Also when nobody subscribed. False when there is no callback.
-bool FireProxySignalToAll(int signal);
 std::vector<int> ProxySubscriptions();
 
 }  // namespace fake

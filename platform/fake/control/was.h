@@ -15,11 +15,10 @@ struct WasApp {
   int gone = 0;
 };
 
-/// Adds at the end; the same package and app twice are two entries. The list call gives all of them
-/// in this order, the look-up by app id the first that has the id.
+/// Adds an entry at the end, also when there is one of the same package and app. The list has this
+/// order; the look-up by app id returns the first match.
 void AddWasApp(const WasApp& app);
-/// Removes every entry of the package.
+/// Removes all entries of the package.
 void RemoveWasPackage(const std::string& package);
-void ClearWasApps();
 
 }  // namespace fake

@@ -108,10 +108,11 @@ TEST_F(RunningApps, EndByTheKillSignalOnly) {
   EXPECT_EQ(3U, fake::Kills().size());
 }
 
-TEST_F(RunningApps, AreToldFromKnownAndUnknownOnes) {
+TEST_F(RunningApps, DifferFromKnownAndFromUnknownApps) {
   app_context_h context = nullptr;
   EXPECT_EQ(APP_MANAGER_ERROR_NO_SUCH_APP, app_manager_get_app_context("app", &context));
-  fake::AddKnownApp("app");
+  fake::SetRunning("app", 4);
+  fake::SetStopped("app");
   EXPECT_EQ(APP_MANAGER_ERROR_APP_NO_RUNNING, app_manager_get_app_context("app", &context));
   fake::SetRunning("app", 5);
   EXPECT_EQ(0, app_manager_get_app_context("app", &context));

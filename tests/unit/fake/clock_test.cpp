@@ -17,7 +17,7 @@ namespace {
 using std::chrono::seconds;
 using support::WaitFor;
 
-/// One wait of 20 seconds without a predicate, on a thread of its own.
+/// One wait of 20 seconds without a predicate, on a new thread.
 class Wait {
  public:
   Wait() : m_thread([this] { Run(); }) {}

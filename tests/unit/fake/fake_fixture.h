@@ -9,13 +9,13 @@
 
 #include "fake/control/calls.h"
 
-/// What a test's callbacks were told, in order.
+/// What the callbacks of a test received, in order.
 inline std::vector<std::string>& Told() {
   static std::vector<std::string> s_told;
   return s_told;
 }
 
-/// A test that begins and ends with a fake as new.
+/// Resets the fake before and after the test.
 class FakeTest : public testing::Test {
  protected:
   FakeTest() { fake::Reset(); }

@@ -86,7 +86,7 @@ TEST(FCQueue, KeepsItsOrderWhileItGrows) {
   FCQueue queue(0x2000);
   std::vector<unsigned int> expected;
   FSEvent event;
-  // Away from the ring's beginning first, so that it grows while it wraps around.
+  // Moves the head away from slot 0 first, so that the ring wraps around when it grows.
   for (unsigned int type = 0; type < 40; ++type) {
     queue.Push(Event(type), false);
     queue.Pop(event);

@@ -186,7 +186,7 @@ TEST(FCTask, ASynchronousSendFailsWhenItsEventIsDropped) {
   second.join();
 }
 
-/// Sends to itself and waits, which would never end.
+/// Sends a synchronous event to itself, which would block for ever.
 class SelfishTask : public FCTask {
  public:
   SelfishTask() { Create("Selfish", 0, 8); }

@@ -8,7 +8,7 @@
 
 #include "framework/alarm_clock.h"
 
-/// A clock whose alarms tick when the test says so. The framework's while it lives.
+/// A clock whose alarms tick on request of the test. The framework uses it during its lifetime.
 class ManualAlarmClock : public framework::AlarmClock {
  public:
   ManualAlarmClock() { framework::SetAlarmClock(this); }
@@ -26,7 +26,7 @@ class ManualAlarmClock : public framework::AlarmClock {
     m_ticks.erase(number);
   }
 
-  /// One period passes for the alarm. False when it has no more to post.
+  /// Lets one period of the alarm pass. False after its last event.
   bool Tick(unsigned long number) {
     const std::lock_guard<std::mutex> lock(m_mutex);
     const auto tick = m_ticks.find(number);

@@ -11,7 +11,7 @@
 #include <thread>
 #include <vector>
 
-/// A task that notes the types of its events, in order, and can be held in one.
+/// A task that records the types of its events, in order, and can be held in one of them.
 class RecordingTask : public FCTask {
  public:
   static constexpr unsigned int kHold = 1;  ///< stays in this event until LetGo()
@@ -42,7 +42,7 @@ class RecordingTask : public FCTask {
     return m_types;
   }
 
-  /// The name of the task's thread, as the kernel has it.
+  /// The name of the task's thread in the kernel.
   std::string ThreadName() const {
     const std::lock_guard<std::mutex> lock(m_mutex);
     return m_threadName;
@@ -77,7 +77,7 @@ class RecordingTask : public FCTask {
     char name[16] = {};
     pthread_getname_np(pthread_self(), name, sizeof(name));
     m_threadName = name;
-    // Reported to nobody.
+    // Ignored.
     return false;
   }
 

@@ -13,7 +13,7 @@ namespace {
 
 using support::WaitFor;
 
-/// Never deleted, as the framework's own: the thread behind it does not end.
+/// Never deleted, like the framework's clock: its thread does not end.
 framework::SystemAlarmClock& Clock() {
   static auto* s_clock = new framework::SystemAlarmClock;
   return *s_clock;

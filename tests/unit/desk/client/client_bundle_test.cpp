@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "client/bundle_data.h"
+#include "desk/client/bundle_data.h"
 
 namespace {
 
@@ -96,7 +96,7 @@ TEST_F(ClientBundle, EveryKindComesThroughTheWireForm) {
   ASSERT_EQ(bundle_add_str(m_bundle, "text", "a\"b\\c\n\xff"), 0);
   ASSERT_EQ(bundle_add_byte(m_bundle, "raw", "\0\x01\xfe", 3), 0);
   ASSERT_EQ(bundle_add_str_array(m_bundle, "list", values, 2), 0);
-  bundle copy = desk::ReadBundle(desk::FormatBundle(*m_bundle));
+  bundle copy = desk::client::ReadBundle(desk::client::FormatBundle(*m_bundle));
   const auto seen = Walk(&copy);
   ASSERT_EQ(seen.size(), 3U);
   EXPECT_STREQ(seen[0].bytes.c_str(), "a\"b\\c\n\xff");

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// Calls that ask the television: what is sent, and what is made of the reply.
+// Calls that send a request to the television: the request, and the use of the reply.
 
 #include <FCAPI.h>
 #include <TVServiceAPI.h>
@@ -21,8 +21,8 @@
 #include <string>
 #include <vector>
 
-#include "common/faults.h"
-#include "common/json.h"
+#include "desk/common/faults.h"
+#include "desk/common/json.h"
 #include "support/files.h"
 #include "television_stand_in.h"
 

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// What comes from the television: order, threads, and the moments at which nothing may come.
+// Events of the television: their order, their threads, and when none may be delivered.
 
 #include <FCEMSProxy.h>
 #include <TVServiceAPI.h>
@@ -26,7 +26,7 @@ namespace {
 
 using testing::ElementsAre;
 
-// Lets the main loop deliver what has arrived, until the condition holds.
+// Lets the main loop deliver events until the condition holds.
 testing::AssertionResult RunUntil(const std::function<bool()>& condition, const std::string& what) {
   return support::WaitFor(
       [&] {
@@ -76,7 +76,7 @@ class ClientEvents : public testing::Test {
     });
   }
 
-  // Everything that was sent before has arrived when its own event has.
+  // Events arrive in order: after this one, all earlier ones have arrived.
   void Fence() {
     static std::atomic<int> s_reached{0};
     static int s_sent = 0;
@@ -165,7 +165,7 @@ TEST_F(ClientEvents, ASetThatArrivesWhileTheRegistrationIsOnItsWayIsTold) {
     return reply;
   });
   std::thread task([&] { EXPECT_EQ(vconf_notify_key_changed("k", NoteKey, &m_notes), 0); });
-  // Both sets are on the main loop while nobody knows yet from which number on they are told.
+  // Both events are in the main loop before the registration knows its starting sequence number.
   EXPECT_TRUE(RunUntil([&] { return marks.Count() == 1; }, "what was sent behind the sets"));
   EXPECT_EQ(m_notes.Count(), 0U);
   answer = true;
@@ -381,7 +381,7 @@ TEST_F(ClientAsDaemon, ItIsReadyOnceWhenTheMainLoopRuns) {
   EXPECT_EQ(m_television.Requests("daemon.ready").size(), 1U);
 }
 
-// The television, and with it every thread, is made in the process that is to end.
+// Creates the television, with all its threads, in the process that is to end.
 TEST(ClientOfADaemon, EndsTheProcessWhenTheTelevisionIsGone) {
   setenv("TV_ROLE", "daemon", 1);
   unsetenv("TV_LOG");

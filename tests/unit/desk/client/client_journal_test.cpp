@@ -15,8 +15,8 @@
 #include <thread>
 #include <vector>
 
-#include "common/faults.h"
-#include "common/json.h"
+#include "desk/common/faults.h"
+#include "desk/common/json.h"
 #include "support/files.h"
 #include "television_stand_in.h"
 
@@ -72,7 +72,7 @@ TEST_F(ClientJournal, NullsCallbacksAndHandlesHaveTheirForms) {
   EXPECT_EQ(Line(2), R"(vconf_notify_key_changed["k","callback",null] = -1)");
 }
 
-TEST_F(ClientJournal, WhatACallGaveBackStandsAfterItsArguments) {
+TEST_F(ClientJournal, OutputsFollowTheArguments) {
   TelevisionStandIn television;
   television.On("key.get", [](const Json::Value& request) {
     Json::Value reply;
@@ -102,7 +102,7 @@ TEST_F(ClientJournal, TheFirstThreadIsMainWhateverTheProgramIsCalled) {
   EXPECT_EQ(Entries().at(0)["thread"].asString(), "main");
 }
 
-TEST_F(ClientJournal, NumbersGoOnAfterTheGreatestOfTheFile) {
+TEST_F(ClientJournal, NumbersContinueAfterTheGreatestOfTheFile) {
   support::WriteFile(m_path,
                      "{\"seq\":7,\"call\":\"b\"}\n{\"seq\":41,\"args\":[\"{\\\"seq\\\":99\"]}\n"
                      "{\"seq\":40,\"call\":\"a\"}\n");
@@ -110,7 +110,7 @@ TEST_F(ClientJournal, NumbersGoOnAfterTheGreatestOfTheFile) {
   EXPECT_EQ(Entries().at(3)["seq"].asUInt64(), 42U);
 }
 
-TEST_F(ClientJournal, CallsOfSeveralThreadsHaveEachANumberOfTheirOwn) {
+TEST_F(ClientJournal, CallsOfSeveralThreadsHaveDistinctNumbers) {
   std::vector<std::thread> threads;
   threads.reserve(4);
   for (int i = 0; i < 4; ++i) {
@@ -141,7 +141,7 @@ TEST_F(ClientJournal, AJournalThatCannotBeWrittenStopsNothing) {
   EXPECT_EQ(app_control_destroy(control), 0);
 }
 
-TEST_F(ClientJournal, AnOrderedFaultIsTheResultAndTheWorkIsNotDone) {
+TEST_F(ClientJournal, AFaultIsTheResultAndTheWorkIsNotDone) {
   TelevisionStandIn television;
   m_faults.Add({"vconf_set_int", -5, 0, 1});
   EXPECT_EQ(vconf_set_int("k", 1), -5);
@@ -158,7 +158,7 @@ TEST_F(ClientJournal, AFaultWithoutAResultIsTheCallsUsualFailure) {
   EXPECT_EQ(control, nullptr);
 }
 
-TEST_F(ClientJournal, AnErrorNumberOrderedForACallThatAnswersYesOrNoIsANo) {
+TEST_F(ClientJournal, ANegativeFaultMakesABoolFalse) {
   TelevisionStandIn television;
   television.On("channel.create",
                 [](const Json::Value&) { return desk::ParseJson(R"({"ok":true})"); });
@@ -173,6 +173,18 @@ class Task : public FCTask {
  public:
   ~Task() override { Task::Destroy(); }
 };
+
+TEST_F(ClientJournal, ATaskNamedLikeANumberIsStillAText) {
+  vconf_set_int("the first platform call", 1);
+  Task task;
+  EXPECT_TRUE(task.Create("12", 1000, 4));
+  EXPECT_EQ(Line(1), R"(FCTask::Create["12",1000,4] = true)");
+}
+
+TEST_F(ClientJournal, ANullHandleIsNull) {
+  EXPECT_NE(app_control_destroy(nullptr), 0);
+  EXPECT_EQ(Line(0), "app_control_destroy[null] = -22");
+}
 
 TEST_F(ClientJournal, TheTaskFrameworkIsRecordedAndFailsOnDemand) {
   vconf_set_int("the first platform call", 1);

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// A process that no desk has started: every call answers, and none ends the process.
+// A process without a desk: every call returns a result, and none ends the process.
 
 #include <FCAPI.h>
 #include <FCEMSProxy.h>

@@ -7,8 +7,8 @@
 #include <cstdlib>
 #include <stdexcept>
 
-#include "common/bus_names.h"
-#include "common/json.h"
+#include "desk/common/bus_names.h"
+#include "desk/common/json.h"
 
 namespace {
 
@@ -69,7 +69,7 @@ TelevisionStandIn::~TelevisionStandIn() {
   g_object_unref(m_bus);
 }
 
-// From within the loop: one that does not run yet could not be quit.
+// From within the loop: g_main_loop_quit() has no effect before the loop runs.
 void TelevisionStandIn::QuitLoop() {
   GSource* source = g_idle_source_new();
   g_source_set_callback(

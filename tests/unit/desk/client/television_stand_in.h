@@ -20,11 +20,11 @@ typedef struct _GMainLoop GMainLoop;
 typedef struct _GTestDBus GTestDBus;
 typedef struct _GVariant GVariant;
 
-/// What answers at the other end of a client under test: a private bus, and on it the desk's name
-/// with the answers that a test gives. Sets TV_BUS for the process. One per process.
+/// The peer of a client under test: a private bus with a service of the desk's name, whose replies
+/// the test chooses. Sets TV_BUS for the process. One per process.
 class TelevisionStandIn {
  public:
-  /// Runs on the stand-in's thread. A thrown exception goes back as the error "Failed".
+  /// Runs on the stand-in's thread. An exception becomes the error "Failed".
   using Answer = std::function<Json::Value(const Json::Value& request)>;
 
   TelevisionStandIn();
@@ -32,13 +32,13 @@ class TelevisionStandIn {
   TelevisionStandIn(const TelevisionStandIn&) = delete;
   TelevisionStandIn& operator=(const TelevisionStandIn&) = delete;
 
-  /// Without an answer a method replies with an empty object.
+  /// A method without an Answer replies with an empty object.
   void On(const std::string& method, Answer answer);
-  /// The requests that came for the method, in order.
+  /// The requests to the method, in order.
   std::vector<Json::Value> Requests(const std::string& method) const;
   /// Broadcast. Callable from any thread, also within an Answer.
   void Emit(const std::string& topic, const Json::Value& body);
-  /// Ends the bus under everybody's feet.
+  /// Ends the bus while all are connected.
   void CutOff();
 
   /// For the bus library's method table.
@@ -55,7 +55,7 @@ class TelevisionStandIn {
   bool m_cutOff = false;
   std::thread m_thread;
 
-  mutable std::mutex m_mutex;  // guards what follows
+  mutable std::mutex m_mutex;  // guards the following members
   std::condition_variable m_changed;
   bool m_serving = false;
   std::map<std::string, Answer> m_answers;

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "common/timestamp.h"
+#include "desk/common/timestamp.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
