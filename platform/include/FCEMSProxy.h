@@ -13,13 +13,13 @@ class FIIPCConnection {
   virtual ~FIIPCConnection() = default;
 };
 
-/// Called on a thread of the library's own, and not before the process's main loop runs.
+/// Called on a thread of the library, and not before the process's main loop runs.
 typedef int (*FCEMSSignalCallback)(int signalType, void* pData);
 
 class FCEMSProxy {
  public:
-  /// Owned by the framework. One callback per process: the last one given is the one called. Null
-  /// when pConnection is null or the proxy could not be made.
+  /// Owned by the framework. One callback per process: a second one replaces the first. Null
+  /// when pConnection is null or the proxy cannot be created.
   static FCEMSProxy* GetInstance(FIIPCConnection* pConnection, FCEMSSignalCallback pCallback);
   virtual bool Subscribe(int signalType) = 0;
 

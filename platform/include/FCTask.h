@@ -19,7 +19,7 @@ class FCThread {
 /// A named worker with one thread and one bounded queue of events.
 ///
 /// A derived class calls Create() in its constructor and Destroy() in its destructor: the thread
-/// calls the virtual operations below and must be gone before the derived part is.
+/// calls the virtual operations below and must end before the derived part is destroyed.
 class FCTask : public FCThread, public FCHandler {
  public:
   FCTask();
@@ -31,14 +31,14 @@ class FCTask : public FCThread, public FCHandler {
   /// hint and may be ignored; queueSize is the number of events that fit. Returns without waiting
   /// for t_Create(). False when the task already runs or the thread cannot be started.
   bool Create(const char* pName, int stackSize, int queueSize);
-  /// Lets the event in hand finish, ends the thread and joins it. Waiting events are dropped, their
-  /// payloads not freed. True when a thread was ended. On the task's own thread it only asks for
+  /// Lets the present event finish, ends the thread and joins it. Waiting events are dropped, their
+  /// payloads not freed. True when a thread was ended. On the task's own thread it only requests
   /// the end. Idempotent.
   bool Destroy() override;
 
   /// Copies the event into the queue. bUrgent puts it in front; bSync waits until it was handled,
-  /// and must not be set on the task's own thread. False when the queue is full or the task does
-  /// not run. Callable from any thread.
+  /// and must not be set on the task's own thread. False when the queue is full or the task is not
+  /// running. Callable from any thread.
   bool Send(const FSEvent& rEvent, bool bUrgent, bool bSync);
 
   const std::string& GetName() const { return m_sName; }
@@ -51,8 +51,7 @@ class FCTask : public FCThread, public FCHandler {
 
  protected:
   void t_Main() override;
-  /// Once, on the task's thread, before the first event. False is reported to nobody and the task
-  /// goes on.
+  /// Once, on the task's thread, before the first event. The result is ignored.
   virtual bool t_Create();
   virtual void t_OnSuspend() {}
   virtual void t_OnResume() {}
@@ -79,12 +78,12 @@ class FCStateAlarm {
   FCStateAlarm& operator=(const FCStateAlarm&) = delete;
 
   /// Posts an event of the type with null parameters to the task every periodMs milliseconds,
-  /// repeat times (0: without end). False when it already runs.
+  /// repeat times (0: without limit). False when it is already running.
   bool Create(FCTask* pTask, unsigned int type, int periodMs, int repeat);
-  /// No event is posted after it returned. The flag of IsRunning() is cleared. Safe on any thread,
+  /// No event is posted after it has returned. Clears the flag of IsRunning(). Safe on any thread,
   /// also the task's.
   bool Destroy();
-  /// From Create() until Destroy(), also when the last event was posted already.
+  /// True from Create() until Destroy(), also after the last event.
   bool IsRunning() const;
 
  private:

@@ -19,9 +19,9 @@ class FCList {
  public:
   /// Makes the list usable. Once, before the first task.
   bool Create();
-  /// Ends the list; the tasks in it are not touched.
+  /// Makes the list unusable; the tasks in it are not touched.
   bool Destroy();
-  /// Tasks entered now.
+  /// The present number of tasks.
   std::size_t Size() const;
   void Add(void* pTask);
   void Remove(void* pTask);
@@ -33,9 +33,9 @@ class FCList {
 
 class FCTaskList {
  public:
-  /// The list of this process, or null. The process's entry makes and deletes it.
+  /// The list of this process, or null. The process's entry creates and deletes it.
   static FCList* m_pTaskList;
-  /// Non-zero when the list is usable already and must not be created again.
+  /// Non-zero when the list is already usable and must not be created again.
   static int FlagInitialize();
 };
 

@@ -7,21 +7,21 @@
 #include <string>
 #include <vector>
 
-/// Called on a thread of the library's own, one call at a time, and not before the process's main
-/// loop runs. pData is the signal's payload, valid during the call, at least 8 bytes long and
+/// Called on a thread of the library, one call at a time, and not before the process's main loop
+/// runs. pData is the signal's payload, valid during the call, at least 8 bytes long and
 /// zero-padded; that of a tune (signal 103) begins with the service id in the machine's byte order.
-/// pUserData is null; what the callback returns is not looked at.
+/// pUserData is null; the callback's result is ignored.
 typedef int (*TVSSignalCallback)(int signalType, const void* pData, void* pUserData);
 
-/// The mode that the TV is in: which of its outputs and which kind of source. Asked for and handed
-/// back as it is; the numbers are the service's own.
+/// The mode that the TV is in: which of its outputs and which kind of source. Read and
+/// passed back unchanged; the numbers are the service's own.
 struct TSTvMode {
   int output = 0;
   int source = 0;
 };
 
 /// The fields of one service, by field number: 12 is the service id, a number, 179 the id of the
-/// service's package, a text. A field is there only when it was fetched and the service has it. A
+/// service's package, a text. A field is present only when it was fetched and the service has it. A
 /// plain value.
 class TCServiceData {
  public:
@@ -29,7 +29,7 @@ class TCServiceData {
   bool Get(int field, std::uint64_t& rValue) const;
   /// The text may hold NUL bytes.
   bool Get(int field, std::string& rValue) const;
-  /// For backends. Takes the place of what the field held, also of the other kind.
+  /// For backends. Replaces the field's value, also one of the other kind.
   void Set(int field, std::uint64_t value);
   void Set(int field, const std::string& rValue);
 
@@ -38,9 +38,8 @@ class TCServiceData {
   std::map<int, std::string> m_mapTexts;
 };
 
-/// What to look for and which fields to bring. All conditions have to hold, each on a number. A
-/// service is looked for by its id (field 12); more than that a backend need not know. A plain
-/// value.
+/// The conditions of a search, each on a number, and the fields to fetch. A service must meet all
+/// conditions. A backend must support a search by the service id (field 12). A plain value.
 class TCCriteriaHelper {
  public:
   void Where(int field, std::uint64_t value) { m_mapWhere[field] = value; }
@@ -54,7 +53,7 @@ class TCCriteriaHelper {
 };
 
 /// The service list. An object is used by one thread at a time; its calls block until the service
-/// has answered.
+/// has replied.
 class TCService {
  public:
   /// The number of services found (at most maxCount), or a number below 1: none, or a failure.
@@ -67,11 +66,11 @@ class TCService {
   friend class TVServiceAPI;
 };
 
-/// What is on. Threads and blocking as with TCService.
+/// The tuned service. Threads and blocking as with TCService.
 class TCServiceNavigation {
  public:
-  /// Both return a number below 1 on a failure, the latter also when nothing is tuned. A service
-  /// that is on need not be in the list: then it has no package.
+  /// Both return a number below 1 on a failure, the latter also when nothing is tuned. The tuned
+  /// service need not be in the list: then it has no package.
   virtual int GetTVMode(TSTvMode& rMode) = 0;
   virtual int GetCurrentServiceInfo(const TSTvMode& rMode, const TCCriteriaHelper& rCriteria,
                                     TCServiceData& rData) = 0;
@@ -83,8 +82,8 @@ class TCServiceNavigation {
 
 class TCSignalSubscriber {
  public:
-  /// 0 on success. Signals of this type are told from now on; there is no way to end it. The four
-  /// numbers are the service's own filters: the daemon gives 0, 1, 0, 0.
+  /// 0 on success. Delivers the signals of this type from now on; it cannot be ended. The four
+  /// numbers are the service's own filters: the daemon passes 0, 1, 0, 0.
   virtual int Subscribe(int signalType, int first, int second, int third, int fourth) = 0;
 
  protected:

@@ -8,13 +8,13 @@
 extern "C" {
 #endif
 
-/// A running application as it was when the context was taken.
+/// A running application as it was when app_manager_get_app_context() returned.
 typedef struct app_context_s* app_context_h;
 
 int app_context_destroy(app_context_h app_context);
-/// Must answer also for a context that app_context_destroy() was called on a moment ago by the same
-/// thread: callers rely on it. A backend keeps the pid of a destroyed context readable, without
-/// touching freed memory, or answers with an error; *pid is untouched then.
+/// Must also accept a context that the same thread has just passed to app_context_destroy():
+/// callers depend on it. A backend keeps the pid of a destroyed context readable, without touching
+/// freed memory, or returns an error; *pid is untouched then.
 int app_context_get_pid(app_context_h app_context, pid_t* pid);
 
 #ifdef __cplusplus

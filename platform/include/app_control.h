@@ -12,8 +12,7 @@ extern "C" {
 #define APP_CONTROL_OPERATION_DEFAULT "http://tizen.org/appcontrol/operation/default"
 #endif
 
-/// Results of the app_control family. The large ones do not fit a positive int; they are compared
-/// as the negative numbers that the conversion gives.
+/// Results of the app_control family. Those written in hexadecimal are negative as an int.
 typedef enum {
   APP_CONTROL_ERROR_NONE = 0,
   APP_CONTROL_ERROR_IO_ERROR = -5,
@@ -38,17 +37,17 @@ typedef enum {
 typedef void (*app_control_reply_cb)(app_control_h request, app_control_h reply,
                                      app_control_result_e result, void* user_data);
 
-/// Makes an empty request. On success *app_control is owned by the caller until
+/// Creates an empty request. On success *app_control is owned by the caller until
 /// app_control_destroy(); on an error it is set to null.
 int app_control_create(app_control_h* app_control);
-/// Accepts null and answers APP_CONTROL_ERROR_INVALID_PARAMETER for it.
+/// Returns APP_CONTROL_ERROR_INVALID_PARAMETER for null.
 int app_control_destroy(app_control_h app_control);
 /// The strings are copied.
 int app_control_set_app_id(app_control_h app_control, const char* app_id);
 int app_control_set_operation(app_control_h app_control, const char* operation);
 int app_control_add_extra_data(app_control_h app_control, const char* key, const char* value);
 /// Synchronous: returns when the launcher has accepted or refused the request, not when the app is
-/// ready. reply_cb may be null; the handle may be destroyed at once afterwards.
+/// ready. reply_cb may be null. The handle may be destroyed directly afterwards.
 int app_control_send_launch_request(app_control_h app_control, app_control_reply_cb reply_cb,
                                     void* user_data);
 

@@ -28,13 +28,13 @@ typedef enum {
   APP_MANAGER_ERROR_NOT_SUPPORTED = -1073741822
 } app_manager_error_e;
 
-/// Whether a process of the app is there now: it may be gone when the call returns. *running is
-/// written only on success. An unknown app id is no error: *running becomes false.
+/// Whether the app has a process now; it may have ended when the call returns. *running is written
+/// only on success. An unknown app id is not an error: *running becomes false.
 int app_manager_is_running(const char* app_id, bool* running);
 /// On success *app_context is owned by the caller until app_context_destroy(), and its pid is that
-/// of the process that runs now, also when the app has been started anew since. *app_context is
-/// untouched on an error. An app that does not run is APP_MANAGER_ERROR_APP_NO_RUNNING, an unknown
-/// one APP_MANAGER_ERROR_NO_SUCH_APP.
+/// of the app's present process, also after a restart of the app. *app_context is untouched on an
+/// error: APP_MANAGER_ERROR_APP_NO_RUNNING for an app without a process,
+/// APP_MANAGER_ERROR_NO_SUCH_APP for an unknown one.
 int app_manager_get_app_context(const char* app_id, app_context_h* app_context);
 
 #ifdef __cplusplus

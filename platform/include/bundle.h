@@ -31,17 +31,17 @@ enum bundle_type {
   BUNDLE_TYPE_BYTE_ARRAY = BUNDLE_TYPE_BYTE | BUNDLE_TYPE_ARRAY
 };
 
-/// key and kv are valid during the call alone; type is one of bundle_type.
+/// key and kv are valid only during the call; type is one of bundle_type.
 typedef void (*bundle_iterator_t)(const char* key, const int type, const bundle_keyval_t* kv,
                                   void* user_data);
 
-/// An empty bundle that the caller owns until bundle_free(), or null for want of memory.
+/// An empty bundle that the caller owns until bundle_free(), or null when memory is exhausted.
 bundle* bundle_create(void);
 /// Frees the entries as well. Not for a bundle that came as a message: the platform frees that.
 int bundle_free(bundle* b);
-/// Both strings are copied. A key that is taken is an error and leaves the old value.
+/// Both strings are copied. A key that exists is an error; its old value stays.
 int bundle_add_str(bundle* b, const char* key, const char* str);
-/// Values that are no strings, for apps. size counts bytes.
+/// Other values than strings, for apps. size counts bytes.
 int bundle_add_byte(bundle* b, const char* key, const void* byte, const size_t size);
 int bundle_add_str_array(bundle* b, const char* key, const char** str_array, const int len);
 /// Calls the iterator once per entry, in insertion order. The bundle must not change meanwhile.

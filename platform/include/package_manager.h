@@ -8,7 +8,7 @@
 extern "C" {
 #endif
 
-/// Installed packages and what happens to them. All calls are synchronous, callable from any
+/// Installed packages and their events. All calls are synchronous, callable from any
 /// thread, and return a package_manager_error_e; a null argument or a handle that was destroyed is
 /// PACKAGE_MANAGER_ERROR_INVALID_PARAMETER.
 typedef struct package_manager_s* package_manager_h;
@@ -31,10 +31,9 @@ typedef enum {
   PACKAGE_MANAGER_EVENT_TYPE_UPDATE = 2
 } package_manager_event_type_e;
 
-/// Each install, uninstall and update goes from started over any number of processing to one
-/// completed or failed; the events of two packages may alternate. With completed of an install or
-/// update the package and its apps can be looked up as they are now, with that of an uninstall no
-/// more.
+/// Each install, uninstall and update sends started, any number of processing, and one completed or
+/// failed; the events of two packages may alternate. When an install or update is completed, the
+/// new package and its apps can be looked up. When an uninstall is completed, they no longer can.
 typedef enum {
   PACKAGE_MANAGER_EVENT_STATE_STARTED = 0,
   PACKAGE_MANAGER_EVENT_STATE_PROCESSING = 1,
@@ -43,9 +42,9 @@ typedef enum {
 } package_manager_event_state_e;
 
 /// type is the kind of package ("wgt"), package its id, progress runs from 0 to 100 percent; error
-/// is of meaning in the state failed alone. The strings are valid only during the call. Delivered
-/// on the thread of the GLib main loop, in order, and not before that loop runs. All packages are
-/// told of, whoever installs them; what happened while nobody listened is not told later.
+/// is meaningful only in the state failed. The strings are valid only during the call. Delivered
+/// on the thread of the GLib main loop, in order, and not before that loop runs. The
+/// events of all packages are delivered, except those before the registration.
 typedef void (*package_manager_event_cb)(const char* type, const char* package,
                                          package_manager_event_type_e event_type,
                                          package_manager_event_state_e event_state, int progress,
@@ -60,8 +59,8 @@ int package_manager_destroy(package_manager_h manager);
 /// outlive the registration.
 int package_manager_set_event_cb(package_manager_h manager, package_manager_event_cb callback,
                                  void* user_data);
-/// After it returned on the main-loop thread no callback of this handle begins; on another thread
-/// one may be about to. May be called from within the callback.
+/// After it has returned on the main-loop thread, no callback of this handle begins; on another
+/// thread, one may be about to begin. May be called from within the callback.
 int package_manager_unset_event_cb(package_manager_h manager);
 /// On success *package_info is owned by the caller until package_info_destroy(), and is a snapshot:
 /// a later update or uninstall does not change it. A package that is not installed is

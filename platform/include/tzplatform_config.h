@@ -6,12 +6,11 @@
 extern "C" {
 #endif
 
-/// Only the two directories that this project asks for.
+/// Only the two directories that this project uses.
 enum tzplatform_variable {
-  /// Where the content of installed packages lies: "<dir>/<package>/res/" are a package's
-  /// resources.
+  /// The content of installed packages: "<dir>/<package>/res/" holds a package's resources.
   TZ_USER_APP = 27,
-  /// Holds one writable directory per package, for what a package keeps between runs.
+  /// One writable directory per package, for the data that a package keeps between runs.
   TZ_SYS_RW_APP = 61
 };
 

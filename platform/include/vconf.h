@@ -6,7 +6,7 @@
 extern "C" {
 #endif
 
-/// A changed settings key as its callbacks see it. Owned by the platform, valid during the call.
+/// One change of a settings key. Owned by the platform, valid during the call.
 typedef struct _keynode_t keynode_t;
 
 typedef void (*vconf_callback_fn)(keynode_t* node, void* user_data);
@@ -15,21 +15,21 @@ typedef void (*vconf_callback_fn)(keynode_t* node, void* user_data);
 int vconf_get_int(const char* in_key, int* intval);
 /// A malloc'ed string that the caller frees, or null when the key is absent or of another type.
 char* vconf_get_str(const char* in_key);
-/// Creates the key when it is absent. Returns when the value is stored; the change is told to all
-/// subscribers afterwards, also when the value stayed the same.
+/// Creates the key when it is absent. Returns when the value is stored; all registered callbacks
+/// run afterwards, also when the value stays the same.
 int vconf_set_int(const char* in_key, int intval);
 int vconf_set_str(const char* in_key, const char* strval);
 
-/// From this call on every set of the key is told, in order and none lost, on the thread of the
-/// GLib main loop. A set made before the call is not told. One registration per pair of key and
+/// The callback runs for every later set of the key, in order, on the thread of the GLib main loop.
+/// It does not run for an earlier set. One registration per pair of key and
 /// function: a second one replaces the user data. Callable from any thread.
 int vconf_notify_key_changed(const char* in_key, vconf_callback_fn cb, void* user_data);
-/// After it returned on the main-loop thread the callback does not begin again; on another thread a
-/// call that has begun may still be running. -1 when there was no such registration. May be called
-/// from within the callback.
+/// After it has returned on the main-loop thread, the callback does not begin again; on another
+/// thread, a callback that has begun may still be running. -1 when there was no such registration.
+/// May be called from within the callback.
 int vconf_ignore_key_changed(const char* in_key, vconf_callback_fn cb);
 
-/// The value that the change brought, not the present one.
+/// The value of this change, not the present one.
 int vconf_keynode_get_int(keynode_t* keynode);
 /// Owned by the node. Null when the key is not a string or was removed.
 char* vconf_keynode_get_str(keynode_t* keynode);

@@ -9,8 +9,8 @@
 extern "C" {
 #endif
 
-/// One entry of the web-app service's list. Only the named fields are of meaning here; the layout
-/// is the service's and must not move.
+/// One entry of the web-app service's list. Only the named fields are meaningful here; the layout
+/// is that of the service and must not change.
 typedef struct {
   char reserved_head[1024];
   char package_id[2064];  ///< NUL-terminated
@@ -20,7 +20,7 @@ typedef struct {
   char reserved_tail[28];
 } was_app_list_item_s;
 
-/// What the service knows of one web app.
+/// One web app as the service knows it.
 typedef struct {
   char widget_id[896];     ///< NUL-terminated
   char app_tizen_id[896];  ///< NUL-terminated

@@ -10,15 +10,15 @@
 #include <utility>
 #include <vector>
 
-/// The other side of the wall, as the contract's tests need it: what happens on the television and
-/// not in the process under test. Every platform that the suite runs against has one.
+/// Controls the television from outside the process under test. Each platform that the suite runs
+/// on implements it.
 namespace contract {
 
 using TextPairs = std::vector<std::pair<std::string, std::string>>;
 
 struct App {
   std::string id;
-  bool service = false;  ///< a service app; otherwise one with a user interface
+  bool service = false;  ///< a service app, else an app with a user interface
   TextPairs metadata;
 };
 
@@ -28,7 +28,7 @@ struct Package {
   std::vector<App> apps;
 };
 
-/// A value of a message. Bytes are given as text, an array of strings as its elements.
+/// A value of a message: a text for bytes, the elements of an array of strings.
 struct Entry {
   enum class Kind { kString, kBytes, kStrings };
   std::string key;
@@ -36,16 +36,16 @@ struct Entry {
   std::vector<std::string> values;
 };
 
-/// Operations that change the television return when the change is made; what it sends to the
-/// process may arrive later. A control that cannot do what is asked throws.
+/// An operation that changes the television returns after the change; what the television sends to
+/// the process may arrive later. An operation that fails throws.
 class Control {
  public:
   virtual ~Control() = default;
 
-  /// Runs what a main loop would run, on the calling thread, until the condition holds. False when
-  /// it does not hold in time.
+  /// Does the work of a main loop on the calling thread until the condition holds. False when it
+  /// does not hold in time.
   virtual bool RunMainLoopUntil(const std::function<bool()>& condition) = 0;
-  /// Runs everything that was sent to the process before this call.
+  /// Delivers everything that was sent to the process before this call.
   virtual void RunMainLoop() = 0;
 
   virtual void SetKey(const std::string& key, int value) = 0;
@@ -56,24 +56,23 @@ class Control {
   virtual void Update(const Package& package) = 0;
   virtual void Uninstall(const std::string& package) = 0;
 
-  /// The web-app service's table, which the packages of the contract enter by this call alone.
+  /// The web-app service's table. Only this call adds the packages of the contract.
   virtual void SetWasApp(const std::string& package, const std::string& app,
                          const std::string& widget, int kind, int gone) = 0;
 
-  /// The channel framework's records, in the order of their packages' ids, each as the members and
-  /// values of one object.
+  /// The channel framework's records by package id, each as the members and values of an object.
   virtual std::vector<TextPairs> Channels() = 0;
 
-  /// Makes the app run, and end. The app must be of an installed package.
+  /// Starts and ends the app, which must belong to an installed package.
   virtual void StartApp(const std::string& app) = 0;
   virtual void StopApp(const std::string& app) = 0;
 
-  /// Sends as this app, which need not run, to a local port of the process. With a reply port the
-  /// app can be answered there.
+  /// Sends as this app, which need not run, to a local port of the process. The process can reply
+  /// to the reply port.
   virtual void SendMessage(const std::string& app, const std::string& port,
                            const std::vector<Entry>& message,
                            const std::optional<std::string>& replyPort) = 0;
-  /// The answers that arrived at the port of the app, strings only.
+  /// The replies that arrived at the port of the app, strings only.
   virtual std::vector<TextPairs> Received(const std::string& app, const std::string& port) = 0;
 
   virtual void AddService(std::uint64_t id, const std::string& package) = 0;
@@ -82,8 +81,8 @@ class Control {
   virtual void SendTvSignal(int signal, const std::vector<std::uint8_t>& payload) = 0;
   virtual void SendProxySignal(int signal) = 0;
 
-  /// Has the process that the television keeps alive (the one under test, or one beside it)
-  /// register with the deadlock watchdog and give a sign of life. The results of the two calls.
+  /// Makes the supervised process (the one under test, or another one) register with the deadlock
+  /// watchdog and notify it. The results of the two calls.
   virtual std::pair<int, int> WatchDaemon(int seconds) = 0;
 
   /// The log's lines, each without its head ("path: function(line) > ") and newline.

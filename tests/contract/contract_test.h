@@ -15,7 +15,7 @@
 
 namespace contract {
 
-/// What callbacks were told, in order. Callbacks come from any thread.
+/// What the callbacks received, in order. Callable from any thread.
 class Notes {
  public:
   static void Add(const std::string& note) {
@@ -43,7 +43,7 @@ class Notes {
   }
 };
 
-/// A television of the test's own.
+/// Has a television for this test.
 class Contract : public testing::Test {
  protected:
   Contract() : m_control(MakeControl()) { Notes::Clear(); }
@@ -54,7 +54,7 @@ class Contract : public testing::Test {
   std::unique_ptr<Control> m_control;
 };
 
-/// The text of a malloc'ed string, which is freed; "null" for none.
+/// Frees a malloc'ed string and returns its text; "null" for null.
 inline std::string Taken(char* text) {
   const std::string copy = text == nullptr ? "null" : text;
   std::free(text);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// The television of the contract's tests as desk-tv has it. The process under test is an operator
-// to it, as this control is, over a connection of its own.
+// Controls desk-tv for the contract tests. For desk-tv the process under test is an operator, as is
+// this control, which has its own connection.
 #include <glib.h>
 #include <json/value.h>
 #include <vconf.h>
@@ -12,8 +12,8 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "desk/common/bus_client.h"
 #include "contract_control.h"
+#include "desk/common/bus_client.h"
 #include "desk_package.h"
 #include "desk_process.h"
 #include "support/wait_for.h"
@@ -22,7 +22,7 @@ namespace contract {
 namespace {
 
 constexpr const char* FENCE_KEY = "memory/contract_fence";
-constexpr const char* OWN_APP = "";  // the process under test is no app
+constexpr const char* OWN_APP = "";  // the process under test is not an app
 
 std::atomic<int> g_fence{0};
 
@@ -70,7 +70,7 @@ TextPairs ToPairs(const Json::Value& object) {
   return pairs;
 }
 
-// What an application of the desk is started with, before the first call of the platform.
+// The environment of an application of the desk, set before the first platform call.
 void SetEnvironment(const desk::DeskPaths& paths, const std::string& log) {
   const std::string address = support::ReadFile(paths.Address());
   setenv("TV_BUS", address.substr(0, address.find('\n')).c_str(), 1);
@@ -99,7 +99,7 @@ class DeskControl : public Control {
         "what the main loop was to bring");
   }
 
-  // The television sends to a process in order: behind the fence's event nothing is on its way.
+  // Events arrive in order: after the event of the fence no earlier one can arrive.
   void RunMainLoop() override {
     const vconf_callback_fn onFence = [](keynode_t* node, void*) {
       g_fence = vconf_keynode_get_int(node);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// The daemon of a television whose services are tested by themselves: it says that its main loop
-// runs, and makes the calls that only a daemon may make when a settings key asks for them.
+// A daemon for the contract tests. It reports that its main loop runs, and makes the calls that
+// only a daemon may make when a settings key is set.
 #include <glib.h>
 #include <smart_deadlock.h>
 #include <vconf.h>

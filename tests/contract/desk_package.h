@@ -8,7 +8,7 @@
 
 namespace contract {
 
-/// Packs an archive that the desk can install. Its services are scripts that wait to be ended.
+/// Packs an archive that the desk can install. Its services are scripts that wait for a signal.
 void WritePackage(const std::string& path, const Package& package);
 
 }  // namespace contract

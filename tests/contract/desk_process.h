@@ -11,8 +11,8 @@
 
 namespace contract {
 
-/// A television of a test's own, in a directory of its own, with a daemon that does nothing. Off
-/// again with the object. Throws std::runtime_error when it does not come up.
+/// A television for one test, in its own directory, with a daemon that does nothing. The destructor
+/// switches it off. The constructor throws std::runtime_error when it does not start.
 class DeskProcess {
  public:
   DeskProcess();
@@ -21,7 +21,7 @@ class DeskProcess {
   DeskProcess& operator=(const DeskProcess&) = delete;
 
   const desk::DeskPaths& Paths() const { return m_paths; }
-  /// For what a test makes beside the television.
+  /// For other files of the test.
   std::string ScratchFile(const std::string& name) const { return m_directory / name; }
 
  private:

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// The television of the contract's tests in memory.
+// Controls the fake for the contract tests.
 #include <json/json.h>
 
 #include <algorithm>
@@ -190,7 +190,7 @@ class FakeControl : public Control {
     return APP_CONTROL_ERROR_NONE;
   }
 
-  std::deque<std::function<void()>> m_waiting;  // what the main loop will run
+  std::deque<std::function<void()>> m_waiting;  // run by the main loop
   std::set<std::string> m_apps;
   std::map<std::uint64_t, fake::Service> m_services;
 };

@@ -14,7 +14,7 @@ using testing::Pair;
 
 constexpr const char* kPort = "contract_port";
 
-/// "key type size value", value only of what is no array.
+/// "key type size value"; an array has no value.
 void NoteEntry(const char* key, const int type, const bundle_keyval_t* kv, void*) {
   void* value = nullptr;
   std::size_t size = 0;

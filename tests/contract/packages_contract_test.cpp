@@ -23,7 +23,7 @@ class Packages : public Contract {
                       {"contract.mid", false, {{"k", "v"}}}};
   }
 
-  /// The package's handle, which lives as long as the test.
+  /// The package's handle, valid until the end of the test.
   package_info_h Open() {
     Tv().Install(m_package);
     EXPECT_EQ(0, package_manager_get_package_info("contract", &m_info));
@@ -64,7 +64,7 @@ void NoteEvent(const char* kind, const char* package, package_manager_event_type
                package_manager_event_state_e state, int progress, package_manager_error_e error,
                void* data) {
   if (state == PACKAGE_MANAGER_EVENT_STATE_PROCESSING) {
-    return;  // as many as the platform likes
+    return;  // any number is valid
   }
   Notes::Add((data == nullptr ? "" : static_cast<const char*>(data)) + std::string(kind) + " " +
              package + " " + std::to_string(type) + " " + std::to_string(state) +
