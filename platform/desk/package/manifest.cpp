@@ -121,6 +121,15 @@ void CheckAppId(const std::string& id, const std::string& package) {
   }
 }
 
+/// A remote page is kept as it is; a leading slash means the package's root.
+std::string CleanStartPage(const std::string& page) {
+  if (IsRemotePage(page)) {
+    return page;
+  }
+  const std::size_t start = page.find_first_not_of('/');
+  return CleanRelativeName(start == std::string::npos ? "" : page.substr(start));
+}
+
 class ManifestReader {
  public:
   explicit ManifestReader(const xmlNode* root) : m_root(root) {}
@@ -216,7 +225,7 @@ class ManifestReader {
         app.metadata.insert(app.metadata.end(), m_shared.begin(), m_shared.end());
       }
       if (app.component == Component::Ui && !m_startPage.empty()) {
-        app.program = CleanRelativeName(m_startPage);
+        app.program = CleanStartPage(m_startPage);
       }
     }
   }
@@ -292,6 +301,10 @@ Json::Value ToJson(const PackageManifest& manifest) {
     item["metadata"] = ToJson(app.metadata);
   }
   return root;
+}
+
+bool IsRemotePage(const std::string& page) {
+  return page.find("://") != std::string::npos;
 }
 
 bool IsPackageId(const std::string& text) {

@@ -57,6 +57,9 @@ PackageManifest ParseConfig(const std::string& xml);
 Json::Value ToJson(const PackageManifest& manifest);
 Json::Value ToJson(const std::vector<Metadata>& metadata);
 
+/// True for a start page that is a URL instead of a file of the package.
+bool IsRemotePage(const std::string& page);
+
 /// 1 to 64 letters, digits, "_" and "-": usable as a directory's name as it stands.
 bool IsPackageId(const std::string& text);
 

@@ -104,15 +104,58 @@ std::string ReadText(ArchiveReader& archive, std::uint64_t limit) {
   return text;
 }
 
+bool HasFile(const PackageFile& package, const std::string& name) {
+  return std::any_of(
+      package.entries.begin(), package.entries.end(),
+      [&](const PackageEntry& entry) { return !entry.directory && entry.name == name; });
+}
+
 void CheckPrograms(const PackageFile& package) {
   for (const PackageApp& app : package.manifest.apps) {
-    const bool found = std::any_of(
-        package.entries.begin(), package.entries.end(),
-        [&](const auto& entry) { return !entry.directory && entry.name == app.program; });
-    if (app.component == Component::Service && !found) {
+    if (app.component == Component::Service && !HasFile(package, app.program)) {
       throw PackageError("the archive has no \"" + app.program + "\", which the service \"" +
                          app.id + "\" is to run");
     }
+  }
+}
+
+/// Also a page that exists only in translations, as locales/<language>/<page>.
+bool HasPage(const PackageFile& package, const std::string& page) {
+  const std::string locales = "locales/";
+  return HasFile(package, page) ||
+         std::any_of(package.entries.begin(), package.entries.end(), [&](const auto& entry) {
+           const std::size_t slash = entry.name.find('/', locales.size());
+           return !entry.directory && entry.name.rfind(locales, 0) == 0 &&
+                  slash != std::string::npos && entry.name.substr(slash + 1) == page;
+         });
+}
+
+/// The platform's default pages, tried in this order when the start page does not exist.
+std::string FallbackPage(const PackageFile& package) {
+  for (const char* page : {"index.htm", "index.html", "index.svg", "index.xhtml", "index.xht"}) {
+    if (HasPage(package, page)) {
+      return page;
+    }
+  }
+  return {};
+}
+
+/// A package that names no start page and has none is accepted: it has a UI application without a
+/// page.
+void ResolveStartPages(PackageFile& package) {
+  for (PackageApp& app : package.manifest.apps) {
+    if (app.component != Component::Ui || IsRemotePage(app.program) ||
+        (!app.program.empty() && HasPage(package, app.program))) {
+      continue;
+    }
+    const std::string fallback = FallbackPage(package);
+    if (fallback.empty() && !app.program.empty()) {
+      throw PackageError("config.xml: the start page \"" + app.program +
+                         "\" is not in the archive, and neither is index.htm, index.html, "
+                         "index.svg, index.xhtml or index.xht. Add the page, or correct the src "
+                         "of the content element");
+    }
+    app.program = fallback;
   }
 }
 
@@ -287,6 +330,7 @@ PackageFile ReadPackage(const std::string& path, const PackageLimits& limits) {
   }
   package.manifest = ParseConfig(config);
   CheckPrograms(package);
+  ResolveStartPages(package);
   return package;
 }
 

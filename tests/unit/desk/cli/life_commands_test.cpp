@@ -208,10 +208,10 @@ TEST_F(CliLife, InstallWarnsOfAnImageThatTheTvCannotMount) {
       "reason":"no loop; /dev/fuse: No such file or directory"}]})");
   EXPECT_EQ(Do({"pkg", "install", m_root + "/a.wgt"}), 0);
   EXPECT_EQ(m_script.Asked("mount.check"), R"({"package":"feederpack"})");
-  EXPECT_EQ(
-      m_err.str(),
-      "tv: warning: feederpack is installed without the data in feederpack.tmg, which this TV "
-      "cannot mount: no loop; /dev/fuse: No such file or directory\n");
+  EXPECT_NE(m_err.str().find(
+                "tv: warning: feederpack is installed without the data in feederpack.tmg, which "
+                "this TV cannot mount: no loop; /dev/fuse: No such file or directory\n"),
+            std::string::npos);
 }
 
 TEST_F(CliLife, StatusTellsWhyNoDaemonRuns) {

@@ -174,6 +174,55 @@ TEST_F(PackageFileTest, RefusesAServiceWhoseProgramIsMissing) {
             "the archive has no \"bin/feed\", which the service \"prog000001.S\" is to run");
 }
 
+std::string Content(const std::string& page) {
+  return Config(UiApp("start00001") + "<content src=\"" + page + "\"/>");
+}
+
+TEST_F(PackageFileTest, AStartPageOfThePackageIsKept) {
+  for (const char* page : {"a/start.html", "/a/start.html"}) {
+    const PackageMaker maker = PackageMaker()
+                                   .Add("config.xml", Content(page))
+                                   .Add("a/start.html", "")
+                                   .Add("index.htm", "");
+    EXPECT_EQ(ReadPackage(Write(maker)).manifest.apps[0].program, "a/start.html") << page;
+  }
+}
+
+TEST_F(PackageFileTest, ATranslatedStartPageIsKept) {
+  const PackageMaker maker = PackageMaker()
+                                 .Add("config.xml", Content("start.html"))
+                                 .Add("locales/en/start.html", "")
+                                 .Add("index.htm", "");
+  EXPECT_EQ(ReadPackage(Write(maker)).manifest.apps[0].program, "start.html");
+}
+
+TEST_F(PackageFileTest, ARemoteStartPageIsKept) {
+  const PackageMaker maker = PackageMaker().Add("config.xml", Content("https://example.org/a"));
+  EXPECT_EQ(ReadPackage(Write(maker)).manifest.apps[0].program, "https://example.org/a");
+}
+
+TEST_F(PackageFileTest, AMissingStartPageFallsBackInOrder) {
+  PackageMaker maker;
+  maker.Add("config.xml", Content("none.html"));
+  for (const char* page : {"index.xht", "index.xhtml", "index.svg", "index.html", "index.htm"}) {
+    maker.Add(page, "");
+    EXPECT_EQ(ReadPackage(Write(maker)).manifest.apps[0].program, page);
+  }
+}
+
+TEST_F(PackageFileTest, WithoutAContentElementADefaultPageIsUsed) {
+  const PackageMaker maker = PackageMaker().AddConfig("start00001").Add("index.html", "");
+  EXPECT_EQ(ReadPackage(Write(maker)).manifest.apps[0].program, "index.html");
+}
+
+TEST_F(PackageFileTest, RefusesAMissingStartPageWithoutAFallback) {
+  EXPECT_EQ(
+      ErrorOf(PackageMaker().Add("config.xml", Content("none.html")).Add("sub/index.html", "")),
+      "config.xml: the start page \"none.html\" is not in the archive, and neither is "
+      "index.htm, index.html, index.svg, index.xhtml or index.xht. Add the page, or correct "
+      "the src of the content element");
+}
+
 TEST_F(PackageFileTest, FailsOnAWrongChecksum) {
   Write(PackageMaker().AddConfig("sum0000001").Add("data", "needle in the archive"));
   std::string bytes = ReadFile(m_file);
