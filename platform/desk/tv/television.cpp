@@ -26,15 +26,19 @@ SupervisorTimes TimesFor(const TvOptions& options) {
   return times;
 }
 
-ServiceNeeds NeedsOf(const TvBase& base, Keys& keys) {
-  return {base.callers, base.busAddress, ProgramDirectory(),
+Needs NeedsOf(const TvBase& base, Keys& keys) {
+  return {base.router,
+          base.options.paths,
+          base.callers,
+          base.busAddress,
+          ProgramDirectory(),
           [&keys](const std::string& key, const std::string& value) { keys.Set(key, value); },
           [&log = base.log](const std::string& line) { log.Say(line); }};
 }
 
 }  // namespace
 
-// In the order of their making; destroyed the other way round.
+// Created in this order, destroyed in reverse.
 struct Television::Parts {
   explicit Parts(const TvBase& base)
       : keys(base.router, base.options.paths),
@@ -43,7 +47,7 @@ struct Television::Parts {
         supervisor(
             base.router, base.callers, base.log, [this] { return launcher.Launch(); },
             TimesFor(base.options)),
-        services(base.router, base.options.paths, NeedsOf(base, keys)) {}
+        services(NeedsOf(base, keys)) {}
 
   Keys keys;
   FaultService faults;

@@ -17,23 +17,23 @@
 
 namespace desk::tv {
 
-/// What the television stands on; everything lives longer than it.
+/// What the process gives the television. The references outlive the television.
 struct TvBase {
   const TvOptions& options;
   Router& router;
   CallerTable& callers;
   TvLog& log;
-  std::string mounts;          ///< how the mount namespace went
+  std::string mounts;          ///< what EnterMountNamespace() returned
   std::string busAddress;      ///< on the machine
   std::string busSocket;       ///< on the machine
   std::function<void()> quit;  ///< ends the main loop
 };
 
-/// The television: all its parts, made in the order in which they need each other. This is the only
-/// place that knows them all. Main loop's thread only.
+/// The television as a whole: creates the core and the services in the order of their dependencies
+/// and connects them. Main loop's thread only.
 class Television {
  public:
-  /// Makes the parts, which add their methods, and starts nothing. Throws DeskError.
+  /// Creates all parts, which add their methods to the router. Starts no process. Throws DeskError.
   explicit Television(const TvBase& base);
   ~Television();
 
@@ -50,7 +50,7 @@ class Television {
 
   const TvBase m_base;
   const long m_startedAt;
-  /// Member of the dump to what gives it.
+  /// Member of the dump to the function that encodes it.
   std::map<std::string, std::function<Json::Value()>> m_dump;
   PowerHooks m_hooks;
   std::unique_ptr<Parts> m_parts;

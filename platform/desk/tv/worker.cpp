@@ -13,17 +13,17 @@
 namespace desk::tv {
 namespace {
 
-[[noreturn]] void GoingDown() {
-  throw DeskError(DeskError::Failed, "the TV is going down");
+[[noreturn]] void ThrowShuttingDown() {
+  throw DeskError(DeskError::Failed, "the TV is shutting down");
 }
 
 }  // namespace
 
-// Lives until both the worker and the main context have let go of it.
+// Shared by the worker and the main context.
 struct Worker::Call {
   std::mutex mutex;
   std::condition_variable done;
-  std::function<void()> function;  // empty once it was run or dropped
+  std::function<void()> function;  // empty once it has run or was dropped
   std::exception_ptr error;
   bool finished = false;
 
@@ -54,10 +54,10 @@ void Worker::Stop() {
     waiting = m_call;
     m_changed.notify_all();
   }
-  // Nothing runs the main context any more: what waits for it is told so.
+  // The main context is no longer running: a job that waits for it must fail.
   if (waiting != nullptr) {
     try {
-      GoingDown();
+      ThrowShuttingDown();
     } catch (const DeskError&) {
       waiting->Finish(std::current_exception());
     }
@@ -76,7 +76,7 @@ void Worker::Post(std::function<void()> job) {
 void Worker::CheckRunning() {
   const std::lock_guard<std::mutex> lock(m_mutex);
   if (m_stopping) {
-    GoingDown();
+    ThrowShuttingDown();
   }
 }
 
@@ -86,7 +86,7 @@ void Worker::OnMainLoop(std::function<void()> function) {
   {
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (m_stopping) {
-      GoingDown();
+      ThrowShuttingDown();
     }
     m_call = call;
   }
@@ -112,7 +112,7 @@ int Worker::Dispatch(void* held) {
     std::exception_ptr error;
     try {
       function();
-    } catch (...) {  // handed to the thread that asked
+    } catch (...) {  // rethrown in the thread of the job
       error = std::current_exception();
     }
     call->Finish(error);

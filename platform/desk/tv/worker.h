@@ -11,28 +11,28 @@
 
 namespace desk::tv {
 
-/// A thread for work that would block the main loop, and the way back from it. Jobs run one at a
-/// time, in order.
+/// A thread for work that would block the main loop. Jobs run one at a time, in order, and may call
+/// back into the main loop.
 class Worker {
  public:
   explicit Worker(const char* name);
-  /// On the main loop's thread. Jobs that have not begun are dropped; one that runs is waited for,
-  /// and its calls of OnMainLoop throw from now on.
+  /// On the main loop's thread. Calls Stop().
   ~Worker();
   Worker(const Worker&) = delete;
   Worker& operator=(const Worker&) = delete;
 
-  /// What the destructor does, for an owner that has more to do afterwards.
+  /// Drops the jobs that have not begun and waits for the running one, whose calls of OnMainLoop()
+  /// and CheckRunning() throw from now on. On the main loop's thread.
   void Stop();
 
-  /// Callable from any thread. An exception of the job ends the process: catch within.
+  /// Callable from any thread. An exception that leaves the job ends the process.
   void Post(std::function<void()> job);
 
-  /// From within a job: runs the function on the default main context, waits for it and lets its
-  /// exception through. Throws DeskError (Failed) when the TV goes down meanwhile.
+  /// Within a job: runs the function on the default main context, waits for it and rethrows its
+  /// exception. Throws DeskError (Failed) when the TV is shutting down.
   void OnMainLoop(std::function<void()> function);
 
-  /// From within a job: throws DeskError (Failed) when the TV goes down.
+  /// Within a job: throws DeskError (Failed) when the TV is shutting down.
   void CheckRunning();
 
  private:
@@ -45,7 +45,7 @@ class Worker {
   std::condition_variable m_changed;
   std::deque<std::function<void()>> m_jobs;  ///< guarded by m_mutex
   bool m_stopping = false;                   ///< guarded by m_mutex
-  std::shared_ptr<Call> m_call;              ///< guarded by m_mutex; the one that is waited for
+  std::shared_ptr<Call> m_call;              ///< guarded by m_mutex; the call in OnMainLoop()
   std::thread m_thread;
 };
 

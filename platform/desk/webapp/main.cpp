@@ -6,25 +6,24 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <memory>
 #include <string>
 
 #include "common/bus_client.h"
 #include "common/desk_error.h"
+#include "common/gio_ptr.h"
 #include "webapp/web_app.h"
 
 namespace {
 
-using Loop = std::unique_ptr<GMainLoop, decltype(&g_main_loop_unref)>;
-
 int Run(const std::string& id, bool background) {
   const char* address = std::getenv("TV_BUS");
   if (address == nullptr) {
-    throw desk::DeskError(desk::DeskError::Usage, "TV_BUS is not set: desk-tv starts this program");
+    throw desk::DeskError(desk::DeskError::Usage,
+                          "TV_BUS is not set: launch the app with `tv app launch`");
   }
-  const Loop loop(g_main_loop_new(nullptr, FALSE), g_main_loop_unref);
+  const desk::MainLoopPtr loop(g_main_loop_new(nullptr, FALSE));
   desk::BusClient bus(address);
-  // Without its TV it has nothing to be shown on.
+  // A web app ends with its TV.
   bus.OnClosed([&loop] { g_main_loop_quit(loop.get()); });
   desk::WebApp app(bus, id, [&loop] { g_main_loop_quit(loop.get()); });
   g_unix_signal_add(

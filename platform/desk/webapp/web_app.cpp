@@ -2,17 +2,25 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "webapp/web_app.h"
 
-#include <glib.h>
-
 #include <cstdio>
+#include <optional>
 #include <utility>
 
 #include "common/desk_error.h"
+#include "common/json.h"
 
 namespace desk {
 namespace {
 
 constexpr unsigned STEP_MS = 150;
+
+// The state that the event requests of this app; nothing when it is another event.
+std::optional<std::string> RequestedState(const Json::Value& event, const std::string& app) {
+  if (event["id"] != Json::Value(app) || event["state"] != Json::Value("enter")) {
+    return std::nullopt;
+  }
+  return event["word"].asString();
+}
 
 }  // namespace
 
@@ -22,47 +30,34 @@ WebApp::WebApp(BusClient& bus, std::string id, std::function<void()> quit)
       "app", [this](const Json::Value& event) { OnEvent(event); }, nullptr);
 }
 
-WebApp::~WebApp() {
-  StopLoading();
-}
-
 void WebApp::Start(bool background) {
   m_loading = {"init", "load", background ? "preload" : "resume"};
-  LoadOn();
+  ScheduleNextState();
 }
 
-void WebApp::LoadOn() {
-  m_timer = g_timeout_add(
-      STEP_MS,
-      [](gpointer data) -> gboolean {
-        static_cast<WebApp*>(data)->OnLoaded();
-        return G_SOURCE_REMOVE;
-      },
-      this);
+void WebApp::ScheduleNextState() {
+  m_timer.Set(STEP_MS, [this] { EnterNextState(); });
 }
 
 void WebApp::StopLoading() {
   m_loading.clear();
-  m_orders.clear();
-  if (m_timer != 0) {
-    g_source_remove(std::exchange(m_timer, 0));
-  }
+  m_requested.clear();
+  m_timer.Stop();
 }
 
-// The next step of the start; behind the last one come the orders that had to wait.
-void WebApp::OnLoaded() {
-  m_timer = 0;
-  const std::string word = std::move(m_loading.front());
+// Requests that came during the start follow its last state.
+void WebApp::EnterNextState() {
+  const std::string state = std::move(m_loading.front());
   m_loading.pop_front();
-  Enter(word);
+  Enter(state);
   if (!m_loading.empty()) {
-    LoadOn();
+    ScheduleNextState();
     return;
   }
-  while (!m_orders.empty()) {
-    const std::string order = std::move(m_orders.front());
-    m_orders.pop_front();
-    Obey(order);
+  while (!m_requested.empty()) {
+    const std::string requested = std::move(m_requested.front());
+    m_requested.pop_front();
+    Obey(requested);
   }
 }
 
@@ -72,32 +67,30 @@ void WebApp::End() {
   Obey("quit");
 }
 
-// Events of all apps come by; orders come to this one alone.
+// The topic carries the events of all apps; requests are sent to this process only.
 void WebApp::OnEvent(const Json::Value& event) {
-  if (event["id"] != Json::Value(m_id) || event["state"] != Json::Value("enter")) {
+  const std::optional<std::string> state = RequestedState(event, m_id);
+  if (!state) {
     return;
   }
-  const std::string word = event["word"].asString();
   if (m_loading.empty()) {
-    Obey(word);
+    Obey(*state);
   } else {
-    m_orders.push_back(word);
+    m_requested.push_back(*state);
   }
 }
 
-void WebApp::Obey(const std::string& word) {
-  Enter(word);
-  if (word == "quit") {
+void WebApp::Obey(const std::string& state) {
+  Enter(state);
+  if (state == "quit") {
     StopLoading();
     m_quit();
   }
 }
 
-void WebApp::Enter(const std::string& word) {
-  Json::Value request(Json::objectValue);
-  request["word"] = word;
+void WebApp::Enter(const std::string& state) {
   try {
-    m_bus.Call("app.entered", request);
+    m_bus.Call("app.entered", JsonObject({{"word", state}}));
   } catch (const DeskError& error) {
     std::fprintf(stderr, "%s: %s\n", m_id.c_str(), error.what());
   }

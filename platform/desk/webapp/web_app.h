@@ -9,39 +9,39 @@
 #include <string>
 
 #include "common/bus_client.h"
+#include "common/timer.h"
 
 namespace desk {
 
-/// The states of one web app, from its start to its end. Each is told to desk-tv before anything
-/// else happens. Main thread only.
+/// The states of one web app, from its start to its end. Each state is reported to desk-tv before
+/// anything else happens. Main thread only.
 class WebApp {
  public:
-  /// quit ends the process's main loop. The bus must live longer.
+  /// `quit` ends the main loop of the process. The bus must outlive this object.
   WebApp(BusClient& bus, std::string id, std::function<void()> quit);
-  ~WebApp();
   WebApp(const WebApp&) = delete;
   WebApp& operator=(const WebApp&) = delete;
 
-  /// Walks init, load, and preload or resume, in the main loop: loading takes its time, so that
-  /// whoever launched the app can subscribe to its words before the first one.
+  /// Enters init, load, and preload or resume, each after a pause, so that whoever launched the app
+  /// can subscribe to its states before the first one.
   void Start(bool background);
-  /// Asked to end: destroy, quit.
+  /// Enters destroy and quit at once.
   void End();
 
  private:
   void OnEvent(const Json::Value& event);
-  void OnLoaded();
-  void LoadOn();
+  void ScheduleNextState();
+  void EnterNextState();
   void StopLoading();
-  void Obey(const std::string& word);
-  void Enter(const std::string& word);
+  void Obey(const std::string& state);
+  void Enter(const std::string& state);
 
   BusClient& m_bus;
   const std::string m_id;
   const std::function<void()> m_quit;
-  std::deque<std::string> m_loading;  ///< words of the start that are still to come
-  std::deque<std::string> m_orders;   ///< those that came meanwhile
-  unsigned m_timer = 0;
+  std::deque<std::string> m_loading;    ///< states of the start that are still to come
+  std::deque<std::string> m_requested;  ///< requests that wait for the end of the start
+  Timer m_timer;
 };
 
 }  // namespace desk

@@ -6,13 +6,33 @@
 
 #include <algorithm>
 #include <cctype>
+#include <utility>
 
 #include "common/desk_error.h"
 
 namespace desk::tv {
 namespace {
 
-constexpr char kSection[] = "apps";
+constexpr char SECTION[] = "apps";
+
+std::map<std::string, std::string> ReadPrograms(const Json::Value& section) {
+  std::map<std::string, std::string> programs;
+  if (!section.isObject()) {
+    return programs;
+  }
+  for (const std::string& id : section.getMemberNames()) {
+    programs[id] = section[id].asString();
+  }
+  return programs;
+}
+
+Json::Value ToJson(const std::map<std::string, std::string>& programs) {
+  Json::Value section(Json::objectValue);
+  for (const auto& [id, program] : programs) {
+    section[id] = program;
+  }
+  return section;
+}
 
 bool IsAppId(const std::string& id) {
   return !id.empty() && id.size() <= 255 && id != DeskPaths::DAEMON_ID &&
@@ -35,14 +55,20 @@ const char* KindName(KnownApp::Kind kind) {
   return "program";
 }
 
+AppRegistry::AppRegistry(const DeskPaths& paths, const Catalogue& catalogue, TvStore& store)
+    : m_paths(paths),
+      m_catalogue(catalogue),
+      m_store(store),
+      m_programs(ReadPrograms(store.Get(SECTION))) {}
+
 std::optional<KnownApp> AppRegistry::Find(const std::string& id) const {
   const PackageApp* app = m_catalogue.FindApp(id);
   if (app != nullptr) {
     return Describe(PackageOfApp(id), *app);
   }
-  const Json::Value& added = m_store.Get(kSection);
-  if (added.isObject() && added.isMember(id)) {
-    return Describe(id, added[id].asString());
+  const auto program = m_programs.find(id);
+  if (program != m_programs.end()) {
+    return Describe(id, program->second);
   }
   return std::nullopt;
 }
@@ -54,10 +80,9 @@ std::vector<KnownApp> AppRegistry::All() const {
       apps.push_back(Describe(id, app));
     }
   }
-  const Json::Value& added = m_store.Get(kSection);
-  for (const std::string& id : added.getMemberNames()) {
+  for (const auto& [id, program] : m_programs) {
     if (m_catalogue.FindApp(id) == nullptr) {
-      apps.push_back(Describe(id, added[id].asString()));
+      apps.push_back(Describe(id, program));
     }
   }
   return apps;
@@ -66,7 +91,7 @@ std::vector<KnownApp> AppRegistry::All() const {
 void AppRegistry::Add(const std::string& id, const std::string& program) {
   if (!IsAppId(id)) {
     throw DeskError(DeskError::Usage,
-                    "\"" + id + "\" cannot be an app id: use letters, digits, \".\", \"_\", \"-\"");
+                    "\"" + id + "\" is not an app id: use letters, digits, \".\", \"_\", \"-\"");
   }
   if (m_catalogue.FindApp(id) != nullptr) {
     throw DeskError(DeskError::Failed,
@@ -76,9 +101,10 @@ void AppRegistry::Add(const std::string& id, const std::string& program) {
     throw DeskError(DeskError::Failed,
                     program + " cannot be run: give the path of an executable file");
   }
-  Json::Value added = m_store.Get(kSection);
-  added[id] = program;
-  m_store.Set(kSection, added);
+  std::map<std::string, std::string> programs = m_programs;
+  programs[id] = program;
+  m_store.Set(SECTION, ToJson(programs));
+  m_programs = std::move(programs);
 }
 
 KnownApp AppRegistry::Describe(const std::string& package, const PackageApp& app) const {

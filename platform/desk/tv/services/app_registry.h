@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -17,27 +18,26 @@ namespace desk::tv {
 struct KnownApp {
   enum class Kind { Ui, Service, Program };
   std::string id;
-  std::string package;  ///< empty for a program that was declared
+  std::string package;  ///< empty for a program that was added by hand
   Kind kind = Kind::Program;
-  std::string program;    ///< absolute; of a UI application the start page, or empty
-  std::string directory;  ///< to run in
+  std::string program;    ///< absolute path; for a UI application its start page, or empty
+  std::string directory;  ///< working directory of the process
   std::vector<Metadata> metadata;
 };
 
 /// "ui", "service" or "program".
 const char* KindName(KnownApp::Kind kind);
 
-/// The apps of the installed packages, and those that were declared by hand, which are kept over
-/// power-off. An installed app hides a declared one of the same id. Main loop only.
+/// The apps of the installed packages, and the programs that were added by hand, which survive
+/// power-off. An app of a package hides a program with the same id. Main loop only.
 class AppRegistry {
  public:
-  AppRegistry(const DeskPaths& paths, const Catalogue& catalogue, TvStore& store)
-      : m_paths(paths), m_catalogue(catalogue), m_store(store) {}
+  AppRegistry(const DeskPaths& paths, const Catalogue& catalogue, TvStore& store);
 
   std::optional<KnownApp> Find(const std::string& id) const;
   std::vector<KnownApp> All() const;
-  /// Throws DeskError: Usage for an id that cannot be, Failed when a package has it or the program
-  /// cannot be run.
+  /// Throws DeskError: Usage for an invalid id, Failed when a package has the id, when the program
+  /// cannot be run, and when the store cannot be written.
   void Add(const std::string& id, const std::string& program);
 
  private:
@@ -47,6 +47,7 @@ class AppRegistry {
   const DeskPaths m_paths;
   const Catalogue& m_catalogue;
   TvStore& m_store;
+  std::map<std::string, std::string> m_programs;  ///< added by hand: id to program
 };
 
 }  // namespace desk::tv

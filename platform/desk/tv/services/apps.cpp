@@ -7,9 +7,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
-#include <filesystem>
 #include <utility>
-#include <vector>
 
 #include "app_control.h"
 #include "app_manager.h"
@@ -20,32 +18,70 @@
 namespace desk::tv {
 namespace {
 
-constexpr char kStatusKey[] = "rtc/memory/WebApp/";
-constexpr char kBackground[] = "backgroundAtStartup";
+constexpr char STATE_KEY[] = "rtc/memory/WebApp/";
+constexpr char BACKGROUND[] = "backgroundAtStartup";
 
-// An object, of texts alone: a launch has nothing else to give.
-Json::Value ExtraDataOf(const Json::Value& request) {
+// Extra data that is not a string is ignored: app_control can only add strings.
+LaunchRequest ReadLaunchRequest(const Json::Value& request) {
+  LaunchRequest launch;
+  launch.app = RequireString(request, "app");
+  launch.operation = OptionalString(request, "operation", "");
+  if (launch.operation.empty()) {
+    launch.operation = APP_CONTROL_OPERATION_DEFAULT;
+  }
   const Json::Value& extra = request["extra"];
-  Json::Value data(Json::objectValue);
   for (const std::string& key :
        extra.isObject() ? extra.getMemberNames() : Json::Value::Members()) {
     if (extra[key].isString()) {
-      data[key] = extra[key];
+      launch.extra[key] = extra[key].asString();
     }
   }
-  return data;
+  return launch;
 }
 
-bool IsBackgroundLaunch(const Json::Value& request) {
-  return ExtraDataOf(request)[ORV_LAUNCH_MODE_KEY] == Json::Value(kBackground);
+std::string ExtraDataText(const LaunchRequest& launch) {
+  Json::Value data(Json::objectValue);
+  for (const auto& [key, value] : launch.extra) {
+    data[key] = value;
+  }
+  return FormatJson(data);
 }
 
-std::string OperationOf(const Json::Value& request) {
-  const std::string operation = OptionalString(request, "operation", "");
-  return operation.empty() ? APP_CONTROL_OPERATION_DEFAULT : operation;
+WebAppState ReadState(const Json::Value& request) {
+  const std::string word = RequireString(request, "word");
+  const std::optional<WebAppState> state = ParseState(word);
+  if (!state) {
+    throw DeskError(DeskError::Usage, "a web app has no state \"" + word +
+                                          "\": use init, load, preload, resume, pause, destroy or "
+                                          "quit");
+  }
+  return *state;
 }
 
-// Status of a process that has been killed, as waitpid gives it; the process stays for its watch.
+Json::Value ToJson(const LaunchResult& launch) {
+  Json::Value reply = JsonObject({{"result", launch.result}});
+  if (launch.pid) {
+    reply["pid"] = *launch.pid;
+  }
+  return reply;
+}
+
+Json::Value ToJson(const AppStatus& status) {
+  return JsonObject({{"package", status.app.package},
+                     {"component", KindName(status.app.kind)},
+                     {"program", status.app.program},
+                     {"metadata", desk::ToJson(status.app.metadata)},
+                     {"running", status.pid.has_value()},
+                     {"pid", status.pid.value_or(0)}});
+}
+
+Json::Value EventBody(const std::string& id, pid_t pid, const char* event,
+                      const std::string& word) {
+  return JsonObject({{"id", id}, {"state", event}, {"pid", pid}, {"word", word}});
+}
+
+// Waits for a process that was killed. Returns its status in the form of waitpid(), and leaves the
+// process to be reaped by its watch.
 int AwaitEnd(pid_t pid) {
   siginfo_t info{};
   while (waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOWAIT) != 0) {
@@ -56,21 +92,17 @@ int AwaitEnd(pid_t pid) {
   return info.si_code == CLD_EXITED ? info.si_status << 8 : info.si_status;
 }
 
-Json::Value Result(int result) {
-  Json::Value answer(Json::objectValue);
-  answer["result"] = result;
-  return answer;
-}
-
 }  // namespace
 
-Apps::Apps(Router& router, const DeskPaths& paths, const Catalogue& catalogue, TvStore& store,
-           AppNeeds needs)
-    : m_router(router),
-      m_paths(paths),
-      m_needs(std::move(needs)),
-      m_registry(paths, catalogue, store) {
-  AddMethods(router);
+bool LaunchRequest::IsBackground() const {
+  const auto mode = extra.find(ORV_LAUNCH_MODE_KEY);
+  return mode != extra.end() && mode->second == BACKGROUND;
+}
+
+Apps::Apps(const Needs& needs, const Catalogue& catalogue, TvStore& store)
+    : m_needs(needs), m_registry(needs.paths, catalogue, store) {
+  AddMethods(needs.router);
+  AddStateMethods(needs.router);
 }
 
 Apps::~Apps() {
@@ -79,117 +111,128 @@ Apps::~Apps() {
 
 void Apps::AddMethods(Router& router) {
   router.Add("app.info", [this](const Json::Value& request, const Caller&) {
-    return Info(RequireString(request, "app"));
+    const std::optional<AppStatus> status = Find(RequireString(request, "app"));
+    Json::Value reply = status ? ToJson(*status) : Json::Value(Json::objectValue);
+    reply["found"] = status.has_value();
+    return reply;
   });
   router.Add("app.list", [this](const Json::Value&, const Caller&) {
-    Json::Value answer(Json::objectValue);
-    answer["apps"] = Dump();
-    return answer;
+    return JsonObject({{"apps", Dump()}});
   });
   router.Add("app.add", [this](const Json::Value& request, const Caller&) {
     m_registry.Add(RequireString(request, "app"), RequireString(request, "program"));
     return Json::Value(Json::objectValue);
   });
-  router.Add("app.launch",
-             [this](const Json::Value& request, const Caller&) { return Launch(request); });
+  router.Add("app.launch", [this](const Json::Value& request, const Caller&) {
+    return ToJson(Launch(ReadLaunchRequest(request)));
+  });
   router.Add("app.terminate", [this](const Json::Value& request, const Caller&) {
-    return Result(Signal(RequireString(request, "app"), SIGTERM));
+    return JsonObject({{"result", Signal(RequireString(request, "app"), SIGTERM)}});
   });
   router.Add("app.kill", [this](const Json::Value& request, const Caller&) {
-    return Result(Signal(RequireString(request, "app"), SIGKILL));
+    return JsonObject({{"result", Signal(RequireString(request, "app"), SIGKILL)}});
   });
-  router.AddDeferred("app.status",
-                     [this](const Json::Value& request, const Caller&,
-                            std::shared_ptr<Reply> reply) { Enter(request, std::move(reply)); });
+}
+
+void Apps::AddStateMethods(Router& router) {
+  router.AddDeferred("app.status", [this](const Json::Value& request, const Caller&,
+                                          const std::shared_ptr<Reply>& reply) {
+    const std::string id = RequireString(request, "app");
+    RequestState(id, ReadState(request), [reply](const std::string& failure) {
+      if (failure.empty()) {
+        reply->Return(Json::Value(Json::objectValue));
+      } else {
+        reply->Fail(DeskError::Failed, failure);
+      }
+    });
+  });
   router.Add("app.entered", [this](const Json::Value& request, const Caller& caller) {
-    return OnEntered(request, caller);
+    OnEntered(ParseState(RequireString(request, "word")), caller);
+    return Json::Value(Json::objectValue);
   });
 }
 
-Json::Value Apps::Info(const std::string& id) const {
-  const std::optional<KnownApp> app = m_registry.Find(id);
-  Json::Value answer(Json::objectValue);
-  answer["found"] = app.has_value();
-  if (!app) {
-    return answer;
-  }
-  const auto running = m_running.find(id);
-  answer["package"] = app->package;
-  answer["component"] = KindName(app->kind);
-  answer["program"] = app->program;
-  answer["metadata"] = ToJson(app->metadata);
-  answer["running"] = running != m_running.end();
-  answer["pid"] = running == m_running.end() ? 0 : running->second.pid;
-  return answer;
+std::optional<AppStatus> Apps::Find(const std::string& id) const {
+  std::optional<KnownApp> app = m_registry.Find(id);
+  return app ? std::make_optional(StatusOf(std::move(*app))) : std::nullopt;
 }
 
-Json::Value Apps::Dump() const {
-  Json::Value list(Json::arrayValue);
-  for (const KnownApp& app : m_registry.All()) {
-    const auto running = m_running.find(app.id);
-    Json::Value& item = list.append(Info(app.id));
-    item.removeMember("found");
-    item["id"] = app.id;
-    item["status"] = running == m_running.end() ? "" : running->second.word;
+std::vector<AppStatus> Apps::List() const {
+  std::vector<AppStatus> list;
+  for (KnownApp& app : m_registry.All()) {
+    list.push_back(StatusOf(std::move(app)));
   }
   return list;
 }
 
-// A running app gets the request: it comes to the front, unless it is to stay in the background.
-// One that has quit or was killed, and whose process is on its way out, is started anew.
-Json::Value Apps::Launch(const Json::Value& request) {
-  const std::string id = RequireString(request, "app");
-  const bool background = IsBackgroundLaunch(request);
-  const std::optional<KnownApp> app = m_registry.Find(id);
-  if (!app) {
-    return Result(APP_CONTROL_ERROR_APP_NOT_FOUND);
+AppStatus Apps::StatusOf(KnownApp app) const {
+  AppStatus status;
+  const auto process = m_processes.find(app.id);
+  if (process != m_processes.end()) {
+    status.pid = process->second.pid;
+    status.state = process->second.state;
   }
-  Json::Value answer = Result(APP_CONTROL_ERROR_NONE);
-  auto running = m_running.find(id);
-  if (running != m_running.end() && running->second.ending) {
-    EndNow(id, running->second.pid);
-    running = m_running.end();
-  }
-  if (running != m_running.end()) {
-    if (app->kind == KnownApp::Kind::Ui && !background) {
-      Json::Value order;
-      order["app"] = id;
-      order["word"] = "resume";
-      Enter(order, nullptr);
-    }
-    answer["pid"] = running->second.pid;
-    return answer;
-  }
-  try {
-    answer["pid"] = Start(*app, request);
-  } catch (const DeskError& error) {
-    m_needs.log("cannot launch " + id + ": " + error.what());
-    return Result(APP_CONTROL_ERROR_LAUNCH_FAILED);
-  }
-  return answer;
+  status.app = std::move(app);
+  return status;
 }
 
-pid_t Apps::Start(const KnownApp& app, const Json::Value& request) {
-  ProcessOrder order;
+Json::Value Apps::Dump() const {
+  Json::Value list(Json::arrayValue);
+  for (const AppStatus& status : List()) {
+    Json::Value& item = list.append(ToJson(status));
+    item["id"] = status.app.id;
+    item["status"] = status.state ? StateName(*status.state) : "";
+  }
+  return list;
+}
+
+LaunchResult Apps::Launch(const LaunchRequest& request) {
+  const std::optional<KnownApp> app = m_registry.Find(request.app);
+  if (!app) {
+    return {APP_CONTROL_ERROR_APP_NOT_FOUND, std::nullopt};
+  }
+  auto process = m_processes.find(app->id);
+  if (process != m_processes.end() && process->second.ending) {
+    EndNow(app->id, process->second.pid);
+    process = m_processes.end();
+  }
+  if (process != m_processes.end()) {
+    const pid_t pid = process->second.pid;
+    if (app->kind == KnownApp::Kind::Ui && !request.IsBackground()) {
+      process->second.requests.Add(WebAppState::Resume, nullptr, SenderTo(app->id, pid));
+    }
+    return {APP_CONTROL_ERROR_NONE, pid};
+  }
+  try {
+    return {APP_CONTROL_ERROR_NONE, Start(*app, request)};
+  } catch (const DeskError& error) {
+    m_needs.log("cannot launch " + app->id + ": " + error.what());
+    return {APP_CONTROL_ERROR_LAUNCH_FAILED, std::nullopt};
+  }
+}
+
+pid_t Apps::Start(const KnownApp& app, const LaunchRequest& request) {
+  ProcessOrder process;
   if (app.kind == KnownApp::Kind::Ui) {
-    order.arguments = {m_needs.tools + "/desk-webapp", app.id,
-                       IsBackgroundLaunch(request) ? "--background" : "--foreground"};
+    process.arguments = {m_needs.tools + "/desk-webapp", app.id,
+                         request.IsBackground() ? "--background" : "--foreground"};
   } else {
-    order.arguments = {app.program};
+    process.arguments = {app.program};
   }
   const char* path = std::getenv("PATH");
-  order.environment = {"TV_ROOT=" + m_paths.Root(),
-                       "TV_BUS=" + m_needs.busAddress,
-                       "TV_ROLE=app",
-                       "TV_APP_ID=" + app.id,
-                       "TV_OPERATION=" + OperationOf(request),
-                       "TV_DATA=" + FormatJson(ExtraDataOf(request)),
-                       "PATH=" + m_needs.tools + ":" + (path == nullptr ? "/usr/bin:/bin" : path)};
-  order.directory = app.directory;
-  order.output = m_paths.Log() + "/" + app.id + ".log";
-  const pid_t pid = StartProcess(order);
+  process.environment = {
+      "TV_ROOT=" + m_needs.paths.Root(),
+      "TV_BUS=" + m_needs.busAddress,
+      "TV_ROLE=app",
+      "TV_APP_ID=" + app.id,
+      "TV_OPERATION=" + request.operation,
+      "TV_DATA=" + ExtraDataText(request),
+      "PATH=" + m_needs.tools + ":" + (path == nullptr ? "/usr/bin:/bin" : path)};
+  process.directory = app.directory;
+  process.output = m_needs.paths.Log() + "/" + app.id + ".log";
+  const pid_t pid = StartProcess(process);
   m_needs.callers.AddApp(pid, app.id);
-  m_running[app.id].pid = pid;
+  m_processes[app.id].pid = pid;
   CallerTable& callers = m_needs.callers;
   WatchProcess(pid,
                [this, alive = std::weak_ptr<int>(m_alive), &callers, id = app.id, pid](int status) {
@@ -198,28 +241,28 @@ pid_t Apps::Start(const KnownApp& app, const Json::Value& request) {
                    OnExit(id, pid, status);
                  }
                });
-  Tell(app.id, pid, "launched", "");
+  SendEvent(app.id, pid, "launched", "");
   return pid;
 }
 
 int Apps::Signal(const std::string& id, int number) {
-  const auto running = m_running.find(id);
-  if (running == m_running.end()) {
+  const auto process = m_processes.find(id);
+  if (process == m_processes.end()) {
     return m_registry.Find(id) ? APP_MANAGER_ERROR_APP_NO_RUNNING : APP_MANAGER_ERROR_NO_SUCH_APP;
   }
-  running->second.ending = running->second.ending || number == SIGKILL;
-  // Its pid is its own until its watch has run.
-  return kill(running->second.pid, number) == 0 ? APP_MANAGER_ERROR_NONE
+  process->second.ending = process->second.ending || number == SIGKILL;
+  // The pid cannot have been reused: the watch of the process has not reaped it yet.
+  return kill(process->second.pid, number) == 0 ? APP_MANAGER_ERROR_NONE
                                                 : APP_MANAGER_ERROR_REQUEST_FAILED;
 }
 
-// The ends are told before the package's change is, so they are not left to the watches, whose turn
-// comes later and which find the apps gone.
+// Ends the processes here and not in their watches: the events of the apps precede the event of the
+// package, and a watch would run after the package has changed.
 void Apps::EndPackage(const std::string& package) {
   std::vector<std::pair<std::string, pid_t>> ending;
-  for (const auto& [id, running] : m_running) {
+  for (const auto& [id, process] : m_processes) {
     if (PackageOfApp(id) == package) {
-      ending.emplace_back(id, running.pid);
+      ending.emplace_back(id, process.pid);
     }
   }
   for (const auto& [id, pid] : ending) {
@@ -233,83 +276,66 @@ void Apps::EndNow(const std::string& id, pid_t pid) {
 }
 
 void Apps::EndAll() {
-  for (auto& [id, running] : m_running) {
-    kill(-running.pid, SIGKILL);
-    running.orders.Fail("the TV was switched off");
+  for (auto& [id, process] : m_processes) {
+    kill(-process.pid, SIGKILL);
+    process.requests.Fail("the TV was switched off");
   }
-  m_running.clear();
+  m_processes.clear();
 }
 
-void Apps::Enter(const Json::Value& request, std::shared_ptr<Reply> reply) {
-  const std::string id = RequireString(request, "app");
-  const std::string word = RequireString(request, "word");
+void Apps::RequestState(const std::string& id, WebAppState state, StateRequests::Done done) {
   const std::optional<KnownApp> app = m_registry.Find(id);
-  if (!IsWebAppWord(word)) {
-    throw DeskError(DeskError::Usage, "a web app cannot enter \"" + word +
-                                          "\": init, load, preload, resume, pause, destroy, quit");
-  }
   if (!app) {
     throw DeskError(DeskError::NotFound, "there is no app " + id + ": see `tv app list`");
   }
-  const auto running = m_running.find(id);
-  if (app->kind != KnownApp::Kind::Ui || running == m_running.end()) {
-    throw DeskError(DeskError::Failed, app->kind != KnownApp::Kind::Ui
-                                           ? id + " is no web app"
-                                           : id + " is not running: use `tv app launch`");
+  if (app->kind != KnownApp::Kind::Ui) {
+    throw DeskError(DeskError::Failed, id + " is not a web app: only web apps have states");
   }
-  running->second.orders.Add(word, std::move(reply), OrderTo(id, running->second.pid));
+  const auto process = m_processes.find(id);
+  if (process == m_processes.end()) {
+    throw DeskError(DeskError::Failed, id + " is not running: use `tv app launch`");
+  }
+  process->second.requests.Add(state, std::move(done), SenderTo(id, process->second.pid));
 }
 
-WebAppOrders::Send Apps::OrderTo(const std::string& id, pid_t pid) {
-  return [this, id, pid](const std::string& to, const std::string& word) {
-    Json::Value body(Json::objectValue);
-    body["id"] = id;
-    body["state"] = "enter";
-    body["pid"] = pid;
-    body["word"] = word;
-    m_router.EmitTo(to, "app", body);
+StateRequests::Send Apps::SenderTo(const std::string& id, pid_t pid) {
+  return [this, id, pid](const std::string& busName, WebAppState state) {
+    m_needs.router.EmitTo(busName, "app", EventBody(id, pid, "enter", StateName(state)));
   };
 }
 
-Json::Value Apps::OnEntered(const Json::Value& request, const Caller& caller) {
-  const std::string word = RequireString(request, "word");
-  const auto running = m_running.find(caller.appId);
-  if (caller.kind != Caller::Kind::App || running == m_running.end() || !IsWebAppWord(word)) {
-    throw DeskError(DeskError::Failed, "only a running web app enters states");
+void Apps::OnEntered(std::optional<WebAppState> state, const Caller& caller) {
+  const auto found = m_processes.find(caller.appId);
+  if (caller.kind != Caller::Kind::App || found == m_processes.end() || !state) {
+    throw DeskError(DeskError::Failed, "only a running web app can report one of its states");
   }
-  running->second.word = word;
-  running->second.ending = running->second.ending || word == "quit";
-  m_needs.setKey(kStatusKey + caller.appId, word);
-  Tell(caller.appId, running->second.pid, "status", word);
-  running->second.orders.OnEntered(caller.busName, word,
-                                   OrderTo(caller.appId, running->second.pid));
-  return Json::Value(Json::objectValue);
+  Process& process = found->second;
+  process.state = state;
+  process.ending = process.ending || state == WebAppState::Quit;
+  m_needs.setKey(STATE_KEY + caller.appId, StateName(*state));
+  SendEvent(caller.appId, process.pid, "status", StateName(*state));
+  process.requests.OnEntered(caller.busName, *state, SenderTo(caller.appId, process.pid));
 }
 
 void Apps::OnExit(const std::string& id, pid_t pid, int status) {
-  const auto found = m_running.find(id);
-  if (found == m_running.end() || found->second.pid != pid) {
+  const auto found = m_processes.find(id);
+  if (found == m_processes.end() || found->second.pid != pid) {
     return;
   }
-  Running ended = std::move(found->second);
-  m_running.erase(found);
-  // What it left in its session has no app any more.
+  Process ended = std::move(found->second);
+  m_processes.erase(found);
+  // Other processes of its session belong to the app too.
   kill(-pid, SIGKILL);
   m_needs.log(id + " ended: " + DescribeStatus(status));
-  if (!ended.word.empty() && ended.word != "quit") {
-    m_needs.setKey(kStatusKey + id, "destroy");
+  if (ended.state && ended.state != WebAppState::Quit) {
+    m_needs.setKey(STATE_KEY + id, StateName(WebAppState::Destroy));
   }
-  Tell(id, pid, WIFSIGNALED(status) ? "killed" : "exited", "");
-  ended.orders.Fail(id + " ended before it entered the state");
+  SendEvent(id, pid, WIFSIGNALED(status) ? "killed" : "exited", "");
+  ended.requests.Fail(id + " ended before it entered the state");
 }
 
-void Apps::Tell(const std::string& id, pid_t pid, const char* state, const std::string& word) {
-  Json::Value body(Json::objectValue);
-  body["id"] = id;
-  body["state"] = state;
-  body["pid"] = pid;
-  body["word"] = word;
-  m_router.Emit("app", body);
+void Apps::SendEvent(const std::string& id, pid_t pid, const char* event, const std::string& word) {
+  m_needs.router.Emit("app", EventBody(id, pid, event, word));
 }
 
 }  // namespace desk::tv

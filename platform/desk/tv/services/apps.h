@@ -5,81 +5,96 @@
 #include <json/value.h>
 #include <sys/types.h>
 
-#include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
-#include "common/paths.h"
-#include "tv/callers.h"
-#include "tv/router.h"
 #include "tv/services/app_registry.h"
-#include "tv/services/web_app_requests.h"
+#include "tv/services/needs.h"
+#include "tv/services/state_requests.h"
 
 namespace desk::tv {
 
-/// What the launcher needs of the rest of the television. Everything lives longer than it.
-struct AppNeeds {
-  CallerTable& callers;
-  std::string busAddress;  ///< for the environment of the apps
-  std::string tools;       ///< directory of tv and desk-webapp
-  std::function<void(const std::string& key, const std::string& value)> setKey;
-  std::function<void(const std::string& line)> log;
+struct LaunchRequest {
+  std::string app;
+  std::string operation;                     ///< the default operation when the launch named none
+  std::map<std::string, std::string> extra;  ///< extra data: key to value
+
+  /// Whether the extra data asks for a launch that stays in the background.
+  bool IsBackground() const;
+};
+
+struct LaunchResult {
+  int result = 0;            ///< a code of app_control.h
+  std::optional<pid_t> pid;  ///< empty when no process runs
+};
+
+/// One app, and its process if it has one.
+struct AppStatus {
+  KnownApp app;
+  std::optional<pid_t> pid;
+  std::optional<WebAppState> state;  ///< of a web app that runs: the last that it reported
 };
 
 /// The processes of apps: app.* and the topic "app". Main loop only.
 ///
-/// One process for each app, in a session of its own. What an app has started ends with it. A UI
-/// application is run by desk-webapp, which says with app.entered what state it is in; the word
-/// goes to the settings key of its status. When such a process is killed, the word is "destroy", as
-/// the web runtime has it for an app that the system took away.
+/// Each app has at most one process, which leads a session of its own; the whole session is killed
+/// when the app ends. A UI application is run by desk-webapp, which reports each state of the web
+/// app with app.entered; the state is also written to the settings key of the app. When that
+/// process is killed, the state becomes "destroy", as the platform's web runtime does for an app
+/// that the system ends.
 ///
-/// A process finds the operation and the extra data of the launch that started it in its
-/// environment; later launches do not change them.
+/// The environment of a process holds the operation and the extra data of the launch that started
+/// it. Later launches do not change it.
 class Apps {
  public:
-  Apps(Router& router, const DeskPaths& paths, const Catalogue& catalogue, TvStore& store,
-       AppNeeds needs);
-  /// Kills what runs, and tells nobody.
+  Apps(const Needs& needs, const Catalogue& catalogue, TvStore& store);
+  /// Kills all processes. Sends no events.
   ~Apps();
   Apps(const Apps&) = delete;
   Apps& operator=(const Apps&) = delete;
 
-  /// Kills the processes of a package that changes or goes. When it returns they have ended, and
-  /// that has been told.
+  std::optional<AppStatus> Find(const std::string& id) const;
+  std::vector<AppStatus> List() const;
+  /// Starts the app. An app that runs already comes to the front instead, unless the launch asks
+  /// for the background. Logs why a process could not be started.
+  LaunchResult Launch(const LaunchRequest& request);
+
+  /// Kills the processes of a package that is about to change. On return they have ended and the
+  /// events have been sent.
   void EndPackage(const std::string& package);
-  /// Power-off: kills all processes, and tells nobody.
+  /// Power-off: kills all processes. Sends no events.
   void EndAll();
 
-  /// As the reply of app.list has it in `apps`.
+  /// As `apps` in the reply of app.list.
   Json::Value Dump() const;
 
  private:
-  struct Running {
+  struct Process {
     pid_t pid = 0;
-    std::string word;     ///< of a web app, the last that it entered
-    bool ending = false;  ///< killed, or a web app that has quit: only its process is left
-    WebAppOrders orders;  ///< of a web app, what it was told and has not done yet
+    std::optional<WebAppState> state;  ///< of a web app: the last that it reported
+    bool ending = false;               ///< killed, or a web app that has quit: still to be reaped
+    StateRequests requests;            ///< to a web app
   };
 
   void AddMethods(Router& router);
-  Json::Value Info(const std::string& id) const;
-  Json::Value Launch(const Json::Value& request);
-  pid_t Start(const KnownApp& app, const Json::Value& request);
+  void AddStateMethods(Router& router);
+  AppStatus StatusOf(KnownApp app) const;
+  pid_t Start(const KnownApp& app, const LaunchRequest& request);
   int Signal(const std::string& id, int number);
-  void Enter(const Json::Value& request, std::shared_ptr<Reply> reply);
-  WebAppOrders::Send OrderTo(const std::string& id, pid_t pid);
-  Json::Value OnEntered(const Json::Value& request, const Caller& caller);
+  void RequestState(const std::string& id, WebAppState state, StateRequests::Done done);
+  StateRequests::Send SenderTo(const std::string& id, pid_t pid);
+  void OnEntered(std::optional<WebAppState> state, const Caller& caller);
   void OnExit(const std::string& id, pid_t pid, int status);
   void EndNow(const std::string& id, pid_t pid);
-  void Tell(const std::string& id, pid_t pid, const char* state, const std::string& word);
+  void SendEvent(const std::string& id, pid_t pid, const char* event, const std::string& word);
 
-  Router& m_router;
-  const DeskPaths m_paths;
-  const AppNeeds m_needs;
+  const Needs m_needs;
   AppRegistry m_registry;
-  std::map<std::string, Running> m_running;
-  /// Ends before everything else: watches of processes look whether it is still there.
+  std::map<std::string, Process> m_processes;
+  /// Destroyed first. The watches of processes hold a weak pointer to it: they may fire later.
   std::shared_ptr<int> m_alive = std::make_shared<int>(0);
 };
 

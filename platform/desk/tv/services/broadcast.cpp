@@ -12,23 +12,62 @@
 namespace desk::tv {
 namespace {
 
-constexpr char kServices[] = "services";
-constexpr char kTuned[] = "tuned";
-constexpr char kLastService[] = "db/boot/last_service";
-constexpr char kVirtual[] = "vc-service";
-constexpr char kOrdinary[] = "tv-service";
-// The main output, and broadcast as its source.
-constexpr int kOutput = 1;
-constexpr int kSource = 0;
+constexpr char SERVICES[] = "services";
+constexpr char TUNED[] = "tuned";
+constexpr char LAST_SERVICE[] = "db/boot/last_service";
+constexpr char VIRTUAL_SERVICE[] = "vc-service";
+constexpr char ORDINARY_SERVICE[] = "tv-service";
+constexpr int MAIN_OUTPUT = 1;
+constexpr int BROADCAST_SOURCE = 0;
 
-std::uint64_t IdIn(const Json::Value& request) {
+std::uint64_t ReadId(const Json::Value& request) {
   if (!request["id"].isUInt64()) {
     throw DeskError(DeskError::Usage, "a service id is a number from 0 to 18446744073709551615");
   }
   return request["id"].asUInt64();
 }
 
-std::string Hex(std::uint64_t id) {
+BroadcastService ReadService(const Json::Value& request) {
+  return {ReadId(request), OptionalString(request, "package", "")};
+}
+
+std::vector<BroadcastService> ReadServices(const Json::Value& section) {
+  std::vector<BroadcastService> services;
+  for (const Json::Value& service : section) {
+    services.push_back({service["id"].asUInt64(), service["package"].asString()});
+  }
+  return services;
+}
+
+struct SignalRequest {
+  int number = 0;
+  std::string data;  ///< hexadecimal
+};
+
+SignalRequest ReadSignal(const Json::Value& request) {
+  const std::string data = OptionalString(request, "data", "");
+  const bool hex =
+      std::all_of(data.begin(), data.end(), [](unsigned char c) { return std::isxdigit(c) != 0; });
+  if (!request["signal"].isInt() || !hex || data.size() % 2 != 0) {
+    throw DeskError(DeskError::Usage,
+                    "a signal is a number, and its data has two hex digits per byte");
+  }
+  return {request["signal"].asInt(), data};
+}
+
+Json::Value ToJson(const BroadcastService& service) {
+  return JsonObject({{"id", Json::UInt64(service.id)}, {"package", service.package}});
+}
+
+Json::Value ToJson(const std::vector<BroadcastService>& services) {
+  Json::Value list(Json::arrayValue);
+  for (const BroadcastService& service : services) {
+    list.append(ToJson(service));
+  }
+  return list;
+}
+
+std::string HexBytes(std::uint64_t id) {
   constexpr char digits[] = "0123456789abcdef";
   std::string text;
   for (int byte = 0; byte < 8; ++byte, id >>= 8) {
@@ -45,154 +84,135 @@ DeskError NoService(std::uint64_t id) {
 
 }  // namespace
 
-Broadcast::Broadcast(Router& router, TvStore& store, const Channels& channels, SetKey setKey)
-    : m_router(router), m_store(store), m_channels(channels), m_setKey(std::move(setKey)) {
-  AddMethods(router);
+Broadcast::Broadcast(const Needs& needs, TvStore& store, const Channels& channels)
+    : m_needs(needs),
+      m_store(store),
+      m_channels(channels),
+      m_services(ReadServices(store.Get(SERVICES))) {
+  const Json::Value& tuned = store.Get(TUNED);
+  if (tuned.isUInt64()) {
+    m_tuned = tuned.asUInt64();
+  }
+  AddMethods(needs.router);
 }
 
 void Broadcast::AddMethods(Router& router) {
   router.Add("service.list", [this](const Json::Value&, const Caller&) {
-    Json::Value answer(Json::objectValue);
-    answer["services"] = Dump();
-    return answer;
+    return JsonObject({{"services", Dump()}});
   });
   router.Add("service.find", [this](const Json::Value& request, const Caller&) {
-    const std::optional<std::string> package = PackageOf(IdIn(request));
-    Json::Value answer(Json::objectValue);
-    answer["found"] = package.has_value();
+    const std::optional<std::string> package = PackageOf(ReadId(request));
+    Json::Value reply = JsonObject({{"found", package.has_value()}});
     if (package) {
-      answer["package"] = *package;
+      reply["package"] = *package;
     }
-    return answer;
+    return reply;
   });
   router.Add("service.current", [this](const Json::Value&, const Caller&) { return Tuned(); });
   router.Add("service.add", [this](const Json::Value& request, const Caller&) {
-    AddService(request);
+    Add(ReadService(request));
     return Json::Value(Json::objectValue);
   });
   router.Add("service.remove", [this](const Json::Value& request, const Caller&) {
-    RemoveService(request);
+    Remove(ReadId(request));
     return Json::Value(Json::objectValue);
   });
   router.Add("tune", [this](const Json::Value& request, const Caller&) {
-    Tune(IdIn(request));
+    Tune(ReadId(request));
     return Json::Value(Json::objectValue);
   });
   router.Add("signal", [this](const Json::Value& request, const Caller&) {
-    Signal(request);
+    const SignalRequest signal = ReadSignal(request);
+    Signal(signal.number, signal.data);
     return Json::Value(Json::objectValue);
   });
 }
 
 void Broadcast::TurnOn() {
-  const Json::Value tuned = Tuned();
-  if (tuned["found"].asBool()) {
-    m_setKey(kLastService, tuned["package"].asString().empty() ? kOrdinary : kVirtual);
+  const std::optional<std::string> package = m_tuned ? PackageOf(*m_tuned) : std::nullopt;
+  if (package) {
+    m_needs.setKey(LAST_SERVICE, package->empty() ? ORDINARY_SERVICE : VIRTUAL_SERVICE);
   }
 }
 
 Json::Value Broadcast::Dump() const {
-  Json::Value list(Json::arrayValue);
-  for (const Json::Value& service : m_store.Get(kServices)) {
-    list.append(service);
+  List services = m_services;
+  for (const Channel& channel : m_channels.List()) {
+    services.push_back({channel.serviceId, channel.package});
   }
-  for (const Json::Value& channel : m_channels.Dump()) {
-    Json::Value& item = list.append(Json::objectValue);
-    item["id"] = channel["service_id"];
-    item["package"] = channel["pkg_id"];
-  }
-  return list;
+  return ToJson(services);
 }
 
 Json::Value Broadcast::Tuned() const {
-  const Json::Value& tuned = m_store.Get(kTuned);
-  Json::Value answer(Json::objectValue);
-  answer["found"] = false;
-  answer["output"] = kOutput;
-  answer["source"] = kSource;
-  if (tuned.isUInt64()) {
-    const std::optional<std::string> package = PackageOf(tuned.asUInt64());
-    answer["found"] = package.has_value();
-    answer["id"] = tuned;
-    answer["package"] = package.value_or("");
+  const std::optional<std::string> package = m_tuned ? PackageOf(*m_tuned) : std::nullopt;
+  Json::Value reply = JsonObject(
+      {{"found", package.has_value()}, {"output", MAIN_OUTPUT}, {"source", BROADCAST_SOURCE}});
+  if (m_tuned) {
+    reply["id"] = Json::UInt64(*m_tuned);
+    reply["package"] = package.value_or("");
   }
-  return answer;
+  return reply;
 }
 
 std::optional<std::string> Broadcast::PackageOf(std::uint64_t id) const {
-  for (const Json::Value& service : m_store.Get(kServices)) {
-    if (service["id"].asUInt64() == id) {
-      return service["package"].asString();
+  for (const BroadcastService& service : m_services) {
+    if (service.id == id) {
+      return service.package;
     }
   }
   return m_channels.PackageOfService(id);
 }
 
-void Broadcast::AddService(const Json::Value& request) {
-  const std::uint64_t id = IdIn(request);
-  if (m_channels.PackageOfService(id)) {
-    throw DeskError(DeskError::Failed,
-                    "service " + std::to_string(id) + " is a virtual channel: choose another id");
-  }
-  Json::Value kept(Json::arrayValue);
-  for (const Json::Value& service : m_store.Get(kServices)) {
-    if (service["id"].asUInt64() != id) {
-      kept.append(service);
-    }
-  }
-  Json::Value& added = kept.append(Json::objectValue);
-  added["id"] = Json::UInt64(id);
-  added["package"] = OptionalString(request, "package", "");
-  m_store.Set(kServices, kept);
+Broadcast::List Broadcast::Without(std::uint64_t id) const {
+  List kept;
+  std::copy_if(m_services.begin(), m_services.end(), std::back_inserter(kept),
+               [&](const BroadcastService& service) { return service.id != id; });
+  return kept;
 }
 
-void Broadcast::RemoveService(const Json::Value& request) {
-  const std::uint64_t id = IdIn(request);
+void Broadcast::Store(List services) {
+  m_store.Set(SERVICES, ToJson(services));
+  m_services = std::move(services);
+}
+
+void Broadcast::Add(const BroadcastService& service) {
+  if (m_channels.PackageOfService(service.id)) {
+    throw DeskError(DeskError::Failed, "service " + std::to_string(service.id) +
+                                           " is a virtual channel: choose another id");
+  }
+  List services = Without(service.id);
+  services.push_back(service);
+  Store(std::move(services));
+}
+
+void Broadcast::Remove(std::uint64_t id) {
   if (m_channels.PackageOfService(id)) {
     throw DeskError(DeskError::Failed, "service " + std::to_string(id) +
-                                           " is a virtual channel: it goes with its package");
+                                           " is a virtual channel: uninstall its package instead");
   }
-  const Json::Value& services = m_store.Get(kServices);
-  Json::Value kept(Json::arrayValue);
-  for (const Json::Value& service : services) {
-    if (service["id"].asUInt64() != id) {
-      kept.append(service);
-    }
-  }
-  if (kept.size() == services.size()) {
+  List services = Without(id);
+  if (services.size() == m_services.size()) {
     throw NoService(id);
   }
-  m_store.Set(kServices, kept);
+  Store(std::move(services));
 }
 
 void Broadcast::Tune(std::uint64_t id) {
   if (!PackageOf(id)) {
     throw NoService(id);
   }
-  m_store.Set(kTuned, Json::UInt64(id));
-  Json::Value body(Json::objectValue);
-  body["signal"] = TUNE_TO_SERVICE;
-  body["data"] = Hex(id);
-  m_router.Emit("tvs", body);
+  m_store.Set(TUNED, Json::UInt64(id));
+  m_tuned = id;
+  Signal(TUNE_TO_SERVICE, HexBytes(id));
 }
 
-// The signal of the channel framework is told where its listeners are.
-void Broadcast::Signal(const Json::Value& request) {
-  const std::string data = OptionalString(request, "data", "");
-  const bool hex =
-      std::all_of(data.begin(), data.end(), [](unsigned char c) { return std::isxdigit(c) != 0; });
-  if (!request["signal"].isInt() || !hex || data.size() % 2 != 0) {
-    throw DeskError(DeskError::Usage,
-                    "a signal is a number, its data two hex digits for each byte");
-  }
-  Json::Value body(Json::objectValue);
-  body["signal"] = request["signal"];
-  if (request["signal"].asInt() == Channels::VIRTUAL_SERVICES_COMPLETE) {
-    m_router.Emit("ems", body);
+// Listeners of the channel framework's signal subscribe to another topic.
+void Broadcast::Signal(int number, const std::string& data) {
+  if (number == Channels::VIRTUAL_SERVICES_COMPLETE) {
+    m_needs.router.Emit("ems", JsonObject({{"signal", number}}));
     return;
   }
-  body["data"] = data;
-  m_router.Emit("tvs", body);
+  m_needs.router.Emit("tvs", JsonObject({{"signal", number}, {"data", data}}));
 }
 
 }  // namespace desk::tv

@@ -5,49 +5,60 @@
 #include <json/value.h>
 
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "tv/router.h"
 #include "tv/services/channels.h"
+#include "tv/services/needs.h"
 #include "tv/tv_store.h"
 
 namespace desk::tv {
 
-/// The TV service: the list of services, what is tuned, and the signals; service.*, tune, signal.
-/// Kept over power-off. Main loop only.
+/// A service of the broadcast: what a viewer tunes to.
+struct BroadcastService {
+  std::uint64_t id = 0;
+  std::string package;  ///< of a virtual channel; otherwise empty
+};
+
+/// The TV service: the list of services, the one that is tuned, and the signals; service.*, tune,
+/// signal. Survives power-off. Main loop only.
 ///
 /// The list holds the services that were added by hand and one for each virtual channel. A tune is
-/// told as signal 103 with the service id, 8 bytes, the lowest first.
+/// reported as signal 103; its data is the service id as 8 bytes, least significant first.
 class Broadcast {
  public:
-  using SetKey = std::function<void(const std::string& key, const std::string& value)>;
   static constexpr int TUNE_TO_SERVICE = 103;
 
-  Broadcast(Router& router, TvStore& store, const Channels& channels, SetKey setKey);
+  Broadcast(const Needs& needs, TvStore& store, const Channels& channels);
 
-  /// The TV comes up on the service that it was on, if any, and says in a settings key of what kind
-  /// that is; without one the key stays as it is.
+  /// The TV comes up on the service that was tuned last, and writes its kind to a settings key.
+  /// Without such a service the key stays as it is.
   void TurnOn();
 
-  /// As the reply of service.list has it in `services`.
+  /// As `services` in the reply of service.list.
   Json::Value Dump() const;
-  /// As service.current replies, and `package`.
+  /// As the reply of service.current, plus `package`.
   Json::Value Tuned() const;
 
  private:
+  using List = std::vector<BroadcastService>;
+
   void AddMethods(Router& router);
   std::optional<std::string> PackageOf(std::uint64_t id) const;
-  void AddService(const Json::Value& request);
-  void RemoveService(const Json::Value& request);
+  void Add(const BroadcastService& service);
+  void Remove(std::uint64_t id);
   void Tune(std::uint64_t id);
-  void Signal(const Json::Value& request);
+  void Signal(int number, const std::string& data);
+  void Store(List services);
+  List Without(std::uint64_t id) const;
 
-  Router& m_router;
+  const Needs m_needs;
   TvStore& m_store;
   const Channels& m_channels;
-  const SetKey m_setKey;
+  List m_services;  ///< added by hand
+  std::optional<std::uint64_t> m_tuned;
 };
 
 }  // namespace desk::tv

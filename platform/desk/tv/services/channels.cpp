@@ -3,6 +3,7 @@
 #include "tv/services/channels.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "common/desk_error.h"
 #include "common/json.h"
@@ -10,11 +11,11 @@
 namespace desk::tv {
 namespace {
 
-constexpr char kSection[] = "channels";
-constexpr char kRecords[] = "records";
-constexpr char kIds[] = "service_ids";
+constexpr char SECTION[] = "channels";
+constexpr char RECORDS[] = "records";
+constexpr char SERVICE_IDS[] = "service_ids";
 
-// Null for a text that is no record.
+// Null for a text that is not a record.
 Json::Value ParseRecord(const std::string& text) {
   Json::Value record;
   try {
@@ -28,44 +29,69 @@ Json::Value ParseRecord(const std::string& text) {
   return record;
 }
 
+std::uint64_t NextServiceId(const std::map<std::string, std::uint64_t>& used) {
+  std::uint64_t next = Channels::FIRST_SERVICE_ID;
+  for (const auto& [package, id] : used) {
+    next = std::max(next, id + 1);
+  }
+  return next;
+}
+
 }  // namespace
 
-Channels::Channels(Router& router, TvStore& store) : m_router(router), m_store(store) {
+Channels::Channels(Router& router, TvStore& store)
+    : m_router(router), m_store(store), m_state(ReadState(store.Get(SECTION))) {
   const auto add = [&](const char* method, auto operation) {
     router.Add(method, [operation](const Json::Value& request, const Caller&) {
-      Json::Value answer(Json::objectValue);
-      answer["ok"] = operation(RequireString(request, "record"));
-      return answer;
+      return JsonObject({{"ok", operation(RequireString(request, "record"))}});
     });
   };
   add("channel.create", [this](const std::string& text) { return Put(text, false); });
   add("channel.update", [this](const std::string& text) { return Put(text, true); });
   add("channel.remove", [this](const std::string& text) { return Remove(text); });
   router.Add("channel.list", [this](const Json::Value&, const Caller&) {
-    Json::Value answer(Json::objectValue);
-    answer["channels"] = Dump();
-    return answer;
+    return JsonObject({{"channels", Dump()}});
   });
 }
 
-Json::Value Channels::Dump() const {
-  Json::Value list(Json::arrayValue);
-  const Json::Value& section = m_store.Get(kSection);
-  for (const std::string& package : section[kRecords].getMemberNames()) {
-    Json::Value& item = list.append(section[kRecords][package]);
-    item["service_id"] = section[kIds][package].asUInt64();
+Channels::State Channels::ReadState(const Json::Value& section) {
+  State state;
+  if (!section.isObject()) {
+    return state;
+  }
+  for (const std::string& package : section[RECORDS].getMemberNames()) {
+    state.records[package] = section[RECORDS][package];
+  }
+  for (const std::string& package : section[SERVICE_IDS].getMemberNames()) {
+    state.serviceIds[package] = section[SERVICE_IDS][package].asUInt64();
+  }
+  return state;
+}
+
+std::vector<Channel> Channels::List() const {
+  std::vector<Channel> list;
+  for (const auto& [package, record] : m_state.records) {
+    const auto id = m_state.serviceIds.find(package);
+    list.push_back({package, id == m_state.serviceIds.end() ? 0 : id->second, record});
   }
   return list;
 }
 
 std::optional<std::string> Channels::PackageOfService(std::uint64_t serviceId) const {
-  const Json::Value& section = m_store.Get(kSection);
-  for (const std::string& package : section[kRecords].getMemberNames()) {
-    if (section[kIds][package].asUInt64() == serviceId) {
-      return package;
+  for (const Channel& channel : List()) {
+    if (channel.serviceId == serviceId) {
+      return channel.package;
     }
   }
   return std::nullopt;
+}
+
+Json::Value Channels::Dump() const {
+  Json::Value list(Json::arrayValue);
+  for (const Channel& channel : List()) {
+    list.append(channel.record)["service_id"] = Json::UInt64(channel.serviceId);
+  }
+  return list;
 }
 
 bool Channels::Put(const std::string& text, bool mustExist) {
@@ -74,55 +100,38 @@ bool Channels::Put(const std::string& text, bool mustExist) {
     return false;
   }
   const std::string package = record["pkg_id"].asString();
-  Json::Value records = m_store.Get(kSection)[kRecords];
-  const bool exists = records.isObject() && records.isMember(package);
-  if (mustExist && !exists) {
+  if (mustExist && m_state.records.count(package) == 0) {
     return false;
   }
-  ServiceIdOf(package);
-  records[package] = record;
-  Store(kRecords, records);
-  Tell();
+  State state = m_state;
+  state.serviceIds.emplace(package, NextServiceId(state.serviceIds));
+  state.records[package] = record;
+  Store(std::move(state));
+  m_router.Emit("ems", JsonObject({{"signal", VIRTUAL_SERVICES_COMPLETE}}));
   return true;
 }
 
 bool Channels::Remove(const std::string& text) {
   const Json::Value record = ParseRecord(text);
-  Json::Value records = m_store.Get(kSection)[kRecords];
-  if (record.isNull() || !records.isObject() || !records.isMember(record["pkg_id"].asString())) {
+  State state = m_state;
+  if (record.isNull() || state.records.erase(record["pkg_id"].asString()) == 0) {
     return false;
   }
-  records.removeMember(record["pkg_id"].asString());
-  Store(kRecords, records);
+  Store(std::move(state));
   return true;
 }
 
-void Channels::Store(const char* member, const Json::Value& value) {
-  Json::Value section = m_store.Get(kSection);
-  section[member] = value;
-  m_store.Set(kSection, section);
-}
-
-std::uint64_t Channels::ServiceIdOf(const std::string& package) {
-  Json::Value ids = m_store.Get(kSection)[kIds];
-  if (!ids.isObject()) {
-    ids = Json::Value(Json::objectValue);
+void Channels::Store(State state) {
+  Json::Value records(Json::objectValue);
+  for (const auto& [package, record] : state.records) {
+    records[package] = record;
   }
-  if (!ids.isMember(package)) {
-    std::uint64_t next = FIRST_SERVICE_ID;
-    for (const Json::Value& id : ids) {
-      next = std::max(next, id.asUInt64() + 1);
-    }
-    ids[package] = static_cast<Json::UInt64>(next);
-    Store(kIds, ids);
+  Json::Value ids(Json::objectValue);
+  for (const auto& [package, id] : state.serviceIds) {
+    ids[package] = Json::UInt64(id);
   }
-  return ids[package].asUInt64();
-}
-
-void Channels::Tell() {
-  Json::Value body(Json::objectValue);
-  body["signal"] = VIRTUAL_SERVICES_COMPLETE;
-  m_router.Emit("ems", body);
+  m_store.Set(SECTION, JsonObject({{RECORDS, records}, {SERVICE_IDS, ids}}));
+  m_state = std::move(state);
 }
 
 }  // namespace desk::tv

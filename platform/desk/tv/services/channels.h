@@ -5,22 +5,31 @@
 #include <json/value.h>
 
 #include <cstdint>
-#include <functional>
+#include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "tv/router.h"
 #include "tv/tv_store.h"
 
 namespace desk::tv {
 
-/// The channel framework: the records handed over, each shown as a virtual channel, and channel.*.
-/// Kept over power-off. Main loop only.
+/// A virtual channel.
+struct Channel {
+  std::string package;
+  std::uint64_t serviceId = 0;
+  /// The record as the daemon passed it. The TV knows its member "pkg_id" only.
+  Json::Value record;
+};
+
+/// The channel framework: channel.*. Shows each record that it was given as a virtual channel.
+/// Survives power-off. Main loop only.
 ///
-/// A record is one JSON object with a "pkg_id". Creating one that is there replaces it; updating or
-/// removing one that is not there is refused. A package keeps its service id for good, also when
-/// its channel goes and comes again. After a create or an update the framework has fetched the
-/// channel's services, and tells it as signal 90014 of the topic "ems".
+/// A record is a JSON object with a "pkg_id". Creating a record that exists replaces it; updating
+/// or removing one that does not exist is refused. A package keeps its service id for ever, also
+/// when its channel is removed and created again. A create or an update makes the framework fetch
+/// the services of the channel, which it reports as signal 90014 of the topic "ems".
 class Channels {
  public:
   static constexpr std::uint64_t FIRST_SERVICE_ID = 900001;
@@ -28,20 +37,28 @@ class Channels {
 
   Channels(Router& router, TvStore& store);
 
-  /// As the reply of channel.list has it in `channels`.
-  Json::Value Dump() const;
-  /// Package of the channel with this service id; nothing when there is none.
+  std::vector<Channel> List() const;
+  /// The package of the channel with this service id, if there is one.
   std::optional<std::string> PackageOfService(std::uint64_t serviceId) const;
 
+  /// As `channels` in the reply of channel.list.
+  Json::Value Dump() const;
+
  private:
+  /// By package. Ids outlast their records.
+  struct State {
+    std::map<std::string, Json::Value> records;
+    std::map<std::string, std::uint64_t> serviceIds;
+  };
+
+  static State ReadState(const Json::Value& section);
   bool Put(const std::string& text, bool mustExist);
   bool Remove(const std::string& text);
-  void Store(const char* member, const Json::Value& value);
-  std::uint64_t ServiceIdOf(const std::string& package);
-  void Tell();
+  void Store(State state);
 
   Router& m_router;
   TvStore& m_store;
+  State m_state;
 };
 
 }  // namespace desk::tv

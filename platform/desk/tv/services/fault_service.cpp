@@ -18,11 +18,9 @@ Fault ReadFault(const Json::Value& request) {
   return fault;
 }
 
-Json::Value Describe(const Fault& fault) {
-  Json::Value entry;
-  entry["call"] = fault.call;
-  entry["times"] = fault.times;
-  entry["after"] = fault.after;
+Json::Value ToJson(const Fault& fault) {
+  Json::Value entry =
+      JsonObject({{"call", fault.call}, {"times", fault.times}, {"after", fault.after}});
   if (fault.result) {
     entry["result"] = *fault.result;
   }
@@ -41,16 +39,14 @@ FaultService::FaultService(Router& router, const DeskPaths& paths) : m_table(pat
     return Json::Value();
   });
   router.Add("fault.list", [this](const Json::Value&, const Caller&) {
-    Json::Value reply;
-    reply["faults"] = Dump();
-    return reply;
+    return JsonObject({{"faults", Dump()}});
   });
 }
 
 Json::Value FaultService::Dump() const {
   Json::Value faults(Json::arrayValue);
   for (const Fault& fault : m_table.List()) {
-    faults.append(Describe(fault));
+    faults.append(ToJson(fault));
   }
   return faults;
 }

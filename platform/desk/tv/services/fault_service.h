@@ -10,15 +10,15 @@
 
 namespace desk::tv {
 
-/// The methods fault.*: orders to the daemon's platform calls to fail. They outlast the daemon, not
-/// the power. Main loop's thread only.
+/// Makes platform calls of the daemon fail: fault.*. Faults survive a restart of the daemon and
+/// last until power-off. Main loop's thread only.
 class FaultService {
  public:
-  /// Makes the table anew. Throws DeskError.
+  /// Creates an empty table. Throws DeskError.
   FaultService(Router& router, const DeskPaths& paths);
 
   void Clear() { m_table.Clear(); }
-  /// An array as in fault.list.
+  /// As `faults` in the reply of fault.list.
   Json::Value Dump() const;
 
  private:

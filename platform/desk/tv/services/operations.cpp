@@ -8,11 +8,9 @@
 namespace desk::tv {
 namespace {
 
-Json::Value Result(const std::string& operation) {
-  Json::Value answer(Json::objectValue);
-  answer["result"] =
-      operation.empty() ? APP_CONTROL_ERROR_INVALID_PARAMETER : APP_CONTROL_ERROR_NONE;
-  return answer;
+Json::Value ResultFor(const std::string& operation) {
+  return JsonObject({{"result", operation.empty() ? APP_CONTROL_ERROR_INVALID_PARAMETER
+                                                  : APP_CONTROL_ERROR_NONE}});
 }
 
 }  // namespace
@@ -20,12 +18,12 @@ Json::Value Result(const std::string& operation) {
 Operations::Operations(Router& router) {
   router.Add("op.get", [this](const Json::Value& request, const Caller&) {
     const std::string operation = RequireString(request, "operation");
-    Json::Value answer = Result(operation);
-    const auto found = m_apps.find(operation);
-    if (found != m_apps.end()) {
-      answer["app"] = found->second;
+    const std::optional<std::string> app = Find(operation);
+    Json::Value reply = ResultFor(operation);
+    if (app) {
+      reply["app"] = *app;
     }
-    return answer;
+    return reply;
   });
   router.Add("op.set", [this](const Json::Value& request, const Caller&) {
     const std::string operation = RequireString(request, "operation");
@@ -33,26 +31,27 @@ Operations::Operations(Router& router) {
     if (!operation.empty()) {
       m_apps[operation] = app;
     }
-    return Result(operation);
+    return ResultFor(operation);
   });
   router.Add("op.reset", [this](const Json::Value& request, const Caller&) {
     const std::string operation = RequireString(request, "operation");
     m_apps.erase(operation);
-    return Result(operation);
+    return ResultFor(operation);
   });
   router.Add("op.list", [this](const Json::Value&, const Caller&) {
-    Json::Value answer(Json::objectValue);
-    answer["operations"] = Dump();
-    return answer;
+    return JsonObject({{"operations", Dump()}});
   });
+}
+
+std::optional<std::string> Operations::Find(const std::string& operation) const {
+  const auto found = m_apps.find(operation);
+  return found == m_apps.end() ? std::nullopt : std::make_optional(found->second);
 }
 
 Json::Value Operations::Dump() const {
   Json::Value list(Json::arrayValue);
   for (const auto& [operation, app] : m_apps) {
-    Json::Value& item = list.append(Json::objectValue);
-    item["operation"] = operation;
-    item["app"] = app;
+    list.append(JsonObject({{"operation", operation}, {"app", app}}));
   }
   return list;
 }

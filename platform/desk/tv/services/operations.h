@@ -5,24 +5,27 @@
 #include <json/value.h>
 
 #include <map>
+#include <optional>
 #include <string>
 
 #include "tv/router.h"
 
 namespace desk::tv {
 
-/// Which app answers a named operation: op.*. A desk has no apps of its own for them, so an
-/// operation that was never set, or was reset, has none. Ends with the power. Main loop only.
+/// Which app handles a named operation: op.*. The desk has no default handlers, so an operation
+/// that was never set, or was reset, has no app. Lasts until power-off. Main loop only.
 class Operations {
  public:
   explicit Operations(Router& router);
 
   void Clear() { m_apps.clear(); }
-  /// As the reply of op.list has it in `operations`.
+  /// As `operations` in the reply of op.list.
   Json::Value Dump() const;
 
  private:
-  std::map<std::string, std::string> m_apps;  ///< an empty app is one that was set
+  std::optional<std::string> Find(const std::string& operation) const;
+
+  std::map<std::string, std::string> m_apps;  ///< operation to app; the app may be empty
 };
 
 }  // namespace desk::tv

@@ -14,9 +14,9 @@
 namespace desk::tv {
 namespace {
 
-// Unpacking is most of the work, but not all.
-constexpr int kUnpacked = 90;
-constexpr int kStep = 5;
+// Progress when everything is unpacked, and between two events, in percent.
+constexpr int UNPACKED = 90;
+constexpr int PROGRESS_STEP = 5;
 
 void RemoveRowsWithoutTree(const DeskPaths& paths, Catalogue& catalogue) {
   std::vector<std::string> lost;
@@ -32,13 +32,40 @@ void RemoveRowsWithoutTree(const DeskPaths& paths, Catalogue& catalogue) {
 
 }  // namespace
 
-// One order, from the call until its reply. Belongs to the worker's thread once it was posted.
+// One call, until its reply. Used by the worker's thread once it was posted.
 struct Packages::Job {
-  std::string type;     // "install", "update" or "uninstall"
+  JobKind kind = JobKind::Install;
   std::string file;     // of an install or update
-  std::string package;  // empty until it is known
+  std::string package;  // of an install or update: empty until the archive was read
+  std::string version;  // of an install or update: the same
   std::shared_ptr<Reply> reply;
 };
+
+const char* Packages::Name(JobKind kind) {
+  switch (kind) {
+    case JobKind::Install:
+      return "install";
+    case JobKind::Update:
+      return "update";
+    case JobKind::Uninstall:
+      break;
+  }
+  return "uninstall";
+}
+
+const char* Packages::Name(JobState state) {
+  switch (state) {
+    case JobState::Started:
+      return "started";
+    case JobState::Processing:
+      return "processing";
+    case JobState::Completed:
+      return "completed";
+    case JobState::Failed:
+      break;
+  }
+  return "failed";
+}
 
 Packages::Packages(Router& router, const DeskPaths& paths, Catalogue& catalogue, PackageHooks hooks)
     : m_router(router),
@@ -48,71 +75,73 @@ Packages::Packages(Router& router, const DeskPaths& paths, Catalogue& catalogue,
       m_worker("packages") {
   StagingDirectory::RemoveLeftovers(m_paths);
   RemoveRowsWithoutTree(m_paths, m_catalogue);
-  m_router.Add("pkg.list", [this](const Json::Value&, const Caller&) {
-    Json::Value answer(Json::objectValue);
-    answer["packages"] = Dump();
-    return answer;
-  });
-  m_router.Add("pkg.info", [this](const Json::Value& request, const Caller&) {
-    return Info(RequireString(request, "package"));
-  });
-  m_router.AddDeferred("pkg.install", [this](const Json::Value& request, const Caller&,
-                                             std::shared_ptr<Reply> reply) {
-    auto job = std::make_shared<Job>();
-    job->type = OptionalBool(request, "update", false) ? "update" : "install";
-    job->file = RequireString(request, "file");
-    job->reply = std::move(reply);
-    Start(job);
-  });
-  m_router.AddDeferred("pkg.uninstall", [this](const Json::Value& request, const Caller&,
-                                               std::shared_ptr<Reply> reply) {
-    auto job = std::make_shared<Job>();
-    job->type = "uninstall";
-    job->package = RequireString(request, "package");
-    job->reply = std::move(reply);
-    Start(job);
-  });
+  AddMethods(router);
 }
 
 Packages::~Packages() = default;
 
+void Packages::AddMethods(Router& router) {
+  router.Add("pkg.list", [this](const Json::Value&, const Caller&) {
+    return JsonObject({{"packages", Dump()}});
+  });
+  router.Add("pkg.info", [this](const Json::Value& request, const Caller&) {
+    const PackageManifest* manifest = m_catalogue.Find(RequireString(request, "package"));
+    Json::Value reply = manifest == nullptr ? Json::Value(Json::objectValue) : Encode(*manifest);
+    reply["found"] = manifest != nullptr;
+    return reply;
+  });
+  router.AddDeferred("pkg.install", [this](const Json::Value& request, const Caller&,
+                                           std::shared_ptr<Reply> reply) {
+    Job job;
+    job.kind = OptionalBool(request, "update", false) ? JobKind::Update : JobKind::Install;
+    job.file = RequireString(request, "file");
+    job.reply = std::move(reply);
+    Post(std::move(job));
+  });
+  router.AddDeferred("pkg.uninstall", [this](const Json::Value& request, const Caller&,
+                                             std::shared_ptr<Reply> reply) {
+    Job job;
+    job.kind = JobKind::Uninstall;
+    job.package = RequireString(request, "package");
+    job.reply = std::move(reply);
+    Post(std::move(job));
+  });
+}
+
 Json::Value Packages::Dump() const {
   Json::Value list(Json::arrayValue);
   for (const auto& [id, manifest] : m_catalogue.All()) {
-    list.append(Info(id)).removeMember("found");
+    list.append(Encode(manifest));
   }
   return list;
 }
 
-Json::Value Packages::Info(const std::string& package) const {
-  const PackageManifest* manifest = m_catalogue.Find(package);
-  Json::Value answer(Json::objectValue);
-  if (manifest != nullptr) {
-    answer = ToJson(*manifest);
-    answer["path"] = m_paths.Package(package);
-  }
-  answer["found"] = manifest != nullptr;
-  return answer;
+Json::Value Packages::Encode(const PackageManifest& manifest) const {
+  Json::Value info = ToJson(manifest);
+  info["path"] = m_paths.Package(manifest.id);
+  return info;
 }
 
-void Packages::Start(const std::shared_ptr<Job>& job) {
-  m_worker.Post([this, job] { Run(*job); });
+void Packages::Post(Job job) {
+  m_worker.Post([this, job = std::move(job)]() mutable { Run(job); });
 }
 
 void Packages::Run(Job& job) {
   try {
-    if (job.type == "uninstall") {
+    if (job.kind == JobKind::Uninstall) {
       Uninstall(job);
+      job.reply->Return(JsonObject({{"package", job.package}}));
     } else {
       Install(job);
+      job.reply->Return(JsonObject({{"package", job.package}, {"version", job.version}}));
     }
   } catch (const DeskError& error) {
     const bool missing = error.Code() == DeskError::NotFound;
-    Tell(job, "failed", 0,
-         missing ? PACKAGE_MANAGER_ERROR_NO_SUCH_PACKAGE : PACKAGE_MANAGER_ERROR_SYSTEM_ERROR);
+    SendEvent(job, JobState::Failed, 0,
+              missing ? PACKAGE_MANAGER_ERROR_NO_SUCH_PACKAGE : PACKAGE_MANAGER_ERROR_SYSTEM_ERROR);
     job.reply->Fail(error.Code(), error.what());
   } catch (const std::exception& error) {
-    Tell(job, "failed", 0, PACKAGE_MANAGER_ERROR_SYSTEM_ERROR);
+    SendEvent(job, JobState::Failed, 0, PACKAGE_MANAGER_ERROR_SYSTEM_ERROR);
     job.reply->Fail(DeskError::Failed, error.what());
   }
 }
@@ -124,26 +153,23 @@ void Packages::Install(Job& job) {
   const PackageFile package = ReadPackage(job.file);
   const PackageManifest& manifest = package.manifest;
   job.package = manifest.id;
+  job.version = manifest.version;
   m_worker.OnMainLoop([&] { CheckInstallable(job, manifest); });
-  Tell(job, "started", 0, PACKAGE_MANAGER_ERROR_NONE);
+  SendEvent(job, JobState::Started, 0);
   Place(job, package);
-  Json::Value answer(Json::objectValue);
-  answer["package"] = manifest.id;
-  answer["version"] = manifest.version;
-  job.reply->Return(answer);
 }
 
 void Packages::Place(Job& job, const PackageFile& package) {
   StagingDirectory staging(m_paths);
-  UnpackPackage(job.file, package, staging.Tree(), [&, told = -kStep](int percent) mutable {
+  UnpackPackage(job.file, package, staging.Tree(), [&, sent = -PROGRESS_STEP](int percent) mutable {
     m_worker.CheckRunning();
-    if (percent >= told + kStep) {
-      told = percent;
-      Tell(job, "processing", percent * kUnpacked / 100, PACKAGE_MANAGER_ERROR_NONE);
+    if (percent >= sent + PROGRESS_STEP) {
+      sent = percent;
+      SendEvent(job, JobState::Processing, percent * UNPACKED / 100);
     }
   });
   const std::string place = m_paths.Package(job.package);
-  const bool update = job.type == "update";
+  const bool update = job.kind == JobKind::Update;
   if (update) {
     CallBeforeChange(job.package);
     staging.ExchangeResources(place);
@@ -152,7 +178,7 @@ void Packages::Place(Job& job, const PackageFile& package) {
   }
   try {
     m_worker.OnMainLoop([&] { Commit(job, package.manifest); });
-  } catch (...) {  // whatever it was: without a row the tree must not stay
+  } catch (...) {  // any failure: a tree without a row must not stay
     update ? staging.ExchangeResources(place) : staging.TakeAway(place);
     throw;
   }
@@ -168,10 +194,10 @@ void Packages::CallBeforeChange(const std::string& package) {
 
 void Packages::CheckInstallable(const Job& job, const PackageManifest& manifest) const {
   const bool installed = m_catalogue.Find(manifest.id) != nullptr;
-  if (job.type == "install" && installed) {
+  if (job.kind == JobKind::Install && installed) {
     throw DeskError(DeskError::Failed, manifest.id + " is installed: use `tv pkg update`");
   }
-  if (job.type == "update" && !installed) {
+  if (job.kind == JobKind::Update && !installed) {
     throw DeskError(DeskError::NotFound, manifest.id + " is not installed: use `tv pkg install`");
   }
 }
@@ -184,7 +210,7 @@ void Packages::Commit(const Job& job, const PackageManifest& manifest) {
   if (m_hooks.present) {
     m_hooks.present(manifest, row == nullptr ? nullptr : &before);
   }
-  Tell(job, "completed", 100, PACKAGE_MANAGER_ERROR_NONE);
+  SendEvent(job, JobState::Completed, 100);
 }
 
 void Packages::Uninstall(Job& job) {
@@ -196,39 +222,34 @@ void Packages::Uninstall(Job& job) {
     }
     before = *row;
   });
-  Tell(job, "started", 0, PACKAGE_MANAGER_ERROR_NONE);
+  SendEvent(job, JobState::Started, 0);
   CallBeforeChange(job.package);
   {
     StagingDirectory staging(m_paths);
     staging.TakeAway(m_paths.Package(job.package));
     try {
       m_worker.OnMainLoop([&] { m_catalogue.Remove(job.package); });
-    } catch (...) {  // whatever it was: with its row the tree must stay
+    } catch (...) {  // any failure: a package with a row needs its tree
       staging.GiveBack(m_paths.Package(job.package));
       throw;
     }
-    Tell(job, "processing", 50, PACKAGE_MANAGER_ERROR_NONE);
+    SendEvent(job, JobState::Processing, 50);
   }
   m_worker.OnMainLoop([&] {
-    if (m_hooks.gone) {
-      m_hooks.gone(before);
+    if (m_hooks.removed) {
+      m_hooks.removed(before);
     }
-    Tell(job, "completed", 100, PACKAGE_MANAGER_ERROR_NONE);
+    SendEvent(job, JobState::Completed, 100);
   });
-  Json::Value answer(Json::objectValue);
-  answer["package"] = job.package;
-  job.reply->Return(answer);
 }
 
-void Packages::Tell(const Job& job, const char* state, int progress, int error) {
-  Json::Value body(Json::objectValue);
-  body["type"] = job.type;
-  body["package"] = job.package;
-  body["state"] = state;
-  body["progress"] = progress;
-  body["error"] = error;
-  body["kind"] = "wgt";
-  m_router.Emit("package", body);
+void Packages::SendEvent(const Job& job, JobState state, int progress, int error) {
+  m_router.Emit("package", JsonObject({{"type", Name(job.kind)},
+                                       {"package", job.package},
+                                       {"state", Name(state)},
+                                       {"progress", progress},
+                                       {"error", error},
+                                       {"kind", "wgt"}}));
 }
 
 }  // namespace desk::tv

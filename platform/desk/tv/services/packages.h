@@ -16,39 +16,45 @@
 
 namespace desk::tv {
 
-/// What other parts of the TV do when packages come and go. All run on the main loop; empty ones
-/// are passed over; the first throws DeskError to refuse the change, the others must not throw.
+/// How other services follow changes of packages. All functions run on the main loop; empty ones
+/// are skipped. `beforeChange` may throw DeskError to refuse the change; the others must not throw.
 struct PackageHooks {
   /// Before the tree of an installed package is exchanged or removed.
   std::function<void(const std::string& package)> beforeChange;
-  /// When tree and row are in place, before "completed" is told. before is null on an install.
+  /// Once the tree and the row are in place, before the event "completed". `before` is null on an
+  /// install.
   std::function<void(const PackageManifest& now, const PackageManifest* before)> present;
-  /// When tree and row are gone, before "completed" is told.
-  std::function<void(const PackageManifest& before)> gone;
+  /// Once the tree and the row are removed, before the event "completed".
+  std::function<void(const PackageManifest& before)> removed;
 };
 
 /// The package manager: pkg.list, pkg.info, pkg.install, pkg.uninstall and the topic "package".
 ///
-/// Archives are read, trees are made and removed on a thread of its own, one package at a time in
-/// the order of the calls; catalogue, hooks and everything else stay on the main loop. A package is
-/// installed, updated or removed whole or not at all.
+/// A thread of its own reads archives and creates and removes trees, one package at a time, in the
+/// order of the calls. The catalogue, the hooks and everything else stay on the main loop. A
+/// package is installed, updated or removed completely or not at all.
 class Packages {
  public:
-  /// Removes what an interrupted install left, and rows whose tree is gone. The catalogue must live
-  /// longer. Throws DeskError (Failed).
+  /// Removes the remains of an interrupted install, and rows whose tree is missing. The catalogue
+  /// must outlive this object. Throws DeskError (Failed).
   Packages(Router& router, const DeskPaths& paths, Catalogue& catalogue, PackageHooks hooks);
   /// On the main loop's thread; see Worker.
   ~Packages();
 
-  /// As the reply of pkg.list has it in `packages`.
+  /// As `packages` in the reply of pkg.list.
   Json::Value Dump() const;
-  /// As pkg.info replies.
-  Json::Value Info(const std::string& package) const;
 
  private:
+  enum class JobKind { Install, Update, Uninstall };
+  enum class JobState { Started, Processing, Completed, Failed };
   struct Job;
 
-  void Start(const std::shared_ptr<Job>& job);
+  static const char* Name(JobKind kind);
+  static const char* Name(JobState state);
+
+  void AddMethods(Router& router);
+  Json::Value Encode(const PackageManifest& manifest) const;
+  void Post(Job job);
   void Run(Job& job);
   void Install(Job& job);
   void Place(Job& job, const PackageFile& package);
@@ -56,13 +62,13 @@ class Packages {
   void CallBeforeChange(const std::string& package);
   void CheckInstallable(const Job& job, const PackageManifest& manifest) const;
   void Commit(const Job& job, const PackageManifest& manifest);
-  void Tell(const Job& job, const char* state, int progress, int error);
+  void SendEvent(const Job& job, JobState state, int progress, int error = 0);
 
   Router& m_router;
   const DeskPaths m_paths;
   Catalogue& m_catalogue;
   const PackageHooks m_hooks;
-  Worker m_worker;  ///< last, so that its thread ends first
+  Worker m_worker;  ///< last member: its thread ends first
 };
 
 }  // namespace desk::tv

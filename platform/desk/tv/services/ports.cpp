@@ -9,83 +9,90 @@
 namespace desk::tv {
 namespace {
 
-std::string AppOf(const Json::Value& request, const Caller& caller) {
+std::string ReadSender(const Json::Value& request, const Caller& caller) {
   return caller.kind == Caller::Kind::Operator ? OptionalString(request, "from", "") : caller.appId;
 }
 
-Json::Value Result(int result) {
-  Json::Value answer(Json::objectValue);
-  answer["result"] = result;
-  return answer;
+PortName ReadOwnPort(const Json::Value& request, const Caller& caller) {
+  const std::string port = RequireString(request, "port");
+  if (port.empty()) {
+    throw DeskError(DeskError::Usage, "the name of the port is empty: give it a name");
+  }
+  return {ReadSender(request, caller), port};
+}
+
+PortMessage ReadMessage(const Json::Value& request, const Caller& caller) {
+  PortMessage message;
+  message.receiver.app = RequireString(request, "app");
+  message.receiver.port = RequireString(request, "port");
+  if (!request["bundle"].isArray()) {
+    return message;
+  }
+  message.bundle = request["bundle"];
+  message.sender = ReadSender(request, caller);
+  if (request["reply_port"].isString()) {
+    message.replyPort = request["reply_port"].asString();
+  }
+  return message;
+}
+
+Json::Value ToJson(const PortMessage& message, int id) {
+  Json::Value body = JsonObject({{"port", message.receiver.port},
+                                 {"id", id},
+                                 {"sender", message.sender},
+                                 {"bundle", message.bundle}});
+  if (message.replyPort) {
+    body["reply_port"] = *message.replyPort;
+  }
+  return body;
 }
 
 }  // namespace
 
 Ports::Ports(Router& router) : m_router(router) {
   router.Add("port.register", [this](const Json::Value& request, const Caller& caller) {
-    return Register(request, caller);
+    return JsonObject({{"id", Register(ReadOwnPort(request, caller), caller.busName)}});
   });
   router.Add("port.send", [this](const Json::Value& request, const Caller& caller) {
-    return Send(request, caller);
+    return JsonObject({{"result", Send(ReadMessage(request, caller))}});
   });
   router.Add("port.list", [this](const Json::Value&, const Caller&) {
-    Json::Value answer(Json::objectValue);
-    answer["ports"] = Dump();
-    return answer;
+    return JsonObject({{"ports", Dump()}});
   });
-  router.OnConnectionGone([this](const std::string& busName) { OnGone(busName); });
+  router.OnConnectionGone([this](const std::string& busName) { OnConnectionGone(busName); });
 }
 
 Json::Value Ports::Dump() const {
   Json::Value list(Json::arrayValue);
   for (const auto& [name, port] : m_ports) {
-    Json::Value& item = list.append(Json::objectValue);
-    item["app"] = name.first;
-    item["port"] = name.second;
-    item["id"] = port.id;
+    list.append(JsonObject({{"app", name.app}, {"port", name.port}, {"id", port.id}}));
   }
   return list;
 }
 
-// The latest connection of an app has the port: an earlier one may be about to go.
-Json::Value Ports::Register(const Json::Value& request, const Caller& caller) {
-  const std::string name = RequireString(request, "port");
-  if (name.empty()) {
-    throw DeskError(DeskError::Usage, "a port needs a name");
-  }
-  Port& port = m_ports[{AppOf(request, caller), name}];
-  if (port.busName != caller.busName) {
-    port.busName = caller.busName;
+// The latest connection of an app gets the port: an earlier one may be about to end.
+int Ports::Register(const PortName& name, const std::string& busName) {
+  Port& port = m_ports[name];
+  if (port.busName != busName) {
+    port.busName = busName;
     port.id = ++m_lastId;
   }
-  Json::Value answer(Json::objectValue);
-  answer["id"] = port.id;
-  return answer;
+  return port.id;
 }
 
-Json::Value Ports::Send(const Json::Value& request, const Caller& caller) {
-  const std::string app = RequireString(request, "app");
-  const std::string name = RequireString(request, "port");
-  if (!request["bundle"].isArray()) {
-    return Result(MESSAGE_PORT_ERROR_INVALID_PARAMETER);
+int Ports::Send(const PortMessage& message) {
+  if (message.bundle.isNull()) {
+    return MESSAGE_PORT_ERROR_INVALID_PARAMETER;
   }
-  const auto found = m_ports.find({app, name});
+  const auto found = m_ports.find(message.receiver);
   if (found == m_ports.end()) {
-    return Result(MESSAGE_PORT_ERROR_PORT_NOT_FOUND);
+    return MESSAGE_PORT_ERROR_PORT_NOT_FOUND;
   }
-  Json::Value body(Json::objectValue);
-  body["port"] = name;
-  body["id"] = found->second.id;
-  body["sender"] = AppOf(request, caller);
-  if (request["reply_port"].isString()) {
-    body["reply_port"] = request["reply_port"];
-  }
-  body["bundle"] = request["bundle"];
-  m_router.EmitTo(found->second.busName, "port", body);
-  return Result(MESSAGE_PORT_ERROR_NONE);
+  m_router.EmitTo(found->second.busName, "port", ToJson(message, found->second.id));
+  return MESSAGE_PORT_ERROR_NONE;
 }
 
-void Ports::OnGone(const std::string& busName) {
+void Ports::OnConnectionGone(const std::string& busName) {
   for (auto port = m_ports.begin(); port != m_ports.end();) {
     port = port->second.busName == busName ? m_ports.erase(port) : std::next(port);
   }

@@ -5,23 +5,42 @@
 #include <json/value.h>
 
 #include <map>
+#include <optional>
 #include <string>
-#include <utility>
+#include <tuple>
 
 #include "tv/router.h"
 
 namespace desk::tv {
 
+/// A message port, as a sender names it.
+struct PortName {
+  std::string app;
+  std::string port;
+
+  bool operator<(const PortName& other) const {
+    return std::tie(app, port) < std::tie(other.app, other.port);
+  }
+};
+
+struct PortMessage {
+  PortName receiver;
+  std::string sender;                    ///< an app id; empty for an operator who named none
+  std::optional<std::string> replyPort;  ///< of the sender
+  Json::Value bundle;                    ///< passed on as it is; null when it is not a bundle
+};
+
 /// Message ports: port.* and the topic "port". Main loop only.
 ///
-/// A port belongs to the connection that registered it and goes with it; it is found by the app of
-/// that connection and its name. The sender of a message is the app of the sender's connection.
-/// Operators, who are no app, may say in whose name they register and send.
+/// A port belongs to the connection that registered it, and is removed when that connection ends.
+/// It is found by its name and by the app of its connection. The sender of a message is the app of
+/// the sending connection. Operators have no app of their own: they may register and send in the
+/// name of any app.
 class Ports {
  public:
   explicit Ports(Router& router);
 
-  /// As the reply of port.list has it in `ports`.
+  /// As `ports` in the reply of port.list.
   Json::Value Dump() const;
 
  private:
@@ -30,12 +49,12 @@ class Ports {
     std::string busName;
   };
 
-  Json::Value Register(const Json::Value& request, const Caller& caller);
-  Json::Value Send(const Json::Value& request, const Caller& caller);
-  void OnGone(const std::string& busName);
+  int Register(const PortName& name, const std::string& busName);
+  int Send(const PortMessage& message);
+  void OnConnectionGone(const std::string& busName);
 
   Router& m_router;
-  std::map<std::pair<std::string, std::string>, Port> m_ports;  ///< by app and name
+  std::map<PortName, Port> m_ports;
   int m_lastId = 0;
 };
 

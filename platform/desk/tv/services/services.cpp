@@ -17,33 +17,39 @@
 #include "tv/tv_store.h"
 
 namespace desk::tv {
+namespace {
 
-// In the order of their making; destroyed the other way round.
+constexpr char WEB_APP_SERVICE[] = "the web-app service";
+
+// An event that has happened stays valid even if its settings key cannot be written.
+Needs WithLoggedKeyErrors(Needs needs) {
+  needs.setKey = [set = needs.setKey, log = needs.log](const std::string& key,
+                                                       const std::string& value) {
+    try {
+      set(key, value);
+    } catch (const DeskError& error) {
+      log("cannot set " + key + ": " + error.what());
+    }
+  };
+  return needs;
+}
+
+}  // namespace
+
+// Created in this order, destroyed in reverse.
 struct Services::Parts {
-  Parts(Router& router, const DeskPaths& paths, ServiceNeeds wanted)
-      : needs(std::move(wanted)),
-        store(paths.TvState()),
-        catalogue(paths.PackagesDb()),
-        was(router, store, SetKey()),
-        channels(router, store),
-        broadcast(router, store, channels, SetKey()),
-        operations(router),
-        ports(router),
-        mounts(router, paths),
-        apps(router, paths, catalogue, store,
-             {needs.callers, needs.busAddress, needs.tools, SetKey(), needs.log}),
-        packages(router, paths, catalogue, Hooks()) {}
-
-  // A key that cannot be written must not undo what it tells of.
-  std::function<void(const std::string&, const std::string&)> SetKey() {
-    return [this](const std::string& key, const std::string& value) {
-      try {
-        needs.setKey(key, value);
-      } catch (const DeskError& error) {
-        needs.log("cannot set " + key + ": " + error.what());
-      }
-    };
-  }
+  explicit Parts(Needs wanted)
+      : needs(WithLoggedKeyErrors(std::move(wanted))),
+        store(needs.paths.TvState()),
+        catalogue(needs.paths.PackagesDb()),
+        webApps(needs, store),
+        channels(needs.router, store),
+        broadcast(needs, store, channels),
+        operations(needs.router),
+        ports(needs.router),
+        mounts(needs.router, needs.paths),
+        apps(needs, catalogue, store),
+        packages(needs.router, needs.paths, catalogue, Hooks()) {}
 
   PackageHooks Hooks() {
     PackageHooks hooks;
@@ -53,27 +59,27 @@ struct Services::Parts {
       if (before != nullptr) {
         apps.EndPackage(now.id);
       }
-      Try("the web-app service", [&] { was.Learn(now); });
+      Try(WEB_APP_SERVICE, [&] { webApps.Learn(now); });
     };
-    hooks.gone = [this](const PackageManifest& before) {
+    hooks.removed = [this](const PackageManifest& before) {
       apps.EndPackage(before.id);
-      Try("the web-app service", [&] { was.Forget(before.id); });
+      Try(WEB_APP_SERVICE, [&] { webApps.Forget(before.id); });
     };
     return hooks;
   }
 
-  void Try(const char* who, const std::function<void()>& function) {
+  void Try(const char* service, const std::function<void()>& function) {
     try {
       function();
     } catch (const DeskError& error) {
-      needs.log(std::string(who) + ": " + error.what());
+      needs.log(std::string(service) + ": " + error.what());
     }
   }
 
-  const ServiceNeeds needs;
+  const Needs needs;
   TvStore store;
   Catalogue catalogue;
-  Was was;
+  WebAppTable webApps;
   Channels channels;
   Broadcast broadcast;
   Operations operations;
@@ -83,8 +89,7 @@ struct Services::Parts {
   Packages packages;
 };
 
-Services::Services(Router& router, const DeskPaths& paths, ServiceNeeds needs)
-    : m_parts(std::make_unique<Parts>(router, paths, std::move(needs))) {}
+Services::Services(Needs needs) : m_parts(std::make_unique<Parts>(std::move(needs))) {}
 
 Services::~Services() = default;
 
@@ -96,7 +101,7 @@ void Services::TurnOff() {
 
 void Services::TurnOn() {
   m_parts->broadcast.TurnOn();
-  m_parts->Try("the web-app service", [this] { m_parts->was.TurnOn(); });
+  m_parts->Try(WEB_APP_SERVICE, [this] { m_parts->webApps.TurnOn(); });
 }
 
 std::string Services::DescribeMounts() const {
@@ -109,7 +114,7 @@ std::map<std::string, std::function<Json::Value()>> Services::Dumps() const {
           {"apps", [&parts] { return parts.apps.Dump(); }},
           {"channels", [&parts] { return parts.channels.Dump(); }},
           {"operations", [&parts] { return parts.operations.Dump(); }},
-          {"was", [&parts] { return parts.was.Dump(); }},
+          {"was", [&parts] { return parts.webApps.Dump(); }},
           {"services", [&parts] { return parts.broadcast.Dump(); }},
           {"tuned", [&parts] { return parts.broadcast.Tuned(); }},
           {"ports", [&parts] { return parts.ports.Dump(); }},

@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tv/services/web_app_table.h"
 
-#include <glib.h>
-
 #include <algorithm>
+#include <cstdint>
+#include <limits>
 #include <utility>
 
 #include "common/desk_error.h"
@@ -13,240 +13,282 @@
 namespace desk::tv {
 namespace {
 
-constexpr char kSection[] = "was";
-constexpr char kKey[] = "memory/was/app_install";
-constexpr int kWebApp = 2;
+constexpr char SECTION[] = "was";
+constexpr char INSTALL_KEY[] = "memory/was/app_install";
 
-Json::Value AppsKnownFor(const PackageManifest& package) {
-  Json::Value apps(Json::arrayValue);
+using AppIds = std::vector<std::string>;
+
+AppIds AppsKnownFor(const PackageManifest& package) {
+  AppIds apps;
   for (const PackageApp& app : package.apps) {
     if (app.component == Component::Ui) {
-      apps.append(app.id);
+      apps.push_back(app.id);
     }
   }
   if (apps.empty() && !package.apps.empty()) {
-    apps.append(package.apps.front().id);
+    apps.push_back(package.apps.front().id);
   }
   return apps;
 }
 
-Json::Value NewEntry(const std::string& package, const std::string& app) {
-  Json::Value entry(Json::objectValue);
-  entry["package"] = package;
-  entry["app"] = app;
-  entry["widget"] = app;
-  entry["kind"] = kWebApp;
-  entry["gone"] = false;
+WebAppEntry NewEntry(const std::string& package, const std::string& app) {
+  WebAppEntry entry;
+  entry.package = package;
+  entry.app = app;
+  entry.widget = app;
   return entry;
 }
 
-bool Contains(const Json::Value& texts, const std::string& text) {
-  return std::any_of(texts.begin(), texts.end(),
-                     [&](const Json::Value& item) { return item == Json::Value(text); });
+WebAppEntry ReadEntry(const Json::Value& row) {
+  WebAppEntry entry;
+  entry.package = row["package"].asString();
+  entry.app = row["app"].asString();
+  entry.widget = row["widget"].asString();
+  entry.kind = row["kind"].asInt();
+  entry.gone = row["gone"].asBool();
+  return entry;
 }
 
-Json::Value Without(const Json::Value& entries,
-                    const std::function<bool(const Json::Value&)>& unwanted) {
-  Json::Value kept(Json::arrayValue);
-  for (const Json::Value& entry : entries) {
-    if (!unwanted(entry)) {
-      kept.append(entry);
-    }
+Json::Value ToJson(const WebAppEntry& entry) {
+  return JsonObject({{"package", entry.package},
+                     {"app", entry.app},
+                     {"widget", entry.widget},
+                     {"kind", entry.kind},
+                     {"gone", entry.gone}});
+}
+
+Json::Value ToJson(const std::vector<WebAppEntry>& entries) {
+  Json::Value list(Json::arrayValue);
+  for (const WebAppEntry& entry : entries) {
+    list.append(ToJson(entry));
   }
-  return kept;
+  return list;
+}
+
+AppIds ReadIds(const Json::Value& list) {
+  AppIds ids;
+  for (const Json::Value& id : list) {
+    ids.push_back(id.asString());
+  }
+  return ids;
+}
+
+Json::Value ToJson(const AppIds& ids) {
+  Json::Value list(Json::arrayValue);
+  for (const std::string& id : ids) {
+    list.append(id);
+  }
+  return list;
+}
+
+WebAppChange ReadChange(const Json::Value& request) {
+  WebAppChange change;
+  change.package = RequireString(request, "package");
+  if (!request["app"].isNull()) {
+    change.app = RequireString(request, "app");
+  }
+  if (!request["widget"].isNull()) {
+    change.widget = RequireString(request, "widget");
+  }
+  if (!request["kind"].isNull()) {
+    change.kind = OptionalInt(request, "kind", 0);
+  }
+  if (!request["gone"].isNull()) {
+    change.gone = OptionalBool(request, "gone", false);
+  }
+  return change;
+}
+
+int ReadDelay(const Json::Value& request) {
+  const int seconds = OptionalInt(request, "seconds", -1);
+  if (seconds < 0) {
+    throw DeskError(DeskError::Usage, "the delay must be a number of seconds, 0 or more");
+  }
+  return seconds;
+}
+
+// Delays are limited to 49 days, the range of the timer.
+unsigned Milliseconds(int seconds) {
+  const std::int64_t milliseconds = std::int64_t{seconds} * 1000;
+  return static_cast<unsigned>(
+      std::min<std::int64_t>(milliseconds, std::numeric_limits<unsigned>::max()));
+}
+
+bool Contains(const AppIds& ids, const std::string& id) {
+  return std::find(ids.begin(), ids.end(), id) != ids.end();
 }
 
 }  // namespace
 
-struct Was::Timer {
-  Was* was;
-  std::string package;
-  Json::Value apps;
-};
-
-Was::Was(Router& router, TvStore& store, SetKey setKey)
-    : m_store(store), m_setKey(std::move(setKey)) {
-  AddMethods(router);
-}
-
-Was::~Was() {
-  for (const auto& [package, source] : m_late) {
-    g_source_remove(source);
-  }
-}
-
-void Was::TurnOn() {
-  m_delay = 0;
-  const Json::Value late = m_store.Get(kSection)["late"];
-  for (const std::string& package : late.getMemberNames()) {
-    Enter(package, late[package]);
-  }
-}
-
-void Was::AddMethods(Router& router) {
-  router.Add("was.all", [this](const Json::Value&, const Caller&) {
-    Json::Value answer(Json::objectValue);
-    answer["result"] = 0;
-    answer["list"] = Json::Value(Json::arrayValue);
-    for (const Json::Value& entry : Entries()) {
-      Json::Value& item = answer["list"].append(Json::objectValue);
-      item["package"] = entry["package"];
-      item["kind"] = entry["kind"];
-      item["gone"] = entry["gone"];
+WebAppTable::WebAppTable(const Needs& needs, TvStore& store) : m_needs(needs), m_store(store) {
+  const Json::Value& section = store.Get(SECTION);
+  if (section.isObject()) {
+    for (const Json::Value& row : section["entries"]) {
+      m_entries.push_back(ReadEntry(row));
     }
-    return answer;
+    const Json::Value& waiting = section["late"];
+    for (const std::string& package : waiting.getMemberNames()) {
+      m_waiting[package] = ReadIds(waiting[package]);
+    }
+  }
+  AddMethods(needs.router);
+  AddChanges(needs.router);
+}
+
+void WebAppTable::TurnOn() {
+  m_delay = 0;
+  const std::map<std::string, AppIds> waiting = m_waiting;
+  for (const auto& [package, apps] : waiting) {
+    Enter(package, apps);
+  }
+}
+
+void WebAppTable::AddMethods(Router& router) {
+  router.Add("was.all", [this](const Json::Value&, const Caller&) {
+    Json::Value list(Json::arrayValue);
+    for (const WebAppEntry& entry : m_entries) {
+      list.append(
+          JsonObject({{"package", entry.package}, {"kind", entry.kind}, {"gone", entry.gone}}));
+    }
+    return JsonObject({{"result", 0}, {"list", list}});
   });
   router.Add("was.find", [this](const Json::Value& request, const Caller&) {
-    return Find(RequireString(request, "app"));
+    const WebAppEntry* entry = Find(RequireString(request, "app"));
+    return entry == nullptr
+               ? JsonObject({{"result", -1}})
+               : JsonObject({{"result", 0}, {"widget", entry->widget}, {"app", entry->app}});
   });
   router.Add("was.list", [this](const Json::Value&, const Caller&) {
-    Json::Value answer(Json::objectValue);
-    answer["entries"] = Entries();
-    return answer;
+    return JsonObject({{"entries", Dump()}});
   });
-  router.Add("was.set", [this](const Json::Value& request, const Caller&) { return Set(request); });
+}
+
+void WebAppTable::AddChanges(Router& router) {
+  router.Add("was.set", [this](const Json::Value& request, const Caller&) {
+    return ToJson(Set(ReadChange(request)));
+  });
   router.Add("was.remove", [this](const Json::Value& request, const Caller&) {
-    Json::Value answer(Json::objectValue);
-    answer["found"] = Remove(RequireString(request, "package"));
-    return answer;
+    return JsonObject({{"found", Remove(RequireString(request, "package"))}});
   });
   router.Add("was.delay", [this](const Json::Value& request, const Caller&) {
-    const int seconds = OptionalInt(request, "seconds", -1);
-    if (seconds < 0) {
-      throw DeskError(DeskError::Usage, "the delay must be a number of seconds, 0 or more");
-    }
-    m_delay = seconds;
+    m_delay = ReadDelay(request);
     return Json::Value(Json::objectValue);
   });
 }
 
-void Was::Learn(const PackageManifest& package) {
-  const Json::Value apps = AppsKnownFor(package);
-  Store("entries", Without(Entries(), [&](const Json::Value& entry) {
-          return entry["package"] == Json::Value(package.id) &&
-                 !Contains(apps, entry["app"].asString());
-        }));
+void WebAppTable::Learn(const PackageManifest& package) {
+  const AppIds apps = AppsKnownFor(package);
+  Entries kept;
+  std::copy_if(m_entries.begin(), m_entries.end(), std::back_inserter(kept),
+               [&](const WebAppEntry& entry) {
+                 return entry.package != package.id || Contains(apps, entry.app);
+               });
+  Store(std::move(kept), m_waiting);
   if (m_delay == 0) {
     Enter(package.id, apps);
   } else {
-    Delay(package.id, apps, m_delay);
+    Delay(package.id, apps);
   }
 }
 
-void Was::Forget(const std::string& package) {
+void WebAppTable::Forget(const std::string& package) {
   CancelDelay(package);
   Remove(package);
 }
 
-Json::Value Was::Dump() const {
-  return Entries();
+Json::Value WebAppTable::Dump() const {
+  return ToJson(m_entries);
 }
 
-void Was::Enter(const std::string& package, const Json::Value& apps) {
+void WebAppTable::Enter(const std::string& package, const AppIds& apps) {
   CancelDelay(package);
-  Json::Value entries = Entries();
-  std::vector<std::string> learned;
-  for (const Json::Value& app : apps) {
-    const bool known = std::any_of(entries.begin(), entries.end(), [&](const Json::Value& entry) {
-      return entry["package"] == Json::Value(package) && entry["app"] == app;
+  Entries entries = m_entries;
+  AppIds learned;
+  for (const std::string& app : apps) {
+    const bool known = std::any_of(entries.begin(), entries.end(), [&](const WebAppEntry& entry) {
+      return entry.package == package && entry.app == app;
     });
     if (!known) {
-      entries.append(NewEntry(package, app.asString()));
-      learned.push_back(app.asString());
+      entries.push_back(NewEntry(package, app));
+      learned.push_back(app);
     }
   }
   if (learned.empty()) {
     return;
   }
-  Store("entries", entries);
+  Store(std::move(entries), m_waiting);
   for (const std::string& widget : learned) {
-    m_setKey(kKey, widget);
+    m_needs.setKey(INSTALL_KEY, widget);
   }
 }
 
-// An entry that is set by hand may be of a package that is not installed.
-Json::Value Was::Set(const Json::Value& request) {
-  const std::string package = RequireString(request, "package");
-  Json::Value entries = Entries();
-  const auto found = std::find_if(entries.begin(), entries.end(), [&](const Json::Value& entry) {
-    return entry["package"] == Json::Value(package);
+// The package need not be installed.
+WebAppEntry WebAppTable::Set(const WebAppChange& change) {
+  Entries entries = m_entries;
+  auto entry = std::find_if(entries.begin(), entries.end(), [&](const WebAppEntry& candidate) {
+    return candidate.package == change.package;
   });
-  Json::Value& entry = found == entries.end() ? entries.append(NewEntry(package, package)) : *found;
-  entry["app"] = OptionalString(request, "app", entry["app"].asString());
-  entry["widget"] = OptionalString(request, "widget", entry["widget"].asString());
-  entry["kind"] = OptionalInt(request, "kind", entry["kind"].asInt());
-  entry["gone"] = OptionalBool(request, "gone", entry["gone"].asBool());
-  Json::Value answer = entry;
-  Store("entries", entries);
-  return answer;
-}
-
-Json::Value Was::Find(const std::string& app) const {
-  Json::Value answer(Json::objectValue);
-  answer["result"] = -1;
-  for (const Json::Value& entry : Entries()) {
-    if (!app.empty() && entry["app"] == Json::Value(app)) {
-      answer["result"] = 0;
-      answer["widget"] = entry["widget"];
-      answer["app"] = entry["app"];
-      break;
-    }
+  if (entry == entries.end()) {
+    entry = entries.insert(entries.end(), NewEntry(change.package, change.package));
   }
-  return answer;
+  entry->app = change.app.value_or(entry->app);
+  entry->widget = change.widget.value_or(entry->widget);
+  entry->kind = change.kind.value_or(entry->kind);
+  entry->gone = change.gone.value_or(entry->gone);
+  const WebAppEntry changed = *entry;
+  Store(std::move(entries), m_waiting);
+  return changed;
 }
 
-bool Was::Remove(const std::string& package) {
-  const Json::Value entries = Entries();
-  const Json::Value kept = Without(
-      entries, [&](const Json::Value& entry) { return entry["package"] == Json::Value(package); });
-  if (kept.size() == entries.size()) {
+const WebAppEntry* WebAppTable::Find(const std::string& app) const {
+  const auto found =
+      std::find_if(m_entries.begin(), m_entries.end(),
+                   [&](const WebAppEntry& entry) { return !app.empty() && entry.app == app; });
+  return found == m_entries.end() ? nullptr : &*found;
+}
+
+bool WebAppTable::Remove(const std::string& package) {
+  Entries kept;
+  std::copy_if(m_entries.begin(), m_entries.end(), std::back_inserter(kept),
+               [&](const WebAppEntry& entry) { return entry.package != package; });
+  if (kept.size() == m_entries.size()) {
     return false;
   }
-  Store("entries", kept);
+  Store(std::move(kept), m_waiting);
   return true;
 }
 
-Json::Value Was::Entries() const {
-  const Json::Value& section = m_store.Get(kSection);
-  return section["entries"].isArray() ? section["entries"] : Json::Value(Json::arrayValue);
-}
-
-void Was::Store(const char* member, const Json::Value& value) {
-  Json::Value section = m_store.Get(kSection);
-  section[member] = value;
-  m_store.Set(kSection, section);
-}
-
-void Was::Delay(const std::string& package, const Json::Value& apps, int seconds) {
-  CancelDelay(package);
-  Json::Value late = m_store.Get(kSection)["late"];
-  late[package] = apps;
-  Store("late", late);
-  m_late[package] = g_timeout_add_seconds_full(
-      G_PRIORITY_DEFAULT, static_cast<guint>(seconds),
-      [](gpointer data) -> gboolean {
-        // Ended by Enter, which forgets the source first; the copy outlives the timer's own data.
-        const Timer timer = *static_cast<Timer*>(data);
-        try {
-          timer.was->Enter(timer.package, timer.apps);
-        } catch (const DeskError& error) {
-          g_printerr("desk-tv: the web-app service: %s\n", error.what());
-        }
-        return G_SOURCE_REMOVE;
-      },
-      new Timer{this, package, apps}, [](gpointer data) { delete static_cast<Timer*>(data); });
-}
-
-void Was::CancelDelay(const std::string& package) {
-  const auto source = m_late.find(package);
-  if (source != m_late.end()) {
-    g_source_remove(source->second);
-    m_late.erase(source);
+void WebAppTable::Store(Entries entries, std::map<std::string, AppIds> waiting) {
+  Json::Value late(Json::objectValue);
+  for (const auto& [package, apps] : waiting) {
+    late[package] = ToJson(apps);
   }
-  Json::Value late = m_store.Get(kSection)["late"];
-  if (late.isObject() && late.isMember(package)) {
-    late.removeMember(package);
-    Store("late", late);
+  m_store.Set(SECTION, JsonObject({{"entries", ToJson(entries)}, {"late", late}}));
+  m_entries = std::move(entries);
+  m_waiting = std::move(waiting);
+}
+
+void WebAppTable::Delay(const std::string& package, const AppIds& apps) {
+  CancelDelay(package);
+  std::map<std::string, AppIds> waiting = m_waiting;
+  waiting[package] = apps;
+  Store(m_entries, std::move(waiting));
+  std::unique_ptr<Timer>& timer = m_timers[package];
+  timer = std::make_unique<Timer>();
+  timer->Set(Milliseconds(m_delay), [this, package, apps] {
+    try {
+      Enter(package, apps);
+    } catch (const DeskError& error) {
+      m_needs.log(std::string("the web-app service: ") + error.what());
+    }
+  });
+}
+
+void WebAppTable::CancelDelay(const std::string& package) {
+  m_timers.erase(package);
+  std::map<std::string, AppIds> waiting = m_waiting;
+  if (waiting.erase(package) > 0) {
+    Store(m_entries, std::move(waiting));
   }
 }
 

@@ -4,60 +4,84 @@
 
 #include <json/value.h>
 
-#include <functional>
 #include <map>
+#include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
+#include "common/timer.h"
 #include "package/manifest.h"
-#include "tv/router.h"
+#include "tv/services/needs.h"
 #include "tv/tv_store.h"
 
 namespace desk::tv {
 
-/// The web-app service: a table of web apps, kept over power-off, and was.*. Main loop only.
+/// One row of the table of the web-app service.
+struct WebAppEntry {
+  static constexpr int WEB_APP = 2;
+
+  std::string package;
+  std::string app;
+  std::string widget;  ///< widget id; the app id unless it was set by hand
+  int kind = WEB_APP;
+  bool gone = false;
+};
+
+/// A change by hand; empty members stay as they are.
+struct WebAppChange {
+  std::string package;
+  std::optional<std::string> app;
+  std::optional<std::string> widget;
+  std::optional<int> kind;
+  std::optional<bool> gone;
+};
+
+/// The web-app service: a table of web apps, and was.*. Survives power-off. Main loop only.
 ///
-/// It learns of a package when told of it, or a set number of seconds later, and then writes the
-/// widget id to the settings key that others wait for. An app's widget id is its app id unless set
-/// otherwise. Of a package with several UI applications it knows each; a package with services
-/// alone is known by its first service, so that it does not count as gone.
-class Was {
+/// The service learns of a package when it is installed, or a set number of seconds later, and then
+/// writes the widget id to the settings key that the daemon waits for. It knows each UI application
+/// of a package. A package that only has services is known by its first service, so that it does
+/// not count as gone.
+class WebAppTable {
  public:
-  using SetKey = std::function<void(const std::string& key, const std::string& value)>;
+  WebAppTable(const Needs& needs, TvStore& store);
+  WebAppTable(const WebAppTable&) = delete;
+  WebAppTable& operator=(const WebAppTable&) = delete;
 
-  Was(Router& router, TvStore& store, SetKey setKey);
-  ~Was();
-  Was(const Was&) = delete;
-  Was& operator=(const Was&) = delete;
-
-  /// Power-on, before the daemon is started: no delay is set, and what the service was yet to learn
-  /// of when the power went is known at once.
+  /// Power-on, before the daemon is started: resets the delay, and enters the packages that were
+  /// still waiting when the power went off. Throws DeskError.
   void TurnOn();
 
-  /// Installed or updated. Apps that are known already stay as they are; apps that the package has
-  /// no more are forgotten.
+  /// A package was installed or updated. Known apps keep their entries; entries of apps that the
+  /// package no longer has are removed. Throws DeskError.
   void Learn(const PackageManifest& package);
+  /// A package was removed. Throws DeskError.
   void Forget(const std::string& package);
 
-  /// As the reply of was.list has it in `entries`.
+  /// As `entries` in the reply of was.list.
   Json::Value Dump() const;
 
  private:
-  struct Timer;
+  using Entries = std::vector<WebAppEntry>;
+  using AppIds = std::vector<std::string>;
 
   void AddMethods(Router& router);
-  void Enter(const std::string& package, const Json::Value& apps);
-  Json::Value Set(const Json::Value& request);
-  Json::Value Find(const std::string& app) const;
+  void AddChanges(Router& router);
+  void Enter(const std::string& package, const AppIds& apps);
+  WebAppEntry Set(const WebAppChange& change);
+  const WebAppEntry* Find(const std::string& app) const;
   bool Remove(const std::string& package);
-  Json::Value Entries() const;
-  void Store(const char* member, const Json::Value& value);
-  void Delay(const std::string& package, const Json::Value& apps, int seconds);
+  void Store(Entries entries, std::map<std::string, AppIds> waiting);
+  void Delay(const std::string& package, const AppIds& apps);
   void CancelDelay(const std::string& package);
 
+  const Needs m_needs;
   TvStore& m_store;
-  const SetKey m_setKey;
-  int m_delay = 0;                         ///< seconds; set until the power goes
-  std::map<std::string, unsigned> m_late;  ///< package to the timer's source
+  Entries m_entries;
+  std::map<std::string, AppIds> m_waiting;                 ///< packages that are not entered yet
+  int m_delay = 0;                                         ///< seconds; lasts until power-off
+  std::map<std::string, std::unique_ptr<Timer>> m_timers;  ///< by package
 };
 
 }  // namespace desk::tv

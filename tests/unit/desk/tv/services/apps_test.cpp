@@ -34,12 +34,16 @@ class AppsTest : public ::testing::Test {
 
   void PowerOn() {
     m_apps.reset();
-    AppNeeds needs{m_callers, "unix:path=/the/bus", m_directory.Path() + "/tools",
-                   [this](const std::string& key, const std::string& value) {
-                     m_keys.push_back(key + "=" + value);
-                   },
-                   [this](const std::string& line) { m_lines.push_back(line); }};
-    m_apps = std::make_unique<Apps>(m_router, m_paths, *m_catalogue, *m_store, needs);
+    const Needs needs{m_router,
+                      m_paths,
+                      m_callers,
+                      "unix:path=/the/bus",
+                      m_directory.Path() + "/tools",
+                      [this](const std::string& key, const std::string& value) {
+                        m_keys.push_back(key + "=" + value);
+                      },
+                      [this](const std::string& line) { m_lines.push_back(line); }};
+    m_apps = std::make_unique<Apps>(needs, *m_catalogue, *m_store);
   }
   static void Script(const std::string& path, const std::string& body) {
     WriteFile(path, "#!/bin/sh\n" + body + "\n");
@@ -90,16 +94,16 @@ class AppsTest : public ::testing::Test {
     caller.busName = ":1." + app;
     m_router.Call("app.entered", request, caller);
   }
-  // Orders that were sent to web apps: connection and word.
-  Texts Orders() {
-    Texts orders;
+  // Requests that were sent to web apps: connection and state.
+  Texts StateRequests() {
+    Texts requests;
     for (const auto& event : m_router.Events("app")) {
       if (!event.to.empty()) {
         EXPECT_EQ(event.body["state"].asString(), "enter");
-        orders.push_back(event.to + " " + event.body["word"].asString());
+        requests.push_back(event.to + " " + event.body["word"].asString());
       }
     }
-    return orders;
+    return requests;
   }
   std::string StatusError(const std::string& app, const std::string& word) {
     Json::Value request;
@@ -124,7 +128,7 @@ class AppsTest : public ::testing::Test {
   std::unique_ptr<Apps> m_apps;
 };
 
-TEST_F(AppsTest, TellsWhatIsKnownOfAnApp) {
+TEST_F(AppsTest, DescribesAnApp) {
   Install("known00001");
   const Json::Value ui = Call("app.info", "known00001.App");
   EXPECT_TRUE(ui["found"].asBool());
@@ -139,7 +143,7 @@ TEST_F(AppsTest, TellsWhatIsKnownOfAnApp) {
   EXPECT_EQ(m_router.Call("app.list")["apps"].size(), 2u);
 }
 
-TEST_F(AppsTest, AServiceRunsItsProgramInItsDirectoryAsTheAppThatItIs) {
+TEST_F(AppsTest, AServiceRunsItsProgramInItsOwnDirectoryAndName) {
   Install("serve00001",
           "echo \"$TV_APP_ID $TV_ROLE $TV_ROOT $TV_BUS\"; pwd; command -v desk-webapp; "
           "exec sleep 1000");
@@ -196,24 +200,24 @@ TEST_F(AppsTest, ARunningAppIsNotStartedAgain) {
   EXPECT_EQ(States("again00001.Feed"), Texts{"launched"});
 }
 
-TEST_F(AppsTest, AnAppWhoseProcessIsOnItsWayOutIsStartedAnew) {
-  Install("anew000001");
-  const pid_t web = LaunchedPid("anew000001.App");
-  Entered("anew000001.App", "quit");
-  const pid_t again = LaunchedPid("anew000001.App");
+TEST_F(AppsTest, AnAppWhoseProcessIsEndingIsStartedAgain) {
+  Install("again00002");
+  const pid_t web = LaunchedPid("again00002.App");
+  Entered("again00002.App", "quit");
+  const pid_t again = LaunchedPid("again00002.App");
   EXPECT_NE(again, web);
-  Entered("anew000001.App", "preload");
-  Call("app.kill", "anew000001.App");
-  EXPECT_NE(LaunchedPid("anew000001.App"), again);
-  EXPECT_EQ(States("anew000001.App"), (Texts{"launched", "status quit", "killed", "launched",
+  Entered("again00002.App", "preload");
+  Call("app.kill", "again00002.App");
+  EXPECT_NE(LaunchedPid("again00002.App"), again);
+  EXPECT_EQ(States("again00002.App"), (Texts{"launched", "status quit", "killed", "launched",
                                              "status preload", "killed", "launched"}));
-  EXPECT_EQ(m_keys, (Texts{"rtc/memory/WebApp/anew000001.App=quit",
-                           "rtc/memory/WebApp/anew000001.App=preload",
-                           "rtc/memory/WebApp/anew000001.App=destroy"}));
+  EXPECT_EQ(m_keys, (Texts{"rtc/memory/WebApp/again00002.App=quit",
+                           "rtc/memory/WebApp/again00002.App=preload",
+                           "rtc/memory/WebApp/again00002.App=destroy"}));
   RunUntil("the watches of the two", [&] {
     return m_callers.Identify(web).appId.empty() && m_callers.Identify(again).appId.empty();
   });
-  EXPECT_TRUE(Running("anew000001.App"));
+  EXPECT_TRUE(Running("again00002.App"));
 }
 
 TEST_F(AppsTest, AnUnknownAppIsNotFoundAndABrokenOneFails) {
@@ -226,7 +230,7 @@ TEST_F(AppsTest, AnUnknownAppIsNotFoundAndABrokenOneFails) {
   EXPECT_FALSE(Running("broken0001.Feed"));
 }
 
-TEST_F(AppsTest, AnAppThatEndsByItselfIsToldOf) {
+TEST_F(AppsTest, AnAppThatEndsByItselfIsReported) {
   Install("ends000001", "exit 3");
   LaunchedPid("ends000001.Feed");
   RunUntil("its end", [&] { return !Running("ends000001.Feed"); });
@@ -246,7 +250,7 @@ TEST_F(AppsTest, TerminateAsksAndKillDoesNot) {
   EXPECT_EQ(States("stubborn01.Feed"), (Texts{"launched", "killed"}));
 }
 
-TEST_F(AppsTest, TerminateTellsApartWhatDoesNotRunAndWhatIsUnknown) {
+TEST_F(AppsTest, TerminateDistinguishesStoppedAndUnknownApps) {
   Install("still00001");
   EXPECT_EQ(Call("app.terminate", "still00001.Feed")["result"].asInt(),
             APP_MANAGER_ERROR_APP_NO_RUNNING);
@@ -264,7 +268,7 @@ TEST_F(AppsTest, AUiApplicationIsRunByTheWebRuntime) {
   EXPECT_EQ(Log("web0000002.App"), "web0000002.App --foreground\n");
 }
 
-TEST_F(AppsTest, TheWordOfAWebAppGoesToItsKey) {
+TEST_F(AppsTest, TheStateOfAWebAppGoesToItsKey) {
   Install("word000001");
   Launch("word000001.App");
   Entered("word000001.App", "init");
@@ -286,71 +290,72 @@ TEST_F(AppsTest, OnlyARunningWebAppEntersStates) {
   EXPECT_TRUE(m_keys.empty());
 }
 
-TEST_F(AppsTest, AnOrderIsAnsweredWhenTheStateIsEntered) {
-  Install("order00001");
-  Launch("order00001.App");
-  Entered("order00001.App", "init");
+TEST_F(AppsTest, AStateRequestReturnsWhenTheStateIsEntered) {
+  Install("state00001");
+  Launch("state00001.App");
+  Entered("state00001.App", "init");
   Json::Value request;
-  request["app"] = "order00001.App";
+  request["app"] = "state00001.App";
   request["word"] = "pause";
   const auto done = m_router.Begin("app.status", request);
-  EXPECT_EQ(Orders(), Texts{":1.order00001.App pause"});
-  Entered("order00001.App", "load");
+  EXPECT_EQ(StateRequests(), Texts{":1.state00001.App pause"});
+  Entered("state00001.App", "load");
   EXPECT_FALSE(done());
-  Entered("order00001.App", "pause");
+  Entered("state00001.App", "pause");
   EXPECT_TRUE(done());
 }
 
-TEST_F(AppsTest, AnOrderWaitsForTheAppsConnection) {
-  Install("order00001");
-  Launch("order00001.App");
+TEST_F(AppsTest, AStateRequestWaitsForTheAppsConnection) {
+  Install("state00001");
+  Launch("state00001.App");
   Json::Value request;
-  request["app"] = "order00001.App";
+  request["app"] = "state00001.App";
   request["word"] = "init";
   const auto done = m_router.Begin("app.status", request);
-  EXPECT_EQ(Orders(), Texts{});
-  Entered("order00001.App", "init");
-  EXPECT_EQ(Orders(), Texts{":1.order00001.App init"});
+  EXPECT_EQ(StateRequests(), Texts{});
+  Entered("state00001.App", "init");
+  EXPECT_EQ(StateRequests(), Texts{":1.state00001.App init"});
   EXPECT_FALSE(done()) << "the first word was the app's own";
-  Entered("order00001.App", "init");
+  Entered("state00001.App", "init");
   EXPECT_TRUE(done());
 }
 
-TEST_F(AppsTest, AnOrderFailsWhenTheAppEnds) {
-  Install("order00001");
-  Launch("order00001.App");
+TEST_F(AppsTest, AStateRequestFailsWhenTheAppEnds) {
+  Install("state00001");
+  Launch("state00001.App");
   Json::Value request;
-  request["app"] = "order00001.App";
+  request["app"] = "state00001.App";
   request["word"] = "pause";
   const auto answer = m_router.BeginCall("app.status", request);
-  Call("app.kill", "order00001.App");
+  Call("app.kill", "state00001.App");
   RunUntil("the answer", [&] { return answer->Done(); });
   try {
     answer->Take();
     FAIL() << "answered as if the state had been entered";
   } catch (const DeskError& error) {
     EXPECT_EQ(error.Code(), "Failed");
-    EXPECT_STREQ(error.what(), "order00001.App ended before it entered the state");
+    EXPECT_STREQ(error.what(), "state00001.App ended before it entered the state");
   }
 }
 
-TEST_F(AppsTest, OrdersThatMakeNoSenseAreRefused) {
-  Install("order00001");
-  EXPECT_EQ(StatusError("order00001.App", "pause"),
-            "Failed: order00001.App is not running: use `tv app launch`");
-  EXPECT_EQ(StatusError("order00001.Feed", "pause"), "Failed: order00001.Feed is no web app");
+TEST_F(AppsTest, AnInvalidStateRequestIsRefused) {
+  Install("state00001");
+  EXPECT_EQ(StatusError("state00001.App", "pause"),
+            "Failed: state00001.App is not running: use `tv app launch`");
+  EXPECT_EQ(StatusError("state00001.Feed", "pause"),
+            "Failed: state00001.Feed is not a web app: only web apps have states");
   EXPECT_EQ(StatusError("unknown.App", "pause").substr(0, 9), "NotFound:");
-  EXPECT_EQ(StatusError("order00001.App", "dance").substr(0, 6), "Usage:");
+  EXPECT_EQ(StatusError("state00001.App", "dance").substr(0, 6), "Usage:");
 }
 
-TEST_F(AppsTest, ALaunchBringsARunningWebAppToTheFrontUnlessItIsToStayBehind) {
+TEST_F(AppsTest, ALaunchBringsARunningWebAppToTheFront) {
   Install("front00001");
   Launch("front00001.App", true);
   Entered("front00001.App", "init");
   Launch("front00001.App", true);
-  EXPECT_EQ(Orders(), Texts{});
+  EXPECT_EQ(StateRequests(), Texts{});
   Launch("front00001.App");
-  EXPECT_EQ(Orders(), Texts{":1.front00001.App resume"});
+  EXPECT_EQ(StateRequests(), Texts{":1.front00001.App resume"});
 }
 
 TEST_F(AppsTest, AWebAppThatIsTakenAwayIsDestroyed) {
@@ -363,7 +368,7 @@ TEST_F(AppsTest, AWebAppThatIsTakenAwayIsDestroyed) {
   EXPECT_EQ(States("taken00001.App").back(), "killed");
 }
 
-TEST_F(AppsTest, AWebAppThatQuitHasTheLastWord) {
+TEST_F(AppsTest, AWebAppThatQuitKeepsTheStateQuit) {
   Install("quits00001");
   const pid_t pid = LaunchedPid("quits00001.App");
   Entered("quits00001.App", "quit");
@@ -429,7 +434,7 @@ TEST_F(AppsTest, TheProcessesOfAPackageAreEndedWithIt) {
   EXPECT_EQ(States("goes000001.App"), (Texts{"launched", "status preload", "killed"}));
 }
 
-TEST_F(AppsTest, PowerOffEndsAllAndTellsNobody) {
+TEST_F(AppsTest, PowerOffEndsAllWithoutEvents) {
   Install("off0000001");
   const pid_t service = LaunchedPid("off0000001.Feed");
   const pid_t web = LaunchedPid("off0000001.App");

@@ -20,10 +20,16 @@ class BroadcastTest : public ::testing::Test {
     m_channels.reset();
     m_store = std::make_unique<TvStore>(m_directory.Path() + "/tv.json");
     m_channels = std::make_unique<Channels>(m_router, *m_store);
-    m_broadcast = std::make_unique<Broadcast>(
-        m_router, *m_store, *m_channels, [this](const std::string& key, const std::string& value) {
-          m_keys.push_back(key + "=" + value);
-        });
+    const Needs needs{m_router,
+                      DeskPaths(m_directory.Path()),
+                      m_callers,
+                      "",
+                      "",
+                      [this](const std::string& key, const std::string& value) {
+                        m_keys.push_back(key + "=" + value);
+                      },
+                      nullptr};
+    m_broadcast = std::make_unique<Broadcast>(needs, *m_store, *m_channels);
     m_broadcast->TurnOn();
   }
   static Json::Value Id(std::uint64_t id) {
@@ -58,6 +64,7 @@ class BroadcastTest : public ::testing::Test {
 
   TemporaryDirectory m_directory;
   MemoryRouter m_router;
+  CallerTable m_callers;
   std::vector<std::string> m_keys;
   std::unique_ptr<TvStore> m_store;
   std::unique_ptr<Channels> m_channels;

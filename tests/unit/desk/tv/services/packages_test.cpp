@@ -41,7 +41,7 @@ class PackagesTest : public ::testing::Test {
                         (before == nullptr ? "" : " was " + before->version) +
                         (Completed() ? " after completed" : ""));
     };
-    hooks.gone = [this](const PackageManifest& before) {
+    hooks.removed = [this](const PackageManifest& before) {
       m_calls.push_back("gone " + before.id + (TreeOf(before.id) ? " with tree" : "") +
                         (Completed() ? " after completed" : ""));
     };

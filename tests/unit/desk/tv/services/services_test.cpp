@@ -23,15 +23,19 @@ class ServicesTest : public ::testing::Test {
     for (const std::string& path : {m_paths.Apps(), m_paths.Db(), m_paths.Log()}) {
       std::filesystem::create_directories(path);
     }
-    ServiceNeeds needs{m_callers, "unix:path=/the/bus", m_directory.Path() + "/tools",
-                       [this](const std::string& key, const std::string& value) {
-                         if (m_keysFail) {
-                           throw DeskError(DeskError::Failed, "the disk is full");
-                         }
-                         m_router.Emit("key", key + "=" + value);
-                       },
-                       [this](const std::string& line) { m_lines.push_back(line); }};
-    m_services = std::make_unique<Services>(m_router, m_paths, needs);
+    Needs needs{m_router,
+                m_paths,
+                m_callers,
+                "unix:path=/the/bus",
+                m_directory.Path() + "/tools",
+                [this](const std::string& key, const std::string& value) {
+                  if (m_keysFail) {
+                    throw DeskError(DeskError::Failed, "the disk is full");
+                  }
+                  m_router.Emit("key", key + "=" + value);
+                },
+                [this](const std::string& line) { m_lines.push_back(line); }};
+    m_services = std::make_unique<Services>(needs);
   }
 
   void Install(const std::string& package, const std::string& version, bool update = false) {

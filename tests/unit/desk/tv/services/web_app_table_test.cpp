@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "memory_router.h"
 #include "package_maker.h"
 
@@ -14,17 +16,23 @@ PackageManifest Package(const std::string& elements) {
   return ParseConfig(Config(elements));
 }
 
-class WasTest : public ::testing::Test {
+class WebAppTableTest : public ::testing::Test {
  protected:
-  WasTest() { PowerOn(); }
+  WebAppTableTest() { PowerOn(); }
   void PowerOn() {
-    m_was.reset();
+    m_table.reset();
     m_store = std::make_unique<TvStore>(m_directory.Path() + "/tv.json");
-    m_was = std::make_unique<Was>(m_router, *m_store,
-                                  [this](const std::string& key, const std::string& value) {
-                                    m_keys.push_back(key + "=" + value);
-                                  });
-    m_was->TurnOn();
+    const Needs needs{m_router,
+                      DeskPaths(m_directory.Path()),
+                      m_callers,
+                      "",
+                      "",
+                      [this](const std::string& key, const std::string& value) {
+                        m_keys.push_back(key + "=" + value);
+                      },
+                      [this](const std::string& line) { m_lines.push_back(line); }};
+    m_table = std::make_unique<WebAppTable>(needs, *m_store);
+    m_table->TurnOn();
   }
   Json::Value Find(const std::string& app) {
     Json::Value request;
@@ -46,15 +54,17 @@ class WasTest : public ::testing::Test {
 
   TemporaryDirectory m_directory;
   MemoryRouter m_router;
+  CallerTable m_callers;
+  std::vector<std::string> m_lines;
   std::vector<std::string> m_keys;
   std::unique_ptr<TvStore> m_store;
-  std::unique_ptr<Was> m_was;
+  std::unique_ptr<WebAppTable> m_table;
 };
 
 using Texts = std::vector<std::string>;
 
-TEST_F(WasTest, LearnsOfAWebAppAtOnceAndTellsItsWidgetId) {
-  m_was->Learn(Package(UiApp("learn00001")));
+TEST_F(WebAppTableTest, LearnsOfAWebAppAtOnceAndWritesItsWidgetId) {
+  m_table->Learn(Package(UiApp("learn00001")));
   const Json::Value found = Find("learn00001.App");
   EXPECT_EQ(found["result"], 0);
   EXPECT_EQ(found["widget"], "learn00001.App");
@@ -68,23 +78,23 @@ TEST_F(WasTest, LearnsOfAWebAppAtOnceAndTellsItsWidgetId) {
   EXPECT_EQ(all["list"][0]["gone"], false);
 }
 
-TEST_F(WasTest, DoesNotKnowServicesNorTheEmptyId) {
-  m_was->Learn(Package(UiApp("both000001") + Service("both000001.S", "s")));
+TEST_F(WebAppTableTest, DoesNotKnowServicesNorTheEmptyId) {
+  m_table->Learn(Package(UiApp("both000001") + Service("both000001.S", "s")));
   EXPECT_EQ(Find("both000001.S")["result"], -1);
   EXPECT_EQ(Find("")["result"], -1);
   EXPECT_FALSE(Find("unknown.App").isMember("widget"));
   EXPECT_EQ(Entries().size(), 1u);
 }
 
-TEST_F(WasTest, KnowsAPackageOfServicesAloneByItsFirst) {
-  m_was->Learn(Package(Service("service001.A", "s") + Service("service001.B", "s")));
+TEST_F(WebAppTableTest, KnowsAPackageWithoutAUiByItsFirstService) {
+  m_table->Learn(Package(Service("service001.A", "s") + Service("service001.B", "s")));
   ASSERT_EQ(Entries().size(), 1u);
   EXPECT_EQ(Entries()[0]["app"], "service001.A");
 }
 
-TEST_F(WasTest, LearnsLaterWhenADelayIsSet) {
+TEST_F(WebAppTableTest, LearnsLaterWhenADelayIsSet) {
   Delay(1);
-  m_was->Learn(Package(UiApp("late000001")));
+  m_table->Learn(Package(UiApp("late000001")));
   EXPECT_EQ(Find("late000001.App")["result"], -1);
   EXPECT_TRUE(m_keys.empty());
   RunUntil("the widget id", [&] { return !m_keys.empty(); });
@@ -92,64 +102,73 @@ TEST_F(WasTest, LearnsLaterWhenADelayIsSet) {
   EXPECT_EQ(Find("late000001.App")["result"], 0);
 }
 
-TEST_F(WasTest, AWebAppThatWentDuringTheDelayIsNeverLearnedOf) {
+TEST_F(WebAppTableTest, AWebAppRemovedDuringTheDelayIsNeverEntered) {
   Delay(1);
-  m_was->Learn(Package(UiApp("gone000001")));
-  m_was->Learn(Package(UiApp("stays00001")));
-  m_was->Forget("gone000001");
+  m_table->Learn(Package(UiApp("gone000001")));
+  m_table->Learn(Package(UiApp("stays00001")));
+  m_table->Forget("gone000001");
   RunUntil("the other widget id", [&] { return !m_keys.empty(); });
   EXPECT_EQ(m_keys, Texts{"memory/was/app_install=stays00001.App"});
   EXPECT_EQ(Find("gone000001.App")["result"], -1);
 }
 
-TEST_F(WasTest, WhatWasLateAtPowerOffIsKnownAfterwards) {
+TEST_F(WebAppTableTest, ALateEntryIsMadeAfterPowerOff) {
   Delay(1000);
-  m_was->Learn(Package(UiApp("late000001")));
+  m_table->Learn(Package(UiApp("late000001")));
   PowerOn();
   EXPECT_EQ(Find("late000001.App")["result"], 0);
   EXPECT_EQ(m_keys, Texts{"memory/was/app_install=late000001.App"});
 }
 
-TEST_F(WasTest, WhatWasLateAtAPowerCycleIsKnownAfterwardsAndToldOnce) {
+TEST_F(WebAppTableTest, ALateEntryIsMadeOnceAfterAPowerCycle) {
   Delay(1);
-  m_was->Learn(Package(UiApp("late000001")));
-  m_was->TurnOn();
+  m_table->Learn(Package(UiApp("late000001")));
+  m_table->TurnOn();
   EXPECT_EQ(m_keys, Texts{"memory/was/app_install=late000001.App"});
   Delay(1);
-  m_was->Learn(Package(UiApp("late000002")));
+  m_table->Learn(Package(UiApp("late000002")));
   RunUntil("the other widget id", [&] { return m_keys.size() > 1; });
   EXPECT_EQ(m_keys.back(), "memory/was/app_install=late000002.App");
 }
 
-TEST_F(WasTest, ADelayIsSetUntilThePowerGoes) {
+TEST_F(WebAppTableTest, ADelayLastsUntilPowerOff) {
   Delay(1000);
-  m_was->TurnOn();
-  m_was->Learn(Package(UiApp("quick00001")));
+  m_table->TurnOn();
+  m_table->Learn(Package(UiApp("quick00001")));
   EXPECT_EQ(Find("quick00001.App")["result"], 0);
 }
 
-TEST_F(WasTest, ANegativeDelayIsRefused) {
+TEST_F(WebAppTableTest, ALateEntryThatCannotBeStoredIsLogged) {
+  Delay(1);
+  m_table->Learn(Package(UiApp("late000001")));
+  std::filesystem::remove_all(m_directory.Path());
+  RunUntil("the line in the log", [&] { return !m_lines.empty(); });
+  EXPECT_EQ(m_lines.front().find("the web-app service: cannot write "), 0u) << m_lines.front();
+  EXPECT_TRUE(m_keys.empty());
+}
+
+TEST_F(WebAppTableTest, ANegativeDelayIsRefused) {
   EXPECT_THROW(Delay(-1), DeskError);
 }
 
-TEST_F(WasTest, KeepsWhatWasSetOverAnUpdate) {
-  m_was->Learn(Package(UiApp("update0001")));
+TEST_F(WebAppTableTest, KeepsChangesByHandOverAnUpdate) {
+  m_table->Learn(Package(UiApp("update0001")));
   Set("update0001", "widget", "other");
-  m_was->Learn(Package(UiApp("update0001")));
+  m_table->Learn(Package(UiApp("update0001")));
   EXPECT_EQ(Find("update0001.App")["widget"], "other");
   EXPECT_EQ(m_keys.size(), 1u);
 }
 
-TEST_F(WasTest, FollowsTheApplicationsOfAnUpdate) {
-  m_was->Learn(Package(UiApp("update0001", "Old")));
-  m_was->Learn(Package(UiApp("update0001", "New")));
+TEST_F(WebAppTableTest, FollowsTheApplicationsOfAnUpdate) {
+  m_table->Learn(Package(UiApp("update0001", "Old")));
+  m_table->Learn(Package(UiApp("update0001", "New")));
   EXPECT_EQ(Find("update0001.Old")["result"], -1);
   EXPECT_EQ(Find("update0001.New")["result"], 0);
   EXPECT_EQ(m_keys.back(), "memory/was/app_install=update0001.New");
 }
 
-TEST_F(WasTest, SetChangesOneFieldAndLeavesTheOthers) {
-  m_was->Learn(Package(UiApp("set0000001")));
+TEST_F(WebAppTableTest, SetChangesOneFieldOnly) {
+  m_table->Learn(Package(UiApp("set0000001")));
   EXPECT_EQ(Set("set0000001", "gone", true)["gone"], true);
   const Json::Value entry = Set("set0000001", "kind", 3);
   EXPECT_EQ(entry["kind"], 3);
@@ -158,7 +177,7 @@ TEST_F(WasTest, SetChangesOneFieldAndLeavesTheOthers) {
   EXPECT_EQ(entry["app"], "set0000001.App");
 }
 
-TEST_F(WasTest, SetMakesAnEntryOfAPackageThatIsNotInstalled) {
+TEST_F(WebAppTableTest, SetCreatesAnEntryForAnUnknownPackage) {
   Set("stranger01", "gone", true);
   const Json::Value all = m_router.Call("was.all");
   ASSERT_EQ(all["list"].size(), 1u);
@@ -167,8 +186,8 @@ TEST_F(WasTest, SetMakesAnEntryOfAPackageThatIsNotInstalled) {
   EXPECT_TRUE(m_keys.empty());
 }
 
-TEST_F(WasTest, RemoveTellsWhetherThereWasAnEntry) {
-  m_was->Learn(Package(UiApp("remove0001")));
+TEST_F(WebAppTableTest, RemoveReportsWhetherThereWasAnEntry) {
+  m_table->Learn(Package(UiApp("remove0001")));
   Json::Value request;
   request["package"] = "remove0001";
   EXPECT_EQ(m_router.Call("was.remove", request)["found"], true);
@@ -176,8 +195,8 @@ TEST_F(WasTest, RemoveTellsWhetherThereWasAnEntry) {
   EXPECT_TRUE(Entries().empty());
 }
 
-TEST_F(WasTest, TheTableOutlivesThePower) {
-  m_was->Learn(Package(UiApp("keep000001")));
+TEST_F(WebAppTableTest, TheTableSurvivesPowerOff) {
+  m_table->Learn(Package(UiApp("keep000001")));
   Set("keep000001", "widget", "w1");
   PowerOn();
   EXPECT_EQ(Find("keep000001.App")["widget"], "w1");
