@@ -233,14 +233,12 @@ pid_t Apps::Start(const KnownApp& app, const LaunchRequest& request) {
   const pid_t pid = StartProcess(process);
   m_needs.callers.AddApp(pid, app.id);
   m_processes[app.id].pid = pid;
-  CallerTable& callers = m_needs.callers;
-  WatchProcess(pid,
-               [this, alive = std::weak_ptr<int>(m_alive), &callers, id = app.id, pid](int status) {
-                 callers.Remove(pid);
-                 if (alive.lock() != nullptr) {
-                   OnExit(id, pid, status);
-                 }
-               });
+  WatchProcess(pid, [this, alive = std::weak_ptr<int>(m_alive), id = app.id, pid](int status) {
+    if (alive.lock() != nullptr) {
+      m_needs.callers.Remove(pid);
+      OnExit(id, pid, status);
+    }
+  });
   SendEvent(app.id, pid, "launched", "");
   return pid;
 }
