@@ -84,6 +84,10 @@ class AppInfoCache {
   /// Empties the list.
   void ClearSchedulingList();
 
+  /// Keeps the app list locked over several calls, which leave the scheduling list alone: no record
+  /// leaves the map, and no chain changes.
+  [[nodiscard]] auto LockAppList() { return std::unique_lock(m_mutexAppList); }
+
  private:
   friend class SingleInstance<AppInfoCache>;
   friend struct UnpinAppInfo;

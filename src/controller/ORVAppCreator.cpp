@@ -3,7 +3,6 @@
 #include "controller/ORVAppCreator.h"
 
 #include <algorithm>
-#include <atomic>
 
 #include "app_info/AppInfoCache.h"
 #include "app_info/ORVAppInfo.h"
@@ -11,17 +10,15 @@
 #include "common/ORVConstants.h"
 #include "controller/AppTypeRegistry.h"
 #include "controller/ORVScheduler.h"
+#include "controller/RecordGuard.h"
+#include "controller/WidgetIDWait.h"
 #include "utils/ResetCount.h"
 #include "utils/WASUtils.h"
 
 std::vector<std::string> ORVAppCreator::s_vSupportedAppTypes;
 
 ORVAppCreator* ORVAppCreator::GetInstance() {
-  static std::atomic<ORVAppCreator*> s_pInstance{nullptr};
-  if (s_pInstance == nullptr) {
-    s_pInstance = new ORVAppCreator();  // owned by the process, never deleted
-  }
-  return s_pInstance;
+  return SingleInstance<ORVAppCreator>::Get();
 }
 
 ORVAppCreator::ORVAppCreator() {
@@ -133,8 +130,12 @@ void ORVAppCreator::AddAppTypeDecorator(AppInfo*& rpAppInfo, const std::string& 
 
 void ORVAppCreator::RemoveApp(const std::string& rPackageID) {
   ORV_LOG_INFO("[Info] rPackageID : %s", rPackageID.c_str());
+  // Waits for an operation of the record on another thread.
+  const RecordGuard guard(rPackageID);
   AppInfo* pAppInfo = AppInfoCache::GetInstance()->RemoveAppInfo(rPackageID);
   if (pAppInfo == nullptr) return;
+  WidgetIDWait::End(pAppInfo);
+  AppInfoCache::GetInstance()->WaitUntilUnpinned(pAppInfo);
   const auto iter = m_mapAppTypeCreators.find(pAppInfo->GetAppType());
   // A record whose outermost layer nobody registered stays undestroyed. Settled behaviour.
   if (iter != m_mapAppTypeCreators.end()) iter->second.second(pAppInfo);

@@ -12,6 +12,7 @@
 
 #include "app_info/AppInfo.h"
 #include "app_info/app_type/AppTypeDecorator.h"
+#include "common/SingleInstance.h"
 
 /// Package id to what its metadata says.
 using AppMetadataTable = std::map<std::string, MetadataMap>;
@@ -35,8 +36,8 @@ enum UpdateResult {
 /// nothing is retried: a failure is a log line and a false.
 class ORVAppCreator {
  public:
-  /// Created on the first call, without a lock, and never destroyed. The creation registers the
-  /// types, forgets all records after a reset of the TV, and opens the store.
+  /// See SingleInstance. The creation registers the types, forgets all records after a reset of the
+  /// TV, and opens the store.
   static ORVAppCreator* GetInstance();
 
   /// Turns the store's rows into records. Ends at the first row that cannot be read.
@@ -73,6 +74,8 @@ class ORVAppCreator {
   static bool AppInfoMetadataCB(const char* pKey, const char* pValue, void* pUserData);
 
  private:
+  friend class SingleInstance<ORVAppCreator>;
+
   using AppTypeMap = std::map<std::string, std::string>;
 
   ORVAppCreator();

@@ -48,6 +48,10 @@ bool ORVAppCreator::GetPackageInfo(AppBaseInfo& rInfo) {
 
 bool ORVAppCreator::PackageInfoAppCB(package_info_app_component_type_e eType, const char* pAppID,
                                      void* pUserData) {
+  if (pAppID == nullptr) {
+    ORV_LOG_ERROR("[ERROR] An application of the package has no id.");
+    return false;
+  }
   try {
     SetComponentID(*static_cast<AppBaseInfo*>(pUserData), eType, pAppID);
   } catch (const std::exception& e) {
@@ -78,6 +82,11 @@ void ORVAppCreator::SetComponentID(AppBaseInfo& rInfo, package_info_app_componen
 
 bool ORVAppCreator::AppInfoMetadataCB(const char* pKey, const char* pValue, void* pUserData) {
   const auto* pInfo = static_cast<const AppBaseInfo*>(pUserData);
+  if (pKey == nullptr || pValue == nullptr) {
+    ORV_LOG_ERROR("[ERROR] A metadata entry of %s has no key or no value.",
+                  pInfo->m_sPackageID.c_str());
+    return true;
+  }
   try {
     GetInstance()->ParseMetadata(pInfo->m_sPackageID, pKey, pValue);
   } catch (const std::exception& e) {

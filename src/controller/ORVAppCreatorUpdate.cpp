@@ -7,6 +7,8 @@
 #include "common/Log.h"
 #include "common/ORVConstants.h"
 #include "controller/ORVAppCreator.h"
+#include "controller/RecordGuard.h"
+#include "controller/WidgetIDWait.h"
 
 namespace {
 
@@ -33,6 +35,20 @@ AppTypeDifference Intersect(const AppTypeDifference& rLeft, const AppTypeDiffere
   return intersection;
 }
 
+/// Takes a layer out of the record; null when the record has none of that type. When it was the
+/// outermost layer, the cache gets the new one before the old one is destroyed.
+AppInfo* ExtractAppType(AppInfo*& rpAppInfo, const std::string& rType) {
+  // The walks under this lock use the record without its guard.
+  const auto lock = AppInfoCache::GetInstance()->LockAppList();
+  AppInfo* pInner = nullptr;
+  AppInfo* pExtracted = rpAppInfo->ExtractTargetAppType(rType, &pInner);
+  if (pExtracted != nullptr && pExtracted == rpAppInfo) {
+    AppInfoCache::GetInstance()->UpdateAppInfo(rpAppInfo->m_sPackageID, pInner);
+    rpAppInfo = pInner;
+  }
+  return pExtracted;
+}
+
 void StageMetadata(AppInfo* pAppInfo, const std::string& rType, const AppTypeDifference& rEntries) {
   for (const auto& rKeyValue : rEntries) {
     ORV_LOG_DEBUG("[Debug] [Intersection] first : %s, second : %s", rKeyValue.first.c_str(),
@@ -45,6 +61,8 @@ void StageMetadata(AppInfo* pAppInfo, const std::string& rType, const AppTypeDif
 
 UpdateResult ORVAppCreator::UpdateApp(const std::string& rPackageID) {
   ORV_LOG_INFO("[Info] rPackageID : %s", rPackageID.c_str());
+  // No other thread is inside the record while its chain changes.
+  const RecordGuard guard(rPackageID);
   AppInfo* pAppInfo = AppInfoCache::GetInstance()->GetAppInfo(rPackageID);
   if (pAppInfo == nullptr) return UPDATE_RESULT_CREATE;
 
@@ -85,14 +103,9 @@ void ORVAppCreator::RemoveDeactivatedAppTypes(AppInfo*& rpAppInfo, const AppType
                                               const AppTypeMap& rNewTypes) {
   for (const auto& [sType, sValue] : Subtract(rOldTypes, rNewTypes)) {
     ORV_LOG_DEBUG("[Debug] [Removable] first : %s, second : %s", sType.c_str(), sValue.c_str());
-    AppInfo* pInner = nullptr;
-    AppInfo* pExtracted = rpAppInfo->ExtractTargetAppType(sType, &pInner);
+    AppInfo* pExtracted = ExtractAppType(rpAppInfo, sType);
     if (pExtracted == nullptr) continue;
-    if (pExtracted == rpAppInfo) {
-      // The cache holds the new head before the old one is destroyed.
-      AppInfoCache::GetInstance()->UpdateAppInfo(rpAppInfo->m_sPackageID, pInner);
-      rpAppInfo = pInner;
-    }
+    WidgetIDWait::End(pExtracted);
     const auto iter = m_mapAppTypeCreators.find(sType);
     if (iter == m_mapAppTypeCreators.end()) {
       ORV_LOG_ERROR("[ERROR] Invalid AppTypeStr : %s", sType.c_str());

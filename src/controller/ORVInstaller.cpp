@@ -24,15 +24,8 @@ constexpr std::array<int, 6> SUBSCRIBED_TVS_SIGNALS = {75, 135, 103, 170, 25, 25
 
 }  // namespace
 
-std::atomic<ORVInstaller*> ORVInstaller::s_pInstance{nullptr};
-
 ORVInstaller* ORVInstaller::GetInstance() {
-  ORVInstaller* pInstance = s_pInstance;
-  if (pInstance == nullptr) {
-    pInstance = new ORVInstaller();  // owned by the process, never deleted
-    s_pInstance = pInstance;
-  }
-  return pInstance;
+  return SingleInstance<ORVInstaller>::Get();
 }
 
 ORVInstaller::ORVInstaller() {
@@ -144,6 +137,10 @@ void PackageManagerEventCallback(const char* /*type*/, const char* package,
                                  package_manager_event_state_e event_state, int /*progress*/,
                                  package_manager_error_e /*error*/, void* /*user_data*/) try {
   if (event_state != PACKAGE_MANAGER_EVENT_STATE_COMPLETED) {
+    return;
+  }
+  if (package == nullptr) {
+    ORV_LOG_ERROR("[ERROR] The package event has no package id.");
     return;
   }
   int type = 0;

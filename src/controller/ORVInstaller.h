@@ -10,6 +10,8 @@
 #include <cstdint>
 #include <string>
 
+#include "common/SingleInstance.h"
+
 /// Event types of the installer task. The signals keep the numbers that their senders use.
 enum InstallerEvent : int {
   SIGNAL_TVS_ACTIVATE = 75,
@@ -25,7 +27,7 @@ enum InstallerEvent : int {
 /// queue, and its thread handles one event at a time, to the end.
 class ORVInstaller : public FCTask {
  public:
-  /// Created on the first call, on the main thread; there is no lock. Lives until the process ends.
+  /// See SingleInstance. The first call is made on the main thread.
   static ORVInstaller* GetInstance();
   ~ORVInstaller() override;
 
@@ -53,6 +55,8 @@ class ORVInstaller : public FCTask {
   void t_PurgeEvents() override;
 
  private:
+  friend class SingleInstance<ORVInstaller>;
+
   ORVInstaller();
   void m_SubscribePackageEvents();
   bool m_SubscribeTvmesaSignals();
@@ -69,8 +73,6 @@ class ORVInstaller : public FCTask {
   void m_RunCustomFeeders();
   void m_CheckBoostFlagWithCh();
   void m_DecideFirstScreen(bool bBoostFile, bool bBoostChApp);
-
-  static std::atomic<ORVInstaller*> s_pInstance;
 
   // Main thread only, in construction and destruction.
   package_manager_h m_hPackageManager = nullptr;

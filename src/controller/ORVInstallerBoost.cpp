@@ -105,6 +105,11 @@ void RemoveBoostFlag() {
 
 void OnTune(const void* pSignalData) {
   ORV_LOG_INFO("[Info] SIGNAL_TUNE_TO_SERVICEID");
+  if (pSignalData == nullptr) {
+    ORV_LOG_ERROR("[ERROR] The tune signal has no service id.");
+    RemoveBoostFlag();
+    return;
+  }
   std::uint64_t serviceID = 0;
   std::memcpy(&serviceID, pSignalData, sizeof(serviceID));
   if (!ORVInstaller::GetInstance()->m_IsBoostingApp(serviceID)) {
@@ -128,6 +133,8 @@ bool ORVInstaller::m_IsBoostingApp(std::uint64_t serviceID) {
     ORV_LOG_INFO("[Info] PACKAGE_ID is empty");
     return false;
   }
+  // Under the lock, not the record's guard: a tune does not wait for an operation of the record.
+  const auto lock = AppInfoCache::GetInstance()->LockAppList();
   AppInfo* pAppInfo = AppInfoCache::GetInstance()->GetAppInfo(sPackageID);
   if (pAppInfo == nullptr) {
     ORV_LOG_INFO("[Info] invalid app");

@@ -11,6 +11,21 @@
 #include "controller/ORVAppCreator.h"
 #include "controller/ORVAppOperator.h"
 #include "controller/ORVInstaller.h"
+#include "controller/RecordGuard.h"
+
+namespace {
+
+/// The operation may have changed values of the record.
+void WriteRecordAgain(const std::string& rPackageID) {
+  const RecordGuard guard(rPackageID);
+  AppInfoCache* pCache = AppInfoCache::GetInstance();
+  AppInfo* pAppInfo = pCache->GetAppInfo(rPackageID);
+  if (pAppInfo != nullptr) {
+    pCache->UpdateAppInfo(rPackageID, pAppInfo);
+  }
+}
+
+}  // namespace
 
 bool ORVInstaller::t_OnEvent(const FSEvent* pEvent) try {
   if (FCTask::t_OnEvent(pEvent)) {
@@ -78,15 +93,10 @@ void ORVInstaller::m_InstallApp(const std::string& rPackageID) {
 
 void ORVInstaller::m_UpdateApp(const std::string& rPackageID) {
   switch (ORVAppCreator::GetInstance()->UpdateApp(rPackageID)) {
-    case UPDATE_RESULT_UPDATE: {
+    case UPDATE_RESULT_UPDATE:
       ORVAppOperator::GetInstance()->DoOperation(rPackageID, OPERATION_TYPE_UPDATE);
-      // The operation may have moved values of the record: the row is written again.
-      AppInfo* pAppInfo = AppInfoCache::GetInstance()->GetAppInfo(rPackageID);
-      if (pAppInfo != nullptr) {
-        AppInfoCache::GetInstance()->UpdateAppInfo(rPackageID, pAppInfo);
-      }
+      WriteRecordAgain(rPackageID);
       return;
-    }
     case UPDATE_RESULT_CREATE:
       m_InstallApp(rPackageID);
       return;

@@ -22,15 +22,8 @@ constexpr guint SCHEDULER_PERIOD_SECONDS = 720;
 
 std::atomic<unsigned int> g_nSchedulerTimerID{0};
 
-std::atomic<ORVScheduler*> ORVScheduler::s_pInstance{nullptr};
-
 ORVScheduler* ORVScheduler::GetInstance() {
-  ORVScheduler* pInstance = s_pInstance;
-  if (pInstance == nullptr) {
-    pInstance = new ORVScheduler();  // owned by the process, never deleted
-    s_pInstance = pInstance;
-  }
-  return pInstance;
+  return SingleInstance<ORVScheduler>::Get();
 }
 
 ORVScheduler::ORVScheduler() {
@@ -172,17 +165,19 @@ void ORVScheduler::ResetScheduler() {
 }
 
 bool ORVScheduler::LaunchNextItem() {
-  if (!AppInfoCache::GetInstance()->GetNextSchedulingItem(m_currentItem)) {
+  SchedulingItem item;
+  if (!AppInfoCache::GetInstance()->GetNextSchedulingItem(item)) {
     ORV_LOG_DEBUG("[Debug] Scheduling List is empty!!!");
     return false;
   }
+  SetCurrentItem(item);
   const time_t now = time(nullptr);
-  const time_t expiry = TimeUtils::GetEpochTime(m_currentItem.expiration_date);
+  const time_t expiry = TimeUtils::GetEpochTime(item.expiration_date);
   ORV_LOG_DEBUG("[Debug] now : %d, time : %d", static_cast<int>(now), static_cast<int>(expiry));
   if (now < expiry) {
     return true;  // not due; the item stays current although no app of it runs
   }
-  if (!AppControlUtils::LaunchApp(m_currentItem.service_id, OPERATION_DEFAULT)) {
+  if (!AppControlUtils::LaunchApp(item.service_id, OPERATION_DEFAULT)) {
     ORV_LOG_ERROR("[ERROR] AppControlUtils::LaunchApp() return false.");
     return false;
   }
@@ -190,7 +185,18 @@ bool ORVScheduler::LaunchNextItem() {
   return true;
 }
 
+SchedulingItem ORVScheduler::GetCurrentItem() const {
+  const std::lock_guard<std::mutex> lock(m_mutexCurrentItem);
+  return m_currentItem;
+}
+
+void ORVScheduler::SetCurrentItem(const SchedulingItem& rItem) {
+  const std::lock_guard<std::mutex> lock(m_mutexCurrentItem);
+  m_currentItem = rItem;
+}
+
 bool ORVScheduler::IsCurrentPackage(const std::string& rPackageID) const {
+  const std::lock_guard<std::mutex> lock(m_mutexCurrentItem);
   return rPackageID == m_currentItem.package_id;
 }
 

@@ -9,9 +9,11 @@
 #include <atomic>
 #include <cstdint>
 #include <map>
+#include <mutex>
 #include <string>
 
 #include "app_info/SchedulingItem.h"
+#include "common/SingleInstance.h"
 
 /// Event types of the scheduler. The first two are arguments of RequestEvent() and never queued.
 enum SchedulerEvent : int {
@@ -33,13 +35,13 @@ extern std::atomic<unsigned int> g_nSchedulerTimerID;
 /// The task that runs service apps one at a time, once the TV has network time.
 class ORVScheduler : public FCTask {
  public:
-  /// Created on the first call, before any other thread exists; there is no lock.
+  /// See SingleInstance. The first call is made before any other thread exists.
   static ORVScheduler* GetInstance();
   ~ORVScheduler() override;
 
   /// What the decorators of service apps call, on their thread: EVENT_ADD_ITEM puts the package (a
   /// C string) next, EVENT_DELETE_ITEM takes it off the list. Either ends the package's running
-  /// service app first, also while the task's thread uses the current item: that is accepted.
+  /// service app first, beside the task's thread (docs/behaviour.md, "The list").
   static void RequestEvent(int eventType, void* pParam);
 
   /// Callable from any thread. Nobody acts on a false result, which is logged.
@@ -65,19 +67,23 @@ class ORVScheduler : public FCTask {
   void t_PurgeEvents() override;
 
  private:
+  friend class SingleInstance<ORVScheduler>;
+
   ORVScheduler();
   bool CreateMessagePortChannel();
   void WaitForNetworkTime();
   void Dispatch(int type);
   void StartScheduler();
   void ResetScheduler();
+  SchedulingItem GetCurrentItem() const;
+  void SetCurrentItem(const SchedulingItem& rItem);
   bool IsCurrentPackage(const std::string& rPackageID) const;
 
-  static std::atomic<ORVScheduler*> s_pInstance;
-
-  // The app that was picked last; all empty when there is none. Used by the task's thread and by
-  // the callers of RequestEvent(), without a lock: that is accepted.
-  SchedulingItem m_currentItem;
+  // Leaf: held while m_currentItem is compared, copied or assigned, never across a call or another
+  // lock. The task's thread and the callers of RequestEvent() meet here; a termination works on its
+  // copy and may clear an item that another thread has set meanwhile.
+  mutable std::mutex m_mutexCurrentItem;
+  SchedulingItem m_currentItem;  // picked last; all empty when there is none
   // Set by the constructor or by the settings-key callback, never cleared.
   std::atomic<bool> m_bNetworkTimeSet{false};
   // Negative when the port could not be registered. Nothing reads it afterwards.

@@ -12,8 +12,8 @@
 
 namespace {
 
-// For log lines. A code that is not here is entered with an empty text when it is looked up.
-std::map<int, std::string> AppManagerErrorMessages = {
+// For log lines.
+const std::map<int, std::string> AppManagerErrorMessages = {
     {APP_MANAGER_ERROR_NONE, "Successful"},
     {APP_MANAGER_ERROR_INVALID_PARAMETER, "Invalid parameter"},
     {APP_MANAGER_ERROR_OUT_OF_MEMORY, "Out of memory"},
@@ -27,8 +27,10 @@ std::map<int, std::string> AppManagerErrorMessages = {
     {APP_MANAGER_ERROR_NOT_SUPPORTED, "Not supported (Since 3.0)"},
 };
 
+/// Empty for an unknown code.
 const char* GetErrorText(int error) {
-  return AppManagerErrorMessages[error].c_str();
+  const auto iter = AppManagerErrorMessages.find(error);
+  return iter == AppManagerErrorMessages.end() ? "" : iter->second.c_str();
 }
 
 bool KillApp(app_context_h hContext) {
@@ -64,25 +66,26 @@ bool TerminateApp(app_context_h hContext, const std::string& rServiceID) {
 }  // namespace
 
 bool ORVScheduler::TerminateCurrentServiceApp() {
-  if (m_currentItem.service_id.empty()) {
+  const std::string sServiceID = GetCurrentItem().service_id;
+  if (sServiceID.empty()) {
     return true;
   }
-  ORV_LOG_INFO("[Info] Current ServiceApp ID : %s", m_currentItem.service_id.c_str());
+  ORV_LOG_INFO("[Info] Current ServiceApp ID : %s", sServiceID.c_str());
   bool bRunning = false;
-  app_manager_is_running(m_currentItem.service_id.c_str(), &bRunning);
+  app_manager_is_running(sServiceID.c_str(), &bRunning);
   if (!bRunning) {
-    m_currentItem = {};
+    SetCurrentItem({});
     return true;
   }
   app_context_h hContext = nullptr;
-  const int ret = app_manager_get_app_context(m_currentItem.service_id.c_str(), &hContext);
-  // Forgotten from here on, whatever comes: the log lines below show an empty id.
-  m_currentItem = {};
+  const int ret = app_manager_get_app_context(sServiceID.c_str(), &hContext);
+  // Forgotten before anything has ended, so the log lines below show an empty id.
+  SetCurrentItem({});
   if (ret != 0) {
     ORV_LOG_ERROR("[ERROR] app_manager_get_app_context() failed = %s", GetErrorText(ret));
     return false;
   }
-  return TerminateApp(hContext, m_currentItem.service_id);
+  return TerminateApp(hContext, GetCurrentItem().service_id);
 }
 
 bool ORVScheduler::StopScheduler() {
@@ -94,7 +97,7 @@ bool ORVScheduler::StopScheduler() {
   AppInfoCache::GetInstance()->ClearSchedulingList();
   if (!TerminateCurrentServiceApp()) {
     ORV_LOG_DEBUG("[Debug] TerminateCurrentServiceApp() return false.[ServiceID : %s]",
-                  m_currentItem.service_id.c_str());
+                  GetCurrentItem().service_id.c_str());
   }
   return true;
 }

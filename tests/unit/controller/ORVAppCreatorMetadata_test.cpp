@@ -321,7 +321,17 @@ TEST_F(MetadataTest, MetadataOfAPackageThatIsNotBeingReadIsRefused) {
 TEST_F(MetadataTest, AMetadataEntryWithoutAValueIsAnErrorAndTheWalkGoesOn) {
   AppBaseInfo info = records::Info("pkg");
   EXPECT_TRUE(ORVAppCreator::AppInfoMetadataCB(TypeKey("other").c_str(), nullptr, &info));
-  EXPECT_THAT(fake::LogTexts(6), Contains(StartsWith("[ERROR] exception : ")));
+  EXPECT_TRUE(ORVAppCreator::AppInfoMetadataCB(nullptr, "1", &info));
+  const std::string text = "[ERROR] A metadata entry of pkg has no key or no value.";
+  EXPECT_THAT(fake::LogTexts(), ElementsAre(text, text));
+}
+
+TEST_F(MetadataTest, AnApplicationWithoutAnIdEndsTheWalk) {
+  AppBaseInfo info = records::Info("pkg");
+  EXPECT_FALSE(ORVAppCreator::PackageInfoAppCB(PACKAGE_INFO_UIAPP, nullptr, &info));
+  EXPECT_THAT(fake::LogTexts(), ElementsAre("[ERROR] An application of the package has no id."));
+  EXPECT_EQ(info.m_sAppID, "pkg.app");
+  EXPECT_EQ(fake::CallCount("app_info_create"), 0u);
 }
 
 // Amounts.

@@ -17,8 +17,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
 
-const char kInstallKey[] = "memory/was/app_install";
-
 std::vector<std::string> KeyCalls() {
   return fake::CallTexts({"vconf_ignore_key_changed", "vconf_notify_key_changed"});
 }
@@ -46,31 +44,6 @@ TEST(ORVAppOperator, ARunOfAKnownWebAppRunsAtOnce) {
   EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] rPackageID : a, eType : 0"));
 }
 
-TEST(ORVAppOperator, ARunWithoutAWidgetIdWaitsForTheKey) {
-  RecordingApp app("a", "");
-  Operator().DoOperation("a", OPERATION_TYPE_RUN);
-  EXPECT_THAT(RecordingApp::Operations(), IsEmpty());
-  EXPECT_THAT(KeyCalls(),
-              ElementsAre("vconf_ignore_key_changed(memory/was/app_install, set) = -1",
-                          "vconf_notify_key_changed(memory/was/app_install, set, set) = 0"));
-  EXPECT_EQ(fake::KeySubscriptions(kInstallKey), 1u);
-}
-
-TEST(ORVAppOperator, AFailedWaitIsLogged) {
-  RecordingApp app("a", "");
-  fake::Fail("vconf_notify_key_changed", -7);
-  Operator().DoOperation("a", OPERATION_TYPE_RUN);
-  EXPECT_THAT(fake::LogTexts(6), ElementsAre("[ERROR] vconf_notify_key_changed, ret = -7"));
-  EXPECT_THAT(RecordingApp::Operations(), IsEmpty());
-}
-
-TEST(ORVAppOperator, APositiveResultOfTheWaitIsAFailureToo) {
-  RecordingApp app("a", "");
-  fake::Fail("vconf_notify_key_changed", 3);
-  Operator().DoOperation("a", OPERATION_TYPE_RUN);
-  EXPECT_THAT(fake::LogTexts(6), ElementsAre("[ERROR] vconf_notify_key_changed, ret = 3"));
-}
-
 TEST(ORVAppOperator, UpdateAndStopDoNotWaitForAWidgetId) {
   RecordingApp app("a", "");
   Operator().DoOperation("a", OPERATION_TYPE_UPDATE);
@@ -91,113 +64,6 @@ TEST(ORVAppOperator, AnUnknownOperationDoesNotWaitForAWidgetId) {
   Operator().DoOperation("a", static_cast<OperationType>(5));
   EXPECT_THAT(RecordingApp::Operations(), ElementsAre("a.run(false)"));
   EXPECT_THAT(KeyCalls(), IsEmpty());
-}
-
-TEST(ORVAppOperator, TheFirstChangeOfTheKeyIsTheWidgetIdOfWhoWaits) {
-  RecordingApp app("a", "");
-  Operator().DoOperation("a", OPERATION_TYPE_RUN);
-  fake::ClearCalls();
-  fake::ClearLog();
-  fake::SetKey(kInstallKey, "widget-of-another-app");
-  fake::DeliverKeyChanges();
-  EXPECT_EQ(app.m_sWidgetID, "widget-of-another-app");
-  EXPECT_THAT(RecordingApp::Operations(), ElementsAre("a.run(false)"));
-  EXPECT_EQ(fake::LogTexts().at(0), "[Debug] sWidgetID = widget-of-another-app");
-  EXPECT_THAT(KeyCalls(), ElementsAre("vconf_ignore_key_changed(memory/was/app_install, set) = 0"));
-  EXPECT_EQ(fake::KeySubscriptions(kInstallKey), 0u);
-}
-
-TEST(ORVAppOperator, TheRowIsWrittenBeforeTheAppRuns) {
-  // The store is not open here, so the write leaves its line in the log; a run that throws tells
-  // its place in the order.
-  RecordingApp app("a", "");
-  app.Throw("running");
-  Operator().DoOperation("a", OPERATION_TYPE_RUN);
-  fake::SetKey(kInstallKey, "widget");
-  fake::DeliverKeyChanges();
-  EXPECT_THAT(
-      fake::LogTexts(),
-      support::HasLogsInOrder(support::Texts({"[Debug] sWidgetID = widget",
-                                              "[ERROR] AppInfoDB::InsertNewRecord() return false.",
-                                              "[ERROR] exception : running"})));
-}
-
-TEST(ORVAppOperator, OnlyOneRecordCanWait) {
-  RecordingApp first("a", "");
-  RecordingApp second("b", "");
-  Operator().DoOperation("a", OPERATION_TYPE_RUN);
-  Operator().DoOperation("b", OPERATION_TYPE_RUN);
-  EXPECT_EQ(fake::KeySubscriptions(kInstallKey), 1u);
-  fake::SetKey(kInstallKey, "one");
-  fake::SetKey(kInstallKey, "two");
-  fake::DeliverKeyChanges();
-  EXPECT_EQ(first.m_sWidgetID, "");
-  EXPECT_EQ(second.m_sWidgetID, "one");
-  EXPECT_THAT(RecordingApp::Operations(), ElementsAre("b.run(false)"));
-}
-
-TEST(ORVAppOperator, AKeyThatWasRemovedBringsNoWidgetIdAndTheWaitGoesOn) {
-  RecordingApp app("a", "");
-  Operator().DoOperation("a", OPERATION_TYPE_RUN);
-  fake::StoreKey(kInstallKey, std::string("old"));
-  fake::UnsetKey(kInstallKey);
-  fake::DeliverKeyChanges();
-  EXPECT_THAT(RecordingApp::Operations(), IsEmpty());
-  EXPECT_THAT(fake::LogTexts(6), ElementsAre("[ERROR] exception : the key holds no widget id"));
-  fake::SetKey(kInstallKey, "widget");
-  fake::DeliverKeyChanges();
-  EXPECT_THAT(RecordingApp::Operations(), ElementsAre("a.run(false)"));
-}
-
-TEST(ORVAppOperator, ARecordThatLeftTheCacheWhileItWaitedIsNotTouched) {
-  RecordingApp app("a", "");
-  RecordingApp other("b", "");
-  Operator().DoOperation("a", OPERATION_TYPE_RUN);
-  AppInfoCache::GetInstance()->RemoveAppInfo("a");
-  fake::SetKey(kInstallKey, "widget");
-  fake::DeliverKeyChanges();
-  EXPECT_THAT(RecordingApp::Operations(), IsEmpty());
-  EXPECT_EQ(app.m_sWidgetID, "");
-  EXPECT_EQ(other.m_sWidgetID, "");
-  EXPECT_EQ(fake::KeySubscriptions(kInstallKey), 0u);
-}
-
-TEST(ORVAppOperator, AnExceptionOfTheRunEndsInTheCallback) {
-  RecordingApp app("a", "");
-  app.Throw("broken");
-  Operator().DoOperation("a", OPERATION_TYPE_RUN);
-  fake::SetKey(kInstallKey, "widget");
-  EXPECT_NO_THROW(fake::DeliverKeyChanges());
-  EXPECT_THAT(fake::LogTexts(6), HasLog("[ERROR] exception : broken"));
-  EXPECT_EQ(fake::KeySubscriptions(kInstallKey), 0u);
-  fake::SetKey(kInstallKey, "widget-of-another-app");
-  EXPECT_EQ(fake::DeliverKeyChanges(), 0u);
-  EXPECT_EQ(app.m_sWidgetID, "widget");
-  EXPECT_THAT(RecordingApp::Operations(), ElementsAre("a.run(false)"));
-}
-
-TEST(ORVAppOperator, AnExceptionOfTheWriteEndsTheWaitToo) {
-  support::MakeDirectories("/opt/usr/apps/com.kalmora.tv.orv-enabler/data");
-  AppInfoCache::GetInstance()->OpenDB();
-  RecordingApp app("a", "");
-  app.SetReadHook([] { throw std::runtime_error("a cannot be read"); });
-  Operator().DoOperation("a", OPERATION_TYPE_RUN);
-  fake::SetKey(kInstallKey, "widget");
-  EXPECT_NO_THROW(fake::DeliverKeyChanges());
-  EXPECT_THAT(fake::LogTexts(6), ElementsAre("[ERROR] exception : a cannot be read"));
-  EXPECT_THAT(RecordingApp::Operations(), IsEmpty());
-  EXPECT_EQ(fake::KeySubscriptions(kInstallKey), 0u);
-}
-
-TEST(ORVAppOperator, TheKeyIsLetGoAfterTheRun) {
-  RecordingApp app("a", "");
-  std::size_t subscriptionsOfTheRun = 0;
-  app.SetHook([&] { subscriptionsOfTheRun = fake::KeySubscriptions(kInstallKey); });
-  Operator().DoOperation("a", OPERATION_TYPE_RUN);
-  fake::SetKey(kInstallKey, "widget");
-  fake::DeliverKeyChanges();
-  EXPECT_EQ(subscriptionsOfTheRun, 1u);
-  EXPECT_EQ(fake::KeySubscriptions(kInstallKey), 0u);
 }
 
 TEST(ORVAppOperator, RunAllAppsAppendsToTheListAndRunsItInOrder) {

@@ -485,6 +485,16 @@ TEST_F(TvSignal, OnlyTheFirstEightBytesOfATuneAreTheService) {
   EXPECT_TRUE(Exists(BoostFlag()));
 }
 
+TEST_F(TvSignal, ATuneWithoutDataIsAnErrorAndRemovesTheFlag) {
+  MakeBoostFlag();
+  EXPECT_EQ(tvs_signal_callback(103, nullptr, nullptr), 1);
+  EXPECT_FALSE(Exists(BoostFlag()));
+  EXPECT_THAT(
+      fake::LogTexts(),
+      ElementsAre("[Info] signalType[103]", "[Info] SIGNAL_TUNE_TO_SERVICEID",
+                  "[ERROR] The tune signal has no service id.", "[Info] non boosting hbbTV App"));
+}
+
 TEST_F(TvSignal, FourSignalsRemoveTheFlag) {
   for (const int signal : {25, 135, 170, 2560}) {
     MakeBoostFlag();

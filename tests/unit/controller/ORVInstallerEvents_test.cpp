@@ -7,6 +7,7 @@
 #include "controller/installer_fixture.h"
 #include "framework/events.h"
 #include "support/drain.h"
+#include "unit/app_info/records.h"
 
 namespace {
 
@@ -205,15 +206,43 @@ TEST_F(ORVInstallerEvents, AnUninstallOfAnUnknownPackageIsHarmless) {
 }
 
 TEST_F(ORVInstallerEvents, AnExceptionOfAHandlerEndsInTheTask) {
+  fake::AddPackage(ChannelApp("p"));
   RecordingApp app("p");
-  app.Throw("p cannot stop");
+  app.SetReadHook([] { throw std::runtime_error("p cannot be read"); });
   Installer();
-  EXPECT_TRUE(HandlePackageEvent(1002, "p"));
-  EXPECT_THAT(fake::LogTexts(6), HasLog("[ERROR] exception : p cannot stop"));
-  EXPECT_THAT(Cached("p"), NotNull()) << "what comes after the exception is not done";
-  app.Throw("");
+  EXPECT_TRUE(HandlePackageEvent(1001, "p"));
+  EXPECT_THAT(fake::LogTexts(6), ElementsAre("[ERROR] exception : p cannot be read"));
+  EXPECT_THAT(RecordingApp::Operations(), IsEmpty()) << "what follows the exception is not done";
+  app.SetReadHook(nullptr);
   EXPECT_TRUE(HandlePackageEvent(1002, "p"));
   EXPECT_THAT(Cached("p"), IsNull());
+}
+
+TEST_F(ORVInstallerEvents, AStopThatThrowsDoesNotKeepAnUninstalledRecord) {
+  RecordingApp app("p");
+  Installer();
+  AppInfoCache::GetInstance()->AddAppInfo("p", &app, true);
+  app.Throw("p cannot stop");
+  EXPECT_TRUE(HandlePackageEvent(1002, "p"));
+  EXPECT_THAT(fake::LogTexts(6), ElementsAre("[ERROR] exception : p cannot stop"));
+  EXPECT_THAT(RecordingApp::Operations(), ElementsAre("p.stop"));
+  EXPECT_THAT(Cached("p"), IsNull());
+  EXPECT_THAT(records::StoredPackages(), IsEmpty());
+}
+
+TEST_F(ORVInstallerEvents, AStopThatThrowsDoesNotKeepARecordThatLostItsTypes) {
+  fake::Package package;
+  package.id = "p";
+  fake::AddPackage(package);
+  RecordingApp app("p");
+  Installer();
+  AppInfoCache::GetInstance()->AddAppInfo("p", &app, true);
+  app.Throw("p cannot stop");
+  EXPECT_TRUE(HandlePackageEvent(1001, "p"));
+  EXPECT_THAT(fake::LogTexts(6), ElementsAre("[ERROR] exception : p cannot stop"));
+  EXPECT_THAT(RecordingApp::Operations(), ElementsAre("p.stop"));
+  EXPECT_THAT(Cached("p"), IsNull());
+  EXPECT_THAT(records::StoredPackages(), IsEmpty());
 }
 
 TEST_F(ORVInstallerEvents, ThePayloadIsFreedBeforeTheWorkBegins) {

@@ -17,9 +17,8 @@ using testing::Each;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-/// A service app of the daemon's own making. Its ids fit into a string without an allocation, and
-/// so does the due time of those that are ever picked (none): what the threads then do to the
-/// scheduler's current item without a lock tears texts but frees nothing twice.
+/// A service app of the daemon's own making. Its ids are too long for a small string: a text that
+/// one thread assigns while another one reads it would be freed memory.
 class Feeder {
  public:
   explicit Feeder(const std::string& package, const std::string& type)
@@ -50,8 +49,10 @@ class SchedulerStress : public SchedulerTest {
     support::MakeDirectories("/opt/usr/apps/com.kalmora.tv.orv-enabler/data");
     AppInfoCache::GetInstance()->OpenDB();
     for (int i = 0; i < 4; ++i) {
-      m_picked.emplace_back("pick" + std::to_string(i), "standard");
-      m_dated.emplace_back("date" + std::to_string(i), "");  // never on the list
+      m_picked.emplace_back("com-example-a-service-app-that-is-picked-" + std::to_string(i),
+                            "standard");
+      m_dated.emplace_back("com-example-a-service-app-with-a-due-time" + std::to_string(i),
+                           "");  // never on the list
     }
     StartedScheduler();
     fake::SetRecording(false);

@@ -1,0 +1,160 @@
+// SPDX-FileCopyrightText: the orv-enabler authors
+// SPDX-License-Identifier: Apache-2.0
+#include "controller/RecordGuard.h"
+
+#include <optional>
+
+#include "controller/ORVAppOperator.h"
+#include "controller/creator_fixture.h"
+#include "controller/gate.h"
+#include "controller/recording_app.h"
+#include "controller/waiting_thread.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::IsNull;
+
+TEST(RecordGuard, KeepsAnotherThreadOutUntilItIsReleased) {
+  std::optional<RecordGuard> guard("a");
+  WaitingThread other([] { const RecordGuard second("a"); });
+  ASSERT_TRUE(other.WaitsForALock());
+  EXPECT_FALSE(other.HasEnded());
+  guard.reset();
+  other.Join();
+  EXPECT_TRUE(other.HasEnded());
+}
+
+TEST(RecordGuard, IsHeldUntilTheThreadHasReleasedItAsOftenAsTaken) {
+  std::optional<RecordGuard> guard("a");
+  std::optional<RecordGuard> again("a");
+  WaitingThread other([] { const RecordGuard second("a"); });
+  ASSERT_TRUE(other.WaitsForALock());
+  again.reset();
+  ASSERT_TRUE(other.WaitsForALock());
+  EXPECT_FALSE(other.HasEnded());
+  guard.reset();
+  other.Join();
+}
+
+TEST(RecordGuard, LetsOtherThreadsUseOtherPackages) {
+  const RecordGuard guard("a");
+  WaitingThread other([] {
+    const RecordGuard prefix("");
+    const RecordGuard longer("ab");
+    const RecordGuard upper("A");
+  });
+  EXPECT_TRUE(support::WaitFor([&] { return other.HasEnded(); }, "the guards of other packages"));
+}
+
+/// What a record of GatedLayer did, in order; guarded by the gates of its test.
+std::vector<std::string>& Journal() {
+  static std::vector<std::string> s_journal;
+  return s_journal;
+}
+
+/// A layer whose Stop passes a gate.
+class GatedLayer final : public AppTypeDecorator {
+ public:
+  GatedLayer(AppInfo* inner, const std::string& value) : AppTypeDecorator(inner, "gated", value) {}
+  static void Release(AppInfo* layer) {
+    Journal().push_back("release");
+    delete static_cast<GatedLayer*>(layer);
+  }
+  void RunOperation(bool) override { Journal().push_back("run"); }
+  void StopOperation() override {
+    Journal().push_back("stop");
+    s_gate->Pass();
+    // The memory of the layer is still its own.
+    Journal().push_back("stopped " + m_AppliedAppType.second);
+  }
+  ReleaseFunction GetReleaseFunction() const override { return &Release; }
+
+  static inline Gate* s_gate = nullptr;
+
+ private:
+  ~GatedLayer() = default;
+};
+
+/// A record with two layers, one of them gated, while another thread is inside its Stop.
+class RecordInUse : public CreatorTest {
+ protected:
+  static constexpr char kOuter[] = "outer";
+  static inline const std::string kPackage = "com.example.a-package-whose-id-is-long";
+
+  void SetUp() override {
+    Journal().clear();
+    GatedLayer::s_gate = &m_gate;
+    Creator().RegisterAppType(
+        "gated", {[](AppInfo* inner, const std::string& value, RequestEventCallback) -> AppInfo* {
+                    return new GatedLayer(inner, value);
+                  },
+                  GatedLayer::Release});
+    RegisterLayer<kOuter>();
+    const MetadataMap metadata = {
+        {"orv_type", {{"gated", "a value that is too long for a small string"}, {"outer", "x"}}}};
+    ASSERT_TRUE(Creator().AddAppInfoToAppCache(records::Info(kPackage), metadata, true));
+    m_stop.emplace(
+        [] { ORVAppOperator::GetInstance()->DoOperation(kPackage, OPERATION_TYPE_STOP); });
+    ASSERT_TRUE(m_gate.WaitUntilReached());
+  }
+  void TearDown() override {
+    m_gate.Open();
+    m_stop.reset();
+    CreatorTest::TearDown();
+  }
+
+  /// Starts the operation, which has to wait for the end of the Stop.
+  void RunsAfterTheStop(const std::function<void()>& operation) {
+    WaitingThread other(operation);
+    ASSERT_TRUE(other.WaitsForALock());
+    EXPECT_FALSE(other.HasEnded());
+    EXPECT_THAT(Journal(), ElementsAre("stop"));
+    m_gate.Open();
+  }
+
+  static inline const std::string kStopped = "stopped a value that is too long for a small string";
+  Gate m_gate;
+  std::optional<WaitingThread> m_stop;
+};
+
+TEST_F(RecordInUse, IsDestroyedOnlyWhenTheOtherThreadHasLeftIt) {
+  RunsAfterTheStop([this] { Creator().RemoveApp(kPackage); });
+  EXPECT_THAT(Journal(), ElementsAre("stop", kStopped, "release"));
+  EXPECT_THAT(Find(kPackage), IsNull());
+  EXPECT_THAT(records::StoredPackages(), IsEmpty());
+}
+
+TEST_F(RecordInUse, LosesALayerOnlyWhenTheOtherThreadHasLeftIt) {
+  fake::AddPackage(MakePackage(kPackage, {{TypeKey("outer"), "x"}}));
+  RunsAfterTheStop([this] { EXPECT_EQ(Creator().UpdateApp(kPackage), UPDATE_RESULT_UPDATE); });
+  EXPECT_THAT(Journal(), ElementsAre("stop", kStopped, "release"));
+  EXPECT_THAT(TakeApart(kPackage), ElementsAre("outer", "orv_app"));
+}
+
+TEST_F(RecordInUse, RunsOneOperationAtATime) {
+  RunsAfterTheStop([] {
+    std::vector<std::string> ids;
+    ORVAppOperator::GetInstance()->RunAllApps(ids);
+  });
+  EXPECT_THAT(Journal(), ElementsAre("stop", kStopped, "run"));
+}
+
+TEST_F(RecordInUse, IsReadMeanwhileByWalksUnderTheCachesLock) {
+  std::vector<PreloadingApp> apps;
+  WaitingThread walk([&] { Cache().GetPreloadingApps(apps); });
+  EXPECT_TRUE(support::WaitFor([&] { return walk.HasEnded(); }, "the end of the walk"));
+}
+
+TEST(RecordGuardUse, AnOperationMayRemoveItsOwnRecord) {
+  records::MakeStoreDirectory();
+  ORVAppCreator::GetInstance();
+  RecordingApp app("a");
+  app.SetHook([] { ORVAppCreator::GetInstance()->RemoveApp("a"); });
+  ORVAppOperator::GetInstance()->DoOperation("a", OPERATION_TYPE_STOP);
+  EXPECT_THAT(RecordingApp::Operations(), ElementsAre("a.stop"));
+  EXPECT_THAT(AppInfoCache::GetInstance()->GetAppInfo("a"), IsNull());
+}
+
+}  // namespace
