@@ -108,7 +108,7 @@ AppInfo* ORVAppCreator::DecorateAppTypeByMatadata(const AppBaseInfo& rInfo,
     ORV_LOG_INFO("[Info] [METADATA_ORV_TYPE] key : %s, iter->second : %s", sType.c_str(),
                  sValue.c_str());
     if (!IsSupportedAppType(sType)) continue;
-    // Owned by the layer that is put around it next.
+    // Owned by the first layer that wraps it.
     if (pAppInfo == nullptr) pAppInfo = new ORVAppInfo(rInfo);
     AddAppTypeDecorator(pAppInfo, sType, sValue);
   }
@@ -122,7 +122,7 @@ void ORVAppCreator::AddAppTypeDecorator(AppInfo*& rpAppInfo, const std::string& 
     ORV_LOG_INFO("[Info] Invalid AppType : %s", rType.c_str());
     return;
   }
-  // A function pointer, so that the type need not know the scheduler.
+  // A function pointer, because the layers do not include the scheduler.
   const RequestEventCallback pfnRequestEvent =
       rType == APP_TYPE_CH_FEEDER_CUSTOM ? &ORVScheduler::RequestEvent : nullptr;
   rpAppInfo = iter->second.first(rpAppInfo, rValue, pfnRequestEvent);
@@ -137,7 +137,8 @@ void ORVAppCreator::RemoveApp(const std::string& rPackageID) {
   WidgetIDWait::End(pAppInfo);
   AppInfoCache::GetInstance()->WaitUntilUnpinned(pAppInfo);
   const auto iter = m_mapAppTypeCreators.find(pAppInfo->GetAppType());
-  // A record whose outermost layer nobody registered stays undestroyed. Settled behaviour.
+  // A record whose outermost type is not registered is not destroyed (docs/behaviour.md,
+  // "Creation").
   if (iter != m_mapAppTypeCreators.end()) iter->second.second(pAppInfo);
 }
 

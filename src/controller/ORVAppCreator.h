@@ -14,14 +14,14 @@
 #include "app_info/app_type/AppTypeDecorator.h"
 #include "common/SingleInstance.h"
 
-/// Package id to what its metadata says.
+/// Package id to the metadata of the package.
 using AppMetadataTable = std::map<std::string, MetadataMap>;
 
 /// How to wrap a record in a type and how to destroy the outermost layer of that type.
 using AppTypeCreator =
     std::pair<AppInfo* (*)(AppInfo*, const std::string&, RequestEventCallback), void (*)(AppInfo*)>;
 
-/// What the caller of UpdateApp() has to do with the package.
+/// What the caller of UpdateApp() does next.
 enum UpdateResult {
   UPDATE_RESULT_UPDATE = 0,
   UPDATE_RESULT_CREATE = 1,
@@ -32,8 +32,8 @@ enum UpdateResult {
 /// Turns packages and stored rows into decorated records, makes a record fit an updated package,
 /// and destroys records: the one place that knows which layer belongs to which type name.
 ///
-/// Used on the installer task's thread; the removal also on the main loop's. Nothing is locked and
-/// nothing is retried: a failure is a log line and a false.
+/// Used on the installer task's thread; RemoveApp() also on the main loop's. Updates and removals
+/// hold the RecordGuard of their package. Nothing is retried: a failure is a log line and a false.
 class ORVAppCreator {
  public:
   /// See SingleInstance. The creation registers the types, forgets all records after a reset of the
@@ -43,17 +43,18 @@ class ORVAppCreator {
   /// Turns the store's rows into records. Ends at the first row that cannot be read.
   void LoadAndCreateAppInfo();
 
-  /// True if a record was made. False for a package that is no channel-bound app, and on failure.
+  /// True if a record was created. False on failure and for a package that is not channel-bound.
   bool CreateApp(const std::string& rPackageID);
-  /// Makes the chain of the package's record fit its new metadata and stages the new values.
+  /// Adapts the chain of the package's record to the new metadata and stages the new values.
   UpdateResult UpdateApp(const std::string& rPackageID);
-  /// Takes the record out of cache and store and destroys its chain from the outside in.
+  /// Removes the record from cache and store and destroys its chain from the outside in. Blocks
+  /// while another thread is inside an operation of the record.
   void RemoveApp(const std::string& rPackageID);
-  /// Removes the apps that the web-app service does not know or holds as gone.
+  /// Removes the apps that the web-app service does not list or marks as gone.
   void RunValidationTesting();
 
-  /// rInfo comes with its package id. On success its app ids and version are filled, and the table
-  /// holds what was seen first under each key of the package's metadata.
+  /// The caller sets the package id of rInfo. On success its app ids and version are filled, and
+  /// the table holds the first value of each key of the package's metadata.
   bool ExtractAppInfoFromMetadata(AppBaseInfo& rInfo);
   /// Builds the chain and enters it in the cache. A record whose row could not be written stays in
   /// the cache although the result is false.
@@ -64,7 +65,7 @@ class ORVAppCreator {
 
   static bool IsSupportedAppType(const std::string& rType);
   void AddSupportedAppType(const std::string& rType);
-  /// Makes a type known by name: to the list of supported types and to the table of creators.
+  /// Adds a type to the list of supported types and to the table of creators.
   void RegisterAppType(const std::string& rType, const AppTypeCreator& rCreator);
 
   /// Platform callbacks, called within ExtractAppInfoFromMetadata(); user data is its AppBaseInfo.

@@ -13,7 +13,7 @@
 
 namespace {
 
-/// What is neither an object nor null has no members to ask for: a row of another program's making.
+/// Only an object or null can be walked. Anything else was not written by this daemon.
 void RequireObject(const Json::Value& rValue) {
   if (!rValue.isObject() && !rValue.isNull()) throw std::invalid_argument("no JSON object");
 }
@@ -42,9 +42,10 @@ void ORVAppCreator::LoadAndCreateAppInfo() {
   }
   try {
     while (!rows.empty()) {
-      // The rows behind a broken one are not loaded, but stay in the store. Settled behaviour.
+      // The rows after a broken one are not loaded but stay stored (docs/behaviour.md, "Load and
+      // reset").
       if (!CreateAppInfoFromRow(rows.begin()->second)) return;
-      // Its memory serves the next record.
+      // Frees its memory for the next record.
       rows.erase(rows.begin());
     }
   } catch (const std::exception&) {

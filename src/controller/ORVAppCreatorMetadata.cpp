@@ -9,7 +9,7 @@
 #include "controller/ORVAppCreator.h"
 
 bool ORVAppCreator::ExtractAppInfoFromMetadata(AppBaseInfo& rInfo) {
-  // An entry that is there already is kept: the table tells what was seen first.
+  // An existing entry is kept: the table holds the first value of each key.
   m_mapMetadata.try_emplace(rInfo.m_sPackageID);
   if (GetPackageInfo(rInfo)) return true;
   ORV_LOG_ERROR("[ERROR] Get_PackageInfo() return false.");
@@ -111,8 +111,8 @@ void ORVAppCreator::ParseMetadata(const std::string& rPackageID, const std::stri
     ORV_LOG_DEBUG("[Debug] The metadata is not supported.[%s]", rKey.c_str());
     return;
   }
-  // Cut at a fixed place, wherever the word stands, and whatever the separator is. With nothing
-  // behind the word this throws std::out_of_range. Packages rely on it.
+  // Cut at a fixed position, wherever the word was found and whatever the separator is. Throws
+  // std::out_of_range when nothing follows the word (docs/behaviour.md, "Creation").
   const std::string sDataKey = sRest.substr(pType->size() + 1);
   ORV_LOG_INFO("[Info] packageID : %s, sDataKey : %s, sDataValue : %s", rPackageID.c_str(),
                sDataKey.c_str(), rValue.c_str());

@@ -19,7 +19,7 @@ bool IsKeyLess(const AppTypeDifference::value_type& rLeft,
   return rLeft.first < rRight.first;
 }
 
-/// What stands in rLeft alone, by key; a changed value is no difference.
+/// The entries whose keys are in rLeft only. A changed value is not a difference.
 AppTypeDifference Subtract(const AppTypeDifference& rLeft, const AppTypeDifference& rRight) {
   AppTypeDifference difference;
   std::set_difference(rLeft.begin(), rLeft.end(), rRight.begin(), rRight.end(),
@@ -27,7 +27,7 @@ AppTypeDifference Subtract(const AppTypeDifference& rLeft, const AppTypeDifferen
   return difference;
 }
 
-/// What stands in both, by key, with the values of rLeft.
+/// The entries whose keys are in both maps, with the values of rLeft.
 AppTypeDifference Intersect(const AppTypeDifference& rLeft, const AppTypeDifference& rRight) {
   AppTypeDifference intersection;
   std::set_intersection(rLeft.begin(), rLeft.end(), rRight.begin(), rRight.end(),
@@ -109,7 +109,7 @@ void ORVAppCreator::RemoveDeactivatedAppTypes(AppInfo*& rpAppInfo, const AppType
     const auto iter = m_mapAppTypeCreators.find(sType);
     if (iter == m_mapAppTypeCreators.end()) {
       ORV_LOG_ERROR("[ERROR] Invalid AppTypeStr : %s", sType.c_str());
-      // The layer stays undestroyed and further types stay attached. Settled behaviour.
+      // The layer is not destroyed, and further types stay attached (docs/behaviour.md, "Updates").
       break;
     }
     iter->second.second(pExtracted);
@@ -118,8 +118,8 @@ void ORVAppCreator::RemoveDeactivatedAppTypes(AppInfo*& rpAppInfo, const AppType
 
 void ORVAppCreator::AddActivatedAppTypes(AppInfo* pAppInfo, const AppTypeMap& rOldTypes,
                                          const AppTypeMap& rNewTypes) {
-  // Neither the caller nor the cache learns of the new head: they go on with the chain inside the
-  // new layers. Settled behaviour, unlike the removal's.
+  // Unlike a removal, this passes the new head neither to the caller nor to the cache: both keep
+  // the chain inside the new layers (docs/behaviour.md, "Updates").
   AppInfo* pHead = pAppInfo;
   for (const auto& rKeyValue : Subtract(rNewTypes, rOldTypes)) {
     ORV_LOG_DEBUG("[Debug] [Additional] first : %s, second : %s", rKeyValue.first.c_str(),
@@ -132,6 +132,6 @@ void ORVAppCreator::AddActivatedAppTypes(AppInfo* pAppInfo, const AppTypeMap& rO
 
 void ORVAppCreator::UpdateChangedMetadata(AppInfo* pAppInfo, const AppTypeMap& rOldTypes,
                                           const AppTypeMap& rNewTypes) {
-  // Also where the value has not changed.
+  // Unchanged values are staged too.
   StageMetadata(pAppInfo, METADATA_ORV_TYPE, Intersect(rNewTypes, rOldTypes));
 }

@@ -13,8 +13,8 @@
 
 namespace {
 
-/// Runs an operation of the package's record, if there is one. An exception ends here, so that one
-/// record does not keep the work on the others from being done, nor what follows its operation.
+/// Calls rOperation with the package's record, which may be null. An exception ends here, so the
+/// work on other records and what follows the operation are still done.
 template <class Operation>
 void OperateOnRecord(const std::string& rPackageID, const Operation& rOperation) try {
   const RecordGuard guard(rPackageID);
@@ -71,7 +71,7 @@ void ORVAppOperator::RunInstalledApps() {
   std::vector<std::string> vPackageIDs;
   AppInfoCache::GetInstance()->GetAppIDList(vPackageIDs);
   // RunAllApps() appends the same ids again, so each record runs twice (docs/behaviour.md,
-  // "Running, updating, stopping").
+  // "Package events").
   RunAllApps(vPackageIDs);
 }
 

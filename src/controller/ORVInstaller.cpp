@@ -19,7 +19,7 @@ namespace {
 
 constexpr guint VALIDATION_DELAY_SECONDS = 1800;
 
-// The order is the order of the subscriptions.
+// In the order of the subscriptions.
 constexpr std::array<int, 6> SUBSCRIBED_TVS_SIGNALS = {75, 135, 103, 170, 25, 2560};
 
 }  // namespace
@@ -30,8 +30,8 @@ ORVInstaller* ORVInstaller::GetInstance() {
 
 ORVInstaller::ORVInstaller() {
   ORV_LOG_INFO("[Info] ");
-  // The thread runs from here on; nothing but t_Create() and the alarm can reach it before the
-  // instance is published, since the platform calls back only when the main loop runs.
+  // The thread runs from here on. Until the instance is published only t_Create() and the alarm
+  // reach it: the platform calls back only when the main loop runs.
   if (!FCTask::Create("ORVInstaller", 1000, 0x2000)) {
     ORV_LOG_ERROR("[ERROR] FCTask::Create() is failed.");
   }
@@ -153,8 +153,8 @@ void PackageManagerEventCallback(const char* /*type*/, const char* package,
   } else {
     return;
   }
-  // Owned by the receiver once queued. It stays allocated when the queue is full: a small leak that
-  // is settled.
+  // Owned by the receiver once queued. Not freed when the queue is full (docs/behaviour.md,
+  // "Installer events").
   ORVInstaller::GetInstance()->t_SendEvent(type, new std::string(package));
 } catch (const std::exception& e) {
   ORV_LOG_ERROR("[ERROR] exception : %s", e.what());

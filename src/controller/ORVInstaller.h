@@ -23,8 +23,8 @@ enum InstallerEvent : int {
   VELDRIN_EVENT_GET_VIRTUAL_SERVICES_COMPLETE = 90014
 };
 
-/// The daemon's central task: everything that happens on the platform becomes an event of its
-/// queue, and its thread handles one event at a time, to the end.
+/// The daemon's central task. Platform callbacks post events to its queue; its thread handles one
+/// event at a time, to the end.
 class ORVInstaller : public FCTask {
  public:
   /// See SingleInstance. The first call is made on the main thread.
@@ -34,19 +34,20 @@ class ORVInstaller : public FCTask {
   /// Callable from any thread. For the package events param is a heap-allocated std::string that
   /// the receiver owns once it is queued; on a false result it stays allocated.
   bool t_SendEvent(int type, void* param);
-  /// On the task's thread. True for every event, also for one that nobody knows.
+  /// On the task's thread. True for every event, including unknown ones.
   bool t_OnEvent(const FSEvent* pEvent) override;
 
-  /// Does the app of the service ask for an early start? Every failed lookup is a no. Any thread.
+  /// Whether the app of the service asks for an early start; false when a lookup fails. Any thread.
   bool m_IsBoostingApp(std::uint64_t serviceID);
-  /// The same for the service that the TV shows, when it booted on a virtual channel.
+  /// The same for the current service of a TV that booted on a virtual channel.
   bool m_IsBoostingAppOnCurrentCh();
-  /// A change of the HbbTV status, in the callback that brought it: launches the first-screen app
-  /// when the other side is ready, once per process.
+  /// Handles a change of the HbbTV status on the main-loop thread. Launches the first-screen app
+  /// when the other side is ready, unless a decision was taken before. The boost timer may launch
+  /// it again.
   void m_OnHbbtvStatusChanged();
 
   // The framework calls these, on the task's thread.
-  /// Earlier subscriptions stand when a later one fails.
+  /// Earlier subscriptions are kept when a later one fails.
   bool t_Create() override;
   void t_OnSuspend() override {}
   void t_OnResume() override {}
@@ -82,7 +83,7 @@ class ORVInstaller : public FCTask {
   FCStateAlarm m_TVSTimeAlarm;
 };
 
-// Callbacks of the platform. They keep their exceptions to themselves.
+// Platform callbacks. No exception leaves them.
 
 /// Main-loop thread. Posts completed events only.
 void PackageManagerEventCallback(const char* type, const char* package,
@@ -97,5 +98,6 @@ int tvmesa_signal_callback(int signalType, void* data);
 int tvs_signal_callback(int signalType, const void* signalData, void* user_data);
 /// Main-loop thread. user_data is the ORVInstaller.
 void vconf_hbbtv_status_cb(keynode_t* keynode, void* user_data);
-/// Main-loop thread. Runs all records and then removes them, beside the task's thread.
+/// Main-loop thread. Runs all records and then removes them. Waits for an operation that the task
+/// runs on the same record.
 void TellahubResetCallbackFunc(keynode_t* keynode, void* user_data);

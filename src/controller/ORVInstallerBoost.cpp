@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// The boost decision: does the current channel belong to an app that wants an early start?
+// The boost decision: whether the current channel belongs to an app that asks for an early start.
 #include <TVServiceAPI.h>
 #include <app_common.h>
 #include <app_control.h>
@@ -39,7 +39,7 @@ void CreateFlagFile(const std::string& rPath) {
   static std::mutex s_mutex;
   const std::lock_guard<std::mutex> lock(s_mutex);
   const std::string sDummy = rPath + "_dummy";
-  std::ofstream(sDummy).close();  // the rename tells when this failed
+  std::ofstream(sDummy).close();  // the rename reports a failure
   boost::filesystem::rename(sDummy, rPath);
 }
 
@@ -54,7 +54,7 @@ std::string GetVconfValue(const std::string& rKey) {
   return sValue;
 }
 
-/// False when the lookup failed. A service without the field leaves the text empty.
+/// False when the lookup failed. rPackageID stays empty when the service has no such field.
 bool FindPackageIDOfService(std::uint64_t serviceID, std::string& rPackageID) {
   TCServiceData data;
   TCCriteriaHelper criteria;
@@ -76,7 +76,7 @@ bool FindPackageIDOfService(std::uint64_t serviceID, std::string& rPackageID) {
   return true;
 }
 
-/// False when the navigation failed. The service id stays as it is when the service has none.
+/// False when the navigation failed. rServiceID is unchanged when the service has no id.
 bool GetCurrentServiceID(TCServiceNavigation& rNavigation, std::uint64_t& rServiceID) {
   TSTvMode mode;
   if (rNavigation.GetTVMode(mode) < 1) {
@@ -127,7 +127,7 @@ bool ORVInstaller::m_IsBoostingApp(std::uint64_t serviceID) {
   if (!FindPackageIDOfService(serviceID, sPackageID)) {
     return false;
   }
-  // The field is padded with NUL bytes, which may stand anywhere in it.
+  // The field may contain NUL bytes at any position.
   sPackageID.erase(std::remove(sPackageID.begin(), sPackageID.end(), '\0'), sPackageID.end());
   if (sPackageID.empty()) {
     ORV_LOG_INFO("[Info] PACKAGE_ID is empty");
@@ -179,7 +179,7 @@ void ORVInstaller::m_DecideFirstScreen(bool bBoostFile, bool bBoostChApp) {
     if (!bBoostFile) {
       CreateFlagFile(GetBoostFlagFile());
     }
-    return;  // the HbbTV status decides about the first screen
+    return;  // the first screen is launched by the HbbTV status callback
   }
   if (bBoostFile) {
     CreateFlagFile(HBB_READY_FILE);
@@ -206,10 +206,10 @@ void ORVInstaller::m_OnHbbtvStatusChanged() {
     return;
   }
   ORV_LOG_DEBUG("[Debug] LAUNCHING fisrtscreen app");
-  // The boost flag stays, unlike when the timer releases the first screen; that is wanted.
+  // Unlike the timer, this does not remove the boost flag (docs/behaviour.md, "Boost").
   CreateFlagFile(HBB_READY_FILE);
   LaunchFirstScreen();
-  m_bFirstScreenRun = true;  // for a change that is under way already
+  m_bFirstScreenRun = true;  // for a change of the key that is already being delivered
   vconf_ignore_key_changed(VCONFKEY_HBBTV_STATUS.c_str(), vconf_hbbtv_status_cb);
 }
 

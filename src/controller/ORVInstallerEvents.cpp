@@ -49,7 +49,7 @@ void ORVInstaller::m_Dispatch(const FSEvent& rEvent) {
         ORV_LOG_ERROR("[ERROR] l[0] param is NULL.");
         return;
       }
-      // The payload goes before the work begins.
+      // The payload is freed before the work begins.
       std::unique_ptr<std::string> pPayload(static_cast<std::string*>(rEvent.P0));
       const std::string sPackageID = *pPayload;
       pPayload.reset();
@@ -111,7 +111,7 @@ void ORVInstaller::m_UpdateApp(const std::string& rPackageID) {
 
 void ORVInstaller::m_UninstallApp(const std::string& rPackageID) {
   ORV_LOG_INFO("[Info] packageID : %s", rPackageID.c_str());
-  // The operation needs the record; it goes only afterwards.
+  // The operation needs the record, so the removal comes second.
   ORVAppOperator::GetInstance()->DoOperation(rPackageID, OPERATION_TYPE_STOP);
   ORVAppCreator::GetInstance()->RemoveApp(rPackageID);
 }
@@ -127,7 +127,7 @@ void TellahubResetCallbackFunc(keynode_t* /*keynode*/, void* /*user_data*/) try 
     return;
   }
   ORV_LOG_DEBUG("[Debug] Reset AppInfo");
-  // Every record runs once more (twice, see RunInstalledApps) before it is forgotten.
+  // Every record runs before its removal, twice (docs/behaviour.md, "Package events").
   ORVAppOperator::GetInstance()->RunInstalledApps();
   std::vector<std::string> vPackageIDs;
   AppInfoCache::GetInstance()->GetAppIDList(vPackageIDs);

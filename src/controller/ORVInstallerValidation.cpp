@@ -13,7 +13,7 @@
 
 void ORVInstaller::m_RunValidationTesting() {
   ORV_LOG_DEBUG("[Debug] RUN_VALIDATION_TESTING");
-  // Each fetches the web-app service's list for itself: a failure of the first stops nothing.
+  // Each fetches the web-app service's list itself: the second runs even if the first fails.
   ORVAppOperator::GetInstance()->RunValidationTesting();
   ORVAppCreator::GetInstance()->RunValidationTesting();
 }
@@ -33,6 +33,7 @@ void ORVInstaller::m_RunCustomFeeders() {
   ORV_LOG_INFO("[Info] VELDRIN_EVENT_GET_VIRTUAL_SERVICES_COMPLETE event comming");
   std::vector<std::string> vPackageIDs;
   AppInfoCache::GetInstance()->GetAppIDListByType(APP_TYPE_CH_FEEDER_CUSTOM, vPackageIDs);
-  // RunAllApps appends every id: the custom feeders run first and once more among all. Settled.
+  // RunAllApps() appends every id, so the custom feeders run first and again among all records
+  // (docs/behaviour.md, "Validation, activation, virtual services").
   ORVAppOperator::GetInstance()->RunAllApps(vPackageIDs);
 }

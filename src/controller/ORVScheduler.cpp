@@ -32,7 +32,7 @@ ORVScheduler::ORVScheduler() {
     ORV_LOG_ERROR("[ERROR] FCTask::Create() return false.");
   }
   if (!CreateMessagePortChannel()) {
-    // Without the port network time is not looked at either: the scheduler stays idle for good.
+    // Without the port, network time is not read either: the scheduler stays idle for good.
     ORV_LOG_ERROR("[ERROR] CreateMessagePortChannel return false.");
     return;
   }
@@ -126,7 +126,7 @@ void ORVScheduler::Dispatch(int type) {
     case EVENT_APP_TERMINATED:
       ORV_LOG_DEBUG("[Debug] [EVENT_APP_TERMINATED]");
       TerminateCurrentServiceApp();
-      // A list that has run out is refilled by the next tick, not here.
+      // An empty list is refilled by the next tick, not here.
       if (AppInfoCache::GetInstance()->GetSchedulingListSize() > 0) {
         LaunchNextItem();
       }
@@ -145,8 +145,8 @@ void ORVScheduler::StartScheduler() {
   if (AppInfoCache::GetInstance()->GetSchedulingListSize() == 0) {
     AppInfoCache::GetInstance()->ResetSchedulingList();
   }
-  // A second start adds a second source and the first id is lost; whoever asks for a start looks
-  // at the id before.
+  // A second start adds a second source and loses the first id. RequestEvent() posts a start only
+  // when the id is 0.
   g_nSchedulerTimerID = g_timeout_add_seconds(SCHEDULER_PERIOD_SECONDS, OnSchedulerTimer, nullptr);
   LaunchNextItem();
 }
@@ -158,7 +158,7 @@ void ORVScheduler::ResetScheduler() {
     StopScheduler();
     return;
   }
-  // The current service app may still run; a tick does not end it. That is settled.
+  // The current service app keeps running: a tick does not end it (docs/behaviour.md, "Scheduler").
   if (!LaunchNextItem()) {
     ORV_LOG_DEBUG("[Debug] LaunchNextItem() return false.");
   }
@@ -224,7 +224,7 @@ void ORVScheduler::RequestEvent(int eventType, void* pParam) {
     return;
   }
   AppInfoCache::GetInstance()->AddSchedulingItem(sPackageID);
-  // Also when the package was not found.
+  // Posted even when the cache has no such package.
   pScheduler->t_SendEvent(g_nSchedulerTimerID == 0 ? EVENT_START_SCHEDULER
                                                    : EVENT_LAUNCH_NEXT_ITEM);
 }

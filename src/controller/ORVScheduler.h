@@ -39,18 +39,18 @@ class ORVScheduler : public FCTask {
   static ORVScheduler* GetInstance();
   ~ORVScheduler() override;
 
-  /// What the decorators of service apps call, on their thread: EVENT_ADD_ITEM puts the package (a
-  /// C string) next, EVENT_DELETE_ITEM takes it off the list. Either ends the package's running
+  /// Called by the layers of service apps, on their thread. EVENT_ADD_ITEM puts the package (a C
+  /// string) first, EVENT_DELETE_ITEM removes it from the list. Both end the package's running
   /// service app first, beside the task's thread (docs/behaviour.md, "The list").
   static void RequestEvent(int eventType, void* pParam);
 
-  /// Callable from any thread. Nobody acts on a false result, which is logged.
+  /// Callable from any thread. A false result is logged; no caller acts on it.
   bool t_SendEvent(int type);
   /// On the task's thread. True for every event.
   bool t_OnEvent(const FSEvent* pEvent) override;
 
-  /// Ends the current service app by force, without waiting for its end. True when nothing was left
-  /// to end or the kill went through. The item is forgotten either way.
+  /// Kills the current service app without waiting for its end. True when no app was running or the
+  /// kill succeeded. The item is forgotten either way.
   bool TerminateCurrentServiceApp();
   /// Stops the timer, empties the list and ends the current service app. Always true.
   bool StopScheduler();
@@ -90,18 +90,18 @@ class ORVScheduler : public FCTask {
   std::int32_t m_nLocalPortID = 0;
 };
 
-// Callbacks of the platform, on the main-loop thread. They keep their exceptions to themselves.
+// Platform callbacks, on the main-loop thread. No exception leaves them.
 
 /// user_data is the scheduler's flag, a std::atomic<bool>.
 void OnSetTimeChanged(keynode_t* keynode, void* user_data);
 /// GLib timer, repeats.
 int OnSchedulerTimer(void* user_data);
-/// Carries out one command of a service app and answers to remote_port.
+/// Runs one command of a service app and replies to remote_port.
 void MessagePortCommandCallback(int local_port_id, const char* remote_app_id,
                                 const char* remote_port, bool trusted_remote_port, bundle* message,
                                 void* user_data);
 
-/// Carries out a command and gives the text of its result, which lives as long as the process.
-/// Blocks for a write of the store. params is what came with the command.
+/// Runs a command and returns the text of its result, which lives as long as the process.
+/// Blocks for a write to the store. params are the other values of the message.
 const std::string& RunMessagePortCommand(int eCommand, const std::string& remoteAppID,
                                          std::map<std::string, std::string>& params);

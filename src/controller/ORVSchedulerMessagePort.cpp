@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// What service apps say to the scheduler: when to launch them next, and that they have finished.
+// Commands of service apps: when to launch them next, and that they have finished.
 #include <ctime>
 #include <exception>
 #include <memory>
@@ -29,8 +29,8 @@ struct BundleDeleter {
 };
 using BundlePtr = std::unique_ptr<bundle, BundleDeleter>;
 
-/// bundle_foreach callback; user_data is the map of parameters. Values that are no strings are left
-/// out, as if the key were not there.
+/// bundle_foreach callback; user_data is the map of parameters. A value that is not a string is
+/// skipped, as if its key were absent.
 void CollectParameter(const char* key, const int type, const bundle_keyval_t* kv,
                       void* user_data) try {
   if (type != BUNDLE_TYPE_STR) {
@@ -69,7 +69,7 @@ bool SetExpirationDate(const std::string& remoteAppID, const std::string& expira
       {sTargetPackageID, remoteAppID, sExpirationDate});
 }
 
-/// A time that is no number, or one beyond an int, is the sender's mistake.
+/// A time that is not a number, or does not fit into an int, is an invalid parameter.
 const std::string& RunSetExpirationTime(const std::string& remoteAppID,
                                         const std::string& expirationTime) try {
   return SetExpirationDate(remoteAppID, expirationTime) ? SCHEDULER_RESULT_SUCCESS
@@ -98,7 +98,7 @@ const std::string& RunMessagePortCommand(int eCommand, const std::string& remote
     case COMMAND_SET_EXPIRATION_TIME:
       return RunSetExpirationTime(remoteAppID, params[EXPIRATION_TIME_KEY]);
     case COMMAND_COMPLETE_OPERATION:
-      // Whoever sends this ends the current service app and moves the schedule on.
+      // Any sender ends the current service app (docs/behaviour.md, "Message port").
       ORVScheduler::GetInstance()->t_SendEvent(EVENT_APP_TERMINATED);
       return SCHEDULER_RESULT_SUCCESS;
     default:
@@ -119,11 +119,11 @@ void MessagePortCommandCallback(int /*local_port_id*/, const char* remote_app_id
     return;
   }
   params.erase(SCHEDULER_COMMAND);
-  // A sender without an id is nobody's package.
+  // A sender without an id matches no package.
   const std::string sRemoteAppID = remote_app_id == nullptr ? "" : remote_app_id;
   const std::string& rResult = RunMessagePortCommand(itCommand->second, sRemoteAppID, params);
   if (itCommand->second == COMMAND_COMPLETE_OPERATION) {
-    // No reply, and the bundle for it is abandoned unfreed on this path: settled.
+    // No reply, and its bundle is not freed (docs/behaviour.md, "Message port").
     static_cast<void>(pReply.release());
     return;
   }

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// Ending service apps, and bringing the whole scheduler to rest.
+// The termination of service apps and the stop of the scheduler.
 #include <app_manager.h>
 #include <app_manager_extension.h>
 #include <glib.h>
@@ -35,8 +35,8 @@ const char* GetErrorText(int error) {
 
 bool KillApp(app_context_h hContext) {
   pid_t pid = 1;
-  // The context was just destroyed; the order is settled and the platform answers all the same, or
-  // with an error.
+  // The context is already destroyed; the platform answers or reports an error (docs/behaviour.md,
+  // "Termination").
   const int ret = app_context_get_pid(hContext, &pid);
   if (ret != 0 || pid < 1) {
     ORV_LOG_DEBUG("[Debug] Cannot get pid.(ret : %d)", ret);
@@ -46,11 +46,11 @@ bool KillApp(app_context_h hContext) {
   return kill(pid, SIGKILL) == 0;
 }
 
-/// rServiceID is for the log alone.
+/// rServiceID is only logged.
 bool TerminateApp(app_context_h hContext, const std::string& rServiceID) {
   int ret = app_manager_terminate_app(hContext);
   if (ret != 0) {
-    // The context stays undestroyed; that is settled.
+    // The context is not destroyed on this path (docs/behaviour.md, "Termination").
     ORV_LOG_DEBUG("[Debug] app_manager_terminate_app() failed = %s [%s]", GetErrorText(ret),
                   rServiceID.c_str());
     return false;

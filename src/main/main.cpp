@@ -20,7 +20,7 @@ constexpr int WATCHDOG_SECONDS = 120;
 constexpr guint WATCHDOG_NOTIFY_MS = 10000;
 constexpr guint MEMORY_TRIM_MS = 60000;
 
-/// user_data is the main loop: what the watchdog is told to be alive.
+/// user_data is the main loop, which the notification reports as alive.
 gboolean WatchdogNotifyTimerCallback(gpointer user_data) {
   smart_deadlock_watchdog_notify(user_data);
   return TRUE;
@@ -68,7 +68,7 @@ int main(int /*argc*/, char* /*argv*/[]) {
   }
   FCSyncDet::Create();
   CreateTaskList();
-  // The scheduler before the installer: the records that the installer runs ask it for things.
+  // The scheduler first: the records that the installer runs send requests to it.
   ORVScheduler::GetInstance();
   ORVInstaller::GetInstance();
   StartTimers();

@@ -8,7 +8,7 @@
 #include "controller/creator_fixture.h"
 #include "controller/gate.h"
 #include "controller/recording_app.h"
-#include "controller/waiting_thread.h"
+#include "support/other_thread.h"
 
 namespace {
 
@@ -18,34 +18,34 @@ using testing::IsNull;
 
 TEST(RecordGuard, KeepsAnotherThreadOutUntilItIsReleased) {
   std::optional<RecordGuard> guard("a");
-  WaitingThread other([] { const RecordGuard second("a"); });
-  ASSERT_TRUE(other.WaitsForALock());
-  EXPECT_FALSE(other.HasEnded());
+  support::OtherThread other([] { const RecordGuard second("a"); });
+  ASSERT_TRUE(other.WaitUntilItStops());
+  EXPECT_FALSE(other.Done());
   guard.reset();
   other.Join();
-  EXPECT_TRUE(other.HasEnded());
+  EXPECT_TRUE(other.Done());
 }
 
 TEST(RecordGuard, IsHeldUntilTheThreadHasReleasedItAsOftenAsTaken) {
   std::optional<RecordGuard> guard("a");
   std::optional<RecordGuard> again("a");
-  WaitingThread other([] { const RecordGuard second("a"); });
-  ASSERT_TRUE(other.WaitsForALock());
+  support::OtherThread other([] { const RecordGuard second("a"); });
+  ASSERT_TRUE(other.WaitUntilItStops());
   again.reset();
-  ASSERT_TRUE(other.WaitsForALock());
-  EXPECT_FALSE(other.HasEnded());
+  ASSERT_TRUE(other.WaitUntilItStops());
+  EXPECT_FALSE(other.Done());
   guard.reset();
   other.Join();
 }
 
 TEST(RecordGuard, LetsOtherThreadsUseOtherPackages) {
   const RecordGuard guard("a");
-  WaitingThread other([] {
+  support::OtherThread other([] {
     const RecordGuard prefix("");
     const RecordGuard longer("ab");
     const RecordGuard upper("A");
   });
-  EXPECT_TRUE(support::WaitFor([&] { return other.HasEnded(); }, "the guards of other packages"));
+  EXPECT_TRUE(support::WaitFor([&] { return other.Done(); }, "the guards of other packages"));
 }
 
 /// What a record of GatedLayer did, in order; guarded by the gates of its test.
@@ -107,16 +107,16 @@ class RecordInUse : public CreatorTest {
 
   /// Starts the operation, which has to wait for the end of the Stop.
   void RunsAfterTheStop(const std::function<void()>& operation) {
-    WaitingThread other(operation);
-    ASSERT_TRUE(other.WaitsForALock());
-    EXPECT_FALSE(other.HasEnded());
+    support::OtherThread other(operation);
+    ASSERT_TRUE(other.WaitUntilItStops());
+    EXPECT_FALSE(other.Done());
     EXPECT_THAT(Journal(), ElementsAre("stop"));
     m_gate.Open();
   }
 
   static inline const std::string kStopped = "stopped a value that is too long for a small string";
   Gate m_gate;
-  std::optional<WaitingThread> m_stop;
+  std::optional<support::OtherThread> m_stop;
 };
 
 TEST_F(RecordInUse, IsDestroyedOnlyWhenTheOtherThreadHasLeftIt) {
@@ -143,8 +143,8 @@ TEST_F(RecordInUse, RunsOneOperationAtATime) {
 
 TEST_F(RecordInUse, IsReadMeanwhileByWalksUnderTheCachesLock) {
   std::vector<PreloadingApp> apps;
-  WaitingThread walk([&] { Cache().GetPreloadingApps(apps); });
-  EXPECT_TRUE(support::WaitFor([&] { return walk.HasEnded(); }, "the end of the walk"));
+  support::OtherThread walk([&] { Cache().GetPreloadingApps(apps); });
+  EXPECT_TRUE(support::WaitFor([&] { return walk.Done(); }, "the end of the walk"));
 }
 
 TEST(RecordGuardUse, AnOperationMayRemoveItsOwnRecord) {

@@ -11,10 +11,10 @@
 #include "controller/ORVAppOperator.h"
 #include "controller/RecordGuard.h"
 #include "controller/recording_app.h"
-#include "controller/waiting_thread.h"
 #include "fake/control/fake.h"
 #include "support/files.h"
 #include "support/log_matchers.h"
+#include "support/other_thread.h"
 
 namespace {
 
@@ -208,8 +208,9 @@ TEST(WidgetIDWait, EndsWhenItsRecordIsRemovedWhileTheCallbackWaits) {
   fake::SetKey(kInstallKey, "widget");
   {
     std::optional<RecordGuard> guard("a");
-    WaitingThread mainLoop([] { fake::DeliverKeyChanges(); });
-    ASSERT_TRUE(mainLoop.WaitsForALock());
+    support::OtherThread mainLoop([] { fake::DeliverKeyChanges(); });
+    ASSERT_TRUE(mainLoop.WaitUntilItStops());
+    ASSERT_FALSE(mainLoop.Done());
     Creator().RemoveApp("a");
     guard.reset();
   }
