@@ -1,8 +1,8 @@
 # SPDX-FileCopyrightText: the orv-enabler authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# Sourced after lib.sh by the scenarios of the channel boost: two feeders, of which one boosts, and the
-# first-screen app, which notes each of its launches.
+# Sourced after lib.sh by the channel boost scenarios: two feeders, one of which boosts, and the
+# first-screen app, which records each of its launches.
 FLAG=$OWN/data/hbb_boost
 READY=$TV_ROOT/tmp/hbb_ready
 FIRST_SCREEN=com.kalmora.tv.csfs
@@ -26,7 +26,7 @@ boost_tv() {
   plain=$(service_of plainapp01)
 }
 service_of() { tv channel list --json | jq --arg p "$1" '.[] | select(.pkg_id == $p).service_id'; }
-# The file is the daemon's, on a thread that nobody can wait for: looked at until it is as told.
+# Polls the file: the daemon writes it on a thread that offers nothing to wait for.
 becomes() { # WHAT there|gone FILE
   becomes_deadline=$(($(date +%s) + 30 * slow))
   until if [ "$2" = there ]; then [ -e "$3" ]; else [ ! -e "$3" ]; fi; do
@@ -35,30 +35,30 @@ becomes() { # WHAT there|gone FILE
   done
   passed "$1"
 }
-# keys_seen: returns when the daemon has seen all that was set before: it hears of keys in order.
+# keys_seen: returns when the daemon has handled all keys set so far; it handles key changes in order.
 keys_seen() {
   keys_before=$(count_log "VCONFKEY_TELLAHUB_RESET value 1")
   tv key set db/tellahub/reset/apps 1
-  logged "all keys are seen" "VCONFKEY_TELLAHUB_RESET value 1" $((keys_before + 1))
+  logged "all keys are handled" "VCONFKEY_TELLAHUB_RESET value 1" $((keys_before + 1))
 }
-# launched WHAT TIMES: how often the daemon has set out to launch the first screen since forget_log.
+# launched WHAT TIMES: how often the daemon has tried to launch the first screen since forget_log.
 launched() {
   equal "$1" "$2" "$(calls '^app_control_set_app_id$' | grep -c "$FIRST_SCREEN" || true)"
 }
-# first_screens WHAT TIMES: how often it has come, in all.
+# first_screens WHAT TIMES: how often the first screen has been launched in total.
 first_screens() {
   first_deadline=$(($(date +%s) + 30 * slow))
   until [ "$(grep -c . "$work/first-screen" || true)" -ge "$2" ]; do
-    [ "$(date +%s)" -lt "$first_deadline" ] || die "$1: the first screen came $(grep -c . "$work/first-screen" || true) times"
+    [ "$(date +%s)" -lt "$first_deadline" ] || die "$1: the first screen was launched $(grep -c . "$work/first-screen" || true) times"
     pause
   done
   equal "$1" "$2" "$(grep -c . "$work/first-screen" || true)"
 }
 # decided WHAT FILE CHANNEL: the decision a second after the start.
 decided() { logged "$1" "[Info] isBoostFile : $2, isBoostChApp : $3"; }
-# status VALUE: sets the HbbTV status, and waits until the daemon has seen it.
+# status VALUE: sets the HbbTV status and waits until the daemon has handled it.
 status() {
   status_before=$(count_log "[Debug] VCONFKEY_HBBTV_CHANGED value $1")
   tv key set memory/hbbtv_status "$1"
-  logged "the status $1 is seen" "[Debug] VCONFKEY_HBBTV_CHANGED value $1" $((status_before + 1))
+  logged "status $1 is handled" "[Debug] VCONFKEY_HBBTV_CHANGED value $1" $((status_before + 1))
 }

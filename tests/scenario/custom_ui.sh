@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: the orv-enabler authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# Sourced behind lib.sh by the scenarios of the apps that replace the TV's own screens.
+# Sourced after lib.sh by the scenarios of apps that replace the TV's own screens.
 
 UI_KEY=db/orv_channel/custom_ui_type
 LAUNCH_MODE=http://kalmora.com/appcontrol/data/launch_mode
@@ -9,7 +9,7 @@ DEFAULT_OPERATION=http://tizen.org/appcontrol/operation/default
 REPLACEMENT=$TV_ROOT/opt/share/orv_ch/replacement_ui_info.json
 LAYOUT=com.example.layout
 
-# ui_key: the settings key to the byte, each newline as "|" and the end as ".".
+# ui_key: the exact value of the settings key, each newline as "|" and the end as ".".
 ui_key() { tv key get --json "$UI_KEY" | jq -j '.value + "."' | tr '\n' '|'; }
 # banner PACKAGE APP BANNERS OPTION, screens PACKAGE APP OPTION: the members of the key.
 banner() {
@@ -21,7 +21,7 @@ screens() {
 }
 key_is() { equal "$1" "{$2}|." "$(ui_key)"; }
 
-# answers: who answers what now, "channel-list=APP epg=APP".
+# answers: the app of each operation now, "channel-list=APP epg=APP".
 answers() { tv op list --json | jq -r 'map((.operation | sub(".*/"; "")) + "=" + .app) | join(" ")'; }
 # op_changes: what the daemon did to the operations since forget_log, in order, on one line.
 op_changes() {
@@ -43,35 +43,35 @@ launches() {
           else . end)
     | .sent[] | "\(.app) \(.operation) \(.extra | tojson) = \(.result)"'
 }
-# background APP [RESULT], foreground APP [RESULT]: such a line.
+# background APP [RESULT], foreground APP [RESULT]: one such line.
 background() { printf '%s %s {"%s":"backgroundAtStartup"} = %s\n' "$1" "$DEFAULT_OPERATION" "$LAUNCH_MODE" "${2:-0}"; }
 foreground() { printf '%s %s {} = %s\n' "$1" "$DEFAULT_OPERATION" "${2:-0}"; }
-# subscriptions: what became of the words of web apps since forget_log: "+APP" and "-APP".
+# subscriptions: to the status keys of web apps since forget_log: "+APP" added, "-APP" removed.
 subscriptions() {
   calls '^vconf_(notify|ignore)_key_changed$' | sed -nE '
     s|^vconf_notify_key_changed\(rtc/memory/WebApp/([^,]*), callback, null\) = 0$|+\1|p
     s|^vconf_ignore_key_changed\(rtc/memory/WebApp/([^,]*), callback\) = (.*)$|-\1 (\2)|p' | paste -s -d' '
 }
-# heard: the words that the daemon has read since forget_log.
-heard() { log_texts | sed -n 's/^\[Debug\] sAppStatus = //p' | paste -s -d' '; }
+# statuses_read: the app statuses that the daemon has read since forget_log.
+statuses_read() { log_texts | sed -n 's/^\[Debug\] sAppStatus = //p' | paste -s -d' '; }
 # app_is APP JQ: the app's entry in the dump.
 app_is() { printf '.apps[] | select(.id == "%s") | %s' "$1" "$2"; }
 
-# more TEXT TIMES: waits until the log holds the text more often than that.
+# more TEXT TIMES: waits until the log holds the text more than TIMES times.
 more() {
   deadline=$(($(date +%s) + 60 * slow))
   until [ "$(count_log "$1")" -gt "$2" ]; do
-    [ "$(date +%s)" -lt "$deadline" ] || die "the log has \"$1\" no more than $2 times"
+    [ "$(date +%s)" -lt "$deadline" ] || die "the log has \"$1\" not more than $2 times"
     pause
   done
 }
-# main_loop_done: all that was told to the daemon's main loop so far has been handled.
+# main_loop_done: waits until the daemon's main loop has handled everything sent to it so far.
 main_loop_done() {
   fence=$(count_log 'VCONFKEY_TELLAHUB_RESET value 1')
   tv key set db/tellahub/reset/apps 1
   more 'VCONFKEY_TELLAHUB_RESET value 1' "$fence"
 }
-# installer_done: all package events so far have been handled.
+# installer_done: waits until all package events so far have been handled.
 installer_done() {
   [ -e "$work/fence.wgt" ] || make_wgt "$work/fence.wgt" fence00001 1.0.0 ''
   fence=$(count_log 'fence00001 is not ORV Type.')
@@ -82,7 +82,7 @@ installer_done() {
   fi
   more 'fence00001 is not ORV Type.' "$fence"
 }
-# install FILE, uninstall PACKAGE, update FILE: and all that the daemon does about it.
+# install FILE, uninstall PACKAGE, update FILE: returns when the daemon has handled the event.
 install() { tv pkg install "$1"; installer_done; }
 uninstall() { tv pkg uninstall "$1"; installer_done; }
 update() { tv pkg update "$1"; installer_done; }
@@ -92,9 +92,9 @@ ui_app() {
   make_wgt "$1" "$2" "$3" "$(metadata orv_type "$4" "$5"
     [ -z "${6:-}" ] || metadata orv_data custom_ui_cold_boot_opt "$6")"
 }
-# replacement TEXT: what names the replacement UI.
+# replacement TEXT: writes the file that names the replacement UI.
 replacement() { mkdir -p "${REPLACEMENT%/*}"; printf '%s' "$1" >"$REPLACEMENT"; }
-# frozen COMMAND...: the daemon stands still meanwhile, and hears all of it in one go.
+# frozen COMMAND...: stops the daemon while the command runs, so that it sees all changes at once.
 frozen() {
   pid=$(tv status --json | jq .daemon.pid)
   kill -STOP "$pid"

@@ -2,18 +2,18 @@
 # SPDX-FileCopyrightText: the orv-enabler authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# A store in every state of disrepair: what the daemon makes of it at its start.
+# How the daemon starts with a damaged store, for every kind of damage.
 . "$(dirname "$0")/lib.sh"
 
 COLUMNS="package_id TEXT PRIMARY KEY, app_id TEXT, widget_id TEXT, service_id TEXT, version TEXT, variables TEXT, extra_data1 TEXT, extra_data2 TEXT, extra_data3 TEXT, extra_data4 TEXT"
 good() { printf "INSERT INTO appinfo VALUES('%s','%s.App','%s.App','','1.0','{\"orv_type\":{\"ch_feeder_standard\":\"standard\"},\"orv_data\":{\"ch.app.boosting\":\"\",\"channel_data_url\":\"http://x/c\",\"schedule_data_url\":\"http://x/s\"}}','','','','');" "$1" "$1" "$1"; }
 sql() { rm -f "$STORE"; sqlite3 "$STORE" "$1"; }
 start() { forget_log; tv daemon start; }
-fresh() { # WHAT: an empty, usable store with the ten columns
+fresh() { # WHAT: the store is empty and has the ten columns
   equal "$1: the table is the daemon's own" "CREATE TABLE appinfo($COLUMNS)" "$(sqlite3 "$STORE" "SELECT sql FROM sqlite_master WHERE name='appinfo'")"
   equal "$1: no rows" 0 "$(sqlite3 "$STORE" 'SELECT count(*) FROM appinfo')"
 }
-works() { # WHAT: the daemon takes an install
+works() { # WHAT: the daemon stores a new install
   web_feeder "$work/new.wgt" newfeeder1
   tv pkg uninstall newfeeder1 >/dev/null 2>&1 || true
   tv pkg install "$work/new.wgt"
@@ -23,8 +23,8 @@ damage() { tv daemon stop; }
 
 tv up
 damage; rm -f "$STORE"; start
-fresh missing; silent "missing: nothing to repair" "[Debug] DB will be removed and reopen DB"
-logged "missing: the length" "[Debug] length = -1"; works missing
+fresh missing; silent "missing: no repair" "[Debug] DB will be removed and reopen DB"
+logged "missing: the length of the file" "[Debug] length = -1"; works missing
 
 damage; : >"$STORE"; start
 logged "empty: repaired" "[Debug] DB will be removed and reopen DB"; fresh empty; works empty
@@ -42,23 +42,23 @@ logged "foreign column: an error" "[ERROR] DB has been corrupted. error msg : ";
 
 damage; sql "CREATE TABLE appinfo($COLUMNS, extra_data5 TEXT); $(good keptapp001 | sed "s/);$/,'');/")"; start
 logged "eleventh column: the store is removed" "[Debug] DB will be removed and reopen DB"
-logged "eleventh column: the blank column is refused" "[ERROR] fail to sqlite3_exec - error:1 "
+logged "eleventh column: the empty column name is refused" "[ERROR] fail to sqlite3_exec - error:1 "
 equal "eleventh column: no table until the next start" 0 "$(sqlite3 "$STORE" "SELECT count(*) FROM sqlite_master" 2>/dev/null || echo 0)"
 tv daemon stop; start
-logged "eleventh column: then the empty file is repaired" "[Debug] DB will be removed and reopen DB"
+logged "eleventh column: the next start repairs the empty file" "[Debug] DB will be removed and reopen DB"
 fresh "eleventh column"; works "eleventh column"
 
 damage; sql "CREATE TABLE appinfo($(echo "$COLUMNS" | sed 's/, extra_data4 TEXT//'))"; start
 logged "missing column: nothing loads" "[ERROR] Cannot load the stored data."
 web_feeder "$work/none.wgt" nocolumn01; tv pkg install "$work/none.wgt"
 logged "missing column: no insert works" "[ERROR] AppInfoDB::InsertNewRecord() return false."
-reached "missing column: the install goes no further" '.store | length == 0'
-holds "missing column: the daemon lives" '.daemon.running'
+reached "missing column: the install stores nothing" '.store | length == 0'
+holds "missing column: the daemon keeps running" '.daemon.running'
 
 damage; sql "CREATE TABLE appinfo($COLUMNS); $(good aaaapp0001) $(good bbbapp0001) $(good cccapp0001) UPDATE appinfo SET variables='{broken' WHERE package_id='bbbapp0001'"; start
 logged "one broken row: named" "[Debug] Invalid Json Str : {broken"
-equal "one broken row: those before it are loaded" "aaaapp0001" "$(log_texts | sed -n 's/^\[Info\] Target PackageID : //p')"
-holds "one broken row: all rows stay" '.store | length == 3'
+equal "one broken row: the rows before it are loaded" "aaaapp0001" "$(log_texts | sed -n 's/^\[Info\] Target PackageID : //p')"
+holds "one broken row: all rows are kept" '.store | length == 3'
 tv daemon restart
 logged "one broken row: the next start finds the same" "[Debug] Invalid Json Str : {broken" 2
 

@@ -2,8 +2,8 @@
 # SPDX-FileCopyrightText: the orv-enabler authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# A feeder that ships its data: the image is mounted, unpacked and unmounted, and all that the daemon
-# promises is there afterwards.
+# A feeder that ships its data: the image is mounted, unpacked and unmounted; afterwards the rows, trees
+# and records are complete.
 . "$(dirname "$0")/lib.sh"
 
 tv up
@@ -12,7 +12,7 @@ forget_log
 tv pkg install "$ORV_SAMPLES/feeder-packaged.wgt"
 package=$(tv pkg list --json | jq -r '.[0].id')
 reached "the row is in the store" "$(stored "$package")"
-reached "the record is at the channel framework" ".channels | length == 1"
+reached "the channel framework has the record" ".channels | length == 1"
 
 row() { jq -r ".store[0].$1" "$work/dump.json"; }
 holds "one row" '.store | length == 1'
@@ -26,20 +26,20 @@ there "the tree is unpacked" "$HBBTV/$package"
 equal "the list names the type" '{"app_type":["ch_feeder_standard"]}' "$(cat "$HBBTV/$package/app_type_file.txt")"
 there "the channel metadata was moved" "$METADATA/$package/channel.json"
 there "the schedule metadata was moved" "$METADATA/$package/schedule.json"
-absent "and is no longer in the tree" "$HBBTV/$package/metadata/channel.json"
-there "the mount point stays" "$HBBTV/temp_app"
+absent "it is no longer in the tree" "$HBBTV/$package/metadata/channel.json"
+there "the mount point is kept" "$HBBTV/temp_app"
 holds "nothing is mounted any more" '.mounts | length == 0'
 
 own=/opt/usr/apps/com.kalmora.tv.orv-enabler/shared/data
 holds "the channel URL points into the data" ".channels[0].channel_data_url == \"file:/$own/metadata/$package/channel.json\""
 holds "the schedule URL as well" ".channels[0].schedule_data_url == \"file:/$own/metadata/$package/schedule.json\""
-holds "the record carries the ids" ".channels[0] | .pkg_id == \"$package\" and .widget_id == \"$package.Feeder\""
+holds "the record has the ids" ".channels[0] | .pkg_id == \"$package\" and .widget_id == \"$package.Feeder\""
 
 image=/opt/usr/apps/$package/res/$package.Feeder.tmg
-equal "the mount was asked for with exactly these options" \
+equal "the mount is requested with exactly these options" \
   "PS_Mount(-o loop,nosuid,nodev,noexec $image $own/hbbtv_app/temp_app, $(printf '%s' "-o loop,nosuid,nodev,noexec $image $own/hbbtv_app/temp_app" | wc -c), 0, 0) = 0" \
   "$(calls '^PS_Mount$')"
-equal "the calls came in their order" \
+equal "the calls are in order" \
 "package_manager_get_package_info
 package_info_foreach_app_from_package
 app_info_create
@@ -57,6 +57,6 @@ FCOrvAppInfoAPI::CreateAppInfo" \
 forget_log
 tv pkg install "$ORV_SAMPLES/ordinary.wgt"
 ordinary=$(tv pkg list --json | jq -r --arg known "$package" '.[] | .id | select(. != $known)')
-logged "an ordinary package is no channel-bound app" "[Debug] $ordinary is not ORV Type."
-holds "and leaves no row" '.store | length == 1'
+logged "an ordinary package is not a channel-bound app" "[Debug] $ordinary is not ORV Type."
+holds "it adds no row" '.store | length == 1'
 the_end

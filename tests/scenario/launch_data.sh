@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: the orv-enabler authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# What a launch gives to the program that it starts, whoever launches: the operation and the extra data.
+# A launch by hand or by the daemon passes the operation and the extra data to the program.
 . "$(dirname "$0")/lib.sh"
 
 DEFAULT=http://tizen.org/appcontrol/operation/default
@@ -21,20 +21,20 @@ tv app add com.kalmora.tv.csfs "$work/first"
 
 echo "by hand"
 tv app launch --operation http://example.org/view com.kalmora.tv.csfs page=7 'text=a "b" = c' >"$work/out"
-equal "both arrive" 'http://example.org/view
+equal "operation and data arrive" 'http://example.org/view
 {"page":"7","text":"a \"b\" = c"}' "$(given com.kalmora.tv.csfs)"
 tv app launch com.kalmora.tv.csfs page=8 >"$work/out"
-equal "a launch of what runs changes nothing" '{"page":"7","text":"a \"b\" = c"}' "$(given com.kalmora.tv.csfs | tail -n 1)"
+equal "a launch of a running app changes nothing" '{"page":"7","text":"a \"b\" = c"}' "$(given com.kalmora.tv.csfs | tail -n 1)"
 tv app kill com.kalmora.tv.csfs
-reached "it is gone" "$(runs com.kalmora.tv.csfs) | not"
+reached "the killed app is gone" "$(runs com.kalmora.tv.csfs) | not"
 
 echo "by the daemon"
 tv key set -t int memory/hbbtv_status 6
-reached "the first screen comes" "$(runs com.kalmora.tv.csfs)"
+reached "the first screen is launched" "$(runs com.kalmora.tv.csfs)"
 equal "the default operation, no data" "$DEFAULT
 {}" "$(given com.kalmora.tv.csfs)"
 tv pkg install "$ORV_SAMPLES/banner.wgt"
 reached "a custom UI is preloaded" "$(runs bannerapp1.Banner)"
-equal "in the background" "$DEFAULT
+equal "it is launched in the background" "$DEFAULT
 {\"http://kalmora.com/appcontrol/data/launch_mode\":\"backgroundAtStartup\"}" "$(given bannerapp1.Banner)"
 the_end

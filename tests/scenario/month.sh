@@ -2,11 +2,11 @@
 # SPDX-FileCopyrightText: the orv-enabler authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# A month of television: forty packages come and go, are updated, crash, are tuned to and reset, and the
-# daemon is killed a hundred times: half of them at rest, half in the middle of a package event, at a moment
-# that the machine decides. After each event the store, the channels, the unpacked trees, the settings key,
-# the operations and the flag files are what month_model.jq says, which for a kill in the middle is one of
-# several. MONTH_SEED=N lives another month.
+# A month of television: forty packages are installed, updated, removed, killed, tuned to and reset. The
+# daemon is killed a hundred times: half of them at rest, half in the middle of a package event, at a random
+# moment. After each event the store, the channels, the unpacked trees, the settings key, the operations and
+# the flag files must match the state of month_model.jq; after a kill in the middle, one of its possible
+# states. MONTH_SEED=N runs another month.
 . "$(dirname "$0")/lib.sh"
 . "$(dirname "$0")/update_lib.sh"
 here=$(cd "$(dirname "$0")" && pwd)
@@ -15,21 +15,21 @@ PACKAGES=40 IMAGES=4 DAYS=30 EVENTS=10 KILLS=100
 seed=${MONTH_SEED:-20200229}
 echo "seed $seed"
 rng=$seed
-# random N: a number below N, in $drawn.
+# random N: sets $drawn to a number below N.
 random() {
   rng=$(((rng * 1103515245 + 12345) % 2147483648))
   drawn=$((rng / 65536 % $1))
 }
 
 state=$work/state.json
-# model EXPRESSION: of the state before $event; prints the result.
+# model EXPRESSION: evaluates it on the state before $event and prints the result.
 model() { jq -cn -L "$here" --slurpfile state "$state" --argjson event "$event" "include \"month_model\"; \$state[0] | $1"; }
-# follow: takes the model past $event; $changes is how often the channel list changes on the way.
+# follow: applies $event to the model; sets $changes to how often the channel list changes.
 follow() {
   model 'event($event) | .n, .' >"$state.new"
   { read -r changes; cat >"$state"; } <"$state.new"
 }
-# look EXPRESSION: what can be seen of the television, as $seen in the expression.
+# look EXPRESSION FILE: evaluates it with $seen, the visible state of the TV, and $expected from FILE.
 look() {
   trees='{}' metas='{}' between=
   for package in $images; do
@@ -49,7 +49,7 @@ look() {
   tv dump --json | jq -c -L "$here" --argjson trees "$trees" --argjson metas "$metas" --arg marker "$MARKER" \
     --slurpfile expected "$2" "include \"month_model\"; observed(\$trees; \$metas; \$marker) as \$seen | $1"
 }
-# agree WHAT: the television comes to be as the model says.
+# agree WHAT: waits until the TV matches the model.
 agree() {
   agree_deadline=$(($(date +%s) + 20 * slow))
   until [ "$(look '$seen == ($expected[0] | visible)' "$state")" = true ]; do
@@ -58,17 +58,17 @@ agree() {
   done
   compared=$((compared + 1))
 }
-# disagree WHAT: tells the difference from the state in closest.json.
+# disagree WHAT: prints the difference from the state in closest.json and fails.
 disagree() {
   look '$expected[0] | visible' "$work/closest.json" | jq -S . >"$work/expected"
   look '$seen' "$work/closest.json" | jq -S . >"$work/seen"
   diff -U 3 "$work/expected" "$work/seen" || true
   printf 'the event: %s\n' "$event"
-  die "seed $seed, day $day, event $number ($1): the television is not as the model says"
+  die "seed $seed, day $day, event $number ($1): the TV does not match the model"
 }
 compared=0
 forget() { : >"$TV_ROOT/log/daemon.log"; }
-# comes TEXT TIMES: waits until the log has it so often.
+# comes TEXT TIMES: waits until the log holds the text at least TIMES times.
 comes() {
   comes_deadline=$(($(date +%s) + 30 * slow))
   until [ "$(count_log "$1")" -ge "$2" ]; do
@@ -79,7 +79,7 @@ comes() {
 DECIDED="[Info] isBoostFile : "
 COMPLETE="[Info] VELDRIN_EVENT_GET_VIRTUAL_SERVICES_COMPLETE event comming"
 
-# contents INDEX: a version's metadata, drawn; one line each, of category, name and value.
+# contents INDEX KIND: the metadata of one version; each line is a category, a name and a value.
 feeder() {
   echo "orv_type ch_feeder_standard standard"
   echo "orv_data channel_data_url http://a/$serial/c"
@@ -124,7 +124,7 @@ contents() {
   esac
 }
 name_of() { printf 'monthpkg%02d' "$1"; }
-# draw_package_event: a package comes, goes or is updated; sets $event, and $command to do it.
+# draw_package_event: picks an install, update or uninstall; sets $event and the matching $command.
 draw_package_event() {
   random $PACKAGES; index=$drawn
   package=$(name_of "$index")
@@ -151,7 +151,7 @@ draw_package_event() {
   event="{\"kind\":\"$kind\",\"package\":\"$package\",\"version\":\"$serial.0.0\",\"image\":$image,\"metadata\":{$json}}"
   command="$kind $work/$package.wgt"
 }
-# happens COMMAND...: the event, undisturbed, and then the model of it.
+# happens COMMAND...: runs the event without a kill, applies it to the model and compares.
 happens() {
   forget
   "$@" >/dev/null
@@ -160,9 +160,9 @@ happens() {
   handled
   agree "$event"
 }
-# The daemon that took the place of the killed one is ended too, wherever it is. When that is while it
-# writes the reset counters, the next one finds none; on a television that was ever reset it takes that
-# for another reset: $wiped.
+# Ends the daemon that replaced the killed one, too, at whatever point it is. If it is just writing the
+# reset counters, the next daemon finds none; on a TV that has ever been reset it takes that for another
+# reset: $wiped.
 start_again() {
   tv daemon stop
   forget
@@ -176,8 +176,8 @@ start_again() {
     *) die "seed $seed, day $day, event $number: $resets resets so far, $resets_seen at this start" ;;
   esac
 }
-# killed WHAT: what the daemon has left is one of what the model holds for possible; which one it is, is
-# taken over into the model.
+# killed WHAT: the state that the daemon left must be one that the model calls possible; the model
+# continues from that state.
 killed() {
   start_again
   handled
@@ -205,7 +205,7 @@ killed_within() {
   random 16
   delay=$(printf '0.%03d' $((drawn * 3)))
   tv pkg $command >/dev/null & installing=$!
-  sleep "$delay" # the moment of the kill; nothing is waited for
+  sleep "$delay" # chooses the moment of the kill; nothing is waited for
   tv daemon kill >/dev/null 2>&1 || true
   wait "$installing"
   killed "after $delay s"
@@ -260,7 +260,7 @@ for index in 0 1 2 3; do
   cp "$ORV_SAMPLES/feederpack.Feeder.tmg" "$work/images/$package/$package.App.tmg"
 done
 jq -cn -L "$here" 'include "month_model"; empty_state' >"$state"
-agree "a new television"
+agree "a new TV"
 while [ $day -lt $DAYS ]; do
   day=$((day + 1))
   number=0
@@ -276,9 +276,9 @@ while [ $day -lt $DAYS ]; do
   echo "  day $day: $(jq -r '.d | "\(.installed | length) packages, \(.rows | length) rows, \(.channels | length) channels, \(.trees | length) trees"' "$state"), $kills kills"
 done
 while [ $kills -lt $KILLS ]; do killed_somewhere; done
-passed "a month, $compared times compared, $kills kills: the television was always as the model says"
+passed "a month, $compared comparisons, $kills kills: the TV always matched the model"
 
-# Half an hour after a start nothing is left of packages that went unnoticed.
+# Half an hour after a start, packages whose removal the daemon missed are cleaned up.
 event='{"kind":"validation"}'
 model power_cycle >"$state.new"; mv "$state.new" "$state"
 tv down >/dev/null; tv up --speed 600
@@ -286,8 +286,8 @@ comes "[Debug] RUN_VALIDATION_TESTING" 1
 handled
 follow
 agree "validation"
-# A row without types makes no record, so nothing removes it but the package's next installation.
-holds "every record is one of an installed package" \
+# A row without types creates no record, so only the package's next install removes it.
+holds "every record belongs to an installed package" \
   '[.store[] | select(.variables != null) | .package_id] - (.packages | map(.id)) == []'
 holds "nothing is mounted" '.mounts | length == 0'
 
@@ -295,6 +295,6 @@ for package in $(jq -r '.d.installed | keys[]' "$state"); do
   event="{\"kind\":\"uninstall\",\"package\":\"$package\"}"
   happens tv pkg uninstall "$package"
 done
-holds "in the end no record is left" '.store | all(.variables == null)'
-holds "and the daemon of the last start still runs" '.daemon | .running and .restarts == 0'
+holds "finally no record is left" '.store | all(.variables == null)'
+holds "the daemon of the last start is still running" '.daemon | .running and .restarts == 0'
 the_end

@@ -1,15 +1,15 @@
 # SPDX-FileCopyrightText: the orv-enabler authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# What a television with the daemon on it comes to, event by event.
+# A model of a TV with the daemon: its state after each event.
 #
-#   d: what outlives the daemon: installed packages, rows, channels, unpacked trees, metadata
+#   d: what survives the daemon: installed packages, rows, channels, unpacked trees, metadata
 #      directories, images left mounted, the announcement, the operations, the flag files, the tuner
-#   m: what does not: the records, layers innermost first, and the metadata as it was seen first
-#   n: how often the channel list has changed, and so how often all records are run again
-#   steps: with `trace`, each d on the way: a kill may leave any of them behind
+#   m: what does not: the records, layers innermost first, and the metadata as first read
+#   n: how often the channel list has changed, and therefore how often all records run again
+#   steps: with `trace`, every intermediate d: a kill may leave any of them behind
 #
-# A layer: t its type; v, d what is in force; sv, sd what is staged for its next update.
+# A layer: t is its type; v, d are its value and data in force; sv, sd those staged for the next update.
 
 def own: "/opt/usr/apps/com.kalmora.tv.orv-enabler/shared/data/";
 def known: ["ch_feeder_custom", "ch_feeder_standard", "custom_ui_extended", "custom_ui_standard"];
@@ -18,11 +18,11 @@ def empty_state: {d: {installed: {}, rows: {}, channels: {}, trees: {}, metas: {
     operations: {}, flag: false, ready: false, tuned: null, last: ""},
   m: {records: {}, seen: {}}, n: 0};
 
-# Everything that outlives the daemon changes here.
+# Every change of what survives the daemon goes through here.
 def step(f): f | if .trace then .steps += [.d] else . end;
 
 def layer_count($p): .m.records[$p].layers | length;
-# f over the layers of a record from the inside out; it gets [state, index] and gives the state.
+# Applies f to the layers of a record from the inside out; f maps [state, index] to the next state.
 def inside_out($p; f): reduce range(0; layer_count($p)) as $i (.; [., $i] | f);
 
 def new_layer($t; $v):
@@ -32,7 +32,7 @@ def new_layer($t; $v):
         custom_ui_standard: {custom_ui_cold_boot_opt: ""},
         custom_ui_extended: {custom_ui_cold_boot_opt: ""}}[$t]),
    sd: (if $t == "ch_feeder_standard" then {channel_data_url: "", schedule_data_url: "", "ch.app.boosting": ""} else {} end)};
-# A record of these types and data, as a package or a row has them; null without a known type.
+# The record for this metadata of a package or a row; null without a known type.
 def new_record($version; $metadata):
   [$metadata.orv_type // {} | to_entries | sort_by(.key)[] | select(.key as $k | known | index($k)) | new_layer(.key; .value)]
   | if length == 0 then null else
@@ -46,13 +46,13 @@ def row_of:
       | if . == {} then null else . end)};
 def write_row($p): step(.d.rows[$p] = (.m.records[$p] | row_of));
 
-# Packaged data: 1 the tree, 2 the metadata. A tree is the list of its users, or "partial" without one.
+# Packaged data: 1 the tree, 2 the metadata. A tree is the list of its users, or "partial" without a list.
 def mask($value; $data):
   (if $value == "extended" then 1 else 0 end) + (if any(urls[]; $data[.] // "" | startswith("file:")) then 2 else 0 end);
 def unpack($p; $type; $mask; $started):
   if .d.trees[$p] then
     if $started or .d.trees[$p] == "partial" or (.d.trees[$p] | index($type)) then . else step(.d.trees[$p] += [$type]) end
-  # An image that a killed daemon has left mounted cannot be mounted once more; another one can.
+  # An image that a killed daemon left mounted cannot be mounted again; another image can.
   elif .d.installed[$p].image and (. as $s | .d.mounted | index([[$p, $s.d.installed[$p].version]]) | not) then
     step(.d.mounted += [[$p, .d.installed[$p].version]])
     | step(.d.trees[$p] = "partial")
@@ -144,7 +144,7 @@ def update_layer($p; $i):
       give_screens($p; $l.v) | move_option($p; $i) | take_screens($p; $l.sv) | .m.records[$p].layers[$i].sv = ""
     end;
 
-# Everything about the package that is new to the daemon is added to what it has seen.
+# Adds the package's metadata to what the daemon has read before; earlier values win.
 def see($p): .d.installed[$p].metadata as $new
   | .m.seen[$p] = ((.m.seen[$p] // {}) as $old
       | reduce ($new | keys[]) as $c ($old; .[$c] = ($new[$c] + (.[$c] // {}))));
@@ -155,7 +155,7 @@ def create($p):
       | if $record == null then del(.m.seen[$p])
         else
           .m.records[$p] = $record
-          # A row that is there already goes before the new one comes.
+          # An existing row is deleted before the new one is written.
           | (if .d.rows[$p] then step(del(.d.rows[$p])) else . end)
           | write_row($p) | run($p; false)
         end
@@ -183,11 +183,11 @@ def update($p):
 
 def run_all($first): reduce ($first + (.m.records | keys))[] as $p (.; run($p; true));
 def feeds_itself($p): any(.m.records[$p].layers[]; .t == "ch_feeder_custom" and .v != "");
-# The channel list has changed: everything is run, the custom feeders first.
+# The channel list has changed: all records run, the custom feeders first.
 def run_changed: reduce range(0; .n) as $i (.; run_all(. as $s | .m.records | keys | map(select(. as $p | $s | feeds_itself($p)))));
 def boosts($p): any((.m.records[$p].layers // [])[]; .t == "ch_feeder_standard" and .d["ch.app.boosting"] == "true");
 
-# The decision about the first screen is part of the start: the flag then says what the channel is.
+# The decision about the first screen is part of the start: it sets the flag if the channel boosts.
 def start:
   .m = {records: {}, seen: {}}
   | reduce (.d.rows | to_entries[]) as $e (.; new_record($e.value.version; $e.value.variables // {}) as $r
@@ -219,11 +219,11 @@ def event($e):
     elif $e.kind == "validation" then
       reduce (.m.records | keys)[] as $p (.; if .d.installed[$p] then . else forget($p) end)
     else error("an unknown event: " + $e.kind) end;
-# f, and every d on the way to it, the first and the last included.
+# Every d while f runs, including the first and the last.
 def ways(f): [.d] + (.trace = true | .steps = [] | f | .steps + [.d]);
-# What may be there after the daemon was killed, at rest or during a package event, and started again.
-# The event was lost, or carried out up to any step, by the daemon that died or by the one that took its
-# place; that one may itself have been ended on the way of its start, and the one after it not.
+# The possible states after the daemon was killed, at rest or during a package event, and restarted.
+# The event was lost, or carried out up to any step, by the killed daemon or by its replacement. The
+# replacement may have been stopped during its own start; the daemon after that was not.
 def killed($e; $wiped):
   def came: if $e.kind == "uninstall" then del(.d.installed[$e.package])
     elif $e.kind == "rest" then .
@@ -235,11 +235,11 @@ def killed($e; $wiped):
   | (during | map({d: ., m: {}, n: 0} | ways(start)) | add) + $by_the_next
   | unique
   | map((if $wiped then .rows = {} else . end) | start_on)
-  # The daemon in between may have decided about the first screen on the way.
+  # The replacement may have decided about the first screen before it was stopped.
   | (if $flag then . + map(.d.ready = true) else . end)
   | unique;
 
-# The part of the model that can be seen from outside.
+# The part of the model that is visible from outside.
 def visible: .d | {rows, channels, trees, metas, mounted: (.mounted | map(.[0]) | sort), announced, operations, flag, ready, packages: (.installed | map_values(.version))};
 # The same from `tv dump --json`; $trees and $metas are read from the directories.
 def observed($trees; $metas; $marker):

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// port_flood COUNT EVERY: an app that sends COUNT messages to the scheduler's port as fast as they
-// are taken. Each has its own number; every EVERY-th asks for a due time and for an answer. Prints
-// how many were taken and how many good answers came; ends with 1 when one was refused or an answer
-// stayed away.
+// port_flood COUNT EVERY: an app that sends COUNT messages to the scheduler's port as fast as the
+// port accepts them. Each has its own number; every EVERY-th sets a due time and requests an
+// answer. Prints the number of accepted messages and of "success" answers; exits with 1 if a
+// message was refused or an answer is missing.
 #include <bundle.h>
 #include <glib.h>
 #include <message_port.h>
@@ -54,7 +54,7 @@ bool Send(const std::string& number, int replyPort) {
 
 void WaitForAnswers(int wanted) {
   const auto end = Clock::now() + PATIENCE;
-  // Wakes the loop, so that the end is seen.
+  // Wakes the loop so that it checks the deadline.
   g_timeout_add(
       100, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr);
   while (g_answers < wanted && Clock::now() < end) {

@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: the orv-enabler authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# Factory and service reset wipe the store at the next start; the reset of the apps works at once.
+# Factory and service resets clear the store at the next start; a reset of the apps works at once.
 . "$(dirname "$0")/lib.sh"
 
 tv up
@@ -11,7 +11,7 @@ fill() {
   tv pkg uninstall resetapp01 >/dev/null 2>&1 || true
   reached "nothing stored" '.store | length == 0'
   tv pkg install "$work/a.wgt"
-  reached "stored and fed" '(.store | length == 1) and (.channels | length == 1)'
+  reached "the app is stored and has its channel" '(.store | length == 1) and (.channels | length == 1)'
 }
 banner='{"CustomBanner":{"app_id":"resetapp01.App"}}'
 for kind in factory service; do
@@ -24,16 +24,16 @@ for kind in factory service; do
   holds "$kind: nothing happens before the next start" '.store | length == 1'
   forget_log
   tv power-cycle
-  logged "$kind: the reset was seen" "[Debug] TV is restarted by facotry/service reset."
-  logged "$kind: and named" "[Debug] Factory Reset"
+  logged "$kind: the reset is detected" "[Debug] TV is restarted by facotry/service reset."
+  logged "$kind: the store is reset" "[Debug] Factory Reset"
   holds "$kind: the store is empty" '.store | length == 0'
-  holds "$kind: the channels are left to the framework" '.channels | length == 1'
-  equal "$kind: the unpacked data is left" list "$(cat "$HBBTV/resetapp01/app_type_file.txt")"
-  equal "$kind: and so is the metadata" channels "$(cat "$METADATA/resetapp01/channel.json")"
-  equal "$kind: and the announcement of the custom UIs" "$banner" "$(tv key get -r db/orv_channel/custom_ui_type)"
+  holds "$kind: the framework keeps the channels" '.channels | length == 1'
+  equal "$kind: the unpacked data is kept" list "$(cat "$HBBTV/resetapp01/app_type_file.txt")"
+  equal "$kind: the metadata is kept" channels "$(cat "$METADATA/resetapp01/channel.json")"
+  equal "$kind: the announcement of the custom UIs is kept" "$banner" "$(tv key get -r db/orv_channel/custom_ui_type)"
   forget_log
   tv daemon restart
-  silent "$kind: once is enough" "[Debug] Factory Reset"
+  silent "$kind: the next restart does not reset again" "[Debug] Factory Reset"
 done
 equal "the counters are on disk" '{"factory_reset_count":1,"service_reset_count":1}' "$(cat "$OWN/data/reset_count_info.txt")"
 
@@ -41,9 +41,9 @@ fill
 forget_log
 tv reset apps
 reached "apps: the store is empty at once" '.store | length == 0'
-reached "apps: the framework was told" '.channels | length == 0'
-# Two URLs at each of two runs, and once more when the release asks what was installed.
-equal "apps: first each app ran twice, as a known one" 6 "$(log_texts | grep -c '^\[Info\] sInputMetaDataURL http://example.org/resetapp01/')" 
+reached "apps: the channels are removed from the framework" '.channels | length == 0'
+# Two URLs in each of two runs, and once more when the release looks up what was installed.
+equal "apps: before that each app ran twice, as a known app" 6 "$(log_texts | grep -c '^\[Info\] sInputMetaDataURL http://example.org/resetapp01/')" 
 logged "apps: then it was removed" "[Info] rPackageID : resetapp01"
 forget_log
 tv key set db/tellahub/reset/apps 1

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: the orv-enabler authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# Sourced by the scenarios of service apps on a schedule, behind lib.sh.
+# Sourced after lib.sh by the scenarios of service apps on a schedule.
 
 PORT=orv_scheduler_command_port
 SET_TIME=orv_scheduler_command=command_set_expiration_time
@@ -23,7 +23,7 @@ service_wgt() {
 due() { tv store --json | jq -r --arg p "$1" '.[] | select(.package_id == $p) | .variables.orv_data.expiration_date_str // ""'; }
 # is_running PACKAGE: a jq condition.
 is_running() { printf '(.apps | any(.id == "%s.Feed" and .running))' "$1"; }
-# main_loop_texts: as log_texts, of the main loop's thread alone.
+# main_loop_texts: like log_texts, but only of the main loop's thread.
 main_loop_texts() {
   awk '$3 == $4' "$TV_ROOT/log/daemon.log" | sed -E 's/^.* [A-Z]\/orv-enabler: [^ ]+: [^ ]+\([0-9]+\) > //'
 }

@@ -1,11 +1,11 @@
 # SPDX-FileCopyrightText: the orv-enabler authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# Reads the daemon's log, plays the schedule along and holds every step of the scheduler against it.
-# What is not as it should be comes out as a line that begins with WRONG; the last line has counts.
+# Reads the daemon's log, simulates the schedule and compares every step of the scheduler with it.
+# Prints a line that begins with WRONG for each mismatch; the last line has the counts.
 #
-# While a daemon restarts two threads build the list and forget the current item at once, so what
-# they hold is known again from the first refill on. Due times are known all the while: they outlive
+# While a daemon restarts, two threads build the list and reset the current item at the same time, so
+# both are unknown until the first refill. Due times are always known, because they survive
 # restarts.
 
 function wrong(text) { print "WRONG at " $1 " " $2 ": " text; ++wrongs }
@@ -23,7 +23,7 @@ function add(id,   i) {
 # Every package with a service app, in ascending order.
 function refill(   id, i) {
   expect(event == 1002 || event == 1004, "event " event " refilled the list")
-  expect(!known || size == 0, "a list of " size " was refilled")
+  expect(!known || size == 0, "a list with " size " items was refilled")
   size = 0
   for (id in packages) {
     for (i = size; i >= 1 && list[i] > id; --i) list[i + 1] = list[i]
@@ -35,7 +35,7 @@ function refill(   id, i) {
   ++refills
 }
 
-# Ticks come 720 seconds apart, a little late when the machine is busy. A start adds a timer.
+# Ticks are 720 seconds apart, or slightly more on a busy machine. Each start adds a timer.
 function see_tick(   parts, moment, gap) {
   split($2, parts, ":")
   moment = parts[1] * 3600 + parts[2] * 60 + parts[3]
@@ -57,7 +57,7 @@ function begin_event(type) {
   refilled = looked = stopped = idle = launched = ended = 0
   picked = ""
 }
-# An event of the scheduler's thread has been handled: did it do all that it should?
+# Checks that the event just handled by the scheduler's thread did everything it should.
 function end_event(   at_list) {
   if (event == "" || event == "over") return
   if (known && start_known) {
@@ -71,7 +71,7 @@ function end_event(   at_list) {
   if (picked != "") expect(launched || waiting, picked " was due and not launched")
   event = "over"
 }
-# The list is looked at: its front goes.
+# The scheduler takes the front item of the list.
 function pick(logged_size) {
   looked = 1
   picked = ""
@@ -83,7 +83,7 @@ function pick(logged_size) {
   current = picked
 }
 function see_due_time(text,   id) {
-  expect(picked != "", "nothing is picked, and a due time is looked at")
+  expect(picked != "", "a due time is read without a picked item")
   if (picked != "?") { expect(text == due[picked], picked " is due at \"" text "\", not \"" due[picked] "\""); return }
   if (text == "") return
   for (id in due) if (due[id] == text) picked = id
@@ -116,14 +116,14 @@ text == "[Debug] orv-enabler is launched." {
 }
 /ORVScheduler\.cpp: t_OnEvent\(/ { end_event(); thread = $4; begin_event(value); next }
 
-# Packages come and go on the threads that run decorators.
+# Packages are added and removed on the threads that run decorators.
 where == "AddSchedulingItem" && !/Cannot find/ { packages[value] = 1; add(value); next }
 where == "RemoveSchedulingItem" && !/Cannot find/ { remove(value); delete packages[value]; next }
 $4 != thread && /Current ServiceApp ID/ { current = "" }
 $4 != thread && /Tartget pid/ { ++kills }
 # Service apps set their due times on the main loop.
-$4 != thread && where == "GetUTCTimeString" { told = value }
-/sTargetPackageID/ { due[value] = told; ++dates }
+$4 != thread && where == "GetUTCTimeString" { due_text = value }
+/sTargetPackageID/ { due[value] = due_text; ++dates }
 $4 != thread { next }
 
 /Network Time is not enabled/ { idle = 1 }

@@ -2,12 +2,12 @@
 # SPDX-FileCopyrightText: the orv-enabler authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# A daemon that does not get into its main loop: whoever waits for it is told so in time, and nobody is
-# told that all is well.
+# A daemon that does not reach its main loop: commands that wait for it fail at their timeout, and none
+# reports success.
 . "$(dirname "$0")/lib.sh"
 
-# Stands in front of the daemon, and does what the file in the TV's /opt/share says: hang, die, or
-# nothing. In the sandbox the built programs are in /run/tv-tools.
+# Wraps the daemon and does what the file in the TV's /opt/share says: hang, die, or start the daemon.
+# In the sandbox the built programs are in /run/tv-tools.
 mkdir -p "$work/front"
 cat >"$work/front/daemon" <<'SH'
 #!/bin/sh
@@ -21,27 +21,27 @@ chmod +x "$work/front/daemon"
 ORV_ENABLER=$work/front/daemon
 export ORV_ENABLER
 mood() { echo "$1" >"$TV_ROOT/opt/share/mood"; }
-# late COMMAND...: ends with 5 and one line, which says why.
+# late COMMAND...: exits with 5 and one line that gives the reason.
 late() {
   exits "$*" 5 "$@"
-  grep -q 'the daemon is not in its main loop after 0.5 s' "$work/err" || { cat "$work/err"; die "$*: the line"; }
-  equal "$*: nothing is claimed" "" "$(cat "$work/out")"
+  grep -q 'the daemon is not in its main loop after 0.5 s' "$work/err" || { cat "$work/err"; die "$*: the error does not give the reason"; }
+  equal "$*: success is not reported" "" "$(cat "$work/out")"
 }
 
-# Only a TV makes its directory.
+# Creates the TV's directory.
 tv up; tv down
 
-echo "it dies"
+echo "the daemon dies"
 mood die
 exits "up" 1 tv up
-equal "up: the reason is told" \
+equal "up: the error names the reason" \
   "tv: the TV did not start: the daemon ended before its main loop ran (exit status 3), its last output: no mood for it; see \`tv log\`" "$(cat "$work/err")"
 exits "up: no TV is left" 3 tv status
 
-echo "it hangs"
+echo "the daemon hangs"
 mood hang
 late tv up --timeout 0.5
-holds "the TV goes on" '.daemon.state == "starting"'
+holds "the TV keeps running" '.daemon.state == "starting"'
 late tv up --timeout 0.5
 late tv daemon start --timeout 0.5
 tv down
@@ -53,21 +53,21 @@ late tv up --timeout 0.5
 late tv power-cycle --timeout 0.5
 late tv daemon start --timeout 0.5
 mood well
-exits "one that comes in time is waited for" 0 tv daemon restart
-holds "it is there" '.daemon.state == "ready"'
-equal "and up says so" "already up: $TV_ROOT, pid $(tv status --json | jq .pid)" "$(tv up)"
+exits "restart waits for a daemon that is ready in time" 0 tv daemon restart
+holds "the daemon is ready" '.daemon.state == "ready"'
+equal "up says that the TV is already up" "already up: $TV_ROOT, pid $(tv status --json | jq .pid)" "$(tv up)"
 
-echo "it keeps dying, and then comes"
+echo "the daemon keeps dying, then starts"
 mood die
 kill -SEGV "$(tv status --json | jq .daemon.pid)"
-reached "it waits for its next start" '.daemon.state == "restarting" and .daemon.restarts > 0'
+reached "the daemon waits for its next start" '.daemon.state == "restarting" and .daemon.restarts > 0'
 late tv up --timeout 0.5
-holds "all the time" '.daemon.state != "ready"'
+holds "the daemon is not ready meanwhile" '.daemon.state != "ready"'
 mood well
 tv up
-holds "up waited for that start" '.daemon.state == "ready"'
+holds "up waits for that start" '.daemon.state == "ready"'
 
-echo "a TV that has failed, and takes its time to end"
+echo "a TV that has failed and ends slowly"
 mkdir "$work/beside"; cp "$ORV_BIN/tv" "$work/beside/tv"
 cat >"$work/beside/desk-tv" <<'SH'
 #!/bin/sh
@@ -77,7 +77,7 @@ eval "echo 'failed: no luck' >&$fd; exec $fd>&-"
 exec sleep 60
 SH
 chmod +x "$work/beside/desk-tv"
-exits "up does not take it for another's" 1 "$work/beside/tv" --root "$work/failed" up --timeout 10
-equal "its reason is told" "tv: the TV did not start: no luck" "$(cat "$work/err")"
+exits "up does not mistake it for another user's TV" 1 "$work/beside/tv" --root "$work/failed" up --timeout 10
+equal "the error names its reason" "tv: the TV did not start: no luck" "$(cat "$work/err")"
 kill "$(cat "$work/failed/run/desk-tv.pid")"
 the_end
