@@ -91,17 +91,17 @@ StartResult StartInBackground(const DeskPaths& paths, const std::string& program
   Descriptor writer(pipes[1]);
   const Descriptor log(OpenLog(paths));
   const Descriptor null(open("/dev/null", O_RDONLY | O_CLOEXEC));
-  SpawnOrder order;
-  order.program = program;
-  order.arguments = {program};
-  order.arguments.insert(order.arguments.end(), arguments.begin(), arguments.end());
-  order.arguments.insert(order.arguments.end(), {"--ready-fd", std::to_string(writer.Get())});
-  order.environment = OwnEnvironment();
-  order.keep = {writer.Get()};
-  order.input = null.Get();
-  order.output = log.Get();
-  order.orphan = true;
-  const Spawned spawned = Spawn(order);
+  SpawnSpec spec;
+  spec.program = program;
+  spec.arguments = {program};
+  spec.arguments.insert(spec.arguments.end(), arguments.begin(), arguments.end());
+  spec.arguments.insert(spec.arguments.end(), {"--ready-fd", std::to_string(writer.Get())});
+  spec.environment = OwnEnvironment();
+  spec.keep = {writer.Get()};
+  spec.input = null.Get();
+  spec.output = log.Get();
+  spec.orphan = true;
+  const Spawned spawned = Spawn(spec);
   if (spawned.error != 0) {
     return {StartResult::Kind::Failed,
             std::string("it cannot be executed (") + std::strerror(spawned.error) + ")",

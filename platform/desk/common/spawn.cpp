@@ -134,9 +134,9 @@ std::vector<std::string> OwnEnvironment() {
   return entries;
 }
 
-Spawned Spawn(const SpawnOrder& order) {
-  const std::vector<char*> arguments = Pointers(order.arguments);
-  const std::vector<char*> environment = Pointers(order.environment);
+Spawned Spawn(const SpawnSpec& spec) {
+  const std::vector<char*> arguments = Pointers(spec.arguments);
+  const std::vector<char*> environment = Pointers(spec.environment);
   int ends[2] = {-1, -1};
   if (pipe2(ends, O_CLOEXEC) != 0) {
     return Failed();
@@ -144,27 +144,27 @@ Spawned Spawn(const SpawnOrder& order) {
   const Descriptor readEnd(ends[0]);
   Descriptor writeEnd(ends[1]);
   const ChildPlan plan{
-      order.program.c_str(), arguments.data(),
-      environment.data(),    order.directory.empty() ? nullptr : order.directory.c_str(),
-      &order.keep,           order.input,
-      order.output,          writeEnd.Get(),
-      order.orphan,          getpid()};
+      spec.program.c_str(), arguments.data(),
+      environment.data(),   spec.directory.empty() ? nullptr : spec.directory.c_str(),
+      &spec.keep,           spec.input,
+      spec.output,          writeEnd.Get(),
+      spec.orphan,          getpid()};
   Spawned spawned;
   const pid_t child = fork();
   if (child < 0) {
     return Failed();
   }
   if (child == 0) {
-    order.orphan ? RunMiddle(plan) : RunChild(plan);
+    spec.orphan ? RunMiddle(plan) : RunChild(plan);
   }
   writeEnd.Close();
-  if (order.orphan) {
+  if (spec.orphan) {
     Await(child);
   } else {
     spawned.pid = child;
   }
   Listen(readEnd.Get(), spawned);
-  if (!order.orphan && spawned.error != 0) {
+  if (!spec.orphan && spawned.error != 0) {
     Await(child);
   }
   return spawned;

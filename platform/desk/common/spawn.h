@@ -25,7 +25,7 @@ class Descriptor {
 
 /// How a process begins. It leads a session of its own, and finds its signals as a program expects
 /// them.
-struct SpawnOrder {
+struct SpawnSpec {
   std::string program;                   ///< path
   std::vector<std::string> arguments;    ///< the first is the program's name
   std::vector<std::string> environment;  ///< all of it
@@ -43,7 +43,7 @@ struct Spawned {
 };
 
 /// Returns once the program runs, or is known not to; then nothing is left to be waited for.
-Spawned Spawn(const SpawnOrder& order);
+Spawned Spawn(const SpawnSpec& spec);
 
 /// Null-terminated, as exec takes them. Good as long as the strings stay as they are.
 std::vector<char*> Pointers(const std::vector<std::string>& strings);

@@ -14,7 +14,7 @@
 namespace desk {
 namespace {
 
-constexpr std::size_t kBlockSize = 64UL * 1024;
+constexpr std::size_t BLOCK_SIZE = 64UL * 1024;
 
 void CheckMagic(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
@@ -81,7 +81,7 @@ ArchiveReader::ArchiveReader(const std::string& path) : m_path(path) {
     throw std::bad_alloc();
   }
   archive_read_support_format_zip_seekable(m_archive);
-  if (archive_read_open_filename(m_archive, path.c_str(), kBlockSize) != ARCHIVE_OK) {
+  if (archive_read_open_filename(m_archive, path.c_str(), BLOCK_SIZE) != ARCHIVE_OK) {
     const std::string reason = archive_error_string(m_archive);
     archive_read_free(m_archive);
     throw PackageError(path + " is not a whole zip archive: " + reason);

@@ -14,9 +14,9 @@
 namespace desk {
 namespace {
 
-constexpr char kWidgets[] = "http://www.w3.org/ns/widgets";
-constexpr char kTizen[] = "http://tizen.org/ns/widgets";
-constexpr std::size_t kMaxIdLength = 255;
+constexpr char WIDGETS[] = "http://www.w3.org/ns/widgets";
+constexpr char TIZEN[] = "http://tizen.org/ns/widgets";
+constexpr std::size_t MAX_ID_LENGTH = 255;
 
 struct DocDeleter {
   void operator()(xmlDoc* doc) const { xmlFreeDoc(doc); }
@@ -111,7 +111,7 @@ void CheckAppId(const std::string& id, const std::string& package) {
   if (id.empty()) {
     throw PackageError("config.xml names an application without an id");
   }
-  if (!plain || id.size() > kMaxIdLength) {
+  if (!plain || id.size() > MAX_ID_LENGTH) {
     throw PackageError("config.xml: the application id \"" + id +
                        "\" may hold only letters, digits, \".\", \"_\" and \"-\"");
   }
@@ -146,15 +146,15 @@ class ManifestReader {
 
  private:
   void ReadChild(const xmlNode* node) {
-    if (Is(node, kTizen, "application")) {
+    if (Is(node, TIZEN, "application")) {
       ReadApplication(node);
-    } else if (Is(node, kTizen, "service")) {
+    } else if (Is(node, TIZEN, "service")) {
       ReadService(node);
-    } else if (Is(node, kTizen, "metadata")) {
+    } else if (Is(node, TIZEN, "metadata")) {
       m_shared.push_back(ReadMetadata(node));
-    } else if (Is(node, kWidgets, "name") && m_manifest.label.empty()) {
+    } else if (Is(node, WIDGETS, "name") && m_manifest.label.empty()) {
       m_manifest.label = Trim(Content(node));
-    } else if (Is(node, kWidgets, "content")) {
+    } else if (Is(node, WIDGETS, "content")) {
       m_startPage = Attribute(node, "src");
     }
   }
@@ -173,7 +173,7 @@ class ManifestReader {
     app.component = Component::Service;
     app.metadata = MetadataIn(node);
     for (const xmlNode* child = node->children; child != nullptr; child = child->next) {
-      if (Is(child, kTizen, "content")) {
+      if (Is(child, TIZEN, "content")) {
         app.program = Attribute(child, "src");
       }
     }
@@ -208,7 +208,7 @@ class ManifestReader {
   static std::vector<Metadata> MetadataIn(const xmlNode* node) {
     std::vector<Metadata> entries;
     for (const xmlNode* child = node->children; child != nullptr; child = child->next) {
-      if (Is(child, kTizen, "metadata")) {
+      if (Is(child, TIZEN, "metadata")) {
         entries.push_back(ReadMetadata(child));
       }
     }
@@ -235,7 +235,7 @@ class ManifestReader {
       throw PackageError(
           std::string("config.xml names no application: it needs an application or a "
                       "service of the namespace ") +
-          kTizen);
+          TIZEN);
     }
     if (m_manifest.id.empty()) {
       m_manifest.id = PackageOfApp(m_manifest.apps.front().id);
@@ -244,7 +244,7 @@ class ManifestReader {
       throw PackageError("config.xml: the package id \"" + m_manifest.id +
                          "\" must be 1 to 64 letters, digits, \"_\" or \"-\"");
     }
-    if (m_manifest.version.empty() || m_manifest.version.size() > kMaxIdLength) {
+    if (m_manifest.version.empty() || m_manifest.version.size() > MAX_ID_LENGTH) {
       throw PackageError("config.xml: the widget has no usable version");
     }
     std::set<std::string> ids;
@@ -271,8 +271,8 @@ const char* ComponentName(Component component) {
 PackageManifest ParseConfig(const std::string& xml) {
   const Doc doc = Parse(xml);
   const xmlNode* root = xmlDocGetRootElement(doc.get());
-  if (root == nullptr || !Is(root, kWidgets, "widget")) {
-    throw PackageError(std::string("config.xml has no widget of the namespace ") + kWidgets);
+  if (root == nullptr || !Is(root, WIDGETS, "widget")) {
+    throw PackageError(std::string("config.xml has no widget of the namespace ") + WIDGETS);
   }
   return ManifestReader(root).Read();
 }

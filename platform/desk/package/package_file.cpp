@@ -17,8 +17,8 @@
 namespace desk {
 namespace {
 
-constexpr std::size_t kBufferSize = 128UL * 1024;
-constexpr char kConfig[] = "config.xml";
+constexpr std::size_t BUFFER_SIZE = 128UL * 1024;
+constexpr char CONFIG[] = "config.xml";
 
 bool EndsWith(const std::string& text, const std::string& end) {
   return text.size() > end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
@@ -224,7 +224,7 @@ class Unpacker {
         m_progress(progress),
         m_wanted(std::move(wanted)),
         m_archive(path),
-        m_buffer(kBufferSize) {}
+        m_buffer(BUFFER_SIZE) {}
 
   void Run() {
     MakeDirectories(m_directory + "/res/wgt");
@@ -282,9 +282,9 @@ class Unpacker {
   void Tell() {
     // An entry counts like a block, so that many empty files move the figure too.
     const double all = static_cast<double>(m_package.bytes) +
-                       static_cast<double>(kBufferSize * m_package.entries.size());
+                       static_cast<double>(BUFFER_SIZE * m_package.entries.size());
     const double done =
-        static_cast<double>(m_bytesDone) + static_cast<double>(kBufferSize * m_entriesDone);
+        static_cast<double>(m_bytesDone) + static_cast<double>(BUFFER_SIZE * m_entriesDone);
     const int percent = static_cast<int>(100.0 * done / all);
     if (percent != m_percent) {
       m_percent = percent;
@@ -320,7 +320,7 @@ PackageFile ReadPackage(const std::string& path, const PackageLimits& limits) {
   for (RawEntry raw; archive.Next(raw);) {
     directory.Add(raw);
     const PackageEntry& entry = package.entries.back();
-    if (entry.name == kConfig && !entry.directory) {
+    if (entry.name == CONFIG && !entry.directory) {
       config = ReadText(archive, limits.configBytes);
       found = true;
     }

@@ -134,13 +134,13 @@ void BusDaemon::Start(const std::string& configuration) {
     throw DeskError(DeskError::Failed,
                     "cannot start the bus: " + std::string(std::strerror(errno)));
   }
-  ProcessOrder order;
-  order.arguments = {"dbus-daemon", "--nofork", "--nopidfile", "--config-file=" + configuration,
-                     "--print-address=" + std::to_string(ends[1])};
-  order.keep = {ends[1]};
-  order.output = m_paths.Log() + "/bus.log";
+  ProcessSpec spec;
+  spec.arguments = {"dbus-daemon", "--nofork", "--nopidfile", "--config-file=" + configuration,
+                    "--print-address=" + std::to_string(ends[1])};
+  spec.keep = {ends[1]};
+  spec.output = m_paths.Log() + "/bus.log";
   try {
-    m_pid = StartProcess(order);
+    m_pid = StartProcess(spec);
   } catch (const DeskError&) {
     close(ends[0]);
     close(ends[1]);
@@ -155,7 +155,7 @@ void BusDaemon::Start(const std::string& configuration) {
     int status = 0;
     waitpid(m_pid, &status, 0);
     throw DeskError(DeskError::Failed, "the private bus did not start (" + DescribeStatus(status) +
-                                           "): see " + order.output);
+                                           "): see " + spec.output);
   }
 }
 

@@ -113,16 +113,16 @@ DaemonProcess DaemonLauncher::LaunchInSandbox() const {
   plan.opt = ListHost("/opt");
   plan.home = ListHost("/home");
   plan.environment = Environment(run, run + "/log", "", SandboxSocket(plan), SANDBOX_TOOLS);
-  ProcessOrder order;
-  order.arguments = SandboxArguments(plan);
-  order.keep = {ends[1]};
-  order.output = OutputOf(m_options.paths);
+  ProcessSpec spec;
+  spec.arguments = SandboxArguments(plan);
+  spec.keep = {ends[1]};
+  spec.output = OutputOf(m_options.paths);
   DaemonProcess process;
   process.sandboxed = true;
   process.infoFd = ends[0];
-  process.output = order.output;
+  process.output = spec.output;
   try {
-    process.pid = StartProcess(order);
+    process.pid = StartProcess(spec);
   } catch (const DeskError&) {
     close(ends[0]);
     close(ends[1]);
@@ -134,14 +134,14 @@ DaemonProcess DaemonLauncher::LaunchInSandbox() const {
 
 DaemonProcess DaemonLauncher::LaunchBare() const {
   const DeskPaths& paths = m_options.paths;
-  ProcessOrder order;
-  order.arguments = {m_program};
-  order.environment = Environment(paths.Root(), paths.Log(), paths.Root(), m_socket, m_tools);
-  order.output = OutputOf(paths);
-  order.directory = "/";
+  ProcessSpec spec;
+  spec.arguments = {m_program};
+  spec.environment = Environment(paths.Root(), paths.Log(), paths.Root(), m_socket, m_tools);
+  spec.output = OutputOf(paths);
+  spec.directory = "/";
   DaemonProcess process;
-  process.output = order.output;
-  process.pid = StartProcess(order);
+  process.output = spec.output;
+  process.pid = StartProcess(spec);
   return process;
 }
 

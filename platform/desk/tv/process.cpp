@@ -63,15 +63,15 @@ struct Watch {
 
 }  // namespace
 
-pid_t StartProcess(const ProcessOrder& order) {
-  SpawnOrder spawn;
-  spawn.program = Locate(order.arguments.at(0));
-  spawn.arguments = order.arguments;
-  spawn.environment = MergeEnvironment(order.environment);
-  spawn.directory = order.directory;
-  spawn.keep = order.keep;
+pid_t StartProcess(const ProcessSpec& spec) {
+  SpawnSpec spawn;
+  spawn.program = Locate(spec.arguments.at(0));
+  spawn.arguments = spec.arguments;
+  spawn.environment = MergeEnvironment(spec.environment);
+  spawn.directory = spec.directory;
+  spawn.keep = spec.keep;
   const Descriptor input(open("/dev/null", O_RDONLY | O_CLOEXEC));
-  const Descriptor output(OpenOutput(order.output));
+  const Descriptor output(OpenOutput(spec.output));
   if (input.Get() < 0 || output.Get() < 0) {
     throw CannotStart(spawn.program, errno);
   }

@@ -12,7 +12,7 @@ namespace desk::tv {
 
 /// How to start a process. It gets its own session and process group, default signal handling, and
 /// SIGKILL when desk-tv ends.
-struct ProcessOrder {
+struct ProcessSpec {
   std::vector<std::string>
       arguments;  ///< the first is the program; without "/" it is searched on the PATH
   std::vector<std::string> environment;  ///< "NAME=value", overrides desk-tv's environment
@@ -23,7 +23,7 @@ struct ProcessOrder {
 
 /// Returns the pid once the program runs. Throws DeskError (NotFound when there is no such program,
 /// Failed otherwise). Main thread only: the process dies with the thread that started it.
-pid_t StartProcess(const ProcessOrder& order);
+pid_t StartProcess(const ProcessSpec& spec);
 
 /// Calls the function once, from the main loop, with the status of waitpid when the process has
 /// ended. Do not wait for the process elsewhere. Returns a number for UnwatchProcess; call that on

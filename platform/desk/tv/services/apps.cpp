@@ -212,7 +212,7 @@ LaunchResult Apps::Launch(const LaunchRequest& request) {
 }
 
 pid_t Apps::Start(const KnownApp& app, const LaunchRequest& request) {
-  ProcessOrder process;
+  ProcessSpec process;
   if (app.kind == KnownApp::Kind::Ui) {
     process.arguments = {m_needs.tools + "/desk-webapp", app.id,
                          request.IsBackground() ? "--background" : "--foreground"};

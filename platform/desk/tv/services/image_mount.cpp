@@ -25,9 +25,9 @@
 namespace desk::tv {
 namespace {
 
-constexpr int kFailed = 32;  // exit status of mount(8) for a failed mount
-constexpr std::size_t kExtMagicAt = 1080;
-constexpr const char* kFuseDevice = "/dev/fuse";
+constexpr int FAILED = 32;  // exit status of mount(8) for a failed mount
+constexpr std::size_t EXT_MAGIC_AT = 1080;
+constexpr const char* FUSE_DEVICE = "/dev/fuse";
 
 struct ContextDeleter {
   void operator()(libmnt_context* context) const { mnt_free_context(context); }
@@ -112,7 +112,7 @@ int RunProgram(const char* const* arguments, std::string& output) {
                    PassOnMountRight, nullptr, nullptr, &text, &status, &error) == 0) {
     const ErrorPtr owner(error);
     output = error->message;
-    return kFailed;
+    return FAILED;
   }
   output = text == nullptr ? "" : text;
   g_free(text);
@@ -122,7 +122,7 @@ int RunProgram(const char* const* arguments, std::string& output) {
   for (char& c : output) {
     c = c == '\n' ? ' ' : c;
   }
-  return status == 0 ? 0 : kFailed;
+  return status == 0 ? 0 : FAILED;
 }
 
 }  // namespace
@@ -143,22 +143,22 @@ int LoopMount(const MountCommand& command, std::string& reason) {
       mnt_context_set_target(context.get(), command.directory.c_str()) != 0 ||
       mnt_context_set_options(context.get(), command.options.c_str()) != 0) {
     reason = std::strerror(ENOMEM);
-    return kFailed;
+    return FAILED;
   }
   const int result = mnt_context_mount(context.get());
   if (result == 0 && mnt_context_get_status(context.get()) == 1) {
     return 0;
   }
   reason = ReasonOf(context.get(), result);
-  return result == -MNT_ERR_LOOPDEV ? NO_LOOP_DEVICE : kFailed;
+  return result == -MNT_ERR_LOOPDEV ? NO_LOOP_DEVICE : FAILED;
 }
 
 std::string WhyNoFuse() {
   if (FuseDrivers().empty()) {
     return "no FUSE driver is installed: install squashfuse";
   }
-  if (Descriptor(open(kFuseDevice, O_RDWR | O_CLOEXEC)).Get() < 0) {
-    return Why(kFuseDevice) + ": load the kernel module fuse, or give the container this device";
+  if (Descriptor(open(FUSE_DEVICE, O_RDWR | O_CLOEXEC)).Get() < 0) {
+    return Why(FUSE_DEVICE) + ": load the kernel module fuse, or give the container this device";
   }
   if (!MayMount() && !HasProgram("fusermount3")) {
     return "fusermount3 is not installed: install fuse3";
@@ -168,12 +168,12 @@ std::string WhyNoFuse() {
 
 std::string FuseDriverFor(const std::string& image, std::string& reason) {
   std::ifstream file(image, std::ios::binary);
-  std::array<char, kExtMagicAt + 2> head{};
+  std::array<char, EXT_MAGIC_AT + 2> head{};
   file.read(head.data(), head.size());
   const char* driver = nullptr;
   if (std::memcmp(head.data(), "hsqs", 4) == 0) {
     driver = "squashfuse";
-  } else if (std::memcmp(head.data() + kExtMagicAt, "\x53\xef", 2) == 0) {
+  } else if (std::memcmp(head.data() + EXT_MAGIC_AT, "\x53\xef", 2) == 0) {
     driver = "fuse2fs";
   }
   if (driver == nullptr) {

@@ -13,7 +13,7 @@
 namespace desk::tv {
 namespace {
 
-constexpr char kApps[] = "/opt/usr/apps";
+constexpr char APPS[] = "/opt/usr/apps";
 
 bool IsBelow(const std::string& path, const std::string& directory) {
   return path.compare(0, directory.size() + 1, directory + "/") == 0;
@@ -50,7 +50,7 @@ MountCommand ParseMountCommand(const std::string& command, const DeskPaths& path
 }
 
 std::string ResolveMountPath(const std::string& path, const DeskPaths& paths) {
-  const bool sandboxed = !IsBelow(path, paths.Apps()) && IsBelow(path, kApps);
+  const bool sandboxed = !IsBelow(path, paths.Apps()) && IsBelow(path, APPS);
   std::string real = RealPath(sandboxed ? paths.Root() + path : path);
   if (path.empty() || path.front() != '/' || !IsBelow(real, RealPath(paths.Apps()))) {
     throw DeskError(DeskError::Failed, path + " is not in the package directory of this desk");

@@ -13,7 +13,7 @@
 namespace desk::tv {
 namespace {
 
-constexpr int kRefused = 1;
+constexpr int REFUSED = 1;
 
 }  // namespace
 
@@ -110,7 +110,7 @@ Json::Value Mounts::Mount(const std::string& text) {
       m_mounted.push_back({command, outcome.how});
     }
   } catch (const DeskError& error) {
-    outcome.result = kRefused;
+    outcome.result = REFUSED;
     outcome.reason = error.what();
   }
   return Answer(outcome);
@@ -141,7 +141,7 @@ Mounts::Outcome Mounts::MountByDriver(const MountCommand& command, const std::st
     outcome.how = FuseDriverFor(command.image, outcome.reason);
   }
   if (outcome.how.empty()) {
-    outcome.result = kRefused;
+    outcome.result = REFUSED;
     outcome.reason = whyNoLoop + "; " + outcome.reason;
     return outcome;
   }
@@ -162,7 +162,7 @@ Json::Value Mounts::Unmount(const std::string& path) {
       m_mounted.erase(std::next(last).base());
     }
   } catch (const DeskError& error) {
-    outcome.result = kRefused;
+    outcome.result = REFUSED;
     outcome.reason = error.what();
   }
   return Answer(outcome);

@@ -17,7 +17,7 @@ namespace desk::tv {
 namespace {
 
 // No package's id begins with a dot.
-constexpr char kPrefix[] = ".install-";
+constexpr char PREFIX[] = ".install-";
 
 [[noreturn]] void Fail(const std::string& what, const std::string& path, int error) {
   const std::string why = error == ENOSPC || error == EDQUOT
@@ -55,7 +55,7 @@ void RemoveTree(const std::string& path) {
 StagingDirectory::StagingDirectory(const DeskPaths& paths) {
   std::error_code error;
   std::filesystem::create_directories(paths.Apps(), error);
-  m_directory = paths.Apps() + "/" + kPrefix + "XXXXXX";
+  m_directory = paths.Apps() + "/" + PREFIX + "XXXXXX";
   if (error || mkdtemp(m_directory.data()) == nullptr) {
     Fail("make a directory in", paths.Apps(), error ? error.value() : errno);
   }
@@ -99,7 +99,7 @@ void StagingDirectory::GiveBack(const std::string& package) {
 void StagingDirectory::RemoveLeftovers(const DeskPaths& paths) {
   std::error_code error;
   for (const auto& entry : std::filesystem::directory_iterator(paths.Apps(), error)) {
-    if (entry.path().filename().string().rfind(kPrefix, 0) == 0) {
+    if (entry.path().filename().string().rfind(PREFIX, 0) == 0) {
       RemoveTree(entry.path());
     }
   }

@@ -73,10 +73,10 @@ TEST_F(Directory, ADirectoryOfOtherFilesIsRefusedAndNotTouched) {
 }
 
 pid_t StartApp(const DeskPaths& paths) {
-  ProcessOrder order;
-  order.arguments = {"sleep", "1000"};
-  order.environment = {"TV_ROOT=" + paths.Root(), "TV_ROLE=app"};
-  return StartProcess(order);
+  ProcessSpec spec;
+  spec.arguments = {"sleep", "1000"};
+  spec.environment = {"TV_ROOT=" + paths.Root(), "TV_ROLE=app"};
+  return StartProcess(spec);
 }
 
 bool Runs(pid_t pid) {
@@ -113,21 +113,21 @@ TEST_F(Directory, AppsOfAnotherTvAreLeftAlone) {
 }
 
 TEST_F(Directory, AnOperatorsShellIsNoApp) {
-  ProcessOrder order;
-  order.arguments = {"sleep", "1000"};
-  order.environment = {"TV_ROOT=" + m_paths.Root()};
-  const pid_t other = StartProcess(order);
+  ProcessSpec spec;
+  spec.arguments = {"sleep", "1000"};
+  spec.environment = {"TV_ROOT=" + m_paths.Root()};
+  const pid_t other = StartProcess(spec);
   EXPECT_EQ(KillStrayApps(m_paths), 0);
   kill(other, SIGKILL);
   waitpid(other, nullptr, 0);
 }
 
 TEST_F(Directory, ANamesakeInTheEnvironmentIsNoApp) {
-  ProcessOrder order;
-  order.arguments = {"sleep", "1000"};
-  order.environment = {"MY_TV_ROOT=" + m_paths.Root(), "TV_ROOT=" + m_paths.Root() + "x",
-                       "TV_ROLE=app"};
-  const pid_t other = StartProcess(order);
+  ProcessSpec spec;
+  spec.arguments = {"sleep", "1000"};
+  spec.environment = {"MY_TV_ROOT=" + m_paths.Root(), "TV_ROOT=" + m_paths.Root() + "x",
+                      "TV_ROLE=app"};
+  const pid_t other = StartProcess(spec);
   EXPECT_EQ(KillStrayApps(m_paths), 0);
   kill(other, SIGKILL);
   waitpid(other, nullptr, 0);

@@ -59,8 +59,8 @@ TEST_F(MountNamespace, AMountThatIsMadeLaterReachesASandboxThatRuns) {
   EXPECT_EQ(
       InChild([this] {
         const std::string how = EnterMountNamespace(DeskPaths(m_dir / "tv"));
-        ProcessOrder order;
-        order.arguments = {
+        ProcessSpec spec;
+        spec.arguments = {
             "bwrap",
             "--ro-bind",
             "/",
@@ -72,8 +72,8 @@ TEST_F(MountNamespace, AMountThatIsMadeLaterReachesASandboxThatRuns) {
             "sh",
             "-c",
             "touch /mnt/up; until [ -e /mnt/go ]; do sleep 0.02; done; cat /mnt/m/inside"};
-        order.output = m_dir / "tv/said";
-        const pid_t sandbox = StartProcess(order);
+        spec.output = m_dir / "tv/said";
+        const pid_t sandbox = StartProcess(spec);
         if (!support::WaitFor([this] { return support::Exists(m_dir / "tv/up"); }, "the sandbox")) {
           return 1;
         }

@@ -31,10 +31,10 @@ class PowerTest : public testing::Test {
 
   DaemonProcess Launch() {
     m_steps.push_back("daemon");
-    ProcessOrder order;
-    order.arguments = {"sleep", "1000"};
+    ProcessSpec spec;
+    spec.arguments = {"sleep", "1000"};
     DaemonProcess process;
-    process.pid = StartProcess(order);
+    process.pid = StartProcess(spec);
     m_pid = process.pid;
     return process;
   }

@@ -17,17 +17,17 @@
 namespace desk::tv {
 namespace {
 
-int RunToEnd(const ProcessOrder& order) {
+int RunToEnd(const ProcessSpec& spec) {
   int status = 0;
-  EXPECT_GT(waitpid(StartProcess(order), &status, 0), 0);
+  EXPECT_GT(waitpid(StartProcess(spec), &status, 0), 0);
   return status;
 }
 
-ProcessOrder Shell(const std::string& script, const std::string& output) {
-  ProcessOrder order;
-  order.arguments = {"sh", "-c", script};
-  order.output = output;
-  return order;
+ProcessSpec Shell(const std::string& script, const std::string& output) {
+  ProcessSpec spec;
+  spec.arguments = {"sh", "-c", script};
+  spec.output = output;
+  return spec;
 }
 
 TEST(Process, ItsOutputAndErrorsAreAppended) {
@@ -41,9 +41,9 @@ TEST(Process, ItHasTheChangedEnvironmentOverOurs) {
   const support::TempDir dir;
   setenv("MINE", "old", 1);
   setenv("KEPT", "kept", 1);
-  ProcessOrder order = Shell("echo $MINE $KEPT $EQUALS", dir / "out");
-  order.environment = {"MINE=new", "EQUALS=a=b"};
-  RunToEnd(order);
+  ProcessSpec spec = Shell("echo $MINE $KEPT $EQUALS", dir / "out");
+  spec.environment = {"MINE=new", "EQUALS=a=b"};
+  RunToEnd(spec);
   EXPECT_EQ(support::ReadFile(dir / "out"), "new kept a=b\n");
 }
 
@@ -58,9 +58,9 @@ TEST(Process, TheServiceManagersWordsAreNotPassedOn) {
 
 TEST(Process, ItStartsInTheDirectoryTold) {
   const support::TempDir dir;
-  ProcessOrder order = Shell("pwd", dir / "out");
-  order.directory = "/usr";
-  RunToEnd(order);
+  ProcessSpec spec = Shell("pwd", dir / "out");
+  spec.directory = "/usr";
+  RunToEnd(spec);
   EXPECT_EQ(support::ReadFile(dir / "out"), "/usr\n");
 }
 
@@ -80,20 +80,20 @@ TEST(Process, OnlyTheDescriptorsToldStayOpen) {
   const support::TempDir dir;
   const int kept = open("/dev/null", O_RDONLY | O_CLOEXEC);
   const int closed = open("/dev/null", O_RDONLY | O_CLOEXEC);
-  ProcessOrder order = Shell("for fd in " + std::to_string(kept) + " " + std::to_string(closed) +
-                                 "; do [ -e /proc/$$/fd/$fd ] && echo $fd; done",
-                             dir / "out");
-  order.keep = {kept};
-  RunToEnd(order);
+  ProcessSpec spec = Shell("for fd in " + std::to_string(kept) + " " + std::to_string(closed) +
+                               "; do [ -e /proc/$$/fd/$fd ] && echo $fd; done",
+                           dir / "out");
+  spec.keep = {kept};
+  RunToEnd(spec);
   EXPECT_EQ(support::ReadFile(dir / "out"), std::to_string(kept) + "\n");
 }
 
 TEST(Process, AProgramThatIsNotThereIsNotFound) {
-  ProcessOrder order;
+  ProcessSpec spec;
   for (const char* program : {"/no/such/program", "no-such-program"}) {
-    order.arguments = {program};
+    spec.arguments = {program};
     try {
-      StartProcess(order);
+      StartProcess(spec);
       FAIL() << "no error for " << program;
     } catch (const DeskError& e) {
       EXPECT_EQ(e.Code(), "NotFound");
@@ -105,10 +105,10 @@ TEST(Process, AProgramThatIsNotThereIsNotFound) {
 TEST(Process, AFileThatIsNoProgramFails) {
   const support::TempDir dir;
   support::WriteFile(dir / "file", "x");
-  ProcessOrder order;
-  order.arguments = {dir / "file"};
+  ProcessSpec spec;
+  spec.arguments = {dir / "file"};
   try {
-    StartProcess(order);
+    StartProcess(spec);
     FAIL() << "no error";
   } catch (const DeskError& e) {
     EXPECT_EQ(e.Code(), "Failed");
@@ -127,9 +127,9 @@ TEST(Process, ADeathBySignalIsToldByName) {
 }
 
 TEST(Process, ADirectoryThatIsNotThereFails) {
-  ProcessOrder order = Shell("true", "");
-  order.directory = "/no/such/directory";
-  EXPECT_THROW(StartProcess(order), DeskError);
+  ProcessSpec spec = Shell("true", "");
+  spec.directory = "/no/such/directory";
+  EXPECT_THROW(StartProcess(spec), DeskError);
 }
 
 TEST(Programs, AreFoundOnThePath) {

@@ -40,13 +40,13 @@ class Supervision : public testing::Test {
     if (!m_refusal.empty()) {
       throw DeskError(DeskError::Failed, m_refusal);
     }
-    ProcessOrder order;
-    order.arguments = {"sh", "-c", m_script};
-    order.output = m_dir / "output";
+    ProcessSpec spec;
+    spec.arguments = {"sh", "-c", m_script};
+    spec.output = m_dir / "output";
     DaemonProcess process;
-    process.pid = StartProcess(order);
+    process.pid = StartProcess(spec);
     process.sandboxed = m_sandboxed;
-    process.output = order.output;
+    process.output = spec.output;
     m_pid = process.pid;
     return process;
   }
@@ -382,9 +382,9 @@ TEST_F(Supervision, ASignalThatTheSandboxPassesOnIsToldAsOne) {
 TEST_F(Supervision, TheDaemonsPidIsTheOneThatTheSandboxTells) {
   int ends[2];
   ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
-  ProcessOrder order;
-  order.arguments = {"sleep", "1000"};
-  const pid_t inner = StartProcess(order);
+  ProcessSpec spec;
+  spec.arguments = {"sleep", "1000"};
+  const pid_t inner = StartProcess(spec);
   const std::string info = "{\n    \"child-pid\": " + std::to_string(inner) + "\n}\n";
   ASSERT_EQ(write(ends[1], info.data(), info.size()), static_cast<ssize_t>(info.size()));
   close(ends[1]);
