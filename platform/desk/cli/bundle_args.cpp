@@ -10,9 +10,10 @@
 #include <utility>
 
 #include "cli/failure.h"
+#include "common/base64.h"
 #include "common/numbers.h"
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
 [[noreturn]] void BadWord(const std::string& word, const std::string& why) {
@@ -31,7 +32,7 @@ std::pair<std::string, std::string> Cut(const std::string& word) {
 std::string IntBytes(const std::string& word, const std::string& text) {
   const auto number = ReadNumber(text);
   if (!number || *number < INT32_MIN || *number > INT32_MAX) {
-    BadWord(word, "holds no number of 32 bits");
+    BadWord(word, "is not a 32-bit number");
   }
   const auto bits = static_cast<uint32_t>(*number);
   std::string bytes;
@@ -64,7 +65,7 @@ std::string BytesFromHex(const std::string& hex) {
     const int high = Digit(hex[i]);
     const int low = i + 1 < hex.size() ? Digit(hex[i + 1]) : -1;
     if (high < 0 || low < 0) {
-      throw Failure(Exit::Usage, "\"" + hex + "\" is no hex: give two digits for each byte");
+      throw Failure(Exit::Usage, "\"" + hex + "\" is not hex: give two digits per byte");
     }
     bytes += static_cast<char>(high * 16 + low);
   }
@@ -82,21 +83,6 @@ std::string HexOf(const std::string& bytes) {
   return hex;
 }
 
-std::string Base64Of(const std::string& bytes) {
-  gchar* text = g_base64_encode(reinterpret_cast<const guchar*>(bytes.data()), bytes.size());
-  std::string result = text;
-  g_free(text);
-  return result;
-}
-
-std::string BytesFromBase64(const std::string& text) {
-  gsize size = 0;
-  guchar* bytes = g_base64_decode(text.c_str(), &size);
-  std::string result(reinterpret_cast<const char*>(bytes), size);
-  g_free(bytes);
-  return result;
-}
-
 Json::Value ParseBundleWord(const std::string& word) {
   const auto [left, text] = Cut(word);
   const auto colon = left.rfind(':');
@@ -105,12 +91,12 @@ Json::Value ParseBundleWord(const std::string& word) {
   entry["key"] = left.substr(0, colon);
   if (kind == "int" || kind == "bytes") {
     entry["type"] = kind == "int" ? BUNDLE_TYPE_BYTE : BUNDLE_TYPE_BYTE_ARRAY;
-    entry["bytes"] = Base64Of(kind == "int" ? IntBytes(word, text) : BytesFromHex(text));
+    entry["bytes"] = ToBase64(kind == "int" ? IntBytes(word, text) : BytesFromHex(text));
   } else if (kind == "array") {
     entry["type"] = BUNDLE_TYPE_STR_ARRAY;
     entry["value"] = Strings(text);
   } else {
-    // A colon that names no type belongs to the key.
+    // A colon that is not followed by a type is part of the key.
     entry["key"] = left;
     entry["type"] = BUNDLE_TYPE_STR;
     entry["value"] = text;
@@ -132,7 +118,7 @@ Json::Value ParseBundle(const std::vector<std::string>& words) {
 std::string BundleEntryText(const Json::Value& entry) {
   std::string text = entry["key"].asString() + "=";
   if (entry.isMember("bytes")) {
-    return text + HexOf(BytesFromBase64(entry["bytes"].asString()));
+    return text + HexOf(FromBase64(entry["bytes"].asString()));
   }
   if (!entry["value"].isArray()) {
     return text + entry["value"].asString();
@@ -148,11 +134,11 @@ Json::Value ParsePairs(const std::vector<std::string>& words) {
   for (const auto& word : words) {
     const auto equals = word.find('=');
     if (equals == std::string::npos || equals == 0) {
-      throw Failure(Exit::Usage, "\"" + word + "\" is no pair: give key=value");
+      throw Failure(Exit::Usage, "\"" + word + "\" is not a key and a value: give key=value");
     }
     pairs[word.substr(0, equals)] = word.substr(equals + 1);
   }
   return pairs;
 }
 
-}  // namespace desk
+}  // namespace desk::cli

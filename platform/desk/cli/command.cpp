@@ -7,10 +7,10 @@
 #include "cli/failure.h"
 #include "common/numbers.h"
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
-constexpr double MOST_SECONDS = 1e9;  // more than a person waits, and no clock runs over
+constexpr double MOST_SECONDS = 1e9;  // keeps deadlines within the range of the clocks
 
 [[noreturn]] void BadNumber(const std::string& name, const std::string& text,
                             const std::string& wanted) {
@@ -95,4 +95,4 @@ Option JsonOption() {
   return {"--json", "", "print JSON, for machines"};
 }
 
-}  // namespace desk
+}  // namespace desk::cli

@@ -9,11 +9,11 @@
 #include <string>
 #include <vector>
 
-namespace desk {
+namespace desk::cli {
 
 class Session;
 
-/// A word that stands at its place. The name is how the help shows it and how it is asked for.
+/// A positional argument. The help shows it under its name, and Invocation finds it by its name.
 struct Argument {
   enum class Count { One, Optional, Any };
   std::string name;
@@ -21,8 +21,8 @@ struct Argument {
   Count count = Count::One;
 };
 
-/// A word with dashes. names as the parser takes them ("-f,--follow"); value is the name of its
-/// value in the help, empty for a switch. Asked for by its last name, without the dashes.
+/// An option. `names` is in the form that the parser takes ("-f,--follow"); `value` is the name of
+/// its value in the help, empty for a flag. Invocation finds it by its last name without dashes.
 struct Option {
   std::string names;
   std::string value;
@@ -30,17 +30,17 @@ struct Option {
   std::string Key() const;
 };
 
-/// What the words after a verb gave, as texts; the numbers are checked when they are asked for.
+/// The arguments and options of one command line, as texts. Numbers are checked when they are read.
 class Invocation {
  public:
   void Set(const std::string& name, std::vector<std::string> values);
   bool Has(const std::string& name) const;
-  /// The only value, or an empty text.
+  /// The only value; empty when it was not given.
   std::string Text(const std::string& name) const;
   std::string TextOr(const std::string& name, const std::string& otherwise) const;
   std::vector<std::string> All(const std::string& name) const;
-  /// Whole numbers within the bounds, as ReadNumber has them, and times; a Failure with Exit::Usage
-  /// for anything else.
+  /// Whole numbers within the bounds (in the forms of ReadNumber()), and seconds. Throws Failure
+  /// (Usage) for anything else.
   int64_t Number(const std::string& name, int64_t otherwise, int64_t least = INT64_MIN,
                  int64_t most = INT64_MAX) const;
   uint64_t Unsigned(const std::string& name, uint64_t otherwise) const;
@@ -53,21 +53,21 @@ class Invocation {
 
 using Run = std::function<int(Session& session, const Invocation& words)>;
 
-/// One row of the command table: everything that parsing, help and completion need.
+/// One row of the command table: all that the parser and the help need.
 struct Command {
-  std::string path;     ///< the verb, or two: "pkg install"
-  std::string summary;  ///< half a line, no full stop
+  std::string path;     ///< one or two verbs: "pkg install"
+  std::string summary;  ///< half a line without a full stop
   std::vector<Argument> arguments;
   std::vector<Option> options;
-  std::string details;  ///< whole lines below the summary; may be empty
+  std::string details;  ///< lines below the summary; may be empty
   Run run;
 };
 
-/// What Seconds() gave, to wait by and for people to read: "1.5 s".
+/// A number of seconds from Seconds(), as a duration and as a text: "1.5 s".
 std::chrono::milliseconds Milliseconds(double seconds);
 std::string SecondsText(double seconds);
 
-/// `--json`, the same everywhere.
+/// The option `--json`.
 Option JsonOption();
 
-}  // namespace desk
+}  // namespace desk::cli

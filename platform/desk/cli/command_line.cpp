@@ -7,7 +7,7 @@
 #include "cli/failure.h"
 #include "common/nearest.h"
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
 constexpr const char* VERSION_TEXT = "tv (orv-enabler) " ORV_VERSION;
@@ -16,7 +16,7 @@ bool IsHelp(const std::string& word) {
   return word == "-h" || word == "--help";
 }
 
-/// The words before the verb are read here, those behind it by the parser of the command.
+/// The options before the verb. The command's own parser reads what follows the verb.
 struct Head {
   std::string root;
   bool help = false;
@@ -31,8 +31,7 @@ Head ReadHead(const std::vector<std::string>& words) {
     if (word.compare(0, 7, "--root=") == 0) {
       head.root = word.substr(7);
     } else if (word == "--root") {
-      if (++head.next == words.size())
-        throw Failure(Exit::Usage, "--root wants a directory behind it");
+      if (++head.next == words.size()) throw Failure(Exit::Usage, "--root needs a directory");
       head.root = words[head.next];
     } else if (IsHelp(word)) {
       head.help = true;
@@ -50,21 +49,21 @@ Head ReadHead(const std::vector<std::string>& words) {
   const std::string front = group.empty() ? "tv " : "tv " + group + " ";
   const std::string near = Nearest(word, table.Words(group));
   if (word.compare(0, 1, "-") == 0) {
-    throw Failure(Exit::Usage, "\"" + word + "\" is no option of tv: `tv help` lists the commands");
+    throw Failure(Exit::Usage, "\"" + word + "\" is not an option of tv: see `tv help`");
   }
-  const std::string known = group.empty() ? "`tv help` lists the commands"
-                                          : "`tv help " + group + "` lists what it can do";
-  throw Failure(Exit::Usage, "\"" + front + word + "\" is no command: " +
+  const std::string known = group.empty() ? "see `tv help`" : "see `tv help " + group + "`";
+  throw Failure(Exit::Usage, "\"" + front + word + "\" is not a command: " +
                                  (near.empty() ? known : "did you mean `" + front + near + "`?"));
 }
 
 [[noreturn]] void VerbMissing(const CommandTable& table, const std::string& group) {
   std::string list;
   for (const auto& word : table.Words(group)) list += (list.empty() ? "" : ", ") + word;
-  throw Failure(Exit::Usage, "tv " + group + " wants one of: " + list);
+  throw Failure(Exit::Usage, "tv " + group + " needs one of: " + list);
 }
 
-/// The command at words[next], and moves next behind its verbs. Null when a group's help is asked.
+/// Returns the command at words[next] and moves next past its verbs. Returns null when the help of
+/// a group is wanted.
 const Command* TakeVerbs(const CommandTable& table, const std::vector<std::string>& words,
                          size_t& next, std::string& group) {
   const std::string& first = words[next++];
@@ -82,7 +81,7 @@ const Command* TakeVerbs(const CommandTable& table, const std::vector<std::strin
   return command;
 }
 
-/// Holds the values while CLI11 fills them in.
+/// Owns the values that CLI11 fills in.
 class Parser {
  public:
   explicit Parser(const Command& command) : m_command(command), m_app("", "tv " + command.path) {
@@ -94,7 +93,7 @@ class Parser {
     for (const auto& option : command.options) AddOption(option, m_values[slot++]);
   }
 
-  /// False when help was asked for.
+  /// Returns false when the help is wanted.
   bool Parse(std::vector<std::string> words) {
     std::reverse(words.begin(), words.end());
     try {
@@ -120,7 +119,7 @@ class Parser {
  private:
   struct Value {
     std::string text;
-    std::vector<std::string> texts;  ///< of an argument that may come any number of times
+    std::vector<std::string> texts;  ///< of an argument that may be repeated
     CLI::Option* option = nullptr;
     bool many = false;
     bool flag = false;
@@ -155,9 +154,10 @@ class Parser {
       const std::string word = extras.empty() ? std::string() : extras.front();
       if (word.compare(0, 1, "-") == 0) {
         return "\"" + word +
-               "\" is no option here (a value that begins with a dash goes behind --)";
+               "\" is not an option of this command (write -- before a value that begins with a "
+               "dash)";
       }
-      return "\"" + word + "\" is one word too many";
+      return "\"" + word + "\" is one argument too many";
     }
     for (const auto* option : m_app.get_options()) {
       if (option->count() > 1 && option->nonpositional() && option->get_items_expected_max() == 1) {
@@ -210,4 +210,4 @@ Request ReadCommandLine(const CommandTable& table, const std::vector<std::string
   return request;
 }
 
-}  // namespace desk
+}  // namespace desk::cli

@@ -9,27 +9,27 @@
 #include "cli/session.h"
 #include "common/desk_error.h"
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
 std::vector<Group> Groups() {
-  return {{"daemon", "stop, start, kill or restart the daemon alone"},
-          {"pkg", "install, update and remove packages, and look at them"},
+  return {{"daemon", "stop, start, kill or restart only the daemon"},
+          {"pkg", "install, update, remove and list packages"},
           {"key", "settings keys"},
           {"app", "apps and their processes"},
-          {"op", "which app answers an operation"},
+          {"op", "the app that answers an operation"},
           {"service", "the TV's service list"},
-          {"channel", "what the channel framework holds"},
-          {"was", "the web-app service's table"},
-          {"port", "messages as an app would send them"}};
+          {"channel", "the records of the channel framework"},
+          {"was", "the table of the web-app service"},
+          {"port", "message ports"}};
 }
 
 CommandTable MakeTable() {
   CommandTable table;
   table.groups = Groups();
   for (auto* rows : {LifeCommands, PackageCommands, KeyCommands, AppCommands, BroadcastCommands,
-                     WebAppServiceCommands, PortCommands, FaultCommands, LogCommands, StateCommands,
-                     ExplainCommands}) {
+                     WebAppServiceCommands, PortCommands, FaultCommands, LogCommands, WhyCommands,
+                     StateCommands, ExplainCommands}) {
     auto commands = rows();
     std::move(commands.begin(), commands.end(), std::back_inserter(table.commands));
   }
@@ -85,4 +85,4 @@ int RunTv(const std::vector<std::string>& words, std::ostream& out, std::ostream
   }
 }
 
-}  // namespace desk
+}  // namespace desk::cli

@@ -4,9 +4,9 @@
 
 #include "cli/command_line.h"
 
-namespace desk {
+namespace desk::cli {
 
-/// The rows of the command table, by what they are about.
+/// The rows of the command table, by subject.
 std::vector<Command> LifeCommands();
 std::vector<Command> PackageCommands();
 std::vector<Command> KeyCommands();
@@ -17,14 +17,15 @@ std::vector<Command> PortCommands();
 std::vector<Command> FaultCommands();
 std::vector<Command> LogCommands();
 std::vector<Command> StateCommands();
+std::vector<Command> WhyCommands();
 std::vector<Command> ExplainCommands();
 
 /// All of them, as `tv help` shows them.
 const CommandTable& TvCommands();
 
-/// Runs one command line. out and err are where the command's words go; terminal tells whether out
-/// is one. Returns the exit code and never throws.
+/// Runs one command line. `terminal` says whether `out` is a terminal. Returns the exit code and
+/// never throws.
 int RunTv(const std::vector<std::string>& words, std::ostream& out, std::ostream& err,
           bool terminal);
 
-}  // namespace desk
+}  // namespace desk::cli

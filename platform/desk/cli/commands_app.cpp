@@ -9,30 +9,12 @@
 #include "cli/bundle_args.h"
 #include "cli/commands.h"
 #include "cli/failure.h"
+#include "cli/result_names.h"
 #include "cli/session.h"
 #include "cli/table.h"
 
-namespace desk {
+namespace desk::cli {
 namespace {
-
-std::string NameOf(int code) {
-  switch (code) {
-    case APP_CONTROL_ERROR_IO_ERROR:
-      return "input or output error";
-    case APP_CONTROL_ERROR_PERMISSION_DENIED:
-      return "permission denied";
-    case APP_CONTROL_ERROR_INVALID_PARAMETER:
-      return "invalid parameter";
-    case APP_CONTROL_ERROR_LAUNCH_REJECTED:
-      return "launch rejected";
-    case APP_CONTROL_ERROR_LAUNCH_FAILED:
-      return "launch failed";
-    case APP_CONTROL_ERROR_TIMED_OUT:
-      return "timed out";
-    default:
-      return "code " + std::to_string(code);
-  }
-}
 
 Failure NoApp(const std::string& id) {
   return Failure(Exit::NotFound, "there is no app \"" + id + "\": `tv app list` shows all");
@@ -86,8 +68,8 @@ int Launch(Session& session, const Invocation& words) {
     throw NoApp(id);
   }
   if (result != 0) {
-    throw Failure(Exit::Failed, "cannot launch " + id + " (" + NameOf(result) +
-                                    "): log/desk-tv.log in the desk's directory tells why");
+    throw Failure(Exit::Failed, "cannot launch " + id + " (" + AppControlResultName(result) +
+                                    "): `tv why " + id + "` shows the reason");
   }
   if (words.Json()) {
     session.PrintJson(reply);
@@ -104,22 +86,53 @@ int Kill(Session& session, const Invocation& words) {
   }
   const int result = session.Call("app.kill", Object({{"app", id}}))["result"].asInt();
   if (result != 0) {
-    throw Failure(Exit::Failed, "cannot kill " + id + " (" + NameOf(result) + ")");
+    throw Failure(Exit::Failed, "cannot kill " + id + " (" + AppControlResultName(result) + ")");
   }
   return 0;
 }
 
+/// Only app.list has the state of a web app.
+Json::Value ListedApp(Session& session, const std::string& id) {
+  const Json::Value apps = session.Call("app.list")["apps"];
+  for (const auto& app : apps) {
+    if (app["id"].asString() == id) {
+      return app;
+    }
+  }
+  throw NoApp(id);
+}
+
+void PrintStatus(Session& session, const Invocation& words) {
+  const Json::Value app = ListedApp(session, words.Text("ID"));
+  if (words.Json()) {
+    session.PrintJson(app);
+    return;
+  }
+  if (!app["running"].asBool()) {
+    session.Out() << "not running\n";
+    return;
+  }
+  const std::string state = app["status"].asString();
+  session.Out() << "running, pid " << app["pid"].asString() << (state.empty() ? "" : ", state ")
+                << state << '\n';
+}
+
 int Status(Session& session, const Invocation& words) {
-  session.Call("app.status", Object({{"app", words.Text("ID")}, {"word", words.Text("WORD")}}));
+  if (!words.Has("STATE")) {
+    PrintStatus(session, words);
+  } else {
+    session.Call("app.status", Object({{"app", words.Text("ID")}, {"word", words.Text("STATE")}}));
+  }
   return 0;
 }
 
 [[noreturn]] void OperationFailed(const std::string& operation, int result) {
-  throw Failure(Exit::Failed, "cannot change who answers " + operation + " (" + NameOf(result) +
-                                  "): `tv fail --clear` takes back faults");
+  throw Failure(Exit::Failed, "cannot change which app answers " + operation + " (" +
+                                  AppControlResultName(result) +
+                                  "): `tv fail --clear` removes injected faults");
 }
 
-/// "channel-list" and "epg" stand for the operations that the daemon takes over.
+/// "channel-list" and "epg" are short for the two operations that the daemon sets.
 std::string OperationNamed(const std::string& name) {
   if (name == "channel-list" || name == "channel_list") return ORV_OPERATION_CHANNEL_LIST;
   if (name == "epg") return ORV_OPERATION_EPG;
@@ -133,11 +146,11 @@ int OpGet(Session& session, const Invocation& words) {
     session.PrintJson(reply);
   }
   if (reply["result"].asInt() != 0) {
-    throw Failure(Exit::Failed, "cannot find out who answers " + operation + " (" +
-                                    NameOf(reply["result"].asInt()) + ")");
+    throw Failure(Exit::Failed, "cannot find out which app answers " + operation + " (" +
+                                    AppControlResultName(reply["result"].asInt()) + ")");
   }
   if (!reply.isMember("app")) {
-    throw Failure(Exit::NotFound, "no app answers " + operation + ": `tv op set` lets one do it");
+    throw Failure(Exit::NotFound, "no app answers " + operation + ": set one with `tv op set`");
   }
   if (!words.Json()) {
     session.Out() << reply["app"].asString() << '\n';
@@ -184,35 +197,47 @@ int OpList(Session& session, const Invocation& words) {
 
 std::vector<Command> AppCommands() {
   const Argument id{"ID", "app id"};
-  const Argument operation{"OPERATION", "an operation, or channel-list or epg for short"};
-  const Argument pairs{"PAIR", "key=value of the extra data", Argument::Count::Any};
-  const Option launchOperation{"--operation", "OPERATION", "instead of the default operation"};
+  const Argument operation{"OPERATION",
+                           "an operation; channel-list and epg are short for two of them"};
+  const Argument pairs{"PAIR", "extra data as key=value", Argument::Count::Any};
+  const Option launchOperation{"--operation", "OPERATION",
+                               "default: the platform's default operation"};
   return {
-      {"app list", "apps, and which of them run", {}, {JsonOption()}, "", List},
+      {"app list", "list the apps and which of them run", {}, {JsonOption()}, "", List},
       {"app add",
-       "declare an app that no package brings",
+       "declare an app that is not part of a package",
        {id, {"PROGRAM", "any executable file"}},
        {},
-       "It is kept over power-off. The first-screen app and the replacement UI are such apps.",
+       "It is kept when the TV is switched off. The first-screen app and the replacement UI are "
+       "such\napps.",
        Add},
       {"app launch",
        "start an app",
        {id, pairs},
        {launchOperation, JsonOption()},
-       "The process that it starts finds the operation in TV_OPERATION and the extra data, a JSON\n"
-       "object, in TV_DATA.",
+       "The new process finds the operation in TV_OPERATION and the extra data, a JSON object, in\n"
+       "TV_DATA.",
        Launch},
       {"app kill", "kill an app's process", {id}, {}, "", Kill},
       {"app status",
-       "make a web app enter a state",
-       {id, {"WORD", "init, load, preload, resume, pause, destroy or quit"}},
-       {},
+       "print an app's status, or make a web app enter a state",
+       {id,
+        {"STATE",
+         "init, load, preload, resume, pause, destroy or quit; without it the status is "
+         "printed",
+         Argument::Count::Optional}},
+       {JsonOption()},
        "",
        Status},
-      {"op list", "the operations and the apps that answer them", {}, {JsonOption()}, "", OpList},
-      {"op get", "the app that answers an operation", {operation}, {JsonOption()}, "", OpGet},
-      {"op set", "let an app answer", {operation, {"APP", "app id"}}, {}, "", OpSet},
-      {"op reset", "let no app answer", {operation}, {}, "", OpReset}};
+      {"op list",
+       "list the operations and the apps that answer them",
+       {},
+       {JsonOption()},
+       "",
+       OpList},
+      {"op get", "print the app that answers an operation", {operation}, {JsonOption()}, "", OpGet},
+      {"op set", "make an app answer an operation", {operation, {"APP", "app id"}}, {}, "", OpSet},
+      {"op reset", "make no app answer an operation", {operation}, {}, "", OpReset}};
 }
 
-}  // namespace desk
+}  // namespace desk::cli

@@ -9,7 +9,7 @@
 #include "cli/session.h"
 #include "cli/table.h"
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
 Json::Value ServiceId(const Invocation& words) {
@@ -75,28 +75,29 @@ int ChannelList(Session& session, const Invocation& words) {
 }  // namespace
 
 std::vector<Command> BroadcastCommands() {
-  const Argument id{"ID", "service id, a number of 64 bits"};
-  return {{"service list", "the services and their packages", {}, {JsonOption()}, "", ServiceList},
-          {"service add",
-           "add a service",
-           {id},
-           {{"--package", "P", "package id of the service's app"}},
-           "",
-           ServiceAdd},
-          {"service remove", "remove a service", {id}, {}, "", ServiceRemove},
-          {"tune", "tune to a service", {id}, {}, "", Tune},
-          {"signal",
-           "send a TV-service signal",
-           {{"N", "number of the signal"}},
-           {{"--data", "HEX", "its data, two hex digits for each byte"}},
-           "",
-           Signal},
-          {"channel list",
-           "the records of the channel framework",
-           {},
-           {JsonOption()},
-           "",
-           ChannelList}};
+  const Argument id{"ID", "service id, a 64-bit number"};
+  return {
+      {"service list", "list the services and their packages", {}, {JsonOption()}, "", ServiceList},
+      {"service add",
+       "add a service",
+       {id},
+       {{"--package", "P", "package id of the app that belongs to the service"}},
+       "",
+       ServiceAdd},
+      {"service remove", "remove a service", {id}, {}, "", ServiceRemove},
+      {"tune", "tune to a service", {id}, {}, "", Tune},
+      {"signal",
+       "send a TV-service signal",
+       {{"N", "signal number"}},
+       {{"--data", "HEX", "its data, two hex digits per byte"}},
+       "",
+       Signal},
+      {"channel list",
+       "list the records of the channel framework",
+       {},
+       {JsonOption()},
+       "",
+       ChannelList}};
 }
 
-}  // namespace desk
+}  // namespace desk::cli

@@ -12,7 +12,7 @@
 #include "cli/failure.h"
 #include "cli/session.h"
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
 namespace fs = std::filesystem;
@@ -78,4 +78,4 @@ std::vector<Command> ExplainCommands() {
            Explain}};
 }
 
-}  // namespace desk
+}  // namespace desk::cli

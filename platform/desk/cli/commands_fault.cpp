@@ -11,13 +11,14 @@
 #include "cli/table.h"
 #include "common/nearest.h"
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
 int Reset(Session& session, const Invocation& words) {
   const std::string kind = words.Text("KIND");
   if (kind != "factory" && kind != "service" && kind != "apps") {
-    throw Failure(Exit::Usage, "\"" + kind + "\" is no reset: give factory, service or apps");
+    throw Failure(Exit::Usage,
+                  "\"" + kind + "\" is not a kind of reset: give factory, service or apps");
   }
   session.Call("reset", Object({{"kind", kind}}));
   return 0;
@@ -50,20 +51,21 @@ void CheckCall(const std::string& call) {
     return;
   }
   if (Has(CallsThatCannotFail(), call)) {
-    throw Failure(Exit::Failed, call +
-                                    " cannot fail: its caller frees what it ends; choose another "
-                                    "call, such as the one that creates it");
+    throw Failure(Exit::Failed,
+                  call +
+                      " cannot fail: its caller frees the object whatever it returns; "
+                      "use the call that creates the object");
   }
   const std::string near = Nearest(call, calls);
-  throw Failure(Exit::NotFound, "no platform call is named \"" + call + "\": " +
-                                    (near.empty() ? "`tv journal` shows those that the daemon made"
+  throw Failure(Exit::NotFound, "there is no platform call \"" + call + "\": " +
+                                    (near.empty() ? "`tv journal` shows those the daemon made"
                                                   : "did you mean " + near + "?"));
 }
 
 int Fail(Session& session, const Invocation& words) {
   if (words.Has("clear")) {
     if (words.Has("CALL")) {
-      throw Failure(Exit::Usage, "--clear takes back all faults: leave out the call");
+      throw Failure(Exit::Usage, "--clear removes all faults: leave out the call");
     }
     session.Call("fault.clear");
     return 0;
@@ -77,7 +79,7 @@ int Fail(Session& session, const Invocation& words) {
               {"times", static_cast<Json::Int>(words.Number("times", 0, 0, INT32_MAX))},
               {"after", static_cast<Json::Int>(words.Number("after", 0, 0, INT32_MAX))}});
   if (words.Has("RESULT")) {
-    // The greatest results are written as unsigned numbers in the platform's headers.
+    // The platform's headers write some negative results as unsigned numbers.
     request["result"] = static_cast<Json::Int>(words.Number("RESULT", 0, INT32_MIN, UINT32_MAX));
   }
   session.Call("fault.add", request);
@@ -92,20 +94,21 @@ std::vector<Command> FaultCommands() {
        "reset the TV",
        {{"KIND", "factory, service or apps"}},
        {},
-       "factory and service count the reset, which takes effect at the daemon's next start; apps "
-       "tells\nthe daemon to forget its apps, which it does at once.",
+       "factory and service increment a counter: the reset takes effect at the daemon's next "
+       "start.\n"
+       "apps makes the daemon forget its apps at once.",
        Reset},
       {"fail",
        "make a platform call of the daemon fail",
        {{"CALL", "name as in the header; without it the faults are listed",
          Argument::Count::Optional},
-        {"RESULT", "what the call returns; else its usual failure", Argument::Count::Optional}},
-       {{"--times", "N", "so many uses fail; else all until --clear"},
-        {"--after", "N", "so many uses pass first"},
-        {"--clear", "", "take back all faults"},
+        {"RESULT", "what the call returns; default: its usual failure", Argument::Count::Optional}},
+       {{"--times", "N", "fail N times; default: until --clear"},
+        {"--after", "N", "let N calls pass first"},
+        {"--clear", "", "remove all faults"},
         JsonOption()},
        "",
        Fail}};
 }
 
-}  // namespace desk
+}  // namespace desk::cli

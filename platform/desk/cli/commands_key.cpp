@@ -10,10 +10,10 @@
 #include "cli/session.h"
 #include "cli/table.h"
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
-/// The form that vconftool users read.
+/// The form of vconftool.
 void PrintKey(std::ostream& out, const Json::Value& key) {
   out << key["key"].asString() << ", ";
   if (key["type"].asString() == "none") {
@@ -57,19 +57,20 @@ Json::Value IntValue(const std::string& text) {
   char* end = nullptr;
   const long long number = std::strtoll(text.c_str(), &end, 10);
   if (!LooksLikeInt(text) || number < INT32_MIN || number > INT32_MAX) {
-    throw Failure(Exit::Usage, "\"" + text + "\" is no number of 32 bits: give one, or -t string");
+    throw Failure(Exit::Usage,
+                  "\"" + text + "\" is not a 32-bit number: give one, or use -t string");
   }
   return Json::Value(static_cast<Json::Int>(number));
 }
 
-/// A key keeps the type that it has; a new one gets the type that its value looks like.
+/// A key keeps its type; a new key gets the type that its value looks like.
 std::string TypeFor(Session& session, const Invocation& words) {
   std::string given = words.Text("type");
   if (given == "int" || given == "string") {
     return given;
   }
   if (!given.empty()) {
-    throw Failure(Exit::Usage, "\"" + given + "\" is no type of a key: give int or string");
+    throw Failure(Exit::Usage, "\"" + given + "\" is not a type of key: give int or string");
   }
   const Json::Value present = session.Call("key.get", Object({{"key", words.Text("KEY")}}));
   if (present["found"].asBool()) {
@@ -129,27 +130,26 @@ int Watch(Session& session, const Invocation& words) {
 }  // namespace
 
 std::vector<Command> KeyCommands() {
-  const Argument key{"KEY", "name of the key, such as db/boot/last_service"};
-  const Option raw{"-r,--raw", "", "print the value alone"};
+  const Argument key{"KEY", "key name, such as db/boot/last_service"};
+  const Option raw{"-r,--raw", "", "print only the value"};
   const Option type{"-t,--type", "TYPE",
-                    "int or string; else the key's own type, or what the "
-                    "value looks like"};
-  return {
-      {"key get", "the value of a key", {key}, {raw, JsonOption()}, "", Get},
-      {"key set", "give a key a value", {key, {"VALUE", "a number or a text"}}, {type}, "", Set},
-      {"key unset", "remove a key", {key}, {}, "", Unset},
-      {"key list",
-       "keys and their values",
-       {{"PREFIX", "only keys that begin so", Argument::Count::Optional}},
-       {JsonOption()},
-       "",
-       List},
-      {"key watch",
-       "print every set of a key as it happens",
-       {{"PREFIX", "only keys that begin so", Argument::Count::Optional}},
-       {JsonOption()},
-       "Ends with the TV or with Ctrl-C.",
-       Watch}};
+                    "int or string; default: the key's type, else what the value "
+                    "looks like"};
+  return {{"key get", "print the value of a key", {key}, {raw, JsonOption()}, "", Get},
+          {"key set", "set a key", {key, {"VALUE", "a number or a string"}}, {type}, "", Set},
+          {"key unset", "remove a key", {key}, {}, "", Unset},
+          {"key list",
+           "list keys and their values",
+           {{"PREFIX", "only keys that begin with this", Argument::Count::Optional}},
+           {JsonOption()},
+           "",
+           List},
+          {"key watch",
+           "print each change of a key as it happens",
+           {{"PREFIX", "only keys that begin with this", Argument::Count::Optional}},
+           {JsonOption()},
+           "Runs until the TV is switched off or you press Ctrl-C.",
+           Watch}};
 }
 
-}  // namespace desk
+}  // namespace desk::cli

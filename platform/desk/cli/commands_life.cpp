@@ -3,9 +3,7 @@
 // tv up, tv down, tv status, tv power-cycle, tv daemon
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <csignal>
-#include <ctime>
 #include <fstream>
 #include <ostream>
 #include <thread>
@@ -15,13 +13,13 @@
 #include "cli/interrupt.h"
 #include "cli/launcher.h"
 #include "cli/session.h"
+#include "cli/status_view.h"
 #include "cli/table.h"
 #include "cli/tail.h"
 #include "common/desk_error.h"
 #include "common/desk_root.h"
-#include "common/json.h"
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -202,61 +200,14 @@ int Down(Session& session, const Invocation&) {
   return 0;
 }
 
-std::string Duration(double seconds) {
-  const auto whole = static_cast<long long>(std::floor(seconds));
-  if (whole < 60) return std::to_string(whole) + " s";
-  if (whole < 3600) return std::to_string(whole / 60) + " min " + std::to_string(whole % 60) + " s";
-  return std::to_string(whole / 3600) + " h " + std::to_string(whole / 60 % 60) + " min";
-}
-
-std::string Shown(const Json::Value& value) {
-  if (value.isBool()) return value.asBool() ? "yes" : "no";
-  if (value.isObject() || value.isArray()) return FormatJson(value);
-  return value.asString();
-}
-
-std::string DaemonText(const Json::Value& daemon) {
-  if (!daemon.isObject()) {
-    return Shown(daemon);
-  }
-  const std::string reason = OneLine(daemon["reason"].asString());
-  const std::string count = daemon["restarts"].asString();
-  const std::string restarts = ", " + count + (count == "1" ? " restart" : " restarts");
-  if (!daemon["running"].asBool()) {
-    return "not running" + (reason.empty() ? "" : " (" + reason + ")") + restarts;
-  }
-  return "running, pid " + daemon["pid"].asString() + restarts +
-         (reason.empty() ? "" : "; last end: " + reason);
-}
-
-/// The TV's time of day; empty when it is this machine's, give or take a moment.
-std::string ClockLine(const Json::Value& status) {
-  const std::time_t clock = status["clock"].asInt64();
-  const long long ahead = clock - std::time(nullptr);
-  if (!status.isMember("clock") || (status["speed"].asInt() <= 1 && ahead < 2)) {
-    return {};
-  }
-  std::tm parts{};
-  gmtime_r(&clock, &parts);
-  char text[64];
-  std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S UTC", &parts);
-  return std::string("clock    ") + text + ", " +
-         Duration(static_cast<double>(std::max(ahead, 0LL))) + " ahead of this machine\n";
-}
-
 int Status(Session& session, const Invocation& words) {
-  const Json::Value status = session.Call("tv.status");
+  Json::Value status = session.Call("tv.status");
+  AddBusy(status, session.Paths());
   if (words.Json()) {
     session.PrintJson(status);
-    return 0;
+  } else {
+    session.Out() << StatusText(status, session.Paths());
   }
-  session.Out() << "desk     " << session.Paths().Root() << "\nTV       up, pid "
-                << status["pid"].asString() << ", since " << Duration(status["uptime"].asDouble())
-                << "\ndaemon   " << DaemonText(status["daemon"]) << "\nspeed    "
-                << Shown(status["speed"]) << '\n'
-                << ClockLine(status) << "offline  " << Shown(status["offline"]) << "\nsandbox  "
-                << Shown(status["sandbox"]) << "\nmounts   " << OneLine(Shown(status["mounts"]))
-                << '\n';
   return 0;
 }
 
@@ -337,4 +288,4 @@ std::vector<Command> LifeCommands() {
        StartMethod("daemon.restart")}};
 }
 
-}  // namespace desk
+}  // namespace desk::cli

@@ -13,7 +13,7 @@
 #include "cli/table.h"
 #include "common/desk_error.h"
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
 std::string AppList(const Json::Value& package, const std::string& component) {
@@ -184,4 +184,4 @@ std::vector<Command> PackageCommands() {
       {"pkg info", "one package with its apps and metadata", {id}, {JsonOption()}, "", Info}};
 }
 
-}  // namespace desk
+}  // namespace desk::cli

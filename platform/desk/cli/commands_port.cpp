@@ -11,7 +11,7 @@
 #include "cli/session.h"
 #include "cli/table.h"
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -39,7 +39,7 @@ void PrintBundle(Session& session, const Invocation& words, const Json::Value& e
   }
 }
 
-/// Registers the port for the answer and keeps what comes to it.
+/// Registers the reply port and keeps the first message that arrives there.
 class ReplyPort {
  public:
   ReplyPort(Session& session, const Invocation& words)
@@ -62,7 +62,7 @@ class ReplyPort {
       const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now());
       if (left.count() <= 0) {
         throw Failure(Exit::TimedOut, "the message was delivered, but no reply came to port " +
-                                          m_port + ": `tv log` shows what the daemon made of it");
+                                          m_port + ": see `tv log`");
       }
       m_session.Tv().Wait(left);
     }
@@ -94,7 +94,7 @@ void SendMessage(Session& session, const Invocation& words) {
   const bool missing = result == MESSAGE_PORT_ERROR_PORT_NOT_FOUND;
   throw Failure(missing ? Exit::NotFound : Exit::Failed,
                 "cannot send to port \"" + port + "\" of " + app + " (" + NameOf(result) +
-                    "): `tv port list` shows the ports that are open");
+                    "): `tv port list` shows the open ports");
 }
 
 int Send(Session& session, const Invocation& words) {
@@ -127,19 +127,18 @@ int List(Session& session, const Invocation& words) {
 }  // namespace
 
 std::vector<Command> PortCommands() {
-  return {
-      {"port send",
-       "send a message, and print the reply",
-       {{"PORT", "name of the port"},
-        {"PAIR", "key=text, key:int=5, key:bytes=0a0b, key:array=a,b", Argument::Count::Any}},
-       {{"--to", "APP", "owner of the port; else the daemon"},
-        {"--from", "APP", "the app that the message comes from; an app's own process needs none"},
-        {"--reply-port", "P", "port for the reply; waits for it"},
-        {"--timeout", "S", "seconds to wait for the reply; else 5"},
-        JsonOption()},
-       "",
-       Send},
-      {"port list", "the ports that are open", {}, {JsonOption()}, "", List}};
+  return {{"port send",
+           "send a message as an app would",
+           {{"PORT", "port name"},
+            {"PAIR", "key=text, key:int=5, key:bytes=0a0b, key:array=a,b", Argument::Count::Any}},
+           {{"--to", "APP", "owner of the port; default: the daemon"},
+            {"--from", "APP", "sender of the message; not needed in an app's own process"},
+            {"--reply-port", "P", "wait for a reply on this port and print it"},
+            {"--timeout", "S", "seconds to wait for the reply; default 5"},
+            JsonOption()},
+           "",
+           Send},
+          {"port list", "list the open ports", {}, {JsonOption()}, "", List}};
 }
 
-}  // namespace desk
+}  // namespace desk::cli

@@ -14,7 +14,7 @@
 #include "common/desk_error.h"
 #include "common/json.h"
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -22,7 +22,18 @@ using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds LOOK_AGAIN(50);
 constexpr double DEFAULT_TIMEOUT = 30;
 
-std::string TypesOf(const Json::Value& variables) {
+constexpr const char* BROKEN = "BROKEN JSON";
+
+/// The daemon reads `variables` as an object.
+bool IsBroken(const Json::Value& row) {
+  return !row["variables"].isNull() && !row["variables"].isObject();
+}
+
+std::string TypesOf(const Json::Value& row) {
+  const Json::Value& variables = row["variables"];
+  if (IsBroken(row)) {
+    return BROKEN;
+  }
   std::string list;
   if (!variables.isObject() || !variables["orv_type"].isObject()) {
     return list;
@@ -33,8 +44,19 @@ std::string TypesOf(const Json::Value& variables) {
   return list;
 }
 
+void WarnOfBrokenRows(Session& session, const Json::Value& rows) {
+  for (const auto& row : rows) {
+    if (IsBroken(row)) {
+      session.Err() << "tv: the variables of " << row["package_id"].asString()
+                    << " are not a JSON object: the daemon stops loading its store at this row; "
+                       "install the package again\n";
+    }
+  }
+}
+
 int Store(Session& session, const Invocation& words) {
   const Json::Value rows = ReadStore(StorePath(session.Paths()));
+  WarnOfBrokenRows(session, rows);
   if (words.Json()) {
     session.PrintJson(rows);
     return 0;
@@ -42,8 +64,7 @@ int Store(Session& session, const Invocation& words) {
   Table table({"PACKAGE", "VERSION", "APP", "WIDGET", "SERVICE", "TYPES"});
   for (const auto& row : rows) {
     table.Add({row["package_id"].asString(), row["version"].asString(), row["app_id"].asString(),
-               row["widget_id"].asString(), row["service_id"].asString(),
-               TypesOf(row["variables"])});
+               row["widget_id"].asString(), row["service_id"].asString(), TypesOf(row)});
   }
   table.Print(session.Out());
   return 0;
@@ -59,7 +80,7 @@ int Dump(Session& session, const Invocation&) {
   return 0;
 }
 
-/// Any event may change what is waited for.
+/// Any event may make the condition true.
 void SubscribeToAll(Television& tv) {
   for (const char* topic : {"key", "package", "app", "daemon", "tvs"}) {
     tv.Subscribe(topic, [](const Json::Value&) {});
@@ -72,8 +93,11 @@ int Wait(Session& session, const Invocation& words) {
   const auto end = Clock::now() + Milliseconds(timeout);
   SubscribeToAll(session.Tv());
   std::string trouble;
-  while (true) {
+  for (bool first = true;; first = false) {
     const Json::Value dump = ComposeDump(session.Tv(), session.Paths(), trouble);
+    if (first) {
+      condition.CheckMembers(dump);
+    }
     if (condition.Holds(dump)) {
       return 0;
     }
@@ -90,21 +114,24 @@ int Wait(Session& session, const Invocation& words) {
 }  // namespace
 
 std::vector<Command> StateCommands() {
-  return {{"store",
-           "the rows of the daemon's store",
-           {},
-           {JsonOption()},
-           "Reads the file without changing it; works without a running TV too. With --json a row\n"
-           "has one member per column, and variables is decoded.",
-           Store},
-          {"dump", "everything about the TV as one JSON object", {}, {JsonOption()}, "", Dump},
-          {"wait",
-           "wait until a condition on the dump holds",
-           {{"EXPRESSION", "jq expression on what `tv dump` prints"}},
-           {{"--timeout", "S", "seconds; else 30"}},
-           "The condition holds when one of the expression's values is neither false nor null. An\n"
-           "error, such as a member that is not there yet, is not holding.",
-           Wait}};
+  return {
+      {"store",
+       "print the rows of the daemon's store",
+       {},
+       {JsonOption()},
+       "Reads the file without changing it; also works when the TV is off. With --json a row has\n"
+       "one member per column, and variables is decoded. A row whose variables are not a JSON\n"
+       "object is marked.",
+       Store},
+      {"dump", "print everything about the TV as one JSON object", {}, {JsonOption()}, "", Dump},
+      {"wait",
+       "wait until a condition on the dump holds",
+       {{"EXPRESSION", "jq expression on what `tv dump` prints"}},
+       {{"--timeout", "S", "seconds; default 30"}},
+       "The condition holds when one of the expression's values is neither false nor null. An\n"
+       "expression that ends with an error does not hold. One that reads a member which no dump\n"
+       "has is refused at once.",
+       Wait}};
 }
 
-}  // namespace desk
+}  // namespace desk::cli

@@ -8,7 +8,7 @@
 #include "cli/session.h"
 #include "cli/table.h"
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
 std::string GoneText(const Json::Value& gone) {
@@ -41,7 +41,7 @@ int Set(Session& session, const Invocation& words) {
     request["kind"] = static_cast<Json::Int>(words.Number("kind", 0, INT32_MIN, INT32_MAX));
   }
   if (words.Has("gone") && words.Has("present")) {
-    throw Failure(Exit::Usage, "--gone and --present say the opposite: give one of them");
+    throw Failure(Exit::Usage, "--gone and --present contradict each other: give only one");
   }
   if (words.Has("gone") || words.Has("present")) {
     request["gone"] = words.Has("gone");
@@ -56,8 +56,8 @@ int Set(Session& session, const Invocation& words) {
 int Remove(Session& session, const Invocation& words) {
   const std::string package = words.Text("PACKAGE");
   if (!session.Call("was.remove", Object({{"package", package}}))["found"].asBool()) {
-    throw Failure(Exit::NotFound, "the web-app service does not know \"" + package +
-                                      "\": `tv was list` shows what it knows");
+    throw Failure(Exit::NotFound,
+                  "the web-app service has no entry \"" + package + "\": `tv was list` shows all");
   }
   return 0;
 }
@@ -72,24 +72,24 @@ int Delay(Session& session, const Invocation& words) {
 
 std::vector<Command> WebAppServiceCommands() {
   const Argument package{"PACKAGE", "package id"};
-  return {{"was list", "what the web-app service knows", {}, {JsonOption()}, "", List},
+  return {{"was list", "list the entries of the web-app service", {}, {JsonOption()}, "", List},
           {"was set",
-           "change an entry, or make one",
+           "change or create an entry",
            {package},
            {{"--widget", "ID", "widget id"},
-            {"--gone", "", "the app is gone"},
-            {"--present", "", "the app is there again"},
-            {"--kind", "N", "kind field"},
+            {"--gone", "", "mark the app as removed"},
+            {"--present", "", "mark the app as present"},
+            {"--kind", "N", "value of the field kind"},
             JsonOption()},
            "",
            Set},
           {"was remove", "remove an entry", {package}, {}, "", Remove},
           {"was delay",
-           "how late the service learns of an install",
-           {{"S", "seconds after the install is reported; 0 for before it"}},
+           "set how late the service learns of an install",
+           {{"S", "seconds after the install is reported; 0: before it is reported"}},
            {},
-           "It stays so until power-off; then it is 0 again.",
+           "The delay is 0 again when the TV is switched off.",
            Delay}};
 }
 
-}  // namespace desk
+}  // namespace desk::cli

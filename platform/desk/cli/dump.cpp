@@ -8,12 +8,12 @@
 #include "cli/session.h"
 #include "cli/store_reader.h"
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
 namespace fs = std::filesystem;
 
-/// What desk-tv knows. Taken by name, so that a member too many there does not get into scripts.
+/// The members that come from desk-tv. Named here so that others do not become part of the dump.
 constexpr const char* TV_MEMBERS[] = {"daemon",   "packages",   "keys",  "apps",
                                       "channels", "operations", "was",   "services",
                                       "tuned",    "ports",      "mounts"};
@@ -72,7 +72,7 @@ Json::Value ComposeDump(Television& tv, const DeskPaths& paths, std::string& tro
   try {
     dump["store"] = ReadStore(StorePath(paths));
   } catch (const Failure& failure) {
-    // A store that does not exist is an empty one.
+    // A store that does not exist counts as empty.
     if (failure.Code() != Exit::NotFound) {
       trouble = failure.what();
     }
@@ -81,4 +81,4 @@ Json::Value ComposeDump(Television& tv, const DeskPaths& paths, std::string& tro
   return dump;
 }
 
-}  // namespace desk
+}  // namespace desk::cli

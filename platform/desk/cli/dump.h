@@ -8,15 +8,15 @@
 
 #include "cli/television.h"
 
-namespace desk {
+namespace desk::cli {
 
-/// The daemon's flag, list and data files of one desk: an object from the path, as the daemon
-/// itself sees it, to the size in bytes. A directory has a closing slash and the size 0. Symbolic
-/// links are not followed.
+/// The daemon's flag, list and data files: an object from each path, as the daemon sees it, to the
+/// file's size in bytes. A directory ends with a slash and has the size 0. Symbolic links are not
+/// followed.
 Json::Value ListFiles(const DeskPaths& paths);
 
-/// Everything about a TV as one object, the members as docs/tv.md lists them. What cannot be read
-/// of the store is told in trouble and leaves "store" empty. Throws DeskError.
+/// Everything about a TV as one object with the members that docs/tv.md lists. When the store
+/// cannot be read, "store" is empty and `trouble` says why. Throws DeskError.
 Json::Value ComposeDump(Television& tv, const DeskPaths& paths, std::string& trouble);
 
-}  // namespace desk
+}  // namespace desk::cli

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
 using Lines = std::vector<std::string>;
@@ -345,4 +345,4 @@ std::vector<std::string> TellTypeChanges(const Ruling& ruling,
   return lines;
 }
 
-}  // namespace desk
+}  // namespace desk::cli

@@ -8,7 +8,7 @@
 
 #include "checks/metadata_rules.h"
 
-namespace desk {
+namespace desk::cli {
 
 enum class Occasion { Install, Update, Removal };
 
@@ -37,4 +37,4 @@ std::vector<std::string> LinesOf(const std::vector<Effect>& effects, Occasion oc
 std::vector<std::string> TellTypeChanges(const Ruling& ruling,
                                          const std::map<std::string, std::string>& heldTypes);
 
-}  // namespace desk
+}  // namespace desk::cli

@@ -7,7 +7,7 @@
 #include "cli/failure.h"
 #include "cli/store_reader.h"
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
 namespace fs = std::filesystem;
@@ -100,4 +100,4 @@ std::vector<std::string> TellState(const DeskPaths& paths, const PackageFacts& p
   return lines;
 }
 
-}  // namespace desk
+}  // namespace desk::cli

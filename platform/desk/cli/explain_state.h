@@ -9,7 +9,7 @@
 #include "checks/metadata_rules.h"
 #include "common/paths.h"
 
-namespace desk {
+namespace desk::cli {
 
 /// What the daemon's store says about a package.
 struct HeldRecord {
@@ -26,4 +26,4 @@ std::optional<HeldRecord> FindRecord(const DeskPaths& paths, const std::string& 
 std::vector<std::string> TellState(const DeskPaths& paths, const PackageFacts& package,
                                    const Ruling& ruling, const std::optional<HeldRecord>& record);
 
-}  // namespace desk
+}  // namespace desk::cli

@@ -6,7 +6,7 @@
 
 #include "cli/table.h"
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
 using Outcome = Ruling::Outcome;
@@ -186,4 +186,4 @@ Json::Value ToJson(const PackageFacts& package, const Explanation& explanation) 
   return value;
 }
 
-}  // namespace desk
+}  // namespace desk::cli

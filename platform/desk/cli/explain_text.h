@@ -11,7 +11,7 @@
 #include "checks/finding.h"
 #include "cli/explain_effects.h"
 
-namespace desk {
+namespace desk::cli {
 
 struct Explanation {
   Ruling ruling;
@@ -25,4 +25,4 @@ void PrintExplanation(std::ostream& out, const PackageFacts& package,
                       const Explanation& explanation);
 Json::Value ToJson(const PackageFacts& package, const Explanation& explanation);
 
-}  // namespace desk
+}  // namespace desk::cli

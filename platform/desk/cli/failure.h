@@ -5,13 +5,13 @@
 #include <stdexcept>
 #include <string>
 
-namespace desk {
+namespace desk::cli {
 
-/// What `tv` ends with. Scripts rely on the numbers.
+/// The exit codes of `tv`. Scripts depend on the numbers.
 enum class Exit { Done = 0, Failed = 1, Usage = 2, NotRunning = 3, NotFound = 4, TimedOut = 5 };
 
-/// Ends a command. The text is one line for a person: what, why, what to do. Whoever started the
-/// command prints it once, after "tv: ".
+/// Ends a command. The text is one line for the user: what failed, why, what to do. RunTv() prints
+/// it once, after "tv: ".
 class Failure : public std::runtime_error {
  public:
   Failure(Exit code, const std::string& text) : std::runtime_error(text), m_code(code) {}
@@ -21,4 +21,4 @@ class Failure : public std::runtime_error {
   Exit m_code;
 };
 
-}  // namespace desk
+}  // namespace desk::cli

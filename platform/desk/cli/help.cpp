@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// The texts of `tv help`, made from the command table alone.
+// The texts of `tv help`, generated from the command table.
 #include <algorithm>
 
 #include "cli/command_line.h"
@@ -8,7 +8,7 @@
 #include "cli/table.h"
 #include "common/nearest.h"
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
 constexpr const char* HEAD =
@@ -19,11 +19,11 @@ constexpr const char* HEAD =
 constexpr const char* TAIL =
     "\n"
     "Options:\n"
-    "  --root DIR  directory of the desk; else $TV_ROOT, else $XDG_STATE_HOME/tv-desk\n"
+    "  --root DIR  directory of the desk; default $TV_ROOT, else $XDG_STATE_HOME/tv-desk\n"
     "  --version   print the version\n"
-    "  -h, --help  print help; `tv help COMMAND` tells more\n"
+    "  -h, --help  print help; see also `tv help COMMAND`\n"
     "\n"
-    "Exit code: 0 done, 1 failed, 2 usage, 3 no TV is running, 4 no such thing, 5 timed out\n";
+    "Exit code: 0 done, 1 failed, 2 usage, 3 no TV is running, 4 not found, 5 timed out\n";
 
 using Line = std::pair<std::string, std::string>;
 
@@ -67,7 +67,7 @@ std::string GroupHelp(const CommandTable& table, const Group& group) {
   for (const Command* command : table.Below(group.name))
     lines.emplace_back(UsageLine(*command), command->summary);
   return "tv " + group.name + " - " + group.summary + "\n\nCommands:\n" + Lines(lines) +
-         "\n`tv help " + group.name + " VERB` tells more about one of them.\n";
+         "\n`tv help " + group.name + " VERB` describes one of them.\n";
 }
 
 std::string CommandHelp(const Command& command) {
@@ -80,7 +80,7 @@ std::string CommandHelp(const Command& command) {
   lines.clear();
   for (const auto& option : command.options) lines.emplace_back(ShownNames(option), option.help);
   lines.emplace_back("--root DIR", "directory of the desk");
-  lines.emplace_back("-h, --help", "print this");
+  lines.emplace_back("-h, --help", "print this help");
   return text + "\nOptions:\n" + Lines(lines);
 }
 
@@ -146,10 +146,10 @@ std::string Help(const CommandTable& table, const std::string& path) {
   const bool below = blank != std::string::npos && table.IsGroup(first);
   const std::string near =
       below ? Nearest(path.substr(blank + 1), table.Words(first)) : Nearest(first, table.Words(""));
-  throw Failure(Exit::Usage, "no help for \"" + path + "\": " +
-                                 (near.empty() ? std::string("`tv help` lists the commands")
+  throw Failure(Exit::Usage, "there is no help for \"" + path + "\": " +
+                                 (near.empty() ? std::string("see `tv help`")
                                                : "did you mean `tv help " +
                                                      (below ? first + " " : "") + near + "`?"));
 }
 
-}  // namespace desk
+}  // namespace desk::cli

@@ -6,7 +6,7 @@
 
 #include <atomic>
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
 std::atomic<const std::string*> s_line{nullptr};
@@ -41,4 +41,4 @@ InterruptNotice::~InterruptNotice() {
   s_line.store(nullptr);
 }
 
-}  // namespace desk
+}  // namespace desk::cli

@@ -5,7 +5,7 @@
 #include <csignal>
 #include <string>
 
-namespace desk {
+namespace desk::cli {
 
 /// While an object lives, Ctrl-C prints the text as one line on standard error before it ends this
 /// program by SIGINT: the TV continues with what it was asked to do, and the text says how to stop
@@ -22,4 +22,4 @@ class InterruptNotice {
   struct sigaction m_before {};
 };
 
-}  // namespace desk
+}  // namespace desk::cli

@@ -11,7 +11,7 @@ extern "C" {
 #include "cli/failure.h"
 #include "common/json.h"
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
 void Keep(void* target, jv message) {
@@ -23,7 +23,7 @@ void Keep(void* target, jv message) {
   jv_free(formatted);
 }
 
-/// The first line, without the library's own head, and without its count of errors.
+/// The first line, without the library's prefix and its error count.
 std::string FirstLine(const std::string& text) {
   std::string line = text.substr(0, text.find('\n'));
   for (const std::string head : {"jq: error: ", "jq: error (at <unknown>): "}) {
@@ -65,16 +65,11 @@ struct Jq::State {
 Jq::Jq(const std::string& program) : m_state(std::make_unique<State>()) {
   if (m_state->jq == nullptr || jq_compile(m_state->jq, program.c_str()) == 0) {
     throw Failure(Exit::Usage,
-                  "\"" + program + "\" is no jq expression: " + FirstLine(m_state->message));
+                  "\"" + program + "\" is not a jq expression: " + FirstLine(m_state->message));
   }
 }
 
 Jq::~Jq() = default;
-
-bool Jq::Compiles(const std::string& program) {
-  State state;
-  return state.jq != nullptr && jq_compile(state.jq, program.c_str()) != 0;
-}
 
 bool Jq::Result::Holds() const {
   return std::any_of(values.begin(), values.end(), [](const Json::Value& value) {
@@ -103,4 +98,4 @@ Jq::Result Jq::Run(const Json::Value& input) {
   return result;
 }
 
-}  // namespace desk
+}  // namespace desk::cli

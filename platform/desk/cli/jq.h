@@ -8,12 +8,12 @@
 #include <string>
 #include <vector>
 
-namespace desk {
+namespace desk::cli {
 
 /// A compiled jq program. Not thread-safe.
 class Jq {
  public:
-  /// Throws Failure (Usage) when the text is no program.
+  /// Throws Failure (Usage) when the text is not a jq program.
   explicit Jq(const std::string& program);
   ~Jq();
   Jq(const Jq&) = delete;
@@ -28,12 +28,9 @@ class Jq {
 
   Result Run(const Json::Value& input);
 
-  /// Whether the text is a program; for guesses, without a Failure.
-  static bool Compiles(const std::string& program);
-
  private:
   struct State;
   std::unique_ptr<State> m_state;
 };
 
-}  // namespace desk
+}  // namespace desk::cli

@@ -15,7 +15,7 @@
 #include "cli/failure.h"
 #include "common/spawn.h"
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
 namespace fs = std::filesystem;
@@ -134,4 +134,4 @@ bool WaitForEnd(pid_t pid, std::chrono::milliseconds timeout) {
   return true;
 }
 
-}  // namespace desk
+}  // namespace desk::cli

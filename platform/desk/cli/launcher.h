@@ -10,7 +10,7 @@
 
 #include "common/paths.h"
 
-namespace desk {
+namespace desk::cli {
 
 /// Path of desk-tv, which is in the same directory as this program. Throws Failure (Failed) when it
 /// does not exist.
@@ -39,4 +39,4 @@ StartResult StartInBackground(const DeskPaths& paths, const std::string& program
 /// Waits until the process has ended. False when it still runs after the timeout.
 bool WaitForEnd(pid_t pid, std::chrono::milliseconds timeout);
 
-}  // namespace desk
+}  // namespace desk::cli

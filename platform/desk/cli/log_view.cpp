@@ -7,12 +7,12 @@
 
 #include "cli/failure.h"
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
 constexpr const char* LEVELS = "VDIWEF";
 
-int Gravity(char level) {
+int Severity(char level) {
   const std::string levels = LEVELS;
   const auto at = levels.find(level);
   return at == std::string::npos ? static_cast<int>(levels.size()) : static_cast<int>(at);
@@ -56,7 +56,7 @@ bool LogFilter::Wants(const std::string& line) const {
     return true;
   }
   const auto record = ParseLogLine(line);
-  return !record.has_value() || Gravity(record->level) >= Gravity(level);
+  return !record.has_value() || Severity(record->level) >= Severity(level);
 }
 
 char ParseLevel(const std::string& name) {
@@ -70,7 +70,7 @@ char ParseLevel(const std::string& name) {
       return static_cast<char>(std::toupper(static_cast<unsigned char>(level[0])));
     }
   }
-  throw Failure(Exit::Usage, "\"" + name + "\" is no level: give one of V, D, I, W, E, F");
+  throw Failure(Exit::Usage, "\"" + name + "\" is not a level: give one of V, D, I, W, E, F");
 }
 
-}  // namespace desk
+}  // namespace desk::cli

@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-namespace desk {
+namespace desk::cli {
 
 /// One line of the daemon's log: "11-21 00:00:00.000   123   124 I/tag: text".
 struct LogRecord {
@@ -23,16 +23,16 @@ struct LogRecord {
 std::optional<LogRecord> ParseLogLine(const std::string& line);
 Json::Value ToJson(const LogRecord& record);
 
-/// Which lines are wanted.
+/// Selects lines of the log.
 struct LogFilter {
-  char level = 'V';  ///< this one and the graver ones
-  std::string text;  ///< has to stand in the line; empty for all
-  /// A line of another form counts as grave enough: it is what a crash leaves.
+  char level = 'V';  ///< this level and more severe ones
+  std::string text;  ///< the line must contain it; empty for all lines
+  /// A line of another form passes any level: a crash leaves such lines.
   bool Wants(const std::string& line) const;
 };
 
-/// One of the letters V D I W E F, from the letter or the level's name, in any case. Throws Failure
-/// (Usage).
+/// Converts a letter or a level's name, in upper or lower case, to one of V D I W E F. Throws
+/// Failure (Usage).
 char ParseLevel(const std::string& name);
 
-}  // namespace desk
+}  // namespace desk::cli

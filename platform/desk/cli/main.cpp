@@ -8,9 +8,9 @@
 #include "cli/commands.h"
 
 int main(int argc, char** argv) {
-  // A reader that has gone ends the program as quietly as it ends any other filter.
+  // When the reader of the output exits, tv ends silently, like any filter.
   std::signal(SIGPIPE, SIG_DFL);
   std::ios::sync_with_stdio(false);
   const std::vector<std::string> words(argv + 1, argv + argc);
-  return desk::RunTv(words, std::cout, std::cerr, isatty(STDOUT_FILENO) == 1);
+  return desk::cli::RunTv(words, std::cout, std::cerr, isatty(STDOUT_FILENO) == 1);
 }

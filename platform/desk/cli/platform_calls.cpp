@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cli/platform_calls.h"
 
-namespace desk {
+namespace desk::cli {
 
 const std::vector<std::string>& PlatformCalls() {
   static const std::vector<std::string> calls = {"FCAPI::GetOrvAppInfoAPI",
@@ -89,4 +89,4 @@ const std::vector<std::string>& CallsThatCannotFail() {
   return calls;
 }
 
-}  // namespace desk
+}  // namespace desk::cli

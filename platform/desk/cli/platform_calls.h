@@ -5,13 +5,13 @@
 #include <string>
 #include <vector>
 
-namespace desk {
+namespace desk::cli {
 
-/// The platform calls that can be made to fail, named as in their headers, in ascending order. A
-/// fault under any other name would wait for ever without a word.
+/// The platform calls that `tv fail` can make fail, named as in their headers, in ascending order.
+/// A fault with any other name would never take effect.
 const std::vector<std::string>& PlatformCalls();
 
-/// Those that cannot: when they return what they end has ended, and their callers rely on it.
+/// The calls that cannot fail: they end an object, and their callers free it afterwards.
 const std::vector<std::string>& CallsThatCannotFail();
 
-}  // namespace desk
+}  // namespace desk::cli

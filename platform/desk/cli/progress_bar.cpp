@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <ostream>
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
 constexpr int WIDTH = 30;
@@ -28,4 +28,4 @@ void ProgressBar::Clear() {
   }
 }
 
-}  // namespace desk
+}  // namespace desk::cli

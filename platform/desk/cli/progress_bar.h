@@ -5,9 +5,9 @@
 #include <iosfwd>
 #include <string>
 
-namespace desk {
+namespace desk::cli {
 
-/// A bar that is drawn over itself on one line of a terminal.
+/// A progress bar on one line of a terminal.
 class ProgressBar {
  public:
   ProgressBar(std::ostream& out, std::string label) : m_out(out), m_label(std::move(label)) {}
@@ -15,9 +15,9 @@ class ProgressBar {
   ProgressBar(const ProgressBar&) = delete;
   ProgressBar& operator=(const ProgressBar&) = delete;
 
-  /// percent is taken as 0 to 100.
+  /// Values outside 0 to 100 are clamped.
   void Show(int percent);
-  /// Takes the bar away. Without effect when none is shown.
+  /// Erases the bar, if it is shown.
   void Clear();
 
  private:
@@ -26,4 +26,4 @@ class ProgressBar {
   bool m_shown = false;
 };
 
-}  // namespace desk
+}  // namespace desk::cli

@@ -6,7 +6,7 @@
 
 #include "common/json.h"
 
-namespace desk {
+namespace desk::cli {
 
 Session::Session(DeskPaths paths, std::ostream& out, std::ostream& err, bool terminal,
                  Connect connect)
@@ -43,4 +43,4 @@ Json::Value Object(std::initializer_list<std::pair<const char*, Json::Value>> me
   return object;
 }
 
-}  // namespace desk
+}  // namespace desk::cli

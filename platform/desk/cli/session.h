@@ -9,10 +9,10 @@
 
 #include "cli/television.h"
 
-namespace desk {
+namespace desk::cli {
 
-/// What a command works with: the desk, the way to its TV, and where its words go. The TV is asked
-/// for only when a command needs it, so that some work without one.
+/// The context of one command: the desk, its TV and the output streams. The connection to the TV
+/// is made when a command first uses it, so that some commands work without a TV. For one thread.
 class Session {
  public:
   using Connect = std::function<std::unique_ptr<Television>(const DeskPaths&)>;
@@ -23,14 +23,14 @@ class Session {
   const DeskPaths& Paths() const { return m_paths; }
   std::ostream& Out() { return m_out; }
   std::ostream& Err() { return m_err; }
-  /// Whether a person watches: only then are there colours and progress bars.
+  /// Whether the output is a terminal: colours and progress bars are for terminals only.
   bool Terminal() const { return m_terminal; }
 
   /// Throws DeskError (NoTv).
   Television& Tv();
   Json::Value Call(const std::string& method,
                    const Json::Value& request = Json::Value(Json::objectValue));
-  /// Indented, with a closing newline.
+  /// Prints the value indented, with a newline at its end.
   void PrintJson(const Json::Value& value);
   void PrintJsonLine(const Json::Value& value);
 
@@ -43,7 +43,7 @@ class Session {
   std::unique_ptr<Television> m_tv;
 };
 
-/// An object of the pairs, for requests in one line.
+/// An object with these members.
 Json::Value Object(std::initializer_list<std::pair<const char*, Json::Value>> members);
 
-}  // namespace desk
+}  // namespace desk::cli

@@ -23,7 +23,7 @@
 #include "common/json.h"
 #include "common/sqlite.h"
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
 namespace fs = std::filesystem;
@@ -96,7 +96,7 @@ class TemporaryDirectory {
   TemporaryDirectory() {
     std::string name = (fs::temp_directory_path() / "tv-store-XXXXXX").string();
     if (mkdtemp(name.data()) == nullptr) {
-      throw Failure(Exit::Failed, "no directory for a copy of the store in " +
+      throw Failure(Exit::Failed, "cannot create a directory for a copy of the store in " +
                                       fs::temp_directory_path().string() + ": is it writable?");
     }
     m_path = name;
@@ -113,7 +113,7 @@ class TemporaryDirectory {
   fs::path m_path;
 };
 
-/// SQLite would finish an interrupted write by changing the file, so it does that to a copy.
+/// SQLite rolls an interrupted write back by changing the file, so it works on a copy.
 Json::Value ReadRolledBackCopy(const std::string& path) {
   const TemporaryDirectory directory;
   const fs::path copy = directory.Path() / "appinfo.db";
@@ -132,7 +132,7 @@ bool HasJournal(const std::string& path) {
   return fs::exists(path + "-journal", ignored);
 }
 
-/// SQLite's number of the last write.
+/// SQLite's change counter.
 std::string ChangeCounter(const std::string& path) {
   constexpr std::streamoff COUNTER_AT = 24;
   char counter[4] = {};
@@ -142,7 +142,7 @@ std::string ChangeCounter(const std::string& path) {
   return {counter, sizeof(counter)};
 }
 
-/// Whether somebody holds the lock that SQLite takes for the whole of a write.
+/// Whether a process holds the lock that SQLite takes for a whole write.
 bool IsBeingWritten(const std::string& path) {
   constexpr off_t RESERVED_BYTE = 0x40000001;
   struct flock lock = {};
@@ -159,8 +159,8 @@ bool IsBeingWritten(const std::string& path) {
   return asked && lock.l_type != F_UNLCK;
 }
 
-/// The file's bytes, nothing when a write went on meanwhile. A write has a journal from before its
-/// first page until after its last.
+/// The file's bytes; nothing when it was written to meanwhile. The journal of a write exists from
+/// before its first page until after its last.
 std::optional<std::string> ReadSettled(const std::string& path) {
   const std::string counter = ChangeCounter(path);
   if (HasJournal(path)) {
@@ -178,17 +178,17 @@ Failure AsFailure(const std::string& path, const SqliteError& error) {
     case SQLITE_CORRUPT:
     case SQLITE_NOTADB:
       return Failure(Exit::Failed, "the store is damaged (" + reason + "): the daemon removes " +
-                                       path + " when it starts the next time");
+                                       path + " at its next start");
     case SQLITE_BUSY:
     case SQLITE_LOCKED:
       return Failure(Exit::Failed, "the store is being written to: try again");
     default:
       return Failure(Exit::Failed, "cannot read the store " + path + " (" + reason +
-                                       "): it is not what the daemon writes");
+                                       "): it does not have the daemon's format");
   }
 }
 
-/// Takes no lock of SQLite's: the daemon does not wait for one and would give up its write.
+/// Takes none of SQLite's locks: the daemon does not wait for a lock, its write would fail.
 Json::Value ReadUnlocked(const std::string& path) {
   const auto end = std::chrono::steady_clock::now() + PATIENCE;
   while (std::chrono::steady_clock::now() < end) {
@@ -213,7 +213,7 @@ Json::Value ReadStore(const std::string& path) {
   std::error_code error;
   if (!fs::exists(path, error)) {
     throw Failure(Exit::NotFound, "there is no store yet at " + path +
-                                      ": the daemon makes it when it starts (tv up)");
+                                      ": the daemon creates it when it starts (`tv up`)");
   }
   try {
     return ReadUnlocked(path);
@@ -222,4 +222,4 @@ Json::Value ReadStore(const std::string& path) {
   }
 }
 
-}  // namespace desk
+}  // namespace desk::cli

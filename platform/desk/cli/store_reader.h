@@ -8,20 +8,20 @@
 
 #include "common/paths.h"
 
-namespace desk {
+namespace desk::cli {
 
-/// Where the daemon keeps its records.
+/// The file of the daemon's store.
 std::string StorePath(const DeskPaths& paths);
 
 /// The rows of the daemon's store in ascending package id, one object each with a member per
-/// column. "variables" is the object that its text holds, or the text itself when it is no JSON; a
+/// column. "variables" is the object that its text holds, or the text itself when it is not JSON; a
 /// null column is null.
 ///
-/// The file is never changed and never locked: a reader is not in the daemon's way. While the
-/// daemon writes this waits for up to two seconds. When an interrupted write left a journal behind,
-/// a copy of both is read, as the daemon will see it.
+/// The file is neither changed nor locked, so a reader never blocks the daemon. While the daemon
+/// writes, this waits for up to two seconds. When an interrupted write left a journal, a copy of
+/// both files is rolled back and read: it is what the daemon will see.
 ///
-/// Throws Failure: NotFound when there is no file, Failed when it is damaged or no store.
+/// Throws Failure: NotFound when there is no file, Failed when it is damaged or not a store.
 Json::Value ReadStore(const std::string& path);
 
-}  // namespace desk
+}  // namespace desk::cli

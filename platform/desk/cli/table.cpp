@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <ostream>
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
 std::string Escaped(unsigned char byte) {
@@ -78,4 +78,4 @@ void Table::Print(std::ostream& out) const {
   for (const auto& row : m_rows) PrintRow(out, row, widths);
 }
 
-}  // namespace desk
+}  // namespace desk::cli

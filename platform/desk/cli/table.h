@@ -6,23 +6,23 @@
 #include <string>
 #include <vector>
 
-namespace desk {
+namespace desk::cli {
 
-/// Columns on a terminal that a UTF-8 text takes; continuation bytes count nothing.
+/// The number of terminal columns of a UTF-8 text. Continuation bytes are not counted.
 size_t DisplayWidth(const std::string& text);
 
-/// The text with control characters as \n, \t or \xNN, so that no value breaks a line or steers the
-/// terminal.
+/// The text with control characters written as \n, \t or \xNN, so that a value can neither break a
+/// line nor control the terminal.
 std::string OneLine(const std::string& text);
 
-/// Rows under a head, each column as wide as its widest cell and two blanks apart. The last column
-/// is not padded: no line ends in blanks. An empty cell is shown as "-".
+/// Rows below a header. Each column is as wide as its widest cell, with two blanks in between; no
+/// line ends in blanks. An empty cell is shown as "-".
 class Table {
  public:
   explicit Table(std::vector<std::string> head);
-  /// Missing cells are empty, cells beyond the head are dropped.
+  /// Missing cells are empty; cells beyond the header are dropped.
   void Add(std::vector<std::string> row);
-  /// The columns named are set flush right, for numbers.
+  /// Aligns a column to the right, for numbers.
   void AlignRight(size_t column);
   bool Empty() const { return m_rows.empty(); }
   void Print(std::ostream& out) const;
@@ -37,4 +37,4 @@ class Table {
   std::vector<bool> m_right;
 };
 
-}  // namespace desk
+}  // namespace desk::cli

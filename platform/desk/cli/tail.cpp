@@ -6,13 +6,26 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
+#include <fstream>
 #include <thread>
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
 constexpr std::chrono::milliseconds PERIOD(50);
+
+/// Removes the whole lines from the text and returns them.
+std::vector<std::string> TakeLines(std::string& text) {
+  std::vector<std::string> lines;
+  size_t start = 0;
+  for (size_t end = 0; (end = text.find('\n', start)) != std::string::npos; start = end + 1) {
+    lines.push_back(text.substr(start, end - start));
+  }
+  text.erase(0, start);
+  return lines;
+}
 
 }  // namespace
 
@@ -46,9 +59,8 @@ bool Tail::OpenWhenChanged() {
 }
 
 std::vector<std::string> Tail::Read() {
-  std::vector<std::string> lines;
   if (!OpenWhenChanged()) {
-    return lines;
+    return {};
   }
   char buffer[65536];
   ssize_t count = 0;
@@ -56,12 +68,7 @@ std::vector<std::string> Tail::Read() {
     m_offset += count;
     m_rest.append(buffer, static_cast<size_t>(count));
   }
-  size_t start = 0;
-  for (size_t end = 0; (end = m_rest.find('\n', start)) != std::string::npos; start = end + 1) {
-    lines.push_back(m_rest.substr(start, end - start));
-  }
-  m_rest.erase(0, start);
-  return lines;
+  return TakeLines(m_rest);
 }
 
 void ReadLines(const std::string& path, bool follow,
@@ -72,4 +79,24 @@ void ReadLines(const std::string& path, bool follow,
   }
 }
 
-}  // namespace desk
+std::vector<std::string> LastLines(const std::string& path, std::size_t bytes) {
+  std::ifstream file(path, std::ios::binary | std::ios::ate);
+  if (!file) {
+    return {};
+  }
+  const auto size = static_cast<std::streamoff>(file.tellg());
+  // One byte more tells whether the first line is whole.
+  const std::streamoff start =
+      std::max<std::streamoff>(0, size - static_cast<std::streamoff>(bytes) - 1);
+  file.seekg(start);
+  std::string text(static_cast<size_t>(size - start), '\0');
+  file.read(text.data(), size - start);
+  text.resize(static_cast<size_t>(file.gcount()));
+  if (start > 0) {
+    const auto newline = text.find('\n');
+    text.erase(0, newline == std::string::npos ? text.size() : newline + 1);
+  }
+  return TakeLines(text);
+}
+
+}  // namespace desk::cli

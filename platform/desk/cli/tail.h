@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-namespace desk {
+namespace desk::cli {
 
-/// Reads a text file that grows, whole lines only. A file that is not there yet is empty; one that
-/// was replaced or cut short is read from its start again.
+/// Reads a text file that grows, in whole lines. A file that does not exist yet is empty; one that
+/// was replaced or truncated is read from its start again.
 class Tail {
  public:
   explicit Tail(std::string path) : m_path(std::move(path)) {}
@@ -17,7 +17,7 @@ class Tail {
   Tail(const Tail&) = delete;
   Tail& operator=(const Tail&) = delete;
 
-  /// The lines that have come since the last call, without their newlines.
+  /// The lines that were completed since the last call, without their newlines.
   std::vector<std::string> Read();
   bool Exists() const;
 
@@ -28,12 +28,15 @@ class Tail {
   int m_fd = -1;
   unsigned long long m_inode = 0;
   long long m_offset = 0;
-  std::string m_rest;  ///< a line that is not whole yet
+  std::string m_rest;  ///< a line that is not complete yet
 };
 
-/// Hands each batch of new lines to the function; with follow again and again until the function
-/// returns false, else once. Looks twenty times a second.
+/// Hands each batch of new lines to the function: once, or with follow twenty times a second until
+/// the function returns false.
 void ReadLines(const std::string& path, bool follow,
                const std::function<bool(const std::vector<std::string>&)>& function);
 
-}  // namespace desk
+/// The whole lines among the last bytes of a file; none when it does not exist.
+std::vector<std::string> LastLines(const std::string& path, std::size_t bytes);
+
+}  // namespace desk::cli

@@ -10,10 +10,10 @@
 #include "common/bus_client.h"
 #include "common/desk_error.h"
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
-/// A context of its own, the thread's default one while it lives.
+/// A context of its own, which is the thread's default while this object exists.
 class Context {
  public:
   Context() : m_context(g_main_context_new()) { g_main_context_push_thread_default(m_context); }
@@ -54,14 +54,14 @@ class BusTelevision : public Television {
 
   Json::Value CallWithin(std::chrono::milliseconds most, const std::string& method,
                          const Json::Value& request) override {
-    // A call cannot be taken back, so its thread may outlive this object, and with it the
-    // connection.
+    // A call cannot be cancelled: its thread may outlive this object and keeps the connection
+    // alive.
     std::packaged_task<Json::Value()> call(
         [bus = m_bus, method, request] { return bus->Call(method, request); });
     auto answer = call.get_future();
     std::thread(std::move(call)).detach();
     if (answer.wait_for(most) != std::future_status::ready) {
-      throw DeskError(DeskError::Timeout, "the TV has not answered in time");
+      throw DeskError(DeskError::Timeout, "the TV did not answer in time");
     }
     return answer.get();
   }
@@ -89,7 +89,7 @@ class BusTelevision : public Television {
       Iterate(left);
     }
     if (m_gone) {
-      throw DeskError(DeskError::NoTv, "the TV has gone: start it again with `tv up`");
+      throw DeskError(DeskError::NoTv, "the TV was switched off: start it again with `tv up`");
     }
   }
 
@@ -99,7 +99,7 @@ class BusTelevision : public Television {
     ~WakeUp() { g_main_context_wakeup(context); }
   };
 
-  /// One turn of the context, no longer than that.
+  /// Runs one iteration of the context, for at most that long.
   void Iterate(std::chrono::milliseconds most) {
     GSource* alarm = g_timeout_source_new(static_cast<guint>(most.count()));
     g_source_set_callback(
@@ -110,7 +110,7 @@ class BusTelevision : public Television {
     g_source_unref(alarm);
   }
 
-  Context m_context;  ///< made before the connection and freed after it
+  Context m_context;  ///< created before the connection and freed after it
   std::shared_ptr<BusClient> m_bus;
   bool m_subscribed = false;
   bool m_gone = false;
@@ -123,4 +123,4 @@ std::unique_ptr<Television> ConnectToTv(const DeskPaths& paths) {
   return std::make_unique<BusTelevision>(paths);
 }
 
-}  // namespace desk
+}  // namespace desk::cli

@@ -2,27 +2,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "desk/client/bundle_data.h"
 
-#include <glib.h>
-
 #include <algorithm>
+
+#include "desk/common/base64.h"
 
 namespace desk::client {
 namespace {
-
-std::string ToBase64(const std::string& bytes) {
-  gchar* text = g_base64_encode(reinterpret_cast<const guchar*>(bytes.data()), bytes.size());
-  std::string result = text;
-  g_free(text);
-  return result;
-}
-
-std::string FromBase64(const std::string& text) {
-  gsize size = 0;
-  guchar* bytes = g_base64_decode(text.c_str(), &size);
-  std::string result(reinterpret_cast<const char*>(bytes), size);
-  g_free(bytes);
-  return result;
-}
 
 Json::Value FormatEntry(const keyval_t& entry) {
   Json::Value value(Json::objectValue);

@@ -64,7 +64,7 @@ void Journal::Begin(platform::CallRecord& record, const platform::Value* args, s
   std::string& line = record.text;
   line.reserve(USUAL_LINE);
   line += LINE_START + std::to_string(record.number);
-  line += ",\"time\":\"" + UtcText(TimeOfDay()) + "\",\"thread\":";
+  line += ",\"time\":\"" + FormatTimestamp(WallClock()) + "\",\"thread\":";
   platform::AppendQuoted(line, ThreadName());
   line += ",\"call\":";
   platform::AppendQuoted(line, record.name);

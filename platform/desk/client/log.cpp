@@ -30,10 +30,13 @@ char LevelLetter(int prio) {
   return prio >= 0 && prio < static_cast<int>(sizeof(LETTERS)) - 1 ? LETTERS[prio] : '?';
 }
 
+// UTC like the journal: the daemon changes its own time zone while it runs.
 std::string Head(int prio, const char* tag) {
+  const std::string time = FormatTimestamp(WallClock());
   char head[96];
-  std::snprintf(head, sizeof(head), "%s %5d %5ld %c/", LogText(TimeOfDay()).c_str(),
-                static_cast<int>(getpid()), syscall(SYS_gettid), LevelLetter(prio));
+  std::snprintf(head, sizeof(head), "%s %s %5d %5ld %c/", time.substr(5, 5).c_str(),
+                time.substr(11, 12).c_str(), static_cast<int>(getpid()), syscall(SYS_gettid),
+                LevelLetter(prio));
   return std::string(head) + (tag == nullptr ? "" : tag) + ": ";
 }
 

@@ -2,18 +2,23 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <ctime>
+#include <chrono>
+#include <optional>
 #include <string>
 
 namespace desk {
 
-/// A time in UTC with milliseconds: "2026-11-21T16:10:03.123Z". Callable from any thread, like all
-/// functions here.
-std::string UtcText(const timespec& time);
-/// A time in the local zone, as the platform's log shows it: "11-21 16:10:03.123".
-std::string LogText(const timespec& time);
+/// A moment of a wall clock, counted from 1970 in UTC. All logs of a desk use this clock.
+using Timestamp = std::chrono::milliseconds;
 
-/// The current time by this process's clock.
-timespec TimeOfDay();
+/// The calling process's wall clock. In a process that runs faster it is the faster clock.
+Timestamp WallClock();
+
+/// "2026-11-21T00:34:58.850Z". Thread-safe.
+std::string FormatTimestamp(Timestamp time);
+
+/// Reads what FormatTimestamp() writes, with or without the fraction of a second. Any other text
+/// gives nothing.
+std::optional<Timestamp> ParseTimestamp(const std::string& text);
 
 }  // namespace desk

@@ -59,6 +59,9 @@ struct Television::Parts {
 Television::Television(const TvBase& base)
     : m_base(base), m_startedAt(Now()), m_parts(std::make_unique<Parts>(base)) {
   Parts& parts = *m_parts;
+  const TvClock& clock = parts.launcher.Clock();
+  base.log.SetClock(std::chrono::duration_cast<Timestamp>(clock.Since()),
+                    std::chrono::duration_cast<Timestamp>(clock.Base()), base.options.speed);
   m_dump["daemon"] = [&parts] { return parts.supervisor.Describe(); };
   m_dump["keys"] = [&parts] { return parts.keys.Dump(); };
   m_dump["faults"] = [&parts] { return parts.faults.Dump(); };

@@ -6,7 +6,9 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
 #include <cstdlib>
+#include <filesystem>
 #include <utility>
 
 #include "app_control.h"
@@ -90,6 +92,12 @@ int AwaitEnd(pid_t pid) {
     }
   }
   return info.si_code == CLD_EXITED ? info.si_status << 8 : info.si_status;
+}
+
+std::uintmax_t SizeOf(const std::string& file) {
+  std::error_code error;
+  const std::uintmax_t size = std::filesystem::file_size(file, error);
+  return error ? 0 : size;
 }
 
 }  // namespace
@@ -230,6 +238,7 @@ pid_t Apps::Start(const KnownApp& app, const LaunchRequest& request) {
       "PATH=" + m_needs.tools + ":" + (path == nullptr ? "/usr/bin:/bin" : path)};
   process.directory = app.directory;
   process.output = m_needs.paths.Log() + "/" + app.id + ".log";
+  const std::uintmax_t outputFrom = SizeOf(process.output);
   const pid_t pid = StartProcess(process);
   m_needs.callers.AddApp(pid, app.id);
   m_processes[app.id].pid = pid;
@@ -239,6 +248,8 @@ pid_t Apps::Start(const KnownApp& app, const LaunchRequest& request) {
       OnExit(id, pid, status);
     }
   });
+  m_needs.log(app.id + " launched: pid " + std::to_string(pid) + ", its output from byte " +
+              std::to_string(outputFrom));
   SendEvent(app.id, pid, "launched", "");
   return pid;
 }

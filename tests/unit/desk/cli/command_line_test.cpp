@@ -8,7 +8,7 @@
 #include "cli/failure.h"
 #include "common/nearest.h"
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
 Request Read(const std::vector<std::string>& words) {
@@ -54,7 +54,7 @@ TEST(CliCommandLine, TheLaterRootWins) {
 }
 
 TEST(CliCommandLine, ARootWithoutADirectoryIsAnError) {
-  EXPECT_EQ(UsageError({"--root"}), "--root wants a directory behind it");
+  EXPECT_EQ(UsageError({"--root"}), "--root needs a directory");
 }
 
 TEST(CliCommandLine, AnEmptyArgumentIsAnArgument) {
@@ -87,7 +87,7 @@ TEST(CliCommandLine, OptionsAndArgumentsMix) {
   EXPECT_EQ(request.words.All("PAIR"), (std::vector<std::string>{"a=1", "b=2"}));
 }
 
-TEST(CliCommandLine, AShortOptionIsAskedForByItsLongName) {
+TEST(CliCommandLine, AShortOptionIsFoundByItsLongName) {
   const Request request = Read({"log", "-f", "-l", "E", "-g", "text"});
   EXPECT_TRUE(request.words.Has("follow"));
   EXPECT_EQ(request.words.Text("level"), "E");
@@ -95,31 +95,33 @@ TEST(CliCommandLine, AShortOptionIsAskedForByItsLongName) {
 }
 
 TEST(CliCommandLine, AnUnknownVerbNamesTheNearest) {
-  EXPECT_EQ(UsageError({"stats"}), "\"tv stats\" is no command: did you mean `tv status`?");
+  EXPECT_EQ(UsageError({"stats"}), "\"tv stats\" is not a command: did you mean `tv status`?");
   EXPECT_EQ(UsageError({"pkg", "instal", "x"}),
-            "\"tv pkg instal\" is no command: did you mean `tv pkg install`?");
+            "\"tv pkg instal\" is not a command: did you mean `tv pkg install`?");
 }
 
-TEST(CliCommandLine, AVerbThatIsNearNothingPointsToTheHelp) {
-  EXPECT_EQ(UsageError({"zzzzzz"}), "\"tv zzzzzz\" is no command: `tv help` lists the commands");
+TEST(CliCommandLine, AVerbThatResemblesNonePointsToTheHelp) {
+  EXPECT_EQ(UsageError({"zzzzzz"}), "\"tv zzzzzz\" is not a command: see `tv help`");
 }
 
 TEST(CliCommandLine, AGroupAloneNamesItsVerbs) {
-  EXPECT_EQ(UsageError({"daemon"}), "tv daemon wants one of: stop, start, kill, restart");
+  EXPECT_EQ(UsageError({"daemon"}), "tv daemon needs one of: stop, start, kill, restart");
 }
 
 TEST(CliCommandLine, AMissingArgumentShowsTheUsage) {
   EXPECT_EQ(UsageError({"tune"}), "ID is required: usage is `tv tune ID`");
 }
 
-TEST(CliCommandLine, AWordTooManyIsNamed) {
-  EXPECT_EQ(UsageError({"tune", "1", "2"}), "\"2\" is one word too many: usage is `tv tune ID`");
+TEST(CliCommandLine, AnArgumentTooManyIsNamed) {
+  EXPECT_EQ(UsageError({"tune", "1", "2"}),
+            "\"2\" is one argument too many: usage is `tv tune ID`");
 }
 
 TEST(CliCommandLine, AnUnknownOptionIsNamed) {
-  EXPECT_EQ(UsageError({"tune", "1", "--fast"}),
-            "\"--fast\" is no option here (a value that begins with a dash goes behind --): usage "
-            "is `tv tune ID`");
+  EXPECT_EQ(
+      UsageError({"tune", "1", "--fast"}),
+      "\"--fast\" is not an option of this command (write -- before a value that begins with a "
+      "dash): usage is `tv tune ID`");
 }
 
 TEST(CliCommandLine, AnOptionGivenTwiceIsNamed) {
@@ -156,7 +158,7 @@ TEST(CliCommandLine, EveryCommandHasHelpThatBeginsWithItsName) {
 
 TEST(CliCommandLine, HelpForAnUnknownVerbNamesTheNearest) {
   EXPECT_EQ(UsageError({"help", "key", "gte"}),
-            "no help for \"key gte\": did you mean `tv help key get`?");
+            "there is no help for \"key gte\": did you mean `tv help key get`?");
 }
 
 TEST(CliCommandLine, TheVersionIsPrinted) {
@@ -216,7 +218,7 @@ TEST(CliInvocation, ANegativeServiceIdIsAnError) {
   EXPECT_THROW(words.Unsigned("ID", 0), Failure);
 }
 
-TEST(CliInvocation, ATimeoutThatIsNoNumberIsAnError) {
+TEST(CliInvocation, ATimeoutThatIsNotANumberIsAnError) {
   for (const char* text : {"x", "", "-1", "nan", "inf", "1s", "1e300"}) {
     Invocation words;
     words.Set("timeout", {text});
@@ -224,11 +226,11 @@ TEST(CliInvocation, ATimeoutThatIsNoNumberIsAnError) {
   }
 }
 
-TEST(CliInvocation, ATimeoutMayBeABrokenNumber) {
+TEST(CliInvocation, ATimeoutMayHaveAFraction) {
   Invocation words;
   words.Set("timeout", {"0.25"});
   EXPECT_EQ(Milliseconds(words.Seconds("timeout", 1)), std::chrono::milliseconds(250));
 }
 
 }  // namespace
-}  // namespace desk
+}  // namespace desk::cli

@@ -8,7 +8,7 @@
 #include "cli/dump.h"
 #include "scripted_tv.h"
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
 namespace fs = std::filesystem;
@@ -25,7 +25,7 @@ TEST_F(CliCommands, KeyGetPrintsTheRawValueAlone) {
   EXPECT_EQ(m_out.str(), "a b\n");
 }
 
-TEST_F(CliCommands, KeyGetOfAMissingKeyIsNoSuchThing) {
+TEST_F(CliCommands, KeyGetOfAMissingKeyIsNotFound) {
   m_script.Answer("key.get", R"({"found":false})");
   EXPECT_EQ(Fails({"key", "get", "db/x"}).Code(), Exit::NotFound);
 }
@@ -106,7 +106,7 @@ TEST_F(CliCommands, PkgListIsATable) {
   EXPECT_EQ(m_out.str(), "PACKAGE  VERSION  UI   SERVICE\np        1.0      p.a  p.s\n");
 }
 
-TEST_F(CliCommands, PkgInfoOfAnUnknownPackageIsNoSuchThing) {
+TEST_F(CliCommands, PkgInfoOfAnUnknownPackageIsNotFound) {
   m_script.Answer("pkg.info", R"({"found":false})");
   EXPECT_EQ(Fails({"pkg", "info", "p"}).Code(), Exit::NotFound);
 }
@@ -118,7 +118,7 @@ TEST_F(CliCommands, AppLaunchPassesTheExtraData) {
   EXPECT_EQ(m_out.str(), "launched p.a, pid 7\n");
 }
 
-TEST_F(CliCommands, AppLaunchOfAnUnknownAppIsNoSuchThing) {
+TEST_F(CliCommands, AppLaunchOfAnUnknownAppIsNotFound) {
   m_script.answers["app.launch"]["result"] = static_cast<int>(0xFEF00021);
   EXPECT_EQ(Fails({"app", "launch", "p.a"}).Code(), Exit::NotFound);
 }
@@ -130,12 +130,12 @@ TEST_F(CliCommands, AppLaunchThatIsRejectedFails) {
   EXPECT_NE(std::string(failure.what()).find("launch rejected"), std::string::npos);
 }
 
-TEST_F(CliCommands, AppKillOfAnUnknownAppIsNoSuchThing) {
+TEST_F(CliCommands, AppKillOfAnUnknownAppIsNotFound) {
   m_script.Answer("app.info", R"({"found":false})");
   EXPECT_EQ(Fails({"app", "kill", "p.a"}).Code(), Exit::NotFound);
 }
 
-TEST_F(CliCommands, OpGetWithoutAnAppIsNoSuchThing) {
+TEST_F(CliCommands, OpGetWithoutAnAppIsNotFound) {
   m_script.Answer("op.get", R"({"result":0})");
   EXPECT_EQ(Fails({"op", "get", "x"}).Code(), Exit::NotFound);
 }
@@ -152,7 +152,7 @@ TEST_F(CliCommands, OpGetThatGoesWrongFailsHoweverItIsPrinted) {
        {std::vector<std::string>{"op", "get", "x"}, {"op", "get", "x", "--json"}}) {
     const Failure failure = Fails(words);
     EXPECT_EQ(failure.Code(), Exit::Failed);
-    EXPECT_STREQ(failure.what(), "cannot find out who answers x (invalid parameter)");
+    EXPECT_STREQ(failure.what(), "cannot find out which app answers x (invalid parameter)");
   }
 }
 
@@ -184,7 +184,7 @@ TEST_F(CliCommands, ASignalCarriesItsData) {
   EXPECT_EQ(m_script.Asked("signal"), R"({"data":"0102","signal":103})");
 }
 
-TEST_F(CliCommands, ASignalRefusesWhatIsNoHex) {
+TEST_F(CliCommands, ASignalRefusesWhatIsNotHex) {
   EXPECT_EQ(Fails({"signal", "103", "--data", "xyz"}).Code(), Exit::Usage);
 }
 
@@ -193,7 +193,7 @@ TEST_F(CliCommands, WasSetSendsOnlyWhatIsGiven) {
   EXPECT_EQ(m_script.Asked("was.set"), R"({"gone":true,"package":"p"})");
 }
 
-TEST_F(CliCommands, WasRemoveOfAnUnknownPackageIsNoSuchThing) {
+TEST_F(CliCommands, WasRemoveOfAnUnknownPackageIsNotFound) {
   m_script.Answer("was.remove", R"({"found":false})");
   EXPECT_EQ(Fails({"was", "remove", "p"}).Code(), Exit::NotFound);
 }
@@ -229,7 +229,7 @@ TEST_F(CliCommands, PortSendWithoutAReplyTimesOut) {
             Exit::TimedOut);
 }
 
-TEST_F(CliCommands, PortSendToAClosedPortIsNoSuchThing) {
+TEST_F(CliCommands, PortSendToAClosedPortIsNotFound) {
   m_script.answers["port.send"]["result"] = -18612223;
   EXPECT_EQ(Fails({"port", "send", "p"}).Code(), Exit::NotFound);
 }
@@ -255,7 +255,7 @@ TEST_F(CliCommands, FailOfAnUnknownCallNamesTheNearest) {
   const Failure failure = Fails({"fail", "vconf_getint"});
   EXPECT_EQ(failure.Code(), Exit::NotFound);
   EXPECT_STREQ(failure.what(),
-               "no platform call is named \"vconf_getint\": did you mean vconf_get_int?");
+               "there is no platform call \"vconf_getint\": did you mean vconf_get_int?");
   EXPECT_TRUE(m_script.asked.empty());
 }
 
@@ -266,7 +266,7 @@ TEST_F(CliCommands, ACallThatCannotFailIsToldAsThatAndNotOrdered) {
   EXPECT_TRUE(m_script.asked.empty());
 }
 
-TEST_F(CliCommands, FailClearTakesAllBack) {
+TEST_F(CliCommands, FailClearRemovesAll) {
   Do({"fail", "--clear"});
   EXPECT_EQ(m_script.Asked("fault.clear"), "{}");
 }
@@ -279,7 +279,7 @@ TEST_F(CliCommands, LogPrintsTheLinesThatAreWanted) {
   EXPECT_EQ(m_out.str(), error + "\n");
 }
 
-TEST_F(CliCommands, LogWithoutAFileIsNoSuchThing) {
+TEST_F(CliCommands, LogWithoutAFileIsNotFound) {
   EXPECT_EQ(Fails({"log"}).Code(), Exit::NotFound);
 }
 
@@ -288,13 +288,95 @@ TEST_F(CliCommands, JournalIsSorted) {
             "{\"seq\":2,\"thread\":\"main\",\"call\":\"b\",\"args\":[],\"result\":0}\n"
             "{\"seq\":1,\"thread\":\"main\",\"call\":\"a\",\"args\":[],\"result\":0}\n");
   Do({"journal"});
-  EXPECT_EQ(m_out.str(), "   1 main   a() = 0\n   2 main   b() = 0\n");
+  EXPECT_EQ(m_out.str(), "-    1 main   a() = 0\n-    2 main   b() = 0\n");
 }
 
 TEST_F(CliCommands, JournalAsJsonIsOneObjectALine) {
   WriteFile(DeskPaths(m_root).Journal(), "{\"seq\":1,\"call\":\"a\"}\n");
   Do({"journal", "--json"});
   EXPECT_EQ(m_out.str(), "{\"call\":\"a\",\"seq\":1}\n");
+}
+
+class CliJournal : public CliCommands {
+ protected:
+  void SetUp() override {
+    WriteFile(DeskPaths(m_root).Journal(),
+              Line(1, "00:00:00", "main", "vconf_get_int") +
+                  Line(2, "00:05:00", "main", "vconf_get_str") +
+                  Line(3, "00:10:00", "ORVInstaller", "vconf_get_int"));
+  }
+  static std::string Line(int seq, const std::string& time, const std::string& thread,
+                          const std::string& call) {
+    return "{\"seq\":" + std::to_string(seq) + ",\"time\":\"2026-11-21T" + time +
+           ".000Z\",\"thread\":\"" + thread + "\",\"call\":\"" + call + "\"}\n";
+  }
+  /// The numbers of the entries that the command prints.
+  std::string Numbers(std::vector<std::string> options) {
+    options.insert(options.begin(), {"journal", "--json"});
+    m_out.str("");
+    Do(options);
+    std::istringstream lines(m_out.str());
+    std::string numbers;
+    for (std::string line; std::getline(lines, line);) numbers += ParseJson(line)["seq"].asString();
+    return numbers;
+  }
+};
+
+TEST_F(CliJournal, OneCallIsPrinted) {
+  EXPECT_EQ(Numbers({"--call", "vconf_get_int"}), "13");
+  EXPECT_EQ(Numbers({"--call", "vconf_*"}), "123");
+}
+
+TEST_F(CliJournal, AMistypedCallNamesTheNearest) {
+  const Failure failure = Fails({"journal", "--call", "vconf_getint"});
+  EXPECT_EQ(failure.Code(), Exit::NotFound);
+  EXPECT_STREQ(failure.what(),
+               "there is no platform call \"vconf_getint\": did you mean vconf_get_int?");
+}
+
+TEST_F(CliJournal, OneThreadIsPrinted) {
+  EXPECT_EQ(Numbers({"--thread", "ORVInstaller"}), "3");
+}
+
+TEST_F(CliJournal, SinceATimeIsPrinted) {
+  EXPECT_EQ(Numbers({"--since", "2026-11-21T00:05:00Z"}), "23");
+}
+
+TEST_F(CliJournal, HowLongAgoIsCountedByTheTvsClock) {
+  m_script.Answer("tv.status", R"({"clock":1795219920})");
+  EXPECT_EQ(Numbers({"--since", "3m"}), "3");
+}
+
+TEST_F(CliCommands, StoreMarksARowWhoseJsonIsBroken) {
+  MakeStore({{"good", R"({"orv_type":{"ch_feeder_custom":"x"}})"}, {"worse", "{\"orv"}});
+  EXPECT_EQ(Do({"store"}), 0);
+  EXPECT_NE(m_out.str().find("ch_feeder_custom\n"), std::string::npos) << m_out.str();
+  EXPECT_NE(m_out.str().find("BROKEN JSON\n"), std::string::npos) << m_out.str();
+  EXPECT_EQ(m_err.str(),
+            "tv: the variables of worse are not a JSON object: the daemon stops loading its store "
+            "at this row; install the package again\n");
+}
+
+const char* const APPS = R"({"apps":[{"id":"p.a","running":true,"pid":7,"status":"resume"},
+    {"id":"p.s","running":true,"pid":8,"status":""},{"id":"p.x","running":false,"pid":0}]})";
+
+TEST_F(CliCommands, AppStatusWithoutAStatePrintsTheStatus) {
+  m_script.Answer("app.list", APPS);
+  Do({"app", "status", "p.a"});
+  Do({"app", "status", "p.s"});
+  Do({"app", "status", "p.x"});
+  EXPECT_EQ(m_out.str(), "running, pid 7, state resume\nrunning, pid 8\nnot running\n");
+}
+
+TEST_F(CliCommands, AppStatusOfAnUnknownAppIsNotFound) {
+  m_script.Answer("app.list", APPS);
+  EXPECT_EQ(Fails({"app", "status", "p.none"}).Code(), Exit::NotFound);
+}
+
+TEST_F(CliCommands, AppStatusWithAStateEntersIt) {
+  Do({"app", "status", "p.a", "pause"});
+  EXPECT_EQ(m_script.Asked("app.status"), R"({"app":"p.a","word":"pause"})");
+  EXPECT_EQ(m_out.str(), "");
 }
 
 TEST_F(CliCommands, DumpHasExactlyItsMembers) {
@@ -309,7 +391,7 @@ TEST_F(CliCommands, DumpHasExactlyItsMembers) {
   EXPECT_TRUE(dump["store"].isArray());
 }
 
-TEST_F(CliCommands, ADamagedStoreIsToldBesideTheDump) {
+TEST_F(CliCommands, ADamagedStoreIsReportedBesideTheDump) {
   WriteFile(DeskPaths(m_root).DaemonData() + "/appinfo.db", std::string(4096, 'x'));
   Do({"dump"});
   EXPECT_EQ(m_err.str().find("tv: the store is damaged"), 0U);
@@ -352,6 +434,14 @@ TEST_F(CliCommands, WaitThatTimesOutSaysWhatIsMissing) {
   EXPECT_STREQ(failure.what(), "timed out after 0 s: `.tuned == 2` does not hold: `.tuned` is 1");
 }
 
+TEST_F(CliCommands, WaitForAMisspeltMemberIsRefusedAtOnce) {
+  m_script.Answer("dump", R"({"tuned":1})");
+  const Failure failure = Fails({"wait", ".chanels", "--timeout", "60"});
+  EXPECT_EQ(failure.Code(), Exit::Usage);
+  EXPECT_STREQ(failure.what(), "the dump has no member chanels (did you mean channels?)");
+  EXPECT_EQ(m_script.waits, 0);
+}
+
 TEST_F(CliCommands, WaitSeesTheFilesToo) {
   WriteFile(DeskPaths(m_root).Tmp() + "/hbb_ready", "");
   EXPECT_EQ(Do({"wait", ".files[\"/tmp/hbb_ready\"] == 0", "--timeout", "0"}), 0);
@@ -364,7 +454,7 @@ TEST_F(CliCommands, ExplainOfAnInstalledPackageAsksTheTv) {
   EXPECT_NE(m_out.str().find("channel-bound app    no"), std::string::npos);
 }
 
-TEST_F(CliCommands, ExplainOfSomethingUnknownIsNoSuchThing) {
+TEST_F(CliCommands, ExplainOfSomethingUnknownIsNotFound) {
   m_script.Answer("pkg.info", R"({"found":false})");
   EXPECT_EQ(Fails({"explain", "p"}).Code(), Exit::NotFound);
   EXPECT_EQ(Fails({"explain", "./p.wgt"}).Code(), Exit::NotFound);
@@ -386,4 +476,4 @@ TEST_F(CliCommands, AFailureIsOneLine) {
 }
 
 }  // namespace
-}  // namespace desk
+}  // namespace desk::cli

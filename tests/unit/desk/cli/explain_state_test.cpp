@@ -11,7 +11,7 @@
 #include "cli/store_reader.h"
 #include "package_maker.h"
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
 class CliExplainState : public ::testing::Test {
@@ -95,4 +95,4 @@ TEST_F(CliExplainState, MissingMetadataFilesAreReported) {
 }
 
 }  // namespace
-}  // namespace desk
+}  // namespace desk::cli

@@ -10,7 +10,7 @@
 #include "cli/explain_effects.h"
 #include "cli/explain_text.h"
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
 std::vector<Effect> EffectsOf(const Entries& metadata) {
@@ -142,4 +142,4 @@ TEST(CliExplainText, TheJsonHasTheVerdictOfEachKey) {
 }
 
 }  // namespace
-}  // namespace desk
+}  // namespace desk::cli

@@ -10,7 +10,7 @@
 
 #include "support/files.h"
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
 using Kind = StartResult::Kind;
@@ -105,4 +105,4 @@ TEST_F(CliLauncher, AProcessThatStaysHasNotEnded) {
 }
 
 }  // namespace
-}  // namespace desk
+}  // namespace desk::cli

@@ -10,7 +10,7 @@
 
 #include "scripted_tv.h"
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
 using namespace std::chrono_literals;
@@ -98,14 +98,14 @@ TEST_F(CliLife, WhatStartsTheDaemonIsNotWaitedForWithoutEnd) {
   }
 }
 
-TEST_F(CliLife, StatusTellsHowTheDaemonBeforeEnded) {
+TEST_F(CliLife, StatusShowsHowTheLastDaemonEnded) {
   m_script.Answer("tv.status", R"json({"daemon":{"running":true,"pid":9,"restarts":1,
       "reason":"signal 9 (Killed)"}})json");
   Do({"status"});
   EXPECT_EQ(DaemonLine(), "daemon   running, pid 9, 1 restart; last end: signal 9 (Killed)");
 }
 
-TEST_F(CliLife, StatusOfTheFirstDaemonTellsOfNoEnd) {
+TEST_F(CliLife, StatusOfTheFirstDaemonShowsNoEnd) {
   m_script.Answer("tv.status", R"({"daemon":{"running":true,"pid":9,"restarts":0,"reason":""}})");
   Do({"status"});
   EXPECT_EQ(DaemonLine(), "daemon   running, pid 9, 0 restarts");
@@ -115,7 +115,7 @@ TEST_F(CliLife, StatusShowsAClockThatIsAheadOfTheMachine) {
   const long ahead = std::time(nullptr) + 7200 + 5;
   m_script.Answer("tv.status", R"({"speed":1,"clock":)" + std::to_string(ahead) + "}");
   Do({"status"});
-  EXPECT_NE(m_out.str().find(" UTC, 2 h 0 min ahead of this machine\n"), std::string::npos)
+  EXPECT_NE(m_out.str().find("Z, 2 hours ahead of this machine\n"), std::string::npos)
       << m_out.str();
 }
 
@@ -214,7 +214,7 @@ TEST_F(CliLife, InstallWarnsOfAnImageThatTheTvCannotMount) {
             std::string::npos);
 }
 
-TEST_F(CliLife, StatusTellsWhyNoDaemonRuns) {
+TEST_F(CliLife, StatusShowsWhyNoDaemonRuns) {
   m_script.Answer("tv.status",
                   R"({"daemon":{"running":false,"pid":0,"restarts":2,"reason":"exit status 3"}})");
   Do({"status"});
@@ -222,4 +222,4 @@ TEST_F(CliLife, StatusTellsWhyNoDaemonRuns) {
 }
 
 }  // namespace
-}  // namespace desk
+}  // namespace desk::cli

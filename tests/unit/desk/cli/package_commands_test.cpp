@@ -7,7 +7,7 @@
 #include "package_maker.h"
 #include "scripted_tv.h"
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
 class CliPackages : public CliCommands {
@@ -79,4 +79,4 @@ TEST_F(CliPackages, ExplainOfAnInstalledPackageTellsItsState) {
 }
 
 }  // namespace
-}  // namespace desk
+}  // namespace desk::cli

@@ -13,7 +13,7 @@
 #include "cli/commands.h"
 #include "cli/platform_calls.h"
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
 namespace fs = std::filesystem;
@@ -134,4 +134,4 @@ TEST(CliReference, EveryVerbIsCompleted) {
 }
 
 }  // namespace
-}  // namespace desk
+}  // namespace desk::cli

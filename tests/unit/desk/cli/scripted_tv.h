@@ -3,6 +3,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 
 #include <deque>
 #include <filesystem>
@@ -17,7 +18,7 @@
 #include "common/desk_error.h"
 #include "common/json.h"
 
-namespace desk {
+namespace desk::cli {
 
 /// What the TV answers, and what it was asked.
 struct Script {
@@ -118,10 +119,28 @@ class CliCommands : public testing::Test {
     std::ofstream(path) << content;
   }
 
+  /// Makes the daemon's store, with a row for each package and its `variables`. The app ids of a
+  /// package are PACKAGE.App and PACKAGE.Feed.
+  void MakeStore(const std::vector<std::pair<std::string, std::string>>& rows) {
+    const std::string path = DeskPaths(m_root).DaemonData() + "/appinfo.db";
+    std::filesystem::create_directories(DeskPaths(m_root).DaemonData());
+    sqlite3* db = nullptr;
+    ASSERT_EQ(sqlite3_open(path.c_str(), &db), SQLITE_OK);
+    std::string statements =
+        "CREATE TABLE appinfo(package_id TEXT PRIMARY KEY, app_id TEXT, widget_id TEXT, service_id "
+        "TEXT, version TEXT, variables TEXT);";
+    for (const auto& [package, variables] : rows) {
+      statements += "INSERT INTO appinfo VALUES('" + package + "','" + package + ".App','" +
+                    package + ".App','" + package + ".Feed','1.0','" + variables + "');";
+    }
+    EXPECT_EQ(sqlite3_exec(db, statements.c_str(), nullptr, nullptr, nullptr), SQLITE_OK);
+    sqlite3_close(db);
+  }
+
   std::string m_root;
   Script m_script;
   std::ostringstream m_out;
   std::ostringstream m_err;
 };
 
-}  // namespace desk
+}  // namespace desk::cli

@@ -17,7 +17,7 @@
 
 #include "cli/failure.h"
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
 namespace fs = std::filesystem;
@@ -93,7 +93,7 @@ TEST_F(CliStore, VariablesIsAnObject) {
   EXPECT_EQ(ReadStore(Path())[0]["variables"]["orv_type"]["ch_feeder_custom"], "extended");
 }
 
-TEST_F(CliStore, VariablesThatAreNoJsonStayText) {
+TEST_F(CliStore, VariablesThatAreNotJsonStayText) {
   Make(Insert("a", "{broken") + Insert("b", ""));
   const Json::Value rows = ReadStore(Path());
   EXPECT_EQ(rows[0]["variables"], "{broken");
@@ -128,7 +128,7 @@ TEST_F(CliStore, ADamagedFileIsOneClearLine) {
   EXPECT_EQ(failure.Code(), Exit::Failed);
   EXPECT_EQ(std::string(failure.what()),
             "the store is damaged (file is not a database): the daemon removes " + Path() +
-                " when it starts the next time");
+                " at its next start");
 }
 
 TEST_F(CliStore, ADatabaseWithoutTheTableIsSaidToBeSomethingElse) {
@@ -137,7 +137,7 @@ TEST_F(CliStore, ADatabaseWithoutTheTableIsSaidToBeSomethingElse) {
   sqlite3_close(db);
   EXPECT_EQ(std::string(ReadFails().what()),
             "cannot read the store " + Path() +
-                " (no such table: appinfo): it is not what the daemon writes");
+                " (no such table: appinfo): it does not have the daemon's format");
 }
 
 TEST_F(CliStore, ReadingChangesNothing) {
@@ -263,4 +263,4 @@ TEST_F(CliStore, TheStoreLiesInTheDaemonsDataDirectory) {
 }
 
 }  // namespace
-}  // namespace desk
+}  // namespace desk::cli

@@ -8,7 +8,7 @@
 
 #include "cli/progress_bar.h"
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
 std::string Printed(const Table& table) {
@@ -83,4 +83,4 @@ TEST(CliProgressBar, APercentageBeyondItsBoundsIsCutOff) {
 }
 
 }  // namespace
-}  // namespace desk
+}  // namespace desk::cli

@@ -13,9 +13,11 @@
 #include "cli/journal_view.h"
 #include "cli/log_view.h"
 #include "cli/tail.h"
+#include "cli/time_text.h"
+#include "common/base64.h"
 #include "common/json.h"
 
-namespace desk {
+namespace desk::cli {
 namespace {
 
 const std::string INFO_LINE =
@@ -63,15 +65,16 @@ TEST(CliLogView, ALevelIsALetterOrAName) {
 }
 
 TEST(CliJournalView, AnEntryIsOneReadableLine) {
-  const Json::Value entry =
-      ParseJson(R"({"seq":12,"thread":"main","call":"vconf_get_int","args":["db/x"],"result":0})");
-  EXPECT_EQ(JournalText(entry), "  12 main   vconf_get_int(\"db/x\") = 0");
+  const Json::Value entry = ParseJson(
+      R"({"seq":12,"time":"2026-11-21T00:34:58.850Z","thread":"main","call":"vconf_get_int",)"
+      R"("args":["db/x"],"result":0})");
+  EXPECT_EQ(JournalText(entry), "11-21 00:34:58.850   12 main   vconf_get_int(\"db/x\") = 0");
 }
 
 TEST(CliJournalView, SeveralArgumentsKeepTheirOrderAndKinds) {
   const Json::Value entry = ParseJson(
       R"({"seq":12345,"thread":"ORVInstaller","call":"f","args":["a",1,null,true],"result":"r"})");
-  EXPECT_EQ(JournalText(entry), "12345 ORVInstaller f(\"a\", 1, null, true) = \"r\"");
+  EXPECT_EQ(JournalText(entry), "- 12345 ORVInstaller f(\"a\", 1, null, true) = \"r\"");
 }
 
 TEST(CliJournalView, EntriesComeInTheOrderOfTheirNumbers) {
@@ -85,6 +88,59 @@ TEST(CliJournalView, ALineThatWasCutOffIsLeftOut) {
   EXPECT_EQ(SortedEntries({R"({"seq":1})", R"({"seq":2,"ca)", "[]", ""}).size(), 1U);
 }
 
+const Json::Value TIMED_ENTRY = ParseJson(
+    R"({"seq":1,"time":"2026-11-21T00:34:58.850Z","thread":"main","call":"vconf_get_int"})");
+
+TEST(CliJournalFilter, AnEmptyFilterWantsAll) {
+  EXPECT_TRUE(JournalFilter().Wants(TIMED_ENTRY));
+  EXPECT_TRUE(JournalFilter().Wants(ParseJson(R"({"seq":1})")));
+}
+
+TEST(CliJournalFilter, ACallIsItsWholeNameOrAPattern) {
+  EXPECT_TRUE((JournalFilter{"vconf_get_int", "", {}}.Wants(TIMED_ENTRY)));
+  EXPECT_TRUE((JournalFilter{"vconf_*", "", {}}.Wants(TIMED_ENTRY)));
+  EXPECT_FALSE((JournalFilter{"vconf_get", "", {}}.Wants(TIMED_ENTRY)));
+}
+
+TEST(CliJournalFilter, AThreadIsItsWholeNameOrAPattern) {
+  EXPECT_TRUE((JournalFilter{"", "main", {}}.Wants(TIMED_ENTRY)));
+  EXPECT_FALSE((JournalFilter{"", "ORV*", {}}.Wants(TIMED_ENTRY)));
+}
+
+TEST(CliJournalFilter, ATimeTakesItselfAndLaterOnes) {
+  const Timestamp time = *ParseTimestamp("2026-11-21T00:34:58.850Z");
+  EXPECT_TRUE((JournalFilter{"", "", time}.Wants(TIMED_ENTRY)));
+  EXPECT_FALSE((JournalFilter{"", "", time + Timestamp(1)}.Wants(TIMED_ENTRY)));
+  EXPECT_FALSE((JournalFilter{"", "", time}.Wants(ParseJson(R"({"seq":1})"))));
+}
+
+TEST(CliTimeText, ADurationHasTwoUnitsAtMost) {
+  using std::chrono::seconds;
+  EXPECT_EQ(DurationText(seconds(-5)), "0 seconds");
+  EXPECT_EQ(DurationText(seconds(1)), "1 second");
+  EXPECT_EQ(DurationText(seconds(125)), "2 minutes 5 seconds");
+  EXPECT_EQ(DurationText(seconds(120)), "2 minutes");
+  EXPECT_EQ(DurationText(seconds(42 * 60 + 30)), "42 minutes");
+  EXPECT_EQ(DurationText(seconds(3900)), "1 hour 5 minutes");
+  EXPECT_EQ(DurationText(seconds(90000)), "1 day 1 hour");
+}
+
+TEST(CliTimeText, SinceIsATimeOrHowLongAgo) {
+  const Timestamp now = std::chrono::seconds(1000000);
+  EXPECT_EQ(ParseSince("90", now), now - std::chrono::seconds(90));
+  EXPECT_EQ(ParseSince("90s", now), now - std::chrono::seconds(90));
+  EXPECT_EQ(ParseSince("10m", now), now - std::chrono::minutes(10));
+  EXPECT_EQ(ParseSince("2h", now), now - std::chrono::hours(2));
+  EXPECT_EQ(ParseSince("1d", now), now - std::chrono::hours(24));
+  EXPECT_EQ(ParseSince("1970-01-01T00:00:07Z", now), std::chrono::seconds(7));
+}
+
+TEST(CliTimeText, AnyOtherSinceIsAUsageError) {
+  for (const char* text : {"", "m", "-5", "yesterday", "5x", "99999999999999999d"}) {
+    EXPECT_THROW(ParseSince(text, Timestamp(0)), Failure) << text;
+  }
+}
+
 TEST(CliBundle, AWordIsAText) {
   const Json::Value entry = ParseBundleWord("orv_scheduler_command=a=b");
   EXPECT_EQ(entry["key"], "orv_scheduler_command");
@@ -96,13 +152,13 @@ TEST(CliBundle, AnIntIsFourBytesWithTheLowestFirst) {
   const Json::Value entry = ParseBundleWord("n:int=258");
   EXPECT_EQ(entry["key"], "n");
   EXPECT_EQ(entry["type"], BUNDLE_TYPE_BYTE);
-  EXPECT_EQ(BytesFromBase64(entry["bytes"].asString()), std::string("\x02\x01\x00\x00", 4));
+  EXPECT_EQ(FromBase64(entry["bytes"].asString()), std::string("\x02\x01\x00\x00", 4));
 }
 
 TEST(CliBundle, BytesAreGivenInHex) {
   const Json::Value entry = ParseBundleWord("b:bytes=00fF");
   EXPECT_EQ(entry["type"], BUNDLE_TYPE_BYTE_ARRAY);
-  EXPECT_EQ(BytesFromBase64(entry["bytes"].asString()), std::string("\x00\xff", 2));
+  EXPECT_EQ(FromBase64(entry["bytes"].asString()), std::string("\x00\xff", 2));
 }
 
 TEST(CliBundle, AnArrayIsCutAtCommas) {
@@ -174,6 +230,14 @@ TEST_F(CliTail, ALineIsReadWhenItIsWhole) {
   EXPECT_EQ(tail.Read(), std::vector<std::string>{"abc"});
 }
 
+TEST_F(CliTail, TheLastLinesAreWholeOnes) {
+  Append("first\nsecond\nthird\nhalf");
+  EXPECT_EQ(LastLines(m_path, 1000), (std::vector<std::string>{"first", "second", "third"}));
+  EXPECT_EQ(LastLines(m_path, 17), (std::vector<std::string>{"second", "third"}));
+  EXPECT_EQ(LastLines(m_path, 16), std::vector<std::string>{"third"});
+  EXPECT_TRUE(LastLines(m_path + ".none", 10).empty());
+}
+
 TEST_F(CliTail, AFileThatWasReplacedIsReadFromItsStart) {
   Append("old line\n");
   Tail tail(m_path);
@@ -192,4 +256,4 @@ TEST_F(CliTail, AFileThatWasCutShortIsReadFromItsStart) {
 }
 
 }  // namespace
-}  // namespace desk
+}  // namespace desk::cli

@@ -5,8 +5,10 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <ctime>
 #include <string>
 
+#include "common/timestamp.h"
 #include "support/files.h"
 
 namespace {
@@ -29,6 +31,17 @@ TEST_F(ClientLog, ARecordIsALineWithTimeProcessThreadLevelAndTag) {
                                                "[0-9][0-9]\\.[0-9][0-9][0-9] +[0-9]+ +[0-9]+ "
                                                "I/orv-enabler: answer = 42\n"));
   EXPECT_EQ(bytes, static_cast<int>(Written().size()));
+}
+
+TEST_F(ClientLog, TimesAreInUtcWhateverTheZone) {
+  setenv("TZ", "XXX-5:30", 1);
+  tzset();
+  const std::string before = desk::FormatTimestamp(desk::WallClock());
+  __dlog_print(LOG_ID_MAIN, DLOG_INFO, "t", "x");
+  const std::string after = desk::FormatTimestamp(desk::WallClock());
+  const std::string written = Written().substr(0, 18);
+  EXPECT_GE(written, before.substr(5, 5) + " " + before.substr(11, 12));
+  EXPECT_LE(written, after.substr(5, 5) + " " + after.substr(11, 12));
 }
 
 TEST_F(ClientLog, EachLevelHasItsLetter) {

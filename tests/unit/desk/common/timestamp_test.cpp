@@ -2,34 +2,31 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "desk/common/timestamp.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <cstdlib>
 
 namespace desk {
 namespace {
 
-timespec At(time_t seconds, long nanoseconds) {
-  timespec time{};
-  time.tv_sec = seconds;
-  time.tv_nsec = nanoseconds;
-  return time;
+constexpr Timestamp MOMENT(1795221298850);  // 2026-11-21T00:34:58.850Z
+
+TEST(DeskTimestamp, ATimeIsWrittenInUtcWithMilliseconds) {
+  EXPECT_EQ(FormatTimestamp(MOMENT), "2026-11-21T00:34:58.850Z");
+  EXPECT_EQ(FormatTimestamp(Timestamp(0)), "1970-01-01T00:00:00.000Z");
 }
 
-TEST(Timestamp, UtcHasTheWholeDateAndMilliseconds) {
-  EXPECT_EQ(UtcText(At(1700000000, 7999999)), "2023-11-14T22:13:20.007Z");
+TEST(DeskTimestamp, AWrittenTimeIsReadBack) {
+  EXPECT_EQ(ParseTimestamp(FormatTimestamp(MOMENT)), MOMENT);
 }
 
-TEST(Timestamp, TheLogsTimeIsLocalAndWithoutTheYear) {
-  setenv("TZ", "XYZ-2", 1);
-  tzset();
-  EXPECT_EQ(LogText(At(1700000000, 45000000)), "11-15 00:13:20.045");
+TEST(DeskTimestamp, ATimeInWholeSecondsIsRead) {
+  EXPECT_EQ(ParseTimestamp("2026-11-21T00:34:58Z"), Timestamp(1795221298000));
 }
 
-TEST(Timestamp, NowIsTheClocksTime) {
-  EXPECT_GE(TimeOfDay().tv_sec, 1700000000);
-  EXPECT_THAT(UtcText(TimeOfDay()), testing::MatchesRegex("20..-..-..T..:..:..\\....Z"));
+TEST(DeskTimestamp, AnyOtherTextIsNotATime) {
+  for (const char* text : {"", "2026-11-21", "2026-11-21T00:34:58", "2026-11-21T00:34:58.8Z",
+                           "2026-11-21T00:34:58.850Z ", "2026-13-21T00:34:58Z"}) {
+    EXPECT_FALSE(ParseTimestamp(text).has_value()) << text;
+  }
 }
 
 }  // namespace

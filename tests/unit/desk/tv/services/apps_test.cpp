@@ -232,10 +232,11 @@ TEST_F(AppsTest, AnUnknownAppIsNotFoundAndABrokenOneFails) {
 
 TEST_F(AppsTest, AnAppThatEndsByItselfIsReported) {
   Install("ends000001", "exit 3");
-  LaunchedPid("ends000001.Feed");
+  const std::string pid = std::to_string(LaunchedPid("ends000001.Feed"));
   RunUntil("its end", [&] { return !Running("ends000001.Feed"); });
   EXPECT_EQ(States("ends000001.Feed"), (Texts{"launched", "exited"}));
-  EXPECT_EQ(m_lines, Texts{"ends000001.Feed ended: exit status 3"});
+  EXPECT_EQ(m_lines, (Texts{"ends000001.Feed launched: pid " + pid + ", its output from byte 0",
+                            "ends000001.Feed ended: exit status 3"}));
   EXPECT_TRUE(m_keys.empty());
 }
 
