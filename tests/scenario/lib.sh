@@ -132,6 +132,8 @@ web_feeder() {
     metadata orv_data channel_data_url "http://example.org/$2/channels.json"
     metadata orv_data schedule_data_url "http://example.org/$2/schedule.json")"
 }
+# can_mount: whether the TV can mount images at all, by loop devices or FUSE.
+can_mount() { tv status --json | jq -e '.mounts | test("^none") | not' >/dev/null; }
 needs_loop() {
   tv status --json | jq -e '.mounts | test("^loop")' >/dev/null || { echo "no loop devices here: skipped"; exit 77; }
 }
