@@ -18,26 +18,36 @@ bool AppInfoCache::AddAppInfo(const std::string& rPackageID, AppInfo* pAppInfo, 
     // A replaced record is not freed: it may be a layer of the new chain.
     m_mapAppList.insert_or_assign(rPackageID, pAppInfo);
   }
-  if (!bUpdateDB) return true;
-  if (m_AppInfoDB.InsertNewRecord(pAppInfo)) return true;
+  if (!bUpdateDB) {
+    return true;
+  }
+  if (m_AppInfoDB.InsertNewRecord(pAppInfo)) {
+    return true;
+  }
   return ReplaceRow(rPackageID, pAppInfo);
 }
 
 bool AppInfoCache::UpdateAppInfo(const std::string& rPackageID, AppInfo* pAppInfo) {
   std::lock_guard<std::recursive_mutex> lock(m_mutexAppList);
   const auto iter = m_mapAppList.find(rPackageID);
-  if (iter == m_mapAppList.end()) return AddAppInfo(rPackageID, pAppInfo, true);
+  if (iter == m_mapAppList.end()) {
+    return AddAppInfo(rPackageID, pAppInfo, true);
+  }
   {
     std::lock_guard<std::mutex> lockRecords(m_mutexRecords);
     iter->second = pAppInfo;
   }
-  if (m_AppInfoDB.UpdateRecord(pAppInfo)) return true;
+  if (m_AppInfoDB.UpdateRecord(pAppInfo)) {
+    return true;
+  }
   return ReplaceRow(rPackageID, pAppInfo);
 }
 
 bool AppInfoCache::ReplaceRow(const std::string& rPackageID, const AppInfo* pAppInfo) {
   m_AppInfoDB.DeleteRecord(rPackageID);
-  if (m_AppInfoDB.InsertNewRecord(pAppInfo)) return true;
+  if (m_AppInfoDB.InsertNewRecord(pAppInfo)) {
+    return true;
+  }
   ORV_LOG_ERROR("[ERROR] AppInfoDB::InsertNewRecord() return false.");
   return false;
 }
@@ -79,14 +89,18 @@ bool AppInfoCache::HasAppInfo(const AppInfo* pAppInfo) {
 void AppInfoCache::GetAppIDList(std::vector<std::string>& rList) const {
   std::lock_guard<std::mutex> lock(m_mutexRecords);
   rList.reserve(rList.size() + m_mapAppList.size());
-  for (const auto& rEntry : m_mapAppList) rList.push_back(rEntry.first);
+  for (const auto& rEntry : m_mapAppList) {
+    rList.push_back(rEntry.first);
+  }
 }
 
 void AppInfoCache::GetAppIDListByType(const std::string& rAppType,
                                       std::vector<std::string>& rList) {
   std::optional<std::string> sPackageID;
   while (const PinnedAppInfo pAppInfo = PinNext(sPackageID)) {
-    if (!pAppInfo->GetMetadata(METADATA_ORV_TYPE, rAppType).empty()) rList.push_back(*sPackageID);
+    if (!pAppInfo->GetMetadata(METADATA_ORV_TYPE, rAppType).empty()) {
+      rList.push_back(*sPackageID);
+    }
   }
 }
 

@@ -20,7 +20,9 @@ PinnedAppInfo AppInfoCache::PinAppInfo(AppInfo* pAppInfo) {
 }
 
 PinnedAppInfo AppInfoCache::Pin(AppInfo* pAppInfo) {
-  if (pAppInfo == nullptr) return nullptr;
+  if (pAppInfo == nullptr) {
+    return nullptr;
+  }
   std::lock_guard<std::mutex> lock(m_mutexRecords);
   m_mapPins.emplace(pAppInfo, std::this_thread::get_id());
   return PinnedAppInfo(pAppInfo);
@@ -29,7 +31,9 @@ PinnedAppInfo AppInfoCache::Pin(AppInfo* pAppInfo) {
 PinnedAppInfo AppInfoCache::PinNext(std::optional<std::string>& rPackageID) {
   std::lock_guard<std::mutex> lock(m_mutexRecords);
   const auto iter = rPackageID ? m_mapAppList.upper_bound(*rPackageID) : m_mapAppList.begin();
-  if (iter == m_mapAppList.end()) return nullptr;
+  if (iter == m_mapAppList.end()) {
+    return nullptr;
+  }
   rPackageID = iter->first;
   m_mapPins.emplace(iter->second, std::this_thread::get_id());
   return PinnedAppInfo(iter->second);

@@ -17,7 +17,9 @@ void AppInfoCache::AddSchedulingItem(const std::string& rPackageID) {
     return;
   }
   const auto iter = std::find(m_vSchedulingList.begin(), m_vSchedulingList.end(), rPackageID);
-  if (iter != m_vSchedulingList.end()) m_vSchedulingList.erase(iter);
+  if (iter != m_vSchedulingList.end()) {
+    m_vSchedulingList.erase(iter);
+  }
   m_vSchedulingList.insert(m_vSchedulingList.begin(), rPackageID);
 }
 
@@ -39,7 +41,9 @@ bool AppInfoCache::GetNextSchedulingItem(SchedulingItem& rItem) {
   while (!m_vSchedulingList.empty()) {
     const std::string sPackageID = m_vSchedulingList.front();
     m_vSchedulingList.erase(m_vSchedulingList.begin());
-    if (CopySchedulingItem(sPackageID, rItem)) return true;
+    if (CopySchedulingItem(sPackageID, rItem)) {
+      return true;
+    }
   }
   return false;
 }
@@ -47,7 +51,9 @@ bool AppInfoCache::GetNextSchedulingItem(SchedulingItem& rItem) {
 bool AppInfoCache::CopySchedulingItem(const std::string& rPackageID, SchedulingItem& rItem) {
   std::lock_guard<std::recursive_mutex> lock(m_mutexAppList);
   const auto iter = m_mapAppList.find(rPackageID);
-  if (iter == m_mapAppList.end()) return false;
+  if (iter == m_mapAppList.end()) {
+    return false;
+  }
   const AppInfo* pAppInfo = iter->second;
   rItem.package_id = pAppInfo->m_sPackageID;
   rItem.service_id = pAppInfo->m_sServiceID;
@@ -75,7 +81,9 @@ int AppInfoCache::ResetSchedulingList() {
   for (const auto& [sPackageID, pAppInfo] : m_mapAppList) {
     const std::string sValue = pAppInfo->GetMetadata(METADATA_ORV_TYPE, APP_TYPE_CH_FEEDER_CUSTOM);
     ORV_LOG_DEBUG("[Debug] value : %s", sValue.c_str());
-    if (!sValue.empty()) m_vSchedulingList.push_back(sPackageID);
+    if (!sValue.empty()) {
+      m_vSchedulingList.push_back(sPackageID);
+    }
   }
   return static_cast<int>(m_vSchedulingList.size());
 }

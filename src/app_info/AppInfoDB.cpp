@@ -52,8 +52,12 @@ const char* TextOr(const char* pText, const char* pDefault) {
 Json::Value ToJsonObject(const MetadataMap& rMetadata, const std::string& rType) {
   Json::Value object(Json::objectValue);
   const auto iter = rMetadata.find(rType);
-  if (iter == rMetadata.end()) return object;
-  for (const auto& [sKey, sValue] : iter->second) object[sKey] = sValue;
+  if (iter == rMetadata.end()) {
+    return object;
+  }
+  for (const auto& [sKey, sValue] : iter->second) {
+    object[sKey] = sValue;
+  }
   return object;
 }
 
@@ -64,7 +68,9 @@ std::string MakeVariablesText(const AppInfo& rAppInfo) {
   Json::Value root;
   for (const std::string& rType : {METADATA_ORV_TYPE, METADATA_ORV_DATA}) {
     const Json::Value object = ToJsonObject(metadata, rType);
-    if (!object.empty()) root[rType] = object;
+    if (!object.empty()) {
+      root[rType] = object;
+    }
   }
   return JsonText::Write(root);
 }
@@ -80,7 +86,9 @@ bool HasQuote(const std::vector<std::string>& rValues) {
 
 /// Null, like the other texts, when there is no statement to run.
 SqliteText MakeInsertText(const std::vector<std::string>& rValues) {
-  if (HasQuote(rValues)) return nullptr;
+  if (HasQuote(rValues)) {
+    return nullptr;
+  }
   std::string sList;
   const char* pSeparator = "";
   for (const std::string& rValue : rValues) {
@@ -99,7 +107,9 @@ SqliteText MakeUpdateText(const std::string& rAssignments, const std::string& rP
 }
 
 SqliteText MakeDeleteText(const std::string& rPackageID) {
-  if (HasQuote({rPackageID})) return nullptr;
+  if (HasQuote({rPackageID})) {
+    return nullptr;
+  }
   return SqliteText(sqlite3_mprintf("DELETE from %s where %s = '%s'", STORE_TABLE.c_str(),
                                     COLUMN_PACKAGE_ID.c_str(), rPackageID.c_str()));
 }
@@ -136,7 +146,9 @@ std::map<int, AppInfoDB::ColumnInfo> AppInfoDB::MakeColumnInfo() {
 }
 
 AppInfoDB::~AppInfoDB() {
-  if (m_pDB == nullptr) return;
+  if (m_pDB == nullptr) {
+    return;
+  }
   sqlite3_close(m_pDB);
   m_pDB = nullptr;
 }
@@ -161,7 +173,9 @@ int AppInfoDB::GetDBFileSize() {
 }
 
 bool AppInfoDB::OpendDBConnection() {
-  if (sqlite3_open(s_sDBFilePath.c_str(), &m_pDB) == SQLITE_OK) return true;
+  if (sqlite3_open(s_sDBFilePath.c_str(), &m_pDB) == SQLITE_OK) {
+    return true;
+  }
   ORV_LOG_ERROR("[ERROR] Fail to sqlite3_open.(error : %d)", sqlite3_errcode(m_pDB));
   return false;
 }
@@ -170,7 +184,9 @@ bool AppInfoDB::CheckIntegrity() {
   char* pErrMsg = nullptr;
   const int ret =
       sqlite3_exec(m_pDB, "pragma integrity_check", IntegrityCheckCallBack, nullptr, &pErrMsg);
-  if (ret == SQLITE_OK) return true;
+  if (ret == SQLITE_OK) {
+    return true;
+  }
   ORV_LOG_ERROR("[ERROR] integrity_check is failed. err_msg : %s", TextOr(pErrMsg, ""));
   sqlite3_free(pErrMsg);
   return false;
@@ -180,7 +196,9 @@ bool AppInfoDB::CheckSchema() {
   const std::string sQuery = "PRAGMA table_info('" + STORE_TABLE + "')";
   char* pErrMsg = nullptr;
   const int ret = sqlite3_exec(m_pDB, sQuery.c_str(), SchemaCheckCallback, nullptr, &pErrMsg);
-  if (ret == SQLITE_OK) return true;
+  if (ret == SQLITE_OK) {
+    return true;
+  }
   ORV_LOG_ERROR("[ERROR] DB has been corrupted. error msg : %s", TextOr(pErrMsg, ""));
   sqlite3_free(pErrMsg);
   return false;
@@ -201,7 +219,9 @@ int AppInfoDB::IntegrityCheckCallBack(void* pContext, int argc, char** argv, cha
 }
 
 int AppInfoDB::SchemaCheckCallback(void* pContext, int argc, char** argv, char** azColName) {
-  if (argc < SCHEMA_COLUMN_COUNT || argv[INDEX_ID] == nullptr) return 1;
+  if (argc < SCHEMA_COLUMN_COUNT || argv[INDEX_ID] == nullptr) {
+    return 1;
+  }
 
   const int cid = static_cast<int>(std::strtol(argv[INDEX_ID], nullptr, 10));
   ORV_LOG_DEBUG("[Debug] cid = %d", cid);
@@ -233,14 +253,18 @@ int AppInfoDB::SchemaCheckCallback(void* pContext, int argc, char** argv, char**
 }
 
 bool AppInfoDB::IsPrimaryKeyMatched(const ColumnInfo& rColumn, const char* pPrimaryKey) {
-  if (pPrimaryKey == nullptr) return false;
+  if (pPrimaryKey == nullptr) {
+    return false;
+  }
   const long number = std::strtol(pPrimaryKey, nullptr, 10);
   const bool bPrimaryKey = rColumn.sType.find(PRIMARY_KEY_OPTION) != std::string::npos;
   return bPrimaryKey ? number != 0 : number != 1;
 }
 
 bool AppInfoDB::CreateTable() {
-  if (m_pDB == nullptr) return false;
+  if (m_pDB == nullptr) {
+    return false;
+  }
 
   m_DBQueryMaker.Clear();
   m_DBQueryMaker.SetTableName(STORE_TABLE);
@@ -249,7 +273,9 @@ bool AppInfoDB::CreateTable() {
   }
   const std::string sQuery = m_DBQueryMaker.GetQuery_TableCreate();
   const int ret = sqlite3_exec(m_pDB, sQuery.c_str(), nullptr, nullptr, nullptr);
-  if (ret == SQLITE_OK) return true;
+  if (ret == SQLITE_OK) {
+    return true;
+  }
   ORV_LOG_ERROR("[ERROR] fail to sqlite3_exec - error:%d ", ret);
   return false;
 }
@@ -258,7 +284,9 @@ void AppInfoDB::RestoreDBFile() {
   ORV_LOG_DEBUG("[Debug] DB will be removed and reopen DB");
   RemoveDBFile();
   // There is no second repair: without a table the daemon runs without a store.
-  if (OpendDBConnection()) CreateTable();
+  if (OpendDBConnection()) {
+    CreateTable();
+  }
 }
 
 void AppInfoDB::RemoveDBFile() {
@@ -272,45 +300,61 @@ void AppInfoDB::RemoveDBFile() {
 void AppInfoDB::GetColumnValues(const AppInfo& rAppInfo, std::vector<std::string>& rValues) {
   rValues.resize(s_mapColumnInfo.size());
   for (const auto& [index, rColumn] : s_mapColumnInfo) {
-    if (rColumn.sName == COLUMN_VARIABLES) rValues[index] = MakeVariablesText(rAppInfo);
+    if (rColumn.sName == COLUMN_VARIABLES) {
+      rValues[index] = MakeVariablesText(rAppInfo);
+    }
     for (const auto& [sName, pMember] : IDENTITY_COLUMNS) {
-      if (rColumn.sName == sName) rValues[index] = rAppInfo.*pMember;
+      if (rColumn.sName == sName) {
+        rValues[index] = rAppInfo.*pMember;
+      }
     }
   }
 }
 
 bool AppInfoDB::Execute(const char* pStatement) {
   // SQLite itself takes null for an empty statement, which succeeds.
-  if (pStatement == nullptr) return false;
+  if (pStatement == nullptr) {
+    return false;
+  }
   return sqlite3_exec(m_pDB, pStatement, nullptr, nullptr, nullptr) == SQLITE_OK;
 }
 
 bool AppInfoDB::InsertNewRecord(const AppInfo* pAppInfo) {
   ORV_LOG_INFO("[Info] start");
-  if (m_pDB == nullptr) return false;
+  if (m_pDB == nullptr) {
+    return false;
+  }
 
   std::vector<std::string> values;
   GetColumnValues(*pAppInfo, values);
   const SqliteText pStatement = MakeInsertText(values);
-  if (Execute(pStatement.get())) return true;
+  if (Execute(pStatement.get())) {
+    return true;
+  }
 
   // False even when the second attempt stores the row. Intentional: docs/behaviour.md, "An insert
   // over a row".
-  if (DeleteRecord(pAppInfo->m_sPackageID)) Execute(pStatement.get());
+  if (DeleteRecord(pAppInfo->m_sPackageID)) {
+    Execute(pStatement.get());
+  }
   ORV_LOG_ERROR("[ERROR] insert error.");
   return false;
 }
 
 bool AppInfoDB::UpdateRecord(const AppInfo* pAppInfo) {
   ORV_LOG_INFO("[Info] start");
-  if (m_pDB == nullptr) return false;
+  if (m_pDB == nullptr) {
+    return false;
+  }
 
   std::vector<std::string> values;
   GetColumnValues(*pAppInfo, values);
   const SqliteText pStatement =
       HasQuote(values) ? nullptr
                        : MakeUpdateText(MakeAssignmentList(values), pAppInfo->m_sPackageID);
-  if (Execute(pStatement.get())) return true;
+  if (Execute(pStatement.get())) {
+    return true;
+  }
   ORV_LOG_ERROR("[ERROR] update error.");
   return false;
 }
@@ -328,16 +372,22 @@ std::string AppInfoDB::MakeAssignmentList(const std::vector<std::string>& rValue
 
 bool AppInfoDB::DeleteRecord(const std::string& rPackageID) {
   ORV_LOG_INFO("[Info] start");
-  if (m_pDB == nullptr) return false;
+  if (m_pDB == nullptr) {
+    return false;
+  }
 
-  if (Execute(MakeDeleteText(rPackageID).get())) return true;
+  if (Execute(MakeDeleteText(rPackageID).get())) {
+    return true;
+  }
   ORV_LOG_ERROR("[ERROR] delete error.");
   return false;
 }
 
 bool AppInfoDB::LoadData(RowMap& rRows) {
   ORV_LOG_INFO("[Info] start");
-  if (m_pDB == nullptr) return false;
+  if (m_pDB == nullptr) {
+    return false;
+  }
 
   rRows.clear();
   const std::string sQuery = m_DBQueryMaker.GetQuery_Select_All();
@@ -352,7 +402,9 @@ bool AppInfoDB::LoadData(RowMap& rRows) {
   while (sqlite3_step(pStatement) == SQLITE_ROW) {
     std::map<std::string, std::string> row = ReadRow(pStatement, columnCount);
     const std::string sPackageID = row[COLUMN_PACKAGE_ID];
-    if (!sPackageID.empty()) rRows.emplace(sPackageID, std::move(row));
+    if (!sPackageID.empty()) {
+      rRows.emplace(sPackageID, std::move(row));
+    }
   }
   sqlite3_finalize(pStatement);
   return true;

@@ -17,8 +17,12 @@ std::string Write(const Json::Value& rValue) {
 
 bool Parse(const std::string& rText, Json::Value& rRoot, std::string* pErrors) {
   Json::Reader reader;
-  if (reader.parse(rText, rRoot, true)) return true;
-  if (pErrors != nullptr) *pErrors = reader.getFormattedErrorMessages();
+  if (reader.parse(rText, rRoot, true)) {
+    return true;
+  }
+  if (pErrors != nullptr) {
+    *pErrors = reader.getFormattedErrorMessages();
+  }
   return false;
 }
 

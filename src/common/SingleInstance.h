@@ -19,9 +19,13 @@ class SingleInstance {
   static Type* Get() {
     static std::atomic<Type*> s_pInstance{nullptr};
     Type* pPublished = s_pInstance;
-    if (pPublished != nullptr) return pPublished;
+    if (pPublished != nullptr) {
+      return pPublished;
+    }
     auto* const pCreated = new Type();  // owned by the process once published
-    if (s_pInstance.compare_exchange_strong(pPublished, pCreated)) return pCreated;
+    if (s_pInstance.compare_exchange_strong(pPublished, pCreated)) {
+      return pCreated;
+    }
     delete pCreated;
     return pPublished;
   }

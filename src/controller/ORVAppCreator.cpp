@@ -37,7 +37,9 @@ bool ORVAppCreator::IsSupportedAppType(const std::string& rType) {
 }
 
 void ORVAppCreator::AddSupportedAppType(const std::string& rType) {
-  if (!IsSupportedAppType(rType)) s_vSupportedAppTypes.push_back(rType);
+  if (!IsSupportedAppType(rType)) {
+    s_vSupportedAppTypes.push_back(rType);
+  }
 }
 
 void ORVAppCreator::RegisterAppType(const std::string& rType, const AppTypeCreator& rCreator) {
@@ -103,13 +105,19 @@ AppInfo* ORVAppCreator::DecorateAppTypeByMatadata(const AppBaseInfo& rInfo,
                                                   const MetadataMap& rMetadata) {
   AppInfo* pAppInfo = nullptr;
   const auto iter = rMetadata.find(METADATA_ORV_TYPE);
-  if (iter == rMetadata.end()) return pAppInfo;
+  if (iter == rMetadata.end()) {
+    return pAppInfo;
+  }
   for (const auto& [sType, sValue] : iter->second) {
     ORV_LOG_INFO("[Info] [METADATA_ORV_TYPE] key : %s, iter->second : %s", sType.c_str(),
                  sValue.c_str());
-    if (!IsSupportedAppType(sType)) continue;
+    if (!IsSupportedAppType(sType)) {
+      continue;
+    }
     // Owned by the first layer that wraps it.
-    if (pAppInfo == nullptr) pAppInfo = new ORVAppInfo(rInfo);
+    if (pAppInfo == nullptr) {
+      pAppInfo = new ORVAppInfo(rInfo);
+    }
     AddAppTypeDecorator(pAppInfo, sType, sValue);
   }
   return pAppInfo;
@@ -133,13 +141,17 @@ void ORVAppCreator::RemoveApp(const std::string& rPackageID) {
   // Waits for an operation of the record on another thread.
   const RecordGuard guard(rPackageID);
   AppInfo* pAppInfo = AppInfoCache::GetInstance()->RemoveAppInfo(rPackageID);
-  if (pAppInfo == nullptr) return;
+  if (pAppInfo == nullptr) {
+    return;
+  }
   WidgetIDWait::End(pAppInfo);
   AppInfoCache::GetInstance()->WaitUntilUnpinned(pAppInfo);
   const auto iter = m_mapAppTypeCreators.find(pAppInfo->GetAppType());
   // A record whose outermost type is not registered is not destroyed (docs/behaviour.md,
   // "Creation").
-  if (iter != m_mapAppTypeCreators.end()) iter->second.second(pAppInfo);
+  if (iter != m_mapAppTypeCreators.end()) {
+    iter->second.second(pAppInfo);
+  }
 }
 
 void ORVAppCreator::RunValidationTesting() {
@@ -154,7 +166,9 @@ void ORVAppCreator::RunValidationTesting() {
   for (const std::string& rPackageID : packageIDs) {
     ORV_LOG_INFO("[Info] packageID : %s", rPackageID.c_str());
     const auto iter = appList.find(rPackageID);
-    if (iter != appList.end() && !iter->second) continue;
+    if (iter != appList.end() && !iter->second) {
+      continue;
+    }
     ORV_LOG_INFO("[Info] Remove %s App.", rPackageID.c_str());
     RemoveApp(rPackageID);
   }

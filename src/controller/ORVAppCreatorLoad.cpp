@@ -15,7 +15,9 @@ namespace {
 
 /// Only an object or null can be walked. Anything else was not written by this daemon.
 void RequireObject(const Json::Value& rValue) {
-  if (!rValue.isObject() && !rValue.isNull()) throw std::invalid_argument("no JSON object");
+  if (!rValue.isObject() && !rValue.isNull()) {
+    throw std::invalid_argument("no JSON object");
+  }
 }
 
 MetadataMap ToMetadataMap(const Json::Value& rRoot) {
@@ -23,7 +25,9 @@ MetadataMap ToMetadataMap(const Json::Value& rRoot) {
   MetadataMap metadata;
   for (auto type = rRoot.begin(); type != rRoot.end(); ++type) {
     RequireObject(*type);
-    if (type->empty()) continue;
+    if (type->empty()) {
+      continue;
+    }
     auto& rEntries = metadata[type.name()];
     for (auto entry = type->begin(); entry != type->end(); ++entry) {
       rEntries.emplace_hint(rEntries.end(), entry.name(), entry->asString());
@@ -44,7 +48,9 @@ void ORVAppCreator::LoadAndCreateAppInfo() {
     while (!rows.empty()) {
       // The rows after a broken one are not loaded but stay stored (docs/behaviour.md, "Load and
       // reset").
-      if (!CreateAppInfoFromRow(rows.begin()->second)) return;
+      if (!CreateAppInfoFromRow(rows.begin()->second)) {
+        return;
+      }
       // Frees its memory for the next record.
       rows.erase(rows.begin());
     }

@@ -11,7 +11,9 @@
 bool ORVAppCreator::ExtractAppInfoFromMetadata(AppBaseInfo& rInfo) {
   // An existing entry is kept: the table holds the first value of each key.
   m_mapMetadata.try_emplace(rInfo.m_sPackageID);
-  if (GetPackageInfo(rInfo)) return true;
+  if (GetPackageInfo(rInfo)) {
+    return true;
+  }
   ORV_LOG_ERROR("[ERROR] Get_PackageInfo() return false.");
   m_mapMetadata.erase(rInfo.m_sPackageID);
   return false;
@@ -64,7 +66,9 @@ bool ORVAppCreator::PackageInfoAppCB(package_info_app_component_type_e eType, co
     return false;
   }
   ret = app_info_foreach_metadata(hAppInfo, AppInfoMetadataCB, pUserData);
-  if (ret != 0) ORV_LOG_ERROR("[ERROR] app_info_foreach_metadata() failed. [ret : %d]", ret);
+  if (ret != 0) {
+    ORV_LOG_ERROR("[ERROR] app_info_foreach_metadata() failed. [ret : %d]", ret);
+  }
   app_info_destroy(hAppInfo);
   return true;
 }

@@ -64,7 +64,9 @@ UpdateResult ORVAppCreator::UpdateApp(const std::string& rPackageID) {
   // No other thread is inside the record while its chain changes.
   const RecordGuard guard(rPackageID);
   AppInfo* pAppInfo = AppInfoCache::GetInstance()->GetAppInfo(rPackageID);
-  if (pAppInfo == nullptr) return UPDATE_RESULT_CREATE;
+  if (pAppInfo == nullptr) {
+    return UPDATE_RESULT_CREATE;
+  }
 
   AppBaseInfo info;
   info.m_sPackageID = rPackageID;
@@ -79,7 +81,9 @@ UpdateResult ORVAppCreator::UpdateApp(const std::string& rPackageID) {
     return UPDATE_RESULT_REMOVE;
   }
   const auto newTypes = newMetadata->second.find(METADATA_ORV_TYPE);
-  if (newTypes == newMetadata->second.end()) return UPDATE_RESULT_REMOVE;
+  if (newTypes == newMetadata->second.end()) {
+    return UPDATE_RESULT_REMOVE;
+  }
 
   MetadataMap oldMetadata;
   pAppInfo->GetAllMetadata(oldMetadata);
@@ -104,7 +108,9 @@ void ORVAppCreator::RemoveDeactivatedAppTypes(AppInfo*& rpAppInfo, const AppType
   for (const auto& [sType, sValue] : Subtract(rOldTypes, rNewTypes)) {
     ORV_LOG_DEBUG("[Debug] [Removable] first : %s, second : %s", sType.c_str(), sValue.c_str());
     AppInfo* pExtracted = ExtractAppType(rpAppInfo, sType);
-    if (pExtracted == nullptr) continue;
+    if (pExtracted == nullptr) {
+      continue;
+    }
     WidgetIDWait::End(pExtracted);
     const auto iter = m_mapAppTypeCreators.find(sType);
     if (iter == m_mapAppTypeCreators.end()) {
@@ -124,7 +130,9 @@ void ORVAppCreator::AddActivatedAppTypes(AppInfo* pAppInfo, const AppTypeMap& rO
   for (const auto& rKeyValue : Subtract(rNewTypes, rOldTypes)) {
     ORV_LOG_DEBUG("[Debug] [Additional] first : %s, second : %s", rKeyValue.first.c_str(),
                   rKeyValue.second.c_str());
-    if (!IsSupportedAppType(rKeyValue.first)) continue;
+    if (!IsSupportedAppType(rKeyValue.first)) {
+      continue;
+    }
     AddAppTypeDecorator(pHead, rKeyValue.first, rKeyValue.second);
     pHead->SetMetadata(METADATA_ORV_TYPE, rKeyValue, true);
   }

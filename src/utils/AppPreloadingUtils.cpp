@@ -62,7 +62,9 @@ bool FindNextCallback(std::optional<std::string>& rAppType, WebAppStatusCallback
   const std::lock_guard<std::mutex> lock(m_mutexFollowedApp);
   const auto it =
       rAppType ? m_mapWebStatusCallbacks.upper_bound(*rAppType) : m_mapWebStatusCallbacks.begin();
-  if (it == m_mapWebStatusCallbacks.end()) return false;
+  if (it == m_mapWebStatusCallbacks.end()) {
+    return false;
+  }
   rAppType = it->first;
   rCallback = it->second;
   return true;
@@ -72,7 +74,9 @@ enum class Removal { ABSENT, OTHERS_LEFT, LAST };
 
 Removal EraseCallback(const std::string& rAppType) {
   const std::lock_guard<std::mutex> lock(m_mutexFollowedApp);
-  if (m_mapWebStatusCallbacks.erase(rAppType) == 0) return Removal::ABSENT;
+  if (m_mapWebStatusCallbacks.erase(rAppType) == 0) {
+    return Removal::ABSENT;
+  }
   return m_mapWebStatusCallbacks.empty() ? Removal::LAST : Removal::OTHERS_LEFT;
 }
 
@@ -83,7 +87,9 @@ bool IsAlreadyUp(const std::string& rAppID) {
 }
 
 void StartPreloadingTimer() {
-  if (m_uPreloadingTimerID != 0) return;
+  if (m_uPreloadingTimerID != 0) {
+    return;
+  }
   m_uPreloadingTimerID =
       g_timeout_add_seconds(PRELOAD_RETRY_PERIOD_SECONDS, PreloadingTimerCBFunc, nullptr);
 }
@@ -160,7 +166,9 @@ void AddWebStatusChangedCallback(const std::string& rAppID, const std::string& r
     vconf_ignore_key_changed(GetStatusKey(rAppID).c_str(), WebAppStatusChangedCallback);
   }
   const std::lock_guard<std::mutex> lockFollowedApp(m_mutexFollowedApp);
-  if (bReplacing) m_mapWebStatusCallbacks.clear();
+  if (bReplacing) {
+    m_mapWebStatusCallbacks.clear();
+  }
   m_sPreloadingAppID = rAppID;
   m_mapWebStatusCallbacks[rAppType] = rCallback;
 }
@@ -173,7 +181,9 @@ void RemoveWebStatusChangedCallback(const std::string& rAppID, const std::string
     ORV_LOG_DEBUG("[Debug] Cannot find target callback function.");
     return;
   }
-  if (eRemoval == Removal::LAST) UnregisterAppStatusVconfCallback(rAppID);
+  if (eRemoval == Removal::LAST) {
+    UnregisterAppStatusVconfCallback(rAppID);
+  }
 }
 
 bool RegisterAppStatusVconfCallback(const std::string& rAppID) {
@@ -195,7 +205,9 @@ bool RegisterAppStatusVconfCallback(const std::string& rAppID) {
 
 void UnregisterAppStatusVconfCallback(const std::string& rAppID) {
   ORV_LOG_INFO("[Info] rAppID : %s", rAppID.c_str());
-  if (!m_bAppStatusVconfRegistered) return;
+  if (!m_bAppStatusVconfRegistered) {
+    return;
+  }
   vconf_ignore_key_changed(GetStatusKey(rAppID).c_str(), WebAppStatusChangedCallback);
   m_bAppStatusVconfRegistered = false;
   const std::lock_guard<std::mutex> lock(m_mutexFollowedApp);
@@ -204,7 +216,9 @@ void UnregisterAppStatusVconfCallback(const std::string& rAppID) {
 }
 
 void WebAppStatusChangedCallback(keynode_t* pNode, void* pUserData) try {
-  if (!m_bAppStatusVconfRegistered) return;
+  if (!m_bAppStatusVconfRegistered) {
+    return;
+  }
   const char* const pAppStatus = vconf_keynode_get_str(pNode);
   // A removed key has no word; the empty word is not in the table.
   const std::string sAppStatus = pAppStatus ? pAppStatus : "";
@@ -268,8 +282,12 @@ int PreloadingTimerCBFunc(void* pUserData) try {
   }
   ORV_LOG_INFO("[Info] count = %d", m_iPreloadingCount.load());
   const int iCode = AppControlUtils::PreloadWebApp(GetPreloadingAppID());
-  if (iCode == APP_CONTROL_ERROR_APP_NOT_FOUND) return StopPreloadingTimer();
-  if (iCode != APP_CONTROL_ERROR_NONE) return CountPreloadingTry();
+  if (iCode == APP_CONTROL_ERROR_APP_NOT_FOUND) {
+    return StopPreloadingTimer();
+  }
+  if (iCode != APP_CONTROL_ERROR_NONE) {
+    return CountPreloadingTry();
+  }
   return RegisterAppStatusVconfCallback(GetPreloadingAppID()) ? StopPreloadingTimer()
                                                               : CountPreloadingTry();
 } catch (const std::exception& e) {
@@ -283,7 +301,9 @@ void NotifyWebAppStatus() {
   std::optional<std::string> sAppType;
   WebAppStatusCallback callback;
   while (FindNextCallback(sAppType, callback)) {
-    if (callback.first != nullptr) callback.first(m_iCurrentWebAppStatus, callback.second);
+    if (callback.first != nullptr) {
+      callback.first(m_iCurrentWebAppStatus, callback.second);
+    }
   }
 }
 

@@ -38,9 +38,12 @@ bool Exists(const std::string& sPath) {
 bool CreateDirectories(const std::string& sDirectoryPath) {
   try {
     boostfs::path targetPath(sDirectoryPath);
-    if (sDirectoryPath.find('/') != std::string::npos) targetPath = targetPath.parent_path();
-    if (PathExists(targetPath)) return true;
-    if (boostfs::create_directories(targetPath)) return true;
+    if (sDirectoryPath.find('/') != std::string::npos) {
+      targetPath = targetPath.parent_path();
+    }
+    if (PathExists(targetPath) || boostfs::create_directories(targetPath)) {
+      return true;
+    }
     // The bracket stays open: log readers know this line so.
     ORV_LOG_ERROR(
         "[ERROR] Cannot create the target directories.(sDirectoryPath : %s, targetPath : %s",
@@ -54,7 +57,9 @@ bool CreateDirectories(const std::string& sDirectoryPath) {
 void RemoveDirectories(const std::string& sDirectoryPath) {
   try {
     const boostfs::path targetPath(sDirectoryPath);
-    if (PathExists(targetPath)) boostfs::remove_all(targetPath);
+    if (PathExists(targetPath)) {
+      boostfs::remove_all(targetPath);
+    }
   } catch (const std::exception& e) {
     ORV_LOG_ERROR("[ERROR] exception : %s", e.what());
   }
@@ -91,7 +96,9 @@ bool ReadFile(const std::string& filePath, std::string& rContent) {
 std::string GetPackagedMetaDataDirectoryPath(const std::string& rPackageID) {
   std::string sTargetMetaDataDirectoryPath = s_sMetaDataDirectoryPath + rPackageID;
   ORV_LOG_INFO("[Info] sTargetMetaDataDirectoryPath : %s", sTargetMetaDataDirectoryPath.c_str());
-  if (Exists(sTargetMetaDataDirectoryPath)) return sTargetMetaDataDirectoryPath;
+  if (Exists(sTargetMetaDataDirectoryPath)) {
+    return sTargetMetaDataDirectoryPath;
+  }
   ORV_LOG_ERROR("[ERROR] boostfs::exists(%s) return false.", sTargetMetaDataDirectoryPath.c_str());
   return std::string();
 }

@@ -84,7 +84,9 @@ void MoveEveryFilesInDirectory(const std::string& sOldDirectoryPath,
   ORV_LOG_INFO("[Info] sNewDirectoryPath : %s", sNewDirectoryPath.c_str());
   for (const boostfs::directory_entry& rEntry : ListDirectory(sOldDirectoryPath)) {
     ORV_LOG_INFO("[Info] directory_iterator -> %s", rEntry.path().c_str());
-    if (boostfs::is_directory(rEntry.status())) continue;
+    if (boostfs::is_directory(rEntry.status())) {
+      continue;
+    }
     const std::string sNewPath = sNewDirectoryPath + "/" + rEntry.path().filename().string();
     ORV_LOG_INFO("[Info] Move to %s", sNewPath.c_str());
     boostfs::rename(rEntry.path(), sNewPath);
@@ -118,7 +120,9 @@ bool AddAppTypeToList(const std::string& sFilePath, const std::string& rContent,
                       const std::string& rAppType) {
   AppTypeList list(rContent);
   for (Json::ArrayIndex i = 0; i < list.m_Types.size(); ++i) {
-    if (list.m_Types[i].asString() == rAppType) return true;
+    if (list.m_Types[i].asString() == rAppType) {
+      return true;
+    }
   }
   list.m_Types.append(rAppType);
   return list.Write(sFilePath);
@@ -129,7 +133,9 @@ void RemoveFromList(Json::Value& rTypes, const std::string& rAppType) {
   // docs/behaviour.md, "Of an entry listed twice in a row the second stays".
   for (Json::ArrayIndex i = 0; i < rTypes.size(); ++i) {
     Json::Value removed;
-    if (rTypes[i].asString() == rAppType) rTypes.removeIndex(i, &removed);
+    if (rTypes[i].asString() == rAppType) {
+      rTypes.removeIndex(i, &removed);
+    }
   }
 }
 
@@ -142,7 +148,9 @@ void UninstallHbbTvApp(const std::string& sTargetDirectory, const std::string& r
   }
   AppTypeList list(sContent);
   RemoveFromList(list.m_Types, rAppType);
-  if (list.m_Types.empty() || !list.Write(sAppTypeFilePath)) RemoveDirectories(sTargetDirectory);
+  if (list.m_Types.empty() || !list.Write(sAppTypeFilePath)) {
+    RemoveDirectories(sTargetDirectory);
+  }
 }
 
 /// An exception leaves the mount in place. Intentional: docs/behaviour.md, "An exception ends the
@@ -172,8 +180,12 @@ bool InstallPackagedData(const Paths& rPaths, const std::string& rAppType, int i
   } else if (!bUnpacked) {
     ORV_LOG_ERROR("[ERROR] FileSystemUtils::Unzip() return false.");
   }
-  if (bMounted) Unmount(rPaths.m_sMountedDirectory);
-  if (!bUnpacked) return false;
+  if (bMounted) {
+    Unmount(rPaths.m_sMountedDirectory);
+  }
+  if (!bUnpacked) {
+    return false;
+  }
   if (iDataType & PACKAGED_TYPE_META_DATA) {
     if (!CreateDirectories(rPaths.m_sMetaDataTarget + "/")) {
       ORV_LOG_ERROR("[ERROR] FileSystemUtils::CreateDirectory() return false.");
@@ -210,13 +222,17 @@ void UninstallPackagedData(const std::string& rPackageID, const std::string& rAp
     const std::string sTargetDirectory = GetMetaDataDirectoryPath() + rPackageID + "/";
     ORV_LOG_INFO("[Info] [PACKAGED_TYPE_META_DATA] sTargetDirectory : %s",
                  sTargetDirectory.c_str());
-    if (Exists(sTargetDirectory)) RemoveDirectories(sTargetDirectory);
+    if (Exists(sTargetDirectory)) {
+      RemoveDirectories(sTargetDirectory);
+    }
   }
   if (rDataType & PACKAGED_TYPE_HBBTV_APP) {
     const std::string sTargetDirectory = GetHbbTvDirectoryPath() + rPackageID + "/";
     ORV_LOG_INFO("[Info] [PACKAGED_TYPE_HBBTV_APP] sTargetDirectory : %s",
                  sTargetDirectory.c_str());
-    if (Exists(sTargetDirectory)) UninstallHbbTvApp(sTargetDirectory, rAppType);
+    if (Exists(sTargetDirectory)) {
+      UninstallHbbTvApp(sTargetDirectory, rAppType);
+    }
   }
 }
 
@@ -225,7 +241,9 @@ bool AddAppTypeToFile(const std::string& sFilePath, const std::string& rAppType,
   if (Exists(sFilePath) && ReadFile(sFilePath, sContent)) {
     return AddAppTypeToList(sFilePath, sContent, rAppType);
   }
-  if (!bCreate) return false;
+  if (!bCreate) {
+    return false;
+  }
   Json::Value root;
   root[PACKAGED_APP_TYPE_KEY].append(rAppType);
   return WriteFile(sFilePath, JsonText::Write(root));

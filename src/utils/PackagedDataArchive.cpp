@@ -33,8 +33,12 @@ bool CopyCurrentEntry(unzFile pHandle, std::FILE* pFile) {
   char aBuffer[READ_SIZE];
   for (;;) {
     const int iCount = unzReadCurrentFile(pHandle, aBuffer, sizeof(aBuffer));
-    if (iCount < 0) return false;
-    if (iCount == 0) return true;
+    if (iCount < 0) {
+      return false;
+    }
+    if (iCount == 0) {
+      return true;
+    }
     std::fwrite(aBuffer, 1, static_cast<std::size_t>(iCount), pFile);
   }
 }
@@ -53,7 +57,9 @@ bool ExtractFile(unzFile pHandle, const std::string& rTargetFilePath) try {
   const boostfs::path targetPath(rTargetFilePath);
   // Directory entries return here, and so does a link to a directory. Intentional:
   // docs/behaviour.md, "A target that is a link".
-  if (boostfs::is_directory(boostfs::status(targetPath, error))) return true;
+  if (boostfs::is_directory(boostfs::status(targetPath, error))) {
+    return true;
+  }
   if (boostfs::is_symlink(boostfs::symlink_status(targetPath, error))) {
     ORV_LOG_ERROR("[ERROR] rTargetFilePath is symbolic link.");
     return false;
@@ -80,7 +86,9 @@ bool GetTargetPath(unzFile pHandle, const std::string& sDirectoryPath, std::stri
     return false;
   }
   rTargetPath = sDirectoryPath;
-  if (rTargetPath.empty() || rTargetPath.back() != '/') rTargetPath += '/';
+  if (rTargetPath.empty() || rTargetPath.back() != '/') {
+    rTargetPath += '/';
+  }
   // A name that fills its buffer has no terminator.
   rTargetPath.append(aName, strnlen(aName, sizeof(aName)));
   std::replace(rTargetPath.begin(), rTargetPath.end(), '\\', '/');
@@ -107,10 +115,14 @@ bool Unzip(const std::string& sArchivePath, const std::string& sDirectoryPath) {
     ORV_LOG_ERROR("[ERROR] unzHandle is NULL");
     return false;
   }
-  if (unzGoToFirstFile(pHandle.get()) != UNZ_OK) return GiveUp(pHandle.get());
+  if (unzGoToFirstFile(pHandle.get()) != UNZ_OK) {
+    return GiveUp(pHandle.get());
+  }
   do {
     std::string targetFilename;
-    if (!GetTargetPath(pHandle.get(), sDirectoryPath, targetFilename)) return GiveUp(pHandle.get());
+    if (!GetTargetPath(pHandle.get(), sDirectoryPath, targetFilename)) {
+      return GiveUp(pHandle.get());
+    }
     if (!ExtractFile(pHandle.get(), targetFilename)) {
       ORV_LOG_ERROR("[ERROR] ExtractFile() return false.[targetFilename : %s]",
                     targetFilename.c_str());

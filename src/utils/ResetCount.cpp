@@ -19,7 +19,9 @@ namespace {
 
 std::string MakeResetCountPath() {
   char* pDataPath = app_get_data_path();
-  if (pDataPath == nullptr) return RESET_COUNT_FILE;
+  if (pDataPath == nullptr) {
+    return RESET_COUNT_FILE;
+  }
   std::string sPath = pDataPath + RESET_COUNT_FILE;
   std::free(pDataPath);
   return sPath;
@@ -27,7 +29,9 @@ std::string MakeResetCountPath() {
 
 void ReadResetCount(int& rFactory, int& rService) {
   std::ifstream stream(MakeResetCountPath());
-  if (!stream.is_open()) return;
+  if (!stream.is_open()) {
+    return;
+  }
 
   Json::Value root;
   std::string sErrors;
@@ -75,7 +79,9 @@ bool FileSystemUtils::CheckTVResetAndUpdateResetCountInfo() {
   ORV_LOG_DEBUG("[Debug] factory reset count : %d, service reset count : %d", storedFactory,
                 storedService);
 
-  if (factory <= storedFactory && service <= storedService) return false;
+  if (factory <= storedFactory && service <= storedService) {
+    return false;
+  }
   ORV_LOG_DEBUG("[Debug] TV is restarted by facotry/service reset.");
   return true;
 }

@@ -27,7 +27,9 @@ std::wstring Widen(const std::string& rText) {
 
 time_t TimeUtils::GetEpochTime(const std::string& rTime) {
   ORV_LOG_DEBUG("[Debug] rTime : %s", rTime.c_str());
-  if (rTime.empty()) return 0;
+  if (rTime.empty()) {
+    return 0;
+  }
 
   std::wistringstream stream(Widen(rTime));
   stream.imbue(std::locale::classic());
@@ -45,7 +47,9 @@ std::string TimeUtils::GetUTCTimeString(const time_t* pTime) {
   struct tm brokenDown = {};
   const struct tm* pBrokenDown = gmtime_r(pTime, &brokenDown);
   // Null for a year that exceeds an int; the text then stays empty, which callers refuse.
-  if (pBrokenDown != nullptr) strftime(buffer, sizeof(buffer), "%Y-%m-%dT%XZ", pBrokenDown);
+  if (pBrokenDown != nullptr) {
+    strftime(buffer, sizeof(buffer), "%Y-%m-%dT%XZ", pBrokenDown);
+  }
   ORV_LOG_DEBUG("[Debug] timeUTCStr : %s", buffer);
   return buffer;
 }

@@ -28,7 +28,9 @@ bool WASUtils::GetAllWASAppList(WASAppList& rAppList) {
   }
   const std::unique_ptr<was_app_list_item_s, Free> owner(pItems);
   for (int i = 0; i < count; ++i) {
-    if (pItems[i].kind != WAS_KIND_WEB_APP) continue;
+    if (pItems[i].kind != WAS_KIND_WEB_APP) {
+      continue;
+    }
     rAppList.emplace(pItems[i].package_id, pItems[i].gone != 0);
   }
   return true;

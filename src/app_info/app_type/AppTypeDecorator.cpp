@@ -16,9 +16,13 @@ AppTypeDecorator::AppTypeDecorator(AppInfo* pAppInfo, const std::string& rType,
 }
 
 AppTypeDecorator::~AppTypeDecorator() {
-  if (m_pAppInfo == nullptr) return;
+  if (m_pAppInfo == nullptr) {
+    return;
+  }
   const ReleaseFunction pfnRelease = m_pAppInfo->GetReleaseFunction();
-  if (pfnRelease != nullptr) pfnRelease(m_pAppInfo);
+  if (pfnRelease != nullptr) {
+    pfnRelease(m_pAppInfo);
+  }
 }
 
 void AppTypeDecorator::RunOperation(bool bStarted) {
@@ -48,31 +52,43 @@ void AppTypeDecorator::SetMetadata(const std::string& rType,
 void AppTypeDecorator::SetUpdatableMetadata(const std::string& rType,
                                             const std::pair<std::string, std::string>& rKeyValue) {
   if (rType == METADATA_ORV_TYPE) {
-    if (rKeyValue.first == m_UpdatableAppType.first) m_UpdatableAppType.second = rKeyValue.second;
+    if (rKeyValue.first == m_UpdatableAppType.first) {
+      m_UpdatableAppType.second = rKeyValue.second;
+    }
   } else if (rType == METADATA_ORV_DATA) {
     const auto iter = m_mapUpdatableData.find(rKeyValue.first);
-    if (iter != m_mapUpdatableData.end()) iter->second = rKeyValue.second;
+    if (iter != m_mapUpdatableData.end()) {
+      iter->second = rKeyValue.second;
+    }
   }
 }
 
 void AppTypeDecorator::SetAppliedMetadata(const std::string& rType,
                                           const std::pair<std::string, std::string>& rKeyValue) {
   // A type value in force is set by the constructor and by UpdateOperation() only.
-  if (rType == METADATA_ORV_TYPE) return;
+  if (rType == METADATA_ORV_TYPE) {
+    return;
+  }
   // Any other category counts as data here, unlike in SetUpdatableMetadata(). Intentional:
   // docs/behaviour.md, "An invented category writes and reads data in force".
   const auto iter = m_mapAppliedData.find(rKeyValue.first);
-  if (iter != m_mapAppliedData.end()) iter->second = rKeyValue.second;
+  if (iter != m_mapAppliedData.end()) {
+    iter->second = rKeyValue.second;
+  }
 }
 
 std::string AppTypeDecorator::GetMetadata(const std::string& rType, const std::string& rKey) const {
   {
     const std::lock_guard<std::mutex> lock(m_mutexMetadata);
     if (rType == METADATA_ORV_TYPE) {
-      if (rKey == m_AppliedAppType.first) return m_AppliedAppType.second;
+      if (rKey == m_AppliedAppType.first) {
+        return m_AppliedAppType.second;
+      }
     } else {
       const auto iter = m_mapAppliedData.find(rKey);
-      if (iter != m_mapAppliedData.end()) return iter->second;
+      if (iter != m_mapAppliedData.end()) {
+        return iter->second;
+      }
     }
   }
   return m_pAppInfo->GetMetadata(rType, rKey);
@@ -90,7 +106,9 @@ void AppTypeDecorator::RemoveMetadata(const std::string& rFirst, const std::stri
   const std::lock_guard<std::mutex> lock(m_mutexMetadata);
   // Both are keys of the same map. Intentional: docs/behaviour.md, "A removal erases its second
   // key".
-  if (m_mapAppliedData.count(rFirst) != 0) m_mapAppliedData.erase(rSecond);
+  if (m_mapAppliedData.count(rFirst) != 0) {
+    m_mapAppliedData.erase(rSecond);
+  }
 }
 
 std::string AppTypeDecorator::GetValue(bool bUpdatable) const {
@@ -114,7 +132,9 @@ void AppTypeDecorator::ClearUpdatableValue() {
 }
 
 AppInfo* AppTypeDecorator::ExtractTargetAppType(const std::string& rTargetType, AppInfo** ppNext) {
-  if (ppNext == nullptr) return nullptr;
+  if (ppNext == nullptr) {
+    return nullptr;
+  }
   ORV_LOG_INFO("[Info] rTargetType : %s, first : %s", rTargetType.c_str(),
                m_AppliedAppType.first.c_str());
   if (rTargetType == m_AppliedAppType.first) {

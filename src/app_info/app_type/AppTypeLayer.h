@@ -28,7 +28,9 @@ class AppTypeLayer : public AppTypeDecorator {
   /// Cleans up, then destroys and frees the layer with everything that it wraps. Accepts null. No
   /// exception leaves it: the next layer outward calls it in its destructor.
   static void Release(AppInfo* pAppInfo) {
-    if (pAppInfo == nullptr) return;
+    if (pAppInfo == nullptr) {
+      return;
+    }
     auto* const pLayer = static_cast<Type*>(pAppInfo);
     try {
       pLayer->CleanUp();
@@ -44,7 +46,9 @@ class AppTypeLayer : public AppTypeDecorator {
   using AppTypeDecorator::AppTypeDecorator;
   ~AppTypeLayer() {
     // The constructor of Type has thrown: what is wrapped still belongs to the caller.
-    if (!m_bConstructed) m_pAppInfo = nullptr;
+    if (!m_bConstructed) {
+      m_pAppInfo = nullptr;
+    }
   }
 
   void CleanUp() {}

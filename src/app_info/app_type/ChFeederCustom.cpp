@@ -25,7 +25,9 @@ ChFeederCustom::ChFeederCustom(AppInfo* pAppInfo, const std::string& rMetadataVa
 
 void ChFeederCustom::CleanUp() {
   RequestEvent(EVENT_DELETE_ITEM);
-  if (GetValue(false) != APP_TYPE_VALUE_EXTENDED) return;
+  if (GetValue(false) != APP_TYPE_VALUE_EXTENDED) {
+    return;
+  }
   FileSystemUtils::UninstallPackagedData(m_sPackageID, APP_TYPE_CH_FEEDER_CUSTOM,
                                          PACKAGED_TYPE_HBBTV_APP);
 }
@@ -44,7 +46,9 @@ void ChFeederCustom::UpdateOperation() {
   ORV_LOG_INFO("[Info] In");
   AppTypeDecorator::UpdateOperation();
   const std::string sUpdatable = GetValue(true);
-  if (GetValue(false) == sUpdatable) return;
+  if (GetValue(false) == sUpdatable) {
+    return;
+  }
   if (sUpdatable == APP_TYPE_VALUE_EXTENDED) {
     ORV_LOG_INFO("[Info] FileSystemUtils::InstallPackagedData");
     FileSystemUtils::InstallPackagedData(m_sPackageID, m_sWidgetID, APP_TYPE_CH_FEEDER_CUSTOM,
@@ -65,7 +69,9 @@ void ChFeederCustom::StopOperation() {
 }
 
 void ChFeederCustom::RequestEvent(int eType) {
-  if (m_pfnRequestEvent == nullptr) return;
+  if (m_pfnRequestEvent == nullptr) {
+    return;
+  }
   // The receiver reads the text and does not write to it.
   m_pfnRequestEvent(eType, const_cast<char*>(m_sPackageID.c_str()));
 }

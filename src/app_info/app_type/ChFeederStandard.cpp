@@ -34,7 +34,9 @@ ChFeederStandard::ChFeederStandard(AppInfo* pAppInfo, const std::string& rMetada
 void ChFeederStandard::CleanUp() {
   RemoveChannelUsingKelvoApi();
   const int iType = GetPackagedDataType(false);
-  if (iType == 0) return;
+  if (iType == 0) {
+    return;
+  }
   FileSystemUtils::UninstallPackagedData(m_sPackageID, APP_TYPE_CH_FEEDER_STANDARD, iType);
 }
 
@@ -46,9 +48,13 @@ void ChFeederStandard::RunOperation(bool bStarted) {
                                               APP_TYPE_CH_FEEDER_STANDARD, iType, bStarted)) {
       ORV_LOG_ERROR("[ERROR] FileSystemUtils::installPackagedData() return false.");
     }
-    if (iType & PACKAGED_TYPE_META_DATA) SetMetaDataDataList(false);
+    if (iType & PACKAGED_TYPE_META_DATA) {
+      SetMetaDataDataList(false);
+    }
   }
-  if (bStarted) return;  // the framework has the record from an earlier run
+  if (bStarted) {
+    return;  // the framework has the record from an earlier run
+  }
   if (!AddChannelUsingKelvoApi()) {
     ORV_LOG_DEBUG("[Debug] AddChannelUsingKelvoApi() return false");
   }
@@ -68,7 +74,9 @@ void ChFeederStandard::UpdateOperation() {
     ORV_LOG_INFO("[Info] FileSystemUtils::InstallPackagedData");
     FileSystemUtils::InstallPackagedData(m_sPackageID, m_sWidgetID, APP_TYPE_CH_FEEDER_STANDARD,
                                          iNewType, false);
-    if (iNewType & PACKAGED_TYPE_META_DATA) SetMetaDataDataList(true);
+    if (iNewType & PACKAGED_TYPE_META_DATA) {
+      SetMetaDataDataList(true);
+    }
   }
   if (!UpdateChannelUsingKelvoApi()) {
     ORV_LOG_DEBUG("[Debug] UpdateChannelUsingKelvoApi() return false");
@@ -103,8 +111,12 @@ MetadataProtocol ChFeederStandard::ParseInputMetaDataProtocol(
   }
   const std::string sProtocol = sInputMetaDataURL.substr(0, uColon);
   ORV_LOG_INFO("[Info] metaDataProtocol %s", sProtocol.c_str());
-  if (sProtocol == PROTOCOL_FILE) return METADATA_PROTOCOL_FILE;
-  if (sProtocol == PROTOCOL_HTTP || sProtocol == PROTOCOL_HTTPS) return METADATA_PROTOCOL_HTTP;
+  if (sProtocol == PROTOCOL_FILE) {
+    return METADATA_PROTOCOL_FILE;
+  }
+  if (sProtocol == PROTOCOL_HTTP || sProtocol == PROTOCOL_HTTPS) {
+    return METADATA_PROTOCOL_HTTP;
+  }
   ORV_LOG_ERROR("[ERROR] Protocol is not defined");
   return METADATA_PROTOCOL_INVALID;
 }
@@ -161,7 +173,9 @@ bool ChFeederStandard::AddChannelUsingKelvoApi() {
     ORV_LOG_ERROR("[ERROR] GetOrvAppInfoAPI() return NULL.");
     return false;
   }
-  if (pAPI->CreateAppInfo(sRecord)) return true;
+  if (pAPI->CreateAppInfo(sRecord)) {
+    return true;
+  }
   ORV_LOG_ERROR("[ERROR] FCOrvAppInfoAPI::CreateAppInfo() return false.");
   return false;
 }
@@ -173,7 +187,9 @@ bool ChFeederStandard::UpdateChannelUsingKelvoApi() {
     ORV_LOG_ERROR("[ERROR] GetOrvAppInfoAPI() return NULL.");
     return false;
   }
-  if (pAPI->UpdateAppInfo(sRecord)) return true;
+  if (pAPI->UpdateAppInfo(sRecord)) {
+    return true;
+  }
   ORV_LOG_ERROR("[ERROR] FCOrvAppInfoAPI::UpdateAppInfo() return false.");
   return false;
 }
@@ -187,7 +203,9 @@ bool ChFeederStandard::RemoveChannelUsingKelvoApi() {
     ORV_LOG_ERROR("[ERROR] GetOrvAppInfoAPI() return NULL.");
     return false;
   }
-  if (pAPI->RemoveAppInfo(sRecord)) return true;
+  if (pAPI->RemoveAppInfo(sRecord)) {
+    return true;
+  }
   ORV_LOG_ERROR("[ERROR] FCOrvAppInfoAPI::RemoveAppInfo() return false.");
   return false;
 }

@@ -32,7 +32,9 @@ bool WriteAppInfoVconfKey(const std::string& rMember, const Json::Value& rAppInf
       vconf_get_str(VCONFKEY_CUSTOM_UI_TYPE.c_str()), &std::free);
   ORV_LOG_DEBUG("[Debug] str = %s", pText ? pText.get() : "(null)");
   // Intentional: docs/behaviour.md, "Without the key an exception leaves the run".
-  if (!pText) throw std::logic_error("basic_string: construction from null is not valid");
+  if (!pText) {
+    throw std::logic_error("basic_string: construction from null is not valid");
+  }
   try {
     const std::string sText = pText.get();
     Json::Value root;

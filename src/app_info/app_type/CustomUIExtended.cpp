@@ -36,7 +36,9 @@ std::set<const void*> s_setLayers;
 std::string ReadReplacementFile() {
   std::ifstream file(REPLACEMENT_UI_FILE);
   std::string sText;
-  for (char cNext; file >> cNext;) sText += cNext;
+  for (char cNext; file >> cNext;) {
+    sText += cNext;
+  }
   return sText;
 }
 
@@ -80,7 +82,9 @@ void CustomUIExtended::UpdateOperation() {
   ORV_LOG_DEBUG("[Debug] Applied Metadata : %s, Updatable Metadata : %s", GetValue(false).c_str(),
                 GetValue(true).c_str());
   AppTypeDecorator::UpdateOperation();
-  if (GetValue(true).empty() || !IsUpdateNeeded()) return;
+  if (GetValue(true).empty() || !IsUpdateNeeded()) {
+    return;
+  }
   SetOperation(GetAppliedAppTypes(), false);
   {
     const std::lock_guard<std::mutex> lock(m_mutexMetadata);
@@ -191,7 +195,9 @@ void CustomUIExtended::Rearm(void* pUserData) {
   std::string sAppID;
   {
     const std::lock_guard<std::mutex> lock(s_mutexLayers);
-    if (s_setLayers.count(pUserData) == 0) return;
+    if (s_setLayers.count(pUserData) == 0) {
+      return;
+    }
     const auto* const pThis = static_cast<const CustomUIExtended*>(pUserData);
     sMetadataValue = pThis->GetValue(false);
     sAppID = pThis->m_sAppID;
@@ -202,7 +208,9 @@ void CustomUIExtended::Rearm(void* pUserData) {
 }
 
 void CustomUIExtended::WakeWaiter() {
-  if (!s_bWaitingForApp) return;
+  if (!s_bWaitingForApp) {
+    return;
+  }
   s_condAppStatus.notify_all();
   s_bWaitingForApp = false;
 }

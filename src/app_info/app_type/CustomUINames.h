@@ -18,8 +18,12 @@ void AppendKnownNames(const std::string& rText, const std::map<std::string, Type
   for (;;) {
     const std::size_t uEnd = rText.find(',', uBegin);
     const auto it = rNames.find(rText.substr(uBegin, uEnd - uBegin));
-    if (it != rNames.end()) rTypes.push_back(it->second);
-    if (uEnd == std::string::npos) return;
+    if (it != rNames.end()) {
+      rTypes.push_back(it->second);
+    }
+    if (uEnd == std::string::npos) {
+      return;
+    }
     uBegin = uEnd + 1;
   }
 }

@@ -37,8 +37,12 @@ void CustomUIStandard::UpdateOperation() {
   ORV_LOG_DEBUG("[Debug] Applied Metadata : %s, Updatable Metadata : %s", GetValue(false).c_str(),
                 GetValue(true).c_str());
   AppTypeDecorator::UpdateOperation();
-  if (GetValue(true).empty()) return;
-  if (!IsUpdateNeeded()) return;
+  if (GetValue(true).empty()) {
+    return;
+  }
+  if (!IsUpdateNeeded()) {
+    return;
+  }
   {
     const std::lock_guard<std::mutex> lock(m_mutexMetadata);
     m_AppliedAppType.second = m_UpdatableAppType.second;
