@@ -1,4 +1,4 @@
-# Sanitizers and coverage, for every target alike.
+# Sanitizers and coverage, for all targets.
 set(ORV_SANITIZE "" CACHE STRING "address (with undefined), thread, fuzzer or empty")
 option(ORV_COVERAGE "Count lines and branches" OFF)
 
@@ -13,7 +13,7 @@ elseif(ORV_SANITIZE STREQUAL "fuzzer")
                       -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
 elseif(ORV_SANITIZE)
-  message(FATAL_ERROR "ORV_SANITIZE is \"${ORV_SANITIZE}\": address, thread, fuzzer or empty")
+  message(FATAL_ERROR "ORV_SANITIZE is \"${ORV_SANITIZE}\". Use address, thread or fuzzer, or leave it empty.")
 endif()
 
 if(ORV_COVERAGE)

@@ -2,7 +2,7 @@
 set(ORV_PLATFORM desk CACHE STRING "desk: the TV on a desk; tizen: the target's own libraries")
 set_property(CACHE ORV_PLATFORM PROPERTY STRINGS desk tizen)
 
-# What packages and callers use on the target; the daemon only compares and passes them on.
+# Names that packages and callers use on the target; the daemon only compares and forwards them.
 set(ORV_METADATA_PREFIX "http://kalmora.com/tv/metadata/" CACHE STRING
     "Namespace of the metadata keys, ending in tv/metadata/")
 set(ORV_OPERATION_CHANNEL_LIST "http://kalmora.com/tv/appcontrol/operation/channel-list" CACHE STRING
@@ -20,12 +20,12 @@ target_compile_definitions(orv_platform_headers INTERFACE
   ORV_OPERATION_EPG="${ORV_OPERATION_EPG}"
   ORV_LAUNCH_MODE_KEY="${ORV_LAUNCH_MODE_KEY}")
 
-# What the daemon is linked with.
+# The libraries that the daemon is linked with.
 add_library(orv_platform INTERFACE)
 target_link_libraries(orv_platform INTERFACE orv_platform_headers)
 
-# What is built beside src/: on a desk the platform itself and what proves it, for the target only
-# the pins, which hold the daemon against the SDK.
+# What is built besides src/: for the desk, the platform and the tests; for the target, only the pins,
+# which compare the daemon with the SDK.
 if(ORV_PLATFORM STREQUAL "desk")
   target_include_directories(orv_platform_headers INTERFACE ${CMAKE_SOURCE_DIR}/platform/include)
   target_link_libraries(orv_platform INTERFACE orv_desk_client)
@@ -38,5 +38,5 @@ elseif(ORV_PLATFORM STREQUAL "tizen")
   target_link_libraries(orv_platform_headers INTERFACE orv_tizen)
   set(ORV_PLATFORM_DIRECTORIES tests/pins)
 else()
-  message(FATAL_ERROR "ORV_PLATFORM is \"${ORV_PLATFORM}\": desk or tizen")
+  message(FATAL_ERROR "ORV_PLATFORM is \"${ORV_PLATFORM}\". Use desk or tizen.")
 endif()

@@ -1,8 +1,8 @@
-# The target's own headers and libraries. Each interface of the platform is one cache variable that
-# holds pkg-config modules, full paths of libraries, or both, as a list. The interfaces that every
-# SDK names alike have a default; the others must be named.
+# The target's headers and libraries. Each interface of the platform has one cache variable that
+# holds pkg-config modules, full paths of libraries, or both, as a list. Interfaces that have the same
+# names in every SDK have a default; the others must be set.
 set(ORV_TIZEN_INCLUDE_DIRS "" CACHE STRING
-    "Directories of platform headers that no pkg-config module names")
+    "Directories of platform headers that no pkg-config module provides")
 
 add_library(orv_tizen INTERFACE)
 target_include_directories(orv_tizen SYSTEM INTERFACE ${ORV_TIZEN_INCLUDE_DIRS})
@@ -10,14 +10,14 @@ set(orv_tizen_headers "")
 set(orv_tizen_directories ${ORV_TIZEN_INCLUDE_DIRS} ${CMAKE_CXX_IMPLICIT_INCLUDE_DIRECTORIES})
 set(orv_tizen_faults "")
 
-# Links one entry of a variable. What is wrong with it is said at the end, with all the rest.
+# Links one entry of a variable. Faults are collected and reported together at the end.
 macro(orv_tizen_link variable entry)
   string(MAKE_C_IDENTIFIER "TIZEN_${entry}" module)
   if(IS_ABSOLUTE "${entry}")
     if(EXISTS "${entry}")
       target_link_libraries(orv_tizen INTERFACE "${entry}")
     else()
-      list(APPEND orv_tizen_faults "${variable}: there is no library ${entry}")
+      list(APPEND orv_tizen_faults "${variable}: the library ${entry} does not exist")
     endif()
   else()
     pkg_check_modules(${module} QUIET IMPORTED_TARGET "${entry}")
@@ -25,20 +25,20 @@ macro(orv_tizen_link variable entry)
       target_link_libraries(orv_tizen INTERFACE PkgConfig::${module})
       list(APPEND orv_tizen_directories ${${module}_INCLUDE_DIRS})
     else()
-      list(APPEND orv_tizen_faults "${variable}: pkg-config knows no module ${entry}")
+      list(APPEND orv_tizen_faults "${variable}: pkg-config does not know the module ${entry}")
     endif()
   endif()
 endmacro()
 
 # orv_tizen_interface(VARIABLE what default header...): the headers are those that the daemon
-# includes; one may come with another interface's module.
+# includes; a header may be part of another interface's module.
 macro(orv_tizen_interface variable what default)
   set(${variable} "${default}" CACHE STRING
       "The ${what}: pkg-config modules or full paths of libraries")
   set(headers ${ARGN})
   if("${${variable}}" STREQUAL "")
     list(JOIN headers ", " names)
-    list(APPEND orv_tizen_faults "${variable} is empty: name what brings the ${what} (${names})")
+    list(APPEND orv_tizen_faults "${variable} is empty: name the modules or libraries of the ${what} (${names})")
   else()
     foreach(entry IN LISTS ${variable})
       orv_tizen_link(${variable} "${entry}")
@@ -69,7 +69,7 @@ orv_tizen_interface(ORV_TIZEN_WEBAPP_SERVICE "web-app service" "" was_db.h)
 orv_tizen_interface(ORV_TIZEN_MOUNT_SERVICE "mount service" "" ps_mount.h)
 orv_tizen_interface(ORV_TIZEN_WATCHDOG "deadlock watchdog" "" smart_deadlock.h)
 
-# A header that is nowhere would be found out by the compiler, file by file.
+# Check for missing headers here; the compiler would report them file by file.
 foreach(pair IN LISTS orv_tizen_headers)
   string(REGEX MATCH "^([^:]+):(.+)$" pair "${pair}")
   set(variable ${CMAKE_MATCH_1})
@@ -83,7 +83,7 @@ foreach(pair IN LISTS orv_tizen_headers)
   endforeach()
   if(NOT found)
     list(APPEND orv_tizen_faults
-      "${header} is in no directory that the modules name: mend ${variable}, or name its directory in ORV_TIZEN_INCLUDE_DIRS")
+      "${header} is not in a directory of the modules: correct ${variable}, or add its directory to ORV_TIZEN_INCLUDE_DIRS")
   endif()
 endforeach()
 

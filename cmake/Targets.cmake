@@ -1,6 +1,6 @@
-# Small helpers around add_library and add_executable, so that every target is built alike.
+# Small helpers around add_library and add_executable, so that all targets are built the same way.
 
-# A comma-separated list of directories limits a build to a part of the tree.
+# A comma-separated list of directories that limits the build to a part of the tree.
 set(ORV_ONLY "" CACHE STRING "Directories to build, comma-separated; empty for all")
 option(ORV_STRICT_SOURCES "Fail when a source file belongs to no target" ON)
 
@@ -35,9 +35,9 @@ function(orv_register_sources)
   endforeach()
 endfunction()
 
-# Libraries that a build makes shared ones, comma-separated: then a changed source costs no link of the
+# Libraries to build as shared libraries, comma-separated: then a changed source does not relink the
 # programs.
-set(ORV_SHARED_LIBRARIES "" CACHE STRING "Libraries to build as shared ones; empty for none")
+set(ORV_SHARED_LIBRARIES "" CACHE STRING "Libraries to build as shared libraries; empty for none")
 
 # orv_library(name SOURCES... ): a static library with the project's warnings.
 function(orv_library name)
@@ -57,8 +57,8 @@ function(orv_executable name)
   target_link_libraries(${name} PRIVATE orv_warnings)
 endfunction()
 
-# orv_test(name LABEL label SOURCES ... LIBRARIES ...): a GoogleTest program, each of its tests a
-# test of CTest.
+# orv_test(name LABEL label SOURCES ... LIBRARIES ...): a GoogleTest program; each of its tests is a
+# CTest test.
 function(orv_test name)
   cmake_parse_arguments(arg "" "LABEL;TIMEOUT" "SOURCES;LIBRARIES" ${ARGN})
   if(NOT arg_TIMEOUT)
@@ -71,7 +71,7 @@ function(orv_test name)
   endif()
   set(environment)
   if(ORV_SANITIZE STREQUAL "thread")
-    # The races that are accepted, by name. A long history, so that a report shows both stacks.
+    # The list of accepted races, and a long history, so that a report shows both stacks.
     set(environment ENVIRONMENT
       "TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/support/tsan.supp:history_size=7")
   endif()
@@ -82,7 +82,7 @@ endfunction()
 
 # A file that belongs to no target would escape the formatter, the linter and the compiler.
 function(orv_check_every_source_is_registered)
-  # Only a build of the desk with its tests has them all.
+  # Only a desk build with tests has all targets.
   if(ORV_ONLY OR NOT ORV_STRICT_SOURCES OR NOT TARGET desk-tv OR NOT BUILD_TESTING)
     return()
   endif()

@@ -1,4 +1,4 @@
-# One interface target with every warning; each exception says why.
+# One interface target with all warnings; each exception gives its reason.
 add_library(orv_warnings INTERFACE)
 target_compile_options(orv_warnings INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wformat=2

@@ -20,7 +20,7 @@ std::string Place() {
   const char* place = std::getenv("ORV_BENCH_DIR");
   if (place == nullptr || *place == '\0') {
     std::fprintf(stderr,
-                 "orv_bench: ORV_BENCH_DIR names no directory: start it by tests/bench/run\n");
+                 "orv_bench: ORV_BENCH_DIR is not a directory. Start it with tests/bench/run.\n");
     std::exit(2);
   }
   return place;
@@ -91,8 +91,8 @@ void LeaveTheFakeAside() {
 
 }  // namespace bench
 
-// A log service takes the format and its arguments; what it makes of them is its own cost, as on
-// the target. With $ORV_BENCH_LOG the text is made here, to see what that would add.
+// The log service gets the format and the arguments; formatting them is its own cost, as on the
+// target. With $ORV_BENCH_LOG the text is formatted here, to measure what that adds.
 extern "C" int __wrap___dlog_print(log_id_t, int, const char*, const char* format, ...) {
   static const bool s_makeText = std::getenv("ORV_BENCH_LOG") != nullptr;
   if (!s_makeText) {

@@ -7,8 +7,8 @@
 #include <memory>
 #include <string>
 
-/// The place that a benchmark works in: $ORV_BENCH_DIR, a directory on the file system that is to
-/// be measured. The daemon's store and data lie below it. Set before the process starts.
+/// The directory that a benchmark works in: $ORV_BENCH_DIR, on the file system to be measured. It
+/// contains the daemon's store and data. Set before the process starts.
 namespace bench {
 
 std::string Place();
@@ -18,11 +18,11 @@ std::string StorePath();
 std::string ArchivePath();
 
 using Database = std::unique_ptr<sqlite3, decltype(&sqlite3_close)>;
-/// A database with the table of the store, as the daemon makes it. Ends the process on a failure.
+/// A database with the table of the store, as the daemon creates it. Exits the process on failure.
 Database OpenWithTable(const std::string& path);
 void Run(sqlite3* db, const std::string& sql);
 
-/// Neither the calls nor the events are recorded from here on: the daemon is measured, not the
+/// Stops recording calls and events, so that the daemon is measured and not the
 /// fake.
 void LeaveTheFakeAside();
 

@@ -16,7 +16,7 @@ namespace {
 constexpr unsigned int kLast = 2;
 constexpr int kBatch = 4096;  // half of the queue, so that no event is refused
 
-/// Tells the sender that the last event of a batch was handled.
+/// Notifies the sender when the last event of a batch was handled.
 class Gate {
  public:
   void Open() {

@@ -39,7 +39,7 @@ void SendInstall(ORVInstaller& installer, const std::string& package, bool wait)
   installer.Send(event, false, wait);
 }
 
-/// Packages that are there to be installed, and gone again without a trace on the fake.
+/// Makes packages available for install on the fake, and removes every trace of them afterwards.
 class Packages {
  public:
   explicit Packages(int count) {
@@ -58,7 +58,7 @@ class Packages {
   Packages(const Packages&) = delete;
   Packages& operator=(const Packages&) = delete;
 
-  /// Waits for the last one; they are handled in order.
+  /// Waits for the last install; they are handled in order.
   void Install(ORVInstaller& installer) const {
     for (const std::string& id : m_ids) {
       SendInstall(installer, id, id == m_ids.back());
@@ -69,7 +69,7 @@ class Packages {
   std::vector<std::string> m_ids;
 };
 
-/// The installs of one iteration are queued together; what is told is the time of one.
+/// The installs of one iteration are queued together; the result is the time of one install.
 void InstallDaemon(benchmark::State& state) {
   bench::StorePath();
   bench::LeaveTheFakeAside();

@@ -16,7 +16,7 @@
 
 namespace {
 
-/// The store holds exactly this many feeders afterwards. The daemon has it open meanwhile.
+/// Fills the store with exactly this many feeders. The daemon may have it open.
 void FillStore(long rows) {
   const bench::Database db = bench::OpenWithTable(bench::StorePath());
   bench::Run(db.get(), "BEGIN; DELETE FROM appinfo;");
@@ -26,7 +26,7 @@ void FillStore(long rows) {
   bench::Run(db.get(), "COMMIT");
 }
 
-/// A daemon that has loaded nothing yet, before a store with this many rows.
+/// A daemon that has not loaded anything yet, and a store with this many rows.
 void StartAfresh(long rows) {
   AppInfoCache* cache = AppInfoCache::GetInstance();
   std::vector<std::string> ids;

@@ -47,7 +47,7 @@ void Spawn(const std::vector<std::string>& command) {
   }
 }
 
-/// Stands for the mount: the archive appears in the mount point.
+/// Replaces the mount: places the archive in the mount point.
 int LinkArchive(const fake::Mount& mount) {
   std::filesystem::remove(mount.directory + "/orv_app.zip");
   std::filesystem::create_symlink(bench::ArchivePath(), mount.directory + "/orv_app.zip");

@@ -3,7 +3,7 @@
 #
 # awk -f shape.awk FILE...: prints "file:line: finding" for functions of more than 60 lines, more than
 # three nested control statements, and test names of more than 60 characters. The sources are expected
-# in the project's format: a function ends at the indentation that it begins with. A function of one
+# in the project's format: a function ends at the indentation at which it begins. A function of one
 # long statement is a table, whatever its length.
 
 function finding(line, text) { printf "%s:%d: %s\n", FILENAME, line, text }
@@ -13,7 +13,7 @@ FNR == 1 { reset() }
 /^[ ]*(\/\/|$)/ { next }
 { match($0, /^ */); indent = RLENGTH }
 
-# TEST(Suite, Name): the name may stand on the next line.
+# TEST(Suite, Name): the name may be on the next line.
 /^TEST(_F|_P)?\(/ { name = ""; collecting = 1 }
 collecting {
   name = name $0
@@ -24,7 +24,7 @@ collecting {
   }
 }
 
-# A function of a namespace or of a class. A head of several lines ends with "{" further in.
+# A function of a namespace or of a class. The "{" of a head of several lines is indented further.
 !start && indent <= 2 { head = FNR; base = indent }
 !start && /\{$/ && /[()]/ && !/=.*\{$/ && !/^ *(namespace|class|struct|enum|union|extern)/ &&
     (indent <= 2 || /\) (const |noexcept |override |try )*\{$/) {

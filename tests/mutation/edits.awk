@@ -21,7 +21,7 @@ function each(pattern, drop, rule, new_,   from, rest) {
     from += RSTART + RLENGTH - 1 - drop
   }
 }
-# The column behind the bracket that closes the one at `column`; 0 when it is on another line.
+# The column after the bracket that closes the one at `column`; 0 when it is on another line.
 function closing(text, column,   depth, c) {
   for (; column <= length(text); column++) {
     c = substr(text, column, 1)
@@ -69,12 +69,12 @@ function relations() {
   each(" >= ", 1, "relation", ">")
 }
 function logic() {
-  # At the end of a line the operator has no blank behind it.
+  # At the end of a line no space follows the operator.
   code[at] = code[at] " "
   each(" && ", 1, "logic", "||")
   each(" [|][|] ", 1, "logic", "&&")
 }
-# A condition whose negation one of the other rules makes already.
+# A condition that another rule already negates.
 function is_negated_elsewhere(text) {
   return text !~ /&&|[|][|]/ && (text ~ /^!/ || text ~ / (==|!=) /)
 }
@@ -158,7 +158,7 @@ function statements(   text, column, end, next_) {
   text = trim(code[at])
   match(code[at], /^ */)
   column = RLENGTH + 1
-  # The body of an if or for that stands on the same line.
+  # The body of an if or for on the same line.
   if (text ~ /^(else )?(if|for|while) \(/) {
     end = closing(code[at], index(code[at], "("))
     if (!end || substr(code[at], end, 1) != " " || trim(code[at]) !~ /;$/) return

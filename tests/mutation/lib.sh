@@ -1,10 +1,10 @@
 # SPDX-FileCopyrightText: the orv-enabler authors
 # SPDX-License-Identifier: Apache-2.0
 #
-# What run and sample share: the copy of the tree that they break. Sourced, not executed.
+# Functions of run and sample for the copy of the tree that they edit. Sourced, not executed.
 
-# copy_tree ROOT TREE LIST: makes TREE a copy of what ROOT builds. Files that are equal are not
-# written, so objects that were built in the copy before stay valid. LIST receives the file names.
+# copy_tree ROOT TREE LIST: makes TREE a copy of the sources of ROOT. Unchanged files are not
+# written, so objects built earlier in the copy stay valid. Writes the file names to LIST.
 copy_tree() {
   mkdir -p "$2"
   (cd "$1" && find CMakeLists.txt cmake src platform tests -type f 2>/dev/null | LC_ALL=C sort) >"$3"
@@ -19,7 +19,7 @@ copy_tree() {
 }
 
 # configure_tree TREE BUILD LOG [CMAKE-ARGUMENT...]: configures the daemon, the fake and the unit
-# tests of the daemon, without optimisation. Prints the log and ends the script on a failure.
+# tests of the daemon, without optimisation. Prints the log and exits on failure.
 configure_tree() {
   ct_tree=$1 ct_build=$2 ct_log=$3
   shift 3

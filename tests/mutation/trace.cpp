@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// Part of the daemon's library in the build of tests/mutation/sample: writes down which code a test
+// Part of the daemon's library in the build of tests/mutation/sample: records which code a test
 // executes.
 #include <fcntl.h>
 #include <unistd.h>
@@ -11,7 +11,7 @@
 #include <cstdlib>
 
 extern "C" {
-/// Where this library begins in memory; set by the linker.
+/// The start address of this library in memory; set by the linker.
 extern const char __ehdr_start __attribute__((visibility("hidden")));
 void __sanitizer_cov_trace_pc();
 }
@@ -21,7 +21,7 @@ namespace {
 constexpr std::uintptr_t kLargestLibrary = std::uintptr_t{1} << 24U;
 
 std::atomic<bool> g_seen[kLargestLibrary];
-std::atomic<int> g_file{-2};  // -2: not decided yet; -1: no trace is wanted
+std::atomic<int> g_file{-2};  // -2: not decided yet; -1: tracing is off
 
 int File() {
   if (g_file == -2) {

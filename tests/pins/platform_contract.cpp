@@ -33,14 +33,14 @@
 #include <string_view>
 #include <type_traits>
 
-// The function, or the only member function of its name, has exactly this type.
+// The function, or the only member function with this name, has exactly this type.
 #define PINNED(function, ...)                                     \
   static_assert(std::is_same_v<decltype(&function), __VA_ARGS__>, \
                 #function " has another signature")
 
 namespace {
 
-/// For overloaded functions and those with attributes: takes what has the type T, or does not
+/// For overloaded functions and those with attributes: accepts a function of type T, or does not
 /// compile.
 template <typename T>
 constexpr bool Has(T) {

@@ -9,13 +9,13 @@
 
 namespace support {
 
-/// Waits until the task has handled what was posted before. Leaves neither a log record nor a call
-/// behind, and no fault of FCTask::Send reaches it. Not on the task's own thread. False when the
-/// task does not run.
+/// Waits until the task has handled what was posted before. Leaves no log record and no recorded
+/// call, and is not affected by faults of FCTask::Send. Not on the task's thread. False when the
+/// task is not running.
 inline bool Drain(FCTask& task) {
   FSEvent event;
   event.pReceiver = task.GetHandler();
-  event.type = framework::kEventResume;  // the tasks of the daemon do nothing on it
+  event.type = framework::kEventResume;  // the daemon's tasks ignore it
   return framework::TicketQueue::PushAndWait(*task.GetQueue(), event, false);
 }
 

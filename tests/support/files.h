@@ -6,11 +6,11 @@
 #include <utility>
 #include <vector>
 
-/// Files of a test. A failure of any of these ends the test program with an exception that names
-/// the path.
+/// Files for a test. If any of these functions fails, the test program ends with an exception that
+/// names the path.
 namespace support {
 
-/// A new empty directory under /tmp, removed with all it holds. Ends without "/".
+/// A new empty directory under /tmp, removed with its contents. The path does not end with "/".
 class TempDir {
  public:
   TempDir();
@@ -25,7 +25,7 @@ class TempDir {
   std::string m_path;
 };
 
-/// Makes the directories in front when they are missing.
+/// Creates missing parent directories.
 void WriteFile(const std::string& path, const std::string& content);
 std::string ReadFile(const std::string& path);
 bool Exists(const std::string& path);
@@ -34,7 +34,7 @@ void MakeDirectories(const std::string& path);
 std::vector<std::string> ListTree(const std::string& directory);
 
 struct ZipEntry {
-  std::string name;  ///< as it is to stand in the archive; with "/" at the end a directory
+  std::string name;  ///< in the archive; a directory if it ends with "/"
   std::string content;
   bool stored = false;  ///< without compression
 };

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// Part of every test program of the daemon on the fake: a test fails when a record went out at a
-// priority that does not fit its level word, also when the test has cleared the log since.
+// Part of every test program of the daemon on the fake: a test fails when the priority of a log
+// record does not match its level word, even if the test has cleared the log since.
 #include <gtest/gtest.h>
 
 #include <map>

@@ -10,20 +10,20 @@
 
 namespace support {
 
-/// A list of log texts holds this text, to the character: EXPECT_THAT(fake::LogTexts(),
+/// A list of log texts contains exactly this text: EXPECT_THAT(fake::LogTexts(),
 /// HasLog("...")).
 MATCHER_P(HasLog, text,
           std::string(negation ? "does not hold" : "holds") + " the record \"" + text + "\"") {
   return std::find(arg.begin(), arg.end(), text) != arg.end();
 }
 
-/// Holds this text exactly so many times.
+/// Contains this text exactly `times` times.
 MATCHER_P2(HasLogTimes, text, times,
            std::string("holds ") + std::to_string(times) + " times the record \"" + text + "\"") {
   return std::count(arg.begin(), arg.end(), text) == times;
 }
 
-/// Holds these texts in this order, others may stand between.
+/// Contains these texts in this order, possibly with others in between.
 MATCHER_P(HasLogsInOrder, texts,
           "holds the records in this order: " + testing::PrintToString(texts)) {
   auto next = arg.begin();

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// The entry of every GoogleTest program.
+// The entry point of every GoogleTest program.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

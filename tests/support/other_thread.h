@@ -15,7 +15,7 @@
 
 namespace support {
 
-/// An operation on a thread of its own, joined at the latest by the destructor.
+/// Runs an operation on another thread; the destructor joins it if necessary.
 class OtherThread {
  public:
   explicit OtherThread(std::function<void()> operation)
@@ -41,7 +41,7 @@ class OtherThread {
  private:
   std::atomic<pid_t> m_id{0};
   std::atomic<bool> m_done{false};
-  std::thread m_thread;  // last: it uses the others
+  std::thread m_thread;  // last member: the thread uses the others
 };
 
 }  // namespace support

@@ -24,7 +24,7 @@ std::atomic<long> g_heapBlocks{0};
 }  // namespace
 
 #if ORV_OWN_ALLOCATOR
-// The names under which the C library exports its own functions to an allocator like this one.
+// The names under which the C library exports its own functions to a replacement allocator.
 extern "C" {
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
@@ -95,7 +95,7 @@ testing::AssertionResult LeavesNothingBehind(const std::function<void()>& path,
   expected.heapBlocks += CountsHeapBlocks() ? kRuns * growth.heapBlocks : 0;
   if (after == expected) return testing::AssertionSuccess();
   return testing::AssertionFailure()
-         << kRuns << " runs left more behind than they should: before: " << before
+         << kRuns << " runs left more or less behind than expected: before: " << before
          << "; expected: " << expected << "; found: " << after;
 }
 

@@ -7,7 +7,7 @@
 #include <functional>
 #include <ostream>
 
-/// What the process holds at a moment. For tests that a path gives back what it took.
+/// The resources that the process holds now. For tests that a path releases what it acquires.
 namespace support {
 
 struct Resources {
@@ -24,14 +24,14 @@ inline bool operator==(const Resources& left, const Resources& right) {
 }
 std::ostream& operator<<(std::ostream& stream, const Resources& resources);
 
-/// Any thread. Threads that work meanwhile make the result meaningless.
+/// Any thread. The result is meaningless while other threads are working.
 Resources CountResources();
 
 /// Whether CountResources() counts heap blocks in this build.
 bool CountsHeapBlocks();
 
-/// Runs the path a few times, so that caches are full, and then a few times more: the latter must
-/// leave as much behind as `growth` says for each run. `forget` drops what the test itself gathers
+/// Runs the path a few times to fill caches, then a few times more: each of these runs must leave
+/// exactly `growth` behind. `forget` drops what the test itself collects
 /// (logs, recorded calls) and is not measured.
 testing::AssertionResult LeavesNothingBehind(const std::function<void()>& path,
                                              const std::function<void()>& forget,

@@ -48,8 +48,8 @@ bool HoldsFresh(const fs::path& path) {
                      [&](const fs::path& directory) { return IsWithin(directory, path); });
 }
 
-/// The arguments of bubblewrap. Its root begins as an empty file system in memory, so a mount point
-/// can be made where the machine has no such directory.
+/// The arguments of bubblewrap. Its root starts as an empty file system in memory, so a mount point
+/// can be created where the machine has no such directory.
 class Arguments {
  public:
   explicit Arguments(std::vector<std::string> words) : m_words(std::move(words)) {}
@@ -58,7 +58,7 @@ class Arguments {
     m_words.insert(m_words.end(), words.begin(), words.end());
   }
 
-  /// Shows what the directory holds, read-only, without hiding the fresh directories below.
+  /// Binds the directory's contents read-only, without hiding the fresh directories below.
   void AddDirectory(const fs::path& directory) {
     std::error_code error;
     for (const auto& entry : fs::directory_iterator(directory, error)) {
@@ -70,11 +70,11 @@ class Arguments {
     for (const fs::path& directory : FreshDirectories()) {
       Add({"--tmpfs", directory.string()});
     }
-    // Where the machine keeps it: for everybody.
+    // The mode that /tmp has on the machine: writable for all users.
     Add({"--chmod", "1777", "/tmp"});
   }
 
-  /// Puts back a directory that a fresh one may hide.
+  /// Restores a directory that a fresh one may hide.
   void AddBack(const char* how, const fs::path& directory) {
     if (fs::exists(directory)) {
       Add({how, directory.string(), directory.string()});
@@ -125,7 +125,7 @@ Arguments MakeArguments(char** argv) {
   if (!IsWithin(program, ORV_BINARY_DIR)) {
     arguments.AddBack("--ro-bind", program.parent_path());
   }
-  // Coverage counters and test reports go there.
+  // Coverage counters and test reports are written there.
   arguments.AddBack("--bind", ORV_BINARY_DIR);
   arguments.Add({"--remount-ro", "/"});
   arguments.Add({"--chdir", reachable ? directory.string() : ORV_BINARY_DIR});

@@ -6,11 +6,11 @@
 
 namespace support {
 
-/// Where the daemon and the tests find things at absolute paths. In the sandbox these are fresh
-/// empty directories of this process, in memory, gone with it; everything else is read-only but for
-/// the build's own directory. Returns when the process is in the sandbox already, or when
-/// ORV_TEST_NO_SANDBOX=1 asks to run without one; otherwise the process executes itself anew in it.
-/// Ends the process with 1 and a line on standard error when there is no sandbox to be had.
+/// A sandbox for the absolute paths that the daemon and the tests use. In it these are fresh, empty
+/// directories of this process, in memory; everything else is read-only, except for the build
+/// directory. Returns when the process already is in the sandbox, or when
+/// ORV_TEST_NO_SANDBOX=1 is set; otherwise the process executes itself again in the sandbox.
+/// Exits with 1 and a line on standard error when it cannot create a sandbox.
 void EnterSandbox(char** argv);
 
 /// Whether this process runs in the sandbox.

@@ -10,8 +10,8 @@
 
 namespace support {
 
-/// Whether a thread of this process (its gettid()) sleeps on a lock: it is in the futex system
-/// call.
+/// Whether a thread of this process (its gettid()) waits for a lock, that is, is in the futex
+/// system call.
 inline bool SleepsOnALock(pid_t thread) {
   std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/syscall");
   long number = -1;

@@ -10,9 +10,9 @@
 
 namespace support {
 
-/// Waits until the condition holds, on the calling thread. On a deadline the failure names what was
-/// missing: EXPECT_TRUE(WaitFor([&] { return done; }, "the worker's end")). The clock is the
-/// machine's own, whatever a fake says.
+/// Waits on the calling thread until the condition is true. At the deadline the failure names what
+/// is missing: EXPECT_TRUE(WaitFor([&] { return done; }, "the worker's end")). The clock is the
+/// machine's clock, not a fake one.
 testing::AssertionResult WaitFor(const std::function<bool()>& condition, const std::string& what,
                                  std::chrono::milliseconds deadline = std::chrono::seconds(20));
 
