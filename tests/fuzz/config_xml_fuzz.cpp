@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
 // The manifest of a package.
+#include "desk/package/manifest.h"
 #include "fuzz/harness.h"
-#include "package/manifest.h"
 
 void fuzz::SetUp() {}
 

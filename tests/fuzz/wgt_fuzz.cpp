@@ -3,8 +3,8 @@
 // A package's archive, checked and unpacked. Nothing may come to lie outside its directory.
 #include <filesystem>
 
+#include "desk/package/package_file.h"
 #include "fuzz/harness.h"
-#include "package/package_file.h"
 #include "support/files.h"
 
 namespace {

@@ -1,13 +1,13 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "checks/channel_files.h"
+#include "desk/checks/channel_files.h"
 
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 
-#include "checks/feed_archive.h"
-#include "checks/metadata_rules.h"
+#include "desk/checks/feed_archive.h"
+#include "desk/checks/metadata_rules.h"
 
 namespace desk {
 

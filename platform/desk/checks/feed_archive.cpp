@@ -1,13 +1,13 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "checks/feed_archive.h"
+#include "desk/checks/feed_archive.h"
 
 #include <algorithm>
 #include <cctype>
 
-#include "common/desk_error.h"
-#include "common/json.h"
-#include "package/archive.h"
+#include "desk/common/desk_error.h"
+#include "desk/common/json.h"
+#include "desk/package/archive.h"
 
 namespace desk {
 namespace {

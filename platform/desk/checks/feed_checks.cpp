@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "checks/feed_archive.h"
-#include "checks/package_checks.h"
-#include "checks/scratch_directory.h"
-#include "package/image.h"
-#include "package/manifest.h"
+#include "desk/checks/feed_archive.h"
+#include "desk/checks/package_checks.h"
+#include "desk/checks/scratch_directory.h"
+#include "desk/package/image.h"
+#include "desk/package/manifest.h"
 
 namespace desk {
 namespace {

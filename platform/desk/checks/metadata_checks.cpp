@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 
-#include "checks/package_checks.h"
-#include "common/nearest.h"
+#include "desk/checks/package_checks.h"
+#include "desk/common/nearest.h"
 
 namespace desk {
 namespace {

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The daemon's rules for package metadata, implemented a second time on purpose: the desk must not
 // use the daemon's sources. tests/unit/controller/metadata_conformance_test.cpp compares both.
-#include "checks/metadata_rules.h"
+#include "desk/checks/metadata_rules.h"
 
 #include <algorithm>
 #include <set>

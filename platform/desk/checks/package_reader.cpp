@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "checks/package_reader.h"
+#include "desk/checks/package_reader.h"
 
 #include <algorithm>
 #include <filesystem>
 
-#include "checks/package_checks.h"
-#include "package/package_file.h"
+#include "desk/checks/package_checks.h"
+#include "desk/package/package_file.h"
 
 namespace desk {
 namespace {

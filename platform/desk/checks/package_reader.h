@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "checks/finding.h"
-#include "checks/metadata_rules.h"
-#include "checks/scratch_directory.h"
+#include "desk/checks/finding.h"
+#include "desk/checks/metadata_rules.h"
+#include "desk/checks/scratch_directory.h"
 
 namespace desk {
 

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "checks/scratch_directory.h"
+#include "desk/checks/scratch_directory.h"
 
 #include <stdlib.h>
 
@@ -8,7 +8,7 @@
 #include <cstring>
 #include <filesystem>
 
-#include "common/desk_error.h"
+#include "desk/common/desk_error.h"
 
 namespace desk {
 

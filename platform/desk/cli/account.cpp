@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "cli/account.h"
+#include "desk/cli/account.h"
 
 #include <algorithm>
 #include <cctype>
@@ -8,9 +8,9 @@
 #include <map>
 #include <set>
 
-#include "cli/journal_view.h"
-#include "cli/log_view.h"
-#include "cli/tail.h"
+#include "desk/cli/journal_view.h"
+#include "desk/cli/log_view.h"
+#include "desk/cli/tail.h"
 
 namespace desk::cli {
 namespace {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/app_runs.h"
+#include "desk/cli/app_runs.h"
 
 namespace desk::cli {
 

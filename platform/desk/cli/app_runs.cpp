@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "cli/app_runs.h"
+#include "desk/cli/app_runs.h"
 
 #include <algorithm>
 #include <fstream>

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "common/paths.h"
-#include "common/timestamp.h"
+#include "desk/common/paths.h"
+#include "desk/common/timestamp.h"
 
 namespace desk::cli {
 

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "cli/bundle_args.h"
+#include "desk/cli/bundle_args.h"
 
 #include <bundle.h>
 #include <glib.h>
@@ -9,9 +9,9 @@
 #include <cstdint>
 #include <utility>
 
-#include "cli/failure.h"
-#include "common/base64.h"
-#include "common/numbers.h"
+#include "desk/cli/failure.h"
+#include "desk/common/base64.h"
+#include "desk/common/numbers.h"
 
 namespace desk::cli {
 namespace {

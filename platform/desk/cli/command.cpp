@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "cli/command.h"
+#include "desk/cli/command.h"
 
 #include <cstdlib>
 
-#include "cli/failure.h"
-#include "common/numbers.h"
+#include "desk/cli/failure.h"
+#include "desk/common/numbers.h"
 
 namespace desk::cli {
 namespace {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/command.h"
+#include "desk/cli/command.h"
 
 namespace desk::cli {
 

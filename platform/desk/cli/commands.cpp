@@ -1,13 +1,13 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "cli/commands.h"
+#include "desk/cli/commands.h"
 
 #include <iterator>
 #include <ostream>
 
-#include "cli/failure.h"
-#include "cli/session.h"
-#include "common/desk_error.h"
+#include "desk/cli/failure.h"
+#include "desk/cli/session.h"
+#include "desk/common/desk_error.h"
 
 namespace desk::cli {
 namespace {

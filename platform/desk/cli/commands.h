@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "cli/command_line.h"
+#include "desk/cli/command_line.h"
 
 namespace desk::cli {
 

@@ -6,12 +6,12 @@
 #include <filesystem>
 #include <ostream>
 
-#include "cli/bundle_args.h"
-#include "cli/commands.h"
-#include "cli/failure.h"
-#include "cli/result_names.h"
-#include "cli/session.h"
-#include "cli/table.h"
+#include "desk/cli/bundle_args.h"
+#include "desk/cli/commands.h"
+#include "desk/cli/failure.h"
+#include "desk/cli/result_names.h"
+#include "desk/cli/session.h"
+#include "desk/cli/table.h"
 
 namespace desk::cli {
 namespace {

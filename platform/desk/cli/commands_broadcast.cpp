@@ -3,11 +3,11 @@
 // tv service, tv tune, tv signal, tv channel
 #include <ostream>
 
-#include "cli/bundle_args.h"
-#include "cli/commands.h"
-#include "cli/failure.h"
-#include "cli/session.h"
-#include "cli/table.h"
+#include "desk/cli/bundle_args.h"
+#include "desk/cli/commands.h"
+#include "desk/cli/failure.h"
+#include "desk/cli/session.h"
+#include "desk/cli/table.h"
 
 namespace desk::cli {
 namespace {

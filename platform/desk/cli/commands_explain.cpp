@@ -4,13 +4,13 @@
 #include <filesystem>
 #include <ostream>
 
-#include "checks/package_reader.h"
-#include "cli/commands.h"
-#include "cli/explain_effects.h"
-#include "cli/explain_state.h"
-#include "cli/explain_text.h"
-#include "cli/failure.h"
-#include "cli/session.h"
+#include "desk/checks/package_reader.h"
+#include "desk/cli/commands.h"
+#include "desk/cli/explain_effects.h"
+#include "desk/cli/explain_state.h"
+#include "desk/cli/explain_text.h"
+#include "desk/cli/failure.h"
+#include "desk/cli/session.h"
 
 namespace desk::cli {
 namespace {

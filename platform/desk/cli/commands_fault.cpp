@@ -4,12 +4,12 @@
 #include <algorithm>
 #include <ostream>
 
-#include "cli/commands.h"
-#include "cli/failure.h"
-#include "cli/platform_calls.h"
-#include "cli/session.h"
-#include "cli/table.h"
-#include "common/nearest.h"
+#include "desk/cli/commands.h"
+#include "desk/cli/failure.h"
+#include "desk/cli/platform_calls.h"
+#include "desk/cli/session.h"
+#include "desk/cli/table.h"
+#include "desk/common/nearest.h"
 
 namespace desk::cli {
 namespace {

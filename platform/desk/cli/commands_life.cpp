@@ -8,16 +8,16 @@
 #include <ostream>
 #include <thread>
 
-#include "cli/commands.h"
-#include "cli/failure.h"
-#include "cli/interrupt.h"
-#include "cli/launcher.h"
-#include "cli/session.h"
-#include "cli/status_view.h"
-#include "cli/table.h"
-#include "cli/tail.h"
-#include "common/desk_error.h"
-#include "common/desk_root.h"
+#include "desk/cli/commands.h"
+#include "desk/cli/failure.h"
+#include "desk/cli/interrupt.h"
+#include "desk/cli/launcher.h"
+#include "desk/cli/session.h"
+#include "desk/cli/status_view.h"
+#include "desk/cli/table.h"
+#include "desk/cli/tail.h"
+#include "desk/common/desk_error.h"
+#include "desk/common/desk_root.h"
 
 namespace desk::cli {
 namespace {

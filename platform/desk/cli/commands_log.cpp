@@ -4,17 +4,17 @@
 #include <algorithm>
 #include <ostream>
 
-#include "cli/commands.h"
-#include "cli/failure.h"
-#include "cli/journal_view.h"
-#include "cli/log_view.h"
-#include "cli/platform_calls.h"
-#include "cli/session.h"
-#include "cli/table.h"
-#include "cli/tail.h"
-#include "cli/time_text.h"
-#include "common/desk_error.h"
-#include "common/nearest.h"
+#include "desk/cli/commands.h"
+#include "desk/cli/failure.h"
+#include "desk/cli/journal_view.h"
+#include "desk/cli/log_view.h"
+#include "desk/cli/platform_calls.h"
+#include "desk/cli/session.h"
+#include "desk/cli/table.h"
+#include "desk/cli/tail.h"
+#include "desk/cli/time_text.h"
+#include "desk/common/desk_error.h"
+#include "desk/common/nearest.h"
 
 namespace desk::cli {
 namespace {

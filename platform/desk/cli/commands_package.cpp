@@ -4,14 +4,14 @@
 #include <filesystem>
 #include <ostream>
 
-#include "checks/package_reader.h"
-#include "cli/commands.h"
-#include "cli/failure.h"
-#include "cli/interrupt.h"
-#include "cli/progress_bar.h"
-#include "cli/session.h"
-#include "cli/table.h"
-#include "common/desk_error.h"
+#include "desk/checks/package_reader.h"
+#include "desk/cli/commands.h"
+#include "desk/cli/failure.h"
+#include "desk/cli/interrupt.h"
+#include "desk/cli/progress_bar.h"
+#include "desk/cli/session.h"
+#include "desk/cli/table.h"
+#include "desk/common/desk_error.h"
 
 namespace desk::cli {
 namespace {

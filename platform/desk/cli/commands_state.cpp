@@ -4,15 +4,15 @@
 #include <algorithm>
 #include <ostream>
 
-#include "cli/commands.h"
-#include "cli/condition.h"
-#include "cli/dump.h"
-#include "cli/failure.h"
-#include "cli/session.h"
-#include "cli/store_reader.h"
-#include "cli/table.h"
-#include "common/desk_error.h"
-#include "common/json.h"
+#include "desk/cli/commands.h"
+#include "desk/cli/condition.h"
+#include "desk/cli/dump.h"
+#include "desk/cli/failure.h"
+#include "desk/cli/session.h"
+#include "desk/cli/store_reader.h"
+#include "desk/cli/table.h"
+#include "desk/common/desk_error.h"
+#include "desk/common/json.h"
 
 namespace desk::cli {
 namespace {

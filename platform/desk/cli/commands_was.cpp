@@ -3,10 +3,10 @@
 // tv was
 #include <ostream>
 
-#include "cli/commands.h"
-#include "cli/failure.h"
-#include "cli/session.h"
-#include "cli/table.h"
+#include "desk/cli/commands.h"
+#include "desk/cli/failure.h"
+#include "desk/cli/session.h"
+#include "desk/cli/table.h"
 
 namespace desk::cli {
 namespace {

@@ -4,15 +4,15 @@
 #include <algorithm>
 #include <ostream>
 
-#include "cli/commands.h"
-#include "cli/dump.h"
-#include "cli/failure.h"
-#include "cli/schedule.h"
-#include "cli/session.h"
-#include "cli/table.h"
-#include "cli/time_text.h"
-#include "cli/verdict.h"
-#include "common/json.h"
+#include "desk/cli/commands.h"
+#include "desk/cli/dump.h"
+#include "desk/cli/failure.h"
+#include "desk/cli/schedule.h"
+#include "desk/cli/session.h"
+#include "desk/cli/table.h"
+#include "desk/cli/time_text.h"
+#include "desk/cli/verdict.h"
+#include "desk/common/json.h"
 
 namespace desk::cli {
 namespace {

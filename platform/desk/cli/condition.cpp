@@ -1,15 +1,15 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "cli/condition.h"
+#include "desk/cli/condition.h"
 
 #include <algorithm>
 #include <regex>
 #include <set>
 
-#include "cli/failure.h"
-#include "cli/time_text.h"
-#include "common/json.h"
-#include "common/nearest.h"
+#include "desk/cli/failure.h"
+#include "desk/cli/time_text.h"
+#include "desk/common/json.h"
+#include "desk/common/nearest.h"
 
 namespace desk::cli {
 namespace {

@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "cli/jq.h"
+#include "desk/cli/jq.h"
 
 namespace desk::cli {
 

@@ -1,13 +1,13 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "cli/daemon_calls.h"
+#include "desk/cli/daemon_calls.h"
 
 #include <app_control.h>
 
 #include <algorithm>
 #include <map>
 
-#include "cli/journal_view.h"
+#include "desk/cli/journal_view.h"
 
 namespace desk::cli {
 namespace {

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "common/timestamp.h"
+#include "desk/common/timestamp.h"
 
 namespace desk::cli {
 

@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "cli/dump.h"
+#include "desk/cli/dump.h"
 
 #include <filesystem>
 
-#include "cli/failure.h"
-#include "cli/session.h"
-#include "cli/store_reader.h"
+#include "desk/cli/failure.h"
+#include "desk/cli/session.h"
+#include "desk/cli/store_reader.h"
 
 namespace desk::cli {
 namespace {

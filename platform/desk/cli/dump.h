@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "cli/television.h"
+#include "desk/cli/television.h"
 
 namespace desk::cli {
 

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "cli/explain_effects.h"
+#include "desk/cli/explain_effects.h"
 
 #include <algorithm>
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "checks/metadata_rules.h"
+#include "desk/checks/metadata_rules.h"
 
 namespace desk::cli {
 

@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "cli/explain_state.h"
+#include "desk/cli/explain_state.h"
 
 #include <filesystem>
 
-#include "cli/failure.h"
-#include "cli/store_reader.h"
+#include "desk/cli/failure.h"
+#include "desk/cli/store_reader.h"
 
 namespace desk::cli {
 namespace {

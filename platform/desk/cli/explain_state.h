@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "checks/metadata_rules.h"
-#include "common/paths.h"
+#include "desk/checks/metadata_rules.h"
+#include "desk/common/paths.h"
 
 namespace desk::cli {
 

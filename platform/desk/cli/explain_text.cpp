@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "cli/explain_text.h"
+#include "desk/cli/explain_text.h"
 
 #include <ostream>
 
-#include "cli/table.h"
+#include "desk/cli/table.h"
 
 namespace desk::cli {
 namespace {

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "checks/finding.h"
-#include "cli/explain_effects.h"
+#include "desk/checks/finding.h"
+#include "desk/cli/explain_effects.h"
 
 namespace desk::cli {
 

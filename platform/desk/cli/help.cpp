@@ -3,10 +3,10 @@
 // The texts of `tv help`, generated from the command table.
 #include <algorithm>
 
-#include "cli/command_line.h"
-#include "cli/failure.h"
-#include "cli/table.h"
-#include "common/nearest.h"
+#include "desk/cli/command_line.h"
+#include "desk/cli/failure.h"
+#include "desk/cli/table.h"
+#include "desk/common/nearest.h"
 
 namespace desk::cli {
 namespace {

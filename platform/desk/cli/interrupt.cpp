@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "cli/interrupt.h"
+#include "desk/cli/interrupt.h"
 
 #include <unistd.h>
 

@@ -1,14 +1,14 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "cli/journal_view.h"
+#include "desk/cli/journal_view.h"
 
 #include <fnmatch.h>
 
 #include <algorithm>
 
-#include "cli/table.h"
-#include "common/desk_error.h"
-#include "common/json.h"
+#include "desk/cli/table.h"
+#include "desk/common/desk_error.h"
+#include "desk/common/json.h"
 
 namespace desk::cli {
 namespace {

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "cli/jq.h"
+#include "desk/cli/jq.h"
 
 #include <algorithm>
 
@@ -8,8 +8,8 @@ extern "C" {
 #include <jq.h>
 }
 
-#include "cli/failure.h"
-#include "common/json.h"
+#include "desk/cli/failure.h"
+#include "desk/common/json.h"
 
 namespace desk::cli {
 namespace {

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "cli/launcher.h"
+#include "desk/cli/launcher.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -12,8 +12,8 @@
 #include <filesystem>
 #include <thread>
 
-#include "cli/failure.h"
-#include "common/spawn.h"
+#include "desk/cli/failure.h"
+#include "desk/common/spawn.h"
 
 namespace desk::cli {
 namespace {

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "common/paths.h"
+#include "desk/common/paths.h"
 
 namespace desk::cli {
 

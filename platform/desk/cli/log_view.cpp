@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "cli/log_view.h"
+#include "desk/cli/log_view.h"
 
 #include <cctype>
 #include <regex>
 
-#include "cli/failure.h"
+#include "desk/cli/failure.h"
 
 namespace desk::cli {
 namespace {

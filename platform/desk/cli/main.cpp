@@ -5,7 +5,7 @@
 #include <csignal>
 #include <iostream>
 
-#include "cli/commands.h"
+#include "desk/cli/commands.h"
 
 int main(int argc, char** argv) {
   // When the reader of the output exits, tv ends silently, like any filter.

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "cli/platform_calls.h"
+#include "desk/cli/platform_calls.h"
 
 namespace desk::cli {
 

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "cli/progress_bar.h"
+#include "desk/cli/progress_bar.h"
 
 #include <algorithm>
 #include <ostream>

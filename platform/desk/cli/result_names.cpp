@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "cli/result_names.h"
+#include "desk/cli/result_names.h"
 
 #include <app_control.h>
 

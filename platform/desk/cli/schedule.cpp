@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "cli/schedule.h"
+#include "desk/cli/schedule.h"
 
 #include <algorithm>
 
-#include "cli/result_names.h"
-#include "cli/time_text.h"
+#include "desk/cli/result_names.h"
+#include "desk/cli/time_text.h"
 
 namespace desk::cli {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <json/value.h>
 
-#include "cli/verdict.h"
+#include "desk/cli/verdict.h"
 
 namespace desk::cli {
 

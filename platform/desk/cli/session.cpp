@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "cli/session.h"
+#include "desk/cli/session.h"
 
 #include <ostream>
 
-#include "common/json.h"
+#include "desk/common/json.h"
 
 namespace desk::cli {
 

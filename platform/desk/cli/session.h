@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-#include "cli/television.h"
+#include "desk/cli/television.h"
 
 namespace desk::cli {
 

@@ -1,13 +1,13 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "cli/status_view.h"
+#include "desk/cli/status_view.h"
 
-#include "cli/daemon_calls.h"
-#include "cli/journal_view.h"
-#include "cli/table.h"
-#include "cli/tail.h"
-#include "cli/time_text.h"
-#include "common/json.h"
+#include "desk/cli/daemon_calls.h"
+#include "desk/cli/journal_view.h"
+#include "desk/cli/table.h"
+#include "desk/cli/tail.h"
+#include "desk/cli/time_text.h"
+#include "desk/common/json.h"
 
 namespace desk::cli {
 namespace {

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "cli/store_reader.h"
+#include "desk/cli/store_reader.h"
 
 #include <fcntl.h>
 #include <sqlite3.h>
@@ -18,10 +18,10 @@
 #include <thread>
 #include <utility>
 
-#include "cli/failure.h"
-#include "common/desk_error.h"
-#include "common/json.h"
-#include "common/sqlite.h"
+#include "desk/cli/failure.h"
+#include "desk/common/desk_error.h"
+#include "desk/common/json.h"
+#include "desk/common/sqlite.h"
 
 namespace desk::cli {
 namespace {

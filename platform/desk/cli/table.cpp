@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "cli/table.h"
+#include "desk/cli/table.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "cli/tail.h"
+#include "desk/cli/tail.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

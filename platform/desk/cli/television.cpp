@@ -1,14 +1,14 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "cli/television.h"
+#include "desk/cli/television.h"
 
 #include <glib.h>
 
 #include <future>
 #include <thread>
 
-#include "common/bus_client.h"
-#include "common/desk_error.h"
+#include "desk/common/bus_client.h"
+#include "desk/common/desk_error.h"
 
 namespace desk::cli {
 namespace {

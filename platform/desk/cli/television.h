@@ -9,7 +9,7 @@
 #include <memory>
 #include <string>
 
-#include "common/paths.h"
+#include "desk/common/paths.h"
 
 namespace desk::cli {
 

@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "cli/time_text.h"
+#include "desk/cli/time_text.h"
 
 #include <algorithm>
 #include <map>
 
-#include "cli/failure.h"
-#include "common/numbers.h"
+#include "desk/cli/failure.h"
+#include "desk/common/numbers.h"
 
 namespace desk::cli {
 namespace {

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "common/timestamp.h"
+#include "desk/common/timestamp.h"
 
 namespace desk::cli {
 

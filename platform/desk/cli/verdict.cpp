@@ -1,16 +1,16 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "cli/verdict.h"
+#include "desk/cli/verdict.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 
-#include "cli/result_names.h"
-#include "cli/time_text.h"
-#include "common/desk_error.h"
-#include "common/json.h"
+#include "desk/cli/result_names.h"
+#include "desk/cli/time_text.h"
+#include "desk/common/desk_error.h"
+#include "desk/common/json.h"
 
 namespace desk::cli {
 namespace {

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "cli/account.h"
-#include "cli/daemon_calls.h"
+#include "desk/cli/account.h"
+#include "desk/cli/daemon_calls.h"
 
 namespace desk::cli {
 

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "clock/fast_clock.h"
+#include "desk/clock/fast_clock.h"
 
 #include <dlfcn.h>
 #include <sys/syscall.h>

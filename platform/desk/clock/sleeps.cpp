@@ -5,7 +5,7 @@
 
 #include <cerrno>
 
-#include "clock/fast_clock.h"
+#include "desk/clock/fast_clock.h"
 
 DESK_CLOCK_REPLACES int clock_nanosleep(clockid_t clock, int flags, const timespec* wanted,
                                         timespec* left) {

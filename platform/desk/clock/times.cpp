@@ -6,7 +6,7 @@
 
 #include <cerrno>
 
-#include "clock/fast_clock.h"
+#include "desk/clock/fast_clock.h"
 
 DESK_CLOCK_REPLACES int clock_gettime(clockid_t clock, timespec* now) noexcept {
   if (!desk::IsScaled(clock)) {

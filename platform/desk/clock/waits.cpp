@@ -7,7 +7,7 @@
 #include <sys/epoll.h>
 #include <sys/select.h>
 
-#include "clock/fast_clock.h"
+#include "desk/clock/fast_clock.h"
 
 namespace {
 

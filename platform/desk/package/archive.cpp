@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "package/archive.h"
+#include "desk/package/archive.h"
 
 #include <archive.h>
 #include <archive_entry.h>
@@ -9,7 +9,7 @@
 #include <cstring>
 #include <fstream>
 
-#include "package/manifest.h"
+#include "desk/package/manifest.h"
 
 namespace desk {
 namespace {

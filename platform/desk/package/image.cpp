@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "package/image.h"
+#include "desk/package/image.h"
 
 #include <archive.h>
 #include <archive_entry.h>
@@ -19,8 +19,8 @@
 #include <memory>
 #include <vector>
 
-#include "common/spawn.h"
-#include "package/manifest.h"
+#include "desk/common/spawn.h"
+#include "desk/package/manifest.h"
 
 namespace desk {
 namespace {

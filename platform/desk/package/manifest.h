@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "common/desk_error.h"
+#include "desk/common/desk_error.h"
 
 namespace desk {
 

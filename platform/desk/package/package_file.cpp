@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "package/package_file.h"
+#include "desk/package/package_file.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -12,7 +12,7 @@
 #include <filesystem>
 #include <map>
 
-#include "package/archive.h"
+#include "desk/package/archive.h"
 
 namespace desk {
 namespace {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "package/manifest.h"
+#include "desk/package/manifest.h"
 
 namespace desk {
 

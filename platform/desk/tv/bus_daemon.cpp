@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/bus_daemon.h"
+#include "desk/tv/bus_daemon.h"
 
 #include <fcntl.h>
 #include <pwd.h>
@@ -14,9 +14,9 @@
 #include <filesystem>
 #include <fstream>
 
-#include "common/desk_error.h"
-#include "common/gio_ptr.h"
-#include "tv/process.h"
+#include "desk/common/desk_error.h"
+#include "desk/common/gio_ptr.h"
+#include "desk/tv/process.h"
 
 namespace desk::tv {
 namespace {

@@ -7,7 +7,7 @@
 #include <functional>
 #include <string>
 
-#include "common/paths.h"
+#include "desk/common/paths.h"
 
 namespace desk::tv {
 

@@ -1,16 +1,16 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/bus_router.h"
+#include "desk/tv/bus_router.h"
 
 #include <atomic>
 #include <map>
 #include <utility>
 #include <vector>
 
-#include "common/bus_names.h"
-#include "common/desk_error.h"
-#include "common/gio_ptr.h"
-#include "common/json.h"
+#include "desk/common/bus_names.h"
+#include "desk/common/desk_error.h"
+#include "desk/common/gio_ptr.h"
+#include "desk/common/json.h"
 
 namespace desk::tv {
 namespace {

@@ -5,8 +5,8 @@
 #include <memory>
 #include <string>
 
-#include "tv/callers.h"
-#include "tv/router.h"
+#include "desk/tv/callers.h"
+#include "desk/tv/router.h"
 
 namespace desk::tv {
 

@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/callers.h"
+#include "desk/tv/callers.h"
 
 #include <fstream>
 #include <sstream>
 
-#include "common/paths.h"
+#include "desk/common/paths.h"
 
 namespace desk::tv {
 

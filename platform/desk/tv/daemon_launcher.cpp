@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/daemon_launcher.h"
+#include "desk/tv/daemon_launcher.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -10,11 +10,11 @@
 #include <cstring>
 #include <filesystem>
 
-#include "common/desk_error.h"
-#include "common/line_log.h"
-#include "tv/bus_daemon.h"
-#include "tv/process.h"
-#include "tv/sandbox.h"
+#include "desk/common/desk_error.h"
+#include "desk/common/line_log.h"
+#include "desk/tv/bus_daemon.h"
+#include "desk/tv/process.h"
+#include "desk/tv/sandbox.h"
 
 namespace desk::tv {
 namespace {

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "tv/options.h"
-#include "tv/supervisor.h"
-#include "tv/tv_clock.h"
+#include "desk/tv/options.h"
+#include "desk/tv/supervisor.h"
+#include "desk/tv/tv_clock.h"
 
 namespace desk::tv {
 

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/desk_directory.h"
+#include "desk/tv/desk_directory.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -17,10 +17,10 @@
 #include <sstream>
 #include <vector>
 
-#include "common/desk_error.h"
-#include "common/desk_root.h"
-#include "tv/bus_daemon.h"
-#include "tv/tv_log.h"
+#include "desk/common/desk_error.h"
+#include "desk/common/desk_root.h"
+#include "desk/tv/bus_daemon.h"
+#include "desk/tv/tv_log.h"
 
 namespace desk::tv {
 namespace {

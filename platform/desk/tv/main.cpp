@@ -14,16 +14,16 @@
 #include <cstring>
 #include <filesystem>
 
-#include "common/desk_error.h"
-#include "common/gio_ptr.h"
-#include "tv/bus_daemon.h"
-#include "tv/bus_router.h"
-#include "tv/callers.h"
-#include "tv/desk_directory.h"
-#include "tv/mount_namespace.h"
-#include "tv/options.h"
-#include "tv/television.h"
-#include "tv/tv_log.h"
+#include "desk/common/desk_error.h"
+#include "desk/common/gio_ptr.h"
+#include "desk/tv/bus_daemon.h"
+#include "desk/tv/bus_router.h"
+#include "desk/tv/callers.h"
+#include "desk/tv/desk_directory.h"
+#include "desk/tv/mount_namespace.h"
+#include "desk/tv/options.h"
+#include "desk/tv/television.h"
+#include "desk/tv/tv_log.h"
 
 namespace desk::tv {
 namespace {

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/mount_namespace.h"
+#include "desk/tv/mount_namespace.h"
 
 #include <sched.h>
 #include <sys/mount.h>

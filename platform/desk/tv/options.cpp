@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/options.h"
+#include "desk/tv/options.h"
 
 #include <map>
 
-#include "common/desk_error.h"
-#include "common/desk_root.h"
-#include "common/numbers.h"
+#include "desk/common/desk_error.h"
+#include "desk/common/desk_root.h"
+#include "desk/common/numbers.h"
 
 namespace desk::tv {
 namespace {

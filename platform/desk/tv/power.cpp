@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/power.h"
+#include "desk/tv/power.h"
 
-#include "common/desk_error.h"
-#include "common/json.h"
-#include "tv/desk_directory.h"
+#include "desk/common/desk_error.h"
+#include "desk/common/json.h"
+#include "desk/tv/desk_directory.h"
 
 namespace desk::tv {
 namespace {

@@ -6,12 +6,12 @@
 #include <string>
 #include <vector>
 
-#include "common/paths.h"
-#include "common/timer.h"
-#include "tv/router.h"
-#include "tv/services/keys.h"
-#include "tv/supervisor.h"
-#include "tv/tv_log.h"
+#include "desk/common/paths.h"
+#include "desk/common/timer.h"
+#include "desk/tv/router.h"
+#include "desk/tv/services/keys.h"
+#include "desk/tv/supervisor.h"
+#include "desk/tv/tv_log.h"
 
 namespace desk::tv {
 

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/process.h"
+#include "desk/tv/process.h"
 
 #include <fcntl.h>
 #include <sys/wait.h>
@@ -9,9 +9,9 @@
 #include <cstring>
 #include <map>
 
-#include "common/desk_error.h"
-#include "common/gio_ptr.h"
-#include "common/spawn.h"
+#include "desk/common/desk_error.h"
+#include "desk/common/gio_ptr.h"
+#include "desk/common/spawn.h"
 
 namespace desk::tv {
 namespace {

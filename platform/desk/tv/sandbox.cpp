@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/sandbox.h"
+#include "desk/tv/sandbox.h"
 
 #include <algorithm>
 #include <filesystem>

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/supervisor.h"
+#include "desk/tv/supervisor.h"
 
 #include <glib.h>
 #include <sys/wait.h>
@@ -11,9 +11,9 @@
 #include <cstring>
 #include <fstream>
 
-#include "common/desk_error.h"
-#include "common/json.h"
-#include "tv/process.h"
+#include "desk/common/desk_error.h"
+#include "desk/common/json.h"
+#include "desk/tv/process.h"
 
 namespace desk::tv {
 namespace {

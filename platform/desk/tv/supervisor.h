@@ -9,10 +9,10 @@
 #include <string>
 #include <vector>
 
-#include "common/timer.h"
-#include "tv/callers.h"
-#include "tv/router.h"
-#include "tv/tv_log.h"
+#include "desk/common/timer.h"
+#include "desk/tv/callers.h"
+#include "desk/tv/router.h"
+#include "desk/tv/tv_log.h"
 
 namespace desk::tv {
 

@@ -1,17 +1,17 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/television.h"
+#include "desk/tv/television.h"
 
 #include <glib.h>
 #include <unistd.h>
 
 #include <chrono>
 
-#include "tv/daemon_launcher.h"
-#include "tv/services/fault_service.h"
-#include "tv/services/keys.h"
-#include "tv/services/services.h"
-#include "tv/supervisor.h"
+#include "desk/tv/daemon_launcher.h"
+#include "desk/tv/services/fault_service.h"
+#include "desk/tv/services/keys.h"
+#include "desk/tv/services/services.h"
+#include "desk/tv/supervisor.h"
 
 namespace desk::tv {
 namespace {

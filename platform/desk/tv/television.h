@@ -9,11 +9,11 @@
 #include <memory>
 #include <string>
 
-#include "tv/callers.h"
-#include "tv/options.h"
-#include "tv/power.h"
-#include "tv/router.h"
-#include "tv/tv_log.h"
+#include "desk/tv/callers.h"
+#include "desk/tv/options.h"
+#include "desk/tv/power.h"
+#include "desk/tv/router.h"
+#include "desk/tv/tv_log.h"
 
 namespace desk::tv {
 

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/tv_clock.h"
+#include "desk/tv/tv_clock.h"
 
 #include <json/value.h>
 
@@ -12,8 +12,8 @@
 #include <fstream>
 #include <sstream>
 
-#include "common/desk_error.h"
-#include "common/json.h"
+#include "desk/common/desk_error.h"
+#include "desk/common/json.h"
 
 namespace desk::tv {
 namespace {

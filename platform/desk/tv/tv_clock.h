@@ -6,7 +6,7 @@
 #include <functional>
 #include <string>
 
-#include "common/timer.h"
+#include "desk/common/timer.h"
 
 namespace desk::tv {
 

@@ -5,8 +5,8 @@
 #include <atomic>
 #include <string>
 
-#include "common/line_log.h"
-#include "common/timestamp.h"
+#include "desk/common/line_log.h"
+#include "desk/common/timestamp.h"
 
 namespace desk::tv {
 

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/worker.h"
+#include "desk/tv/worker.h"
 
 #include <glib.h>
 #include <pthread.h>
@@ -8,7 +8,7 @@
 #include <exception>
 #include <utility>
 
-#include "common/desk_error.h"
+#include "desk/common/desk_error.h"
 
 namespace desk::tv {
 namespace {

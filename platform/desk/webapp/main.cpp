@@ -8,10 +8,10 @@
 #include <cstdlib>
 #include <string>
 
-#include "common/bus_client.h"
-#include "common/desk_error.h"
-#include "common/gio_ptr.h"
-#include "webapp/web_app.h"
+#include "desk/common/bus_client.h"
+#include "desk/common/desk_error.h"
+#include "desk/common/gio_ptr.h"
+#include "desk/webapp/web_app.h"
 
 namespace {
 

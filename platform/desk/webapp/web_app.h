@@ -8,8 +8,8 @@
 #include <functional>
 #include <string>
 
-#include "common/bus_client.h"
-#include "common/timer.h"
+#include "desk/common/bus_client.h"
+#include "desk/common/timer.h"
 
 namespace desk {
 

@@ -3,7 +3,7 @@
 #include "controller/ORVAppCreator.h"
 
 #include "controller/ORVScheduler.h"
-#include "controller/allocations.h"
+#include "unit/controller/allocations.h"
 #include "unit/controller/creator_fixture.h"
 
 namespace {

@@ -5,10 +5,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "controller/recording_app.h"
 #include "fake/control/fake.h"
 #include "support/files.h"
 #include "support/log_matchers.h"
+#include "unit/controller/recording_app.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <thread>
 
-#include "controller/installer_fixture.h"
+#include "unit/controller/installer_fixture.h"
 
 namespace {
 

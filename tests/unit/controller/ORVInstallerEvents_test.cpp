@@ -3,11 +3,11 @@
 #include <thread>
 
 #include "controller/ORVScheduler.h"
-#include "controller/allocations.h"
-#include "controller/installer_fixture.h"
 #include "framework/events.h"
 #include "support/drain.h"
 #include "unit/app_info/records.h"
+#include "unit/controller/allocations.h"
+#include "unit/controller/installer_fixture.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <future>
 
 #include "controller/ORVAppCreator.h"
-#include "controller/installer_fixture.h"
+#include "unit/controller/installer_fixture.h"
 
 namespace {
 

@@ -8,10 +8,10 @@
 #include <thread>
 
 #include "controller/ORVScheduler.h"
-#include "controller/allocations.h"
-#include "controller/installer_fixture.h"
 #include "support/drain.h"
 #include "unit/app_info/records.h"
+#include "unit/controller/allocations.h"
+#include "unit/controller/installer_fixture.h"
 
 namespace {
 

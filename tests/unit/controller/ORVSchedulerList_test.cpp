@@ -9,9 +9,9 @@
 #include <future>
 #include <thread>
 
-#include "controller/gate.h"
-#include "controller/scheduler_fixture.h"
 #include "support/thread_state.h"
+#include "unit/controller/gate.h"
+#include "unit/controller/scheduler_fixture.h"
 
 namespace {
 

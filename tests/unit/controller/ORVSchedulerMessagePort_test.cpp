@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <limits>
 
-#include "controller/allocations.h"
-#include "controller/scheduler_fixture.h"
+#include "unit/controller/allocations.h"
+#include "unit/controller/scheduler_fixture.h"
 
 namespace {
 

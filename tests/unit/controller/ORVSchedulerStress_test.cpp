@@ -8,7 +8,7 @@
 
 #include "app_info/ORVAppInfo.h"
 #include "app_info/app_type/ChFeederCustom.h"
-#include "controller/scheduler_fixture.h"
+#include "unit/controller/scheduler_fixture.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <csignal>
 #include <ostream>
 
-#include "controller/scheduler_fixture.h"
+#include "unit/controller/scheduler_fixture.h"
 
 namespace {
 

@@ -2,10 +2,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "controller/ORVScheduler.h"
 
-#include "controller/allocations.h"
-#include "controller/gate.h"
-#include "controller/scheduler_fixture.h"
 #include "framework/events.h"
+#include "unit/controller/allocations.h"
+#include "unit/controller/gate.h"
+#include "unit/controller/scheduler_fixture.h"
 
 namespace {
 

@@ -5,10 +5,10 @@
 #include <optional>
 
 #include "controller/ORVAppOperator.h"
-#include "controller/creator_fixture.h"
-#include "controller/gate.h"
-#include "controller/recording_app.h"
 #include "support/other_thread.h"
+#include "unit/controller/creator_fixture.h"
+#include "unit/controller/gate.h"
+#include "unit/controller/recording_app.h"
 
 namespace {
 

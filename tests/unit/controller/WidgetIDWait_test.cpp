@@ -10,11 +10,11 @@
 #include "controller/ORVAppCreator.h"
 #include "controller/ORVAppOperator.h"
 #include "controller/RecordGuard.h"
-#include "controller/recording_app.h"
 #include "fake/control/fake.h"
 #include "support/files.h"
 #include "support/log_matchers.h"
 #include "support/other_thread.h"
+#include "unit/controller/recording_app.h"
 
 namespace {
 

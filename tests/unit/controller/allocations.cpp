@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "controller/allocations.h"
+#include "unit/controller/allocations.h"
 
 #include <atomic>
 #include <cstddef>

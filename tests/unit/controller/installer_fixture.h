@@ -10,12 +10,12 @@
 #include <vector>
 
 #include "controller/ORVInstaller.h"
-#include "controller/gate.h"
-#include "controller/recording_app.h"
 #include "fake/control/fake.h"
 #include "support/files.h"
 #include "support/log_matchers.h"
 #include "support/wait_for.h"
+#include "unit/controller/gate.h"
+#include "unit/controller/recording_app.h"
 
 /// A daemon without its main: its directories, and the installer when a test asks for it.
 /// Events are handed to t_OnEvent() on the test's thread, which then stands for the task's.

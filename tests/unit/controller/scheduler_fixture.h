@@ -9,11 +9,11 @@
 #include <vector>
 
 #include "controller/ORVScheduler.h"
-#include "controller/recording_app.h"
 #include "fake/control/fake.h"
 #include "support/files.h"
 #include "support/log_matchers.h"
 #include "support/wait_for.h"
+#include "unit/controller/recording_app.h"
 
 /// A scheduler without the rest of the daemon. Events are handed to t_OnEvent() on the test's
 /// thread, which then stands for the task's. The store is not open.

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "paths/more_paths.h"
+#include "unit/paths/more_paths.h"
 
 #include "controller/ORVScheduler.h"
 #include "fake/control/fake.h"

@@ -20,9 +20,9 @@
 #include "fault/packages.h"
 #include "fault/roads.h"
 #include "fault/store.h"
-#include "paths/more_paths.h"
 #include "support/files.h"
 #include "unit/app_info/records.h"
+#include "unit/paths/more_paths.h"
 
 namespace {
 

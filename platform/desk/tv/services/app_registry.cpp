@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/services/app_registry.h"
+#include "desk/tv/services/app_registry.h"
 
 #include <unistd.h>
 
@@ -8,7 +8,7 @@
 #include <cctype>
 #include <utility>
 
-#include "common/desk_error.h"
+#include "desk/common/desk_error.h"
 
 namespace desk::tv {
 namespace {

@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
-#include "common/paths.h"
-#include "package/manifest.h"
-#include "tv/services/catalogue.h"
-#include "tv/tv_store.h"
+#include "desk/common/paths.h"
+#include "desk/package/manifest.h"
+#include "desk/tv/services/catalogue.h"
+#include "desk/tv/tv_store.h"
 
 namespace desk::tv {
 

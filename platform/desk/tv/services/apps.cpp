@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/services/apps.h"
+#include "desk/tv/services/apps.h"
 
 #include <sys/wait.h>
 
@@ -13,9 +13,9 @@
 
 #include "app_control.h"
 #include "app_manager.h"
-#include "common/desk_error.h"
-#include "common/json.h"
-#include "tv/process.h"
+#include "desk/common/desk_error.h"
+#include "desk/common/json.h"
+#include "desk/tv/process.h"
 
 namespace desk::tv {
 namespace {

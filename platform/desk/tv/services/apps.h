@@ -11,9 +11,9 @@
 #include <string>
 #include <vector>
 
-#include "tv/services/app_registry.h"
-#include "tv/services/needs.h"
-#include "tv/services/state_requests.h"
+#include "desk/tv/services/app_registry.h"
+#include "desk/tv/services/needs.h"
+#include "desk/tv/services/state_requests.h"
 
 namespace desk::tv {
 

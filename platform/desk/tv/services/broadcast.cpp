@@ -1,13 +1,13 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/services/broadcast.h"
+#include "desk/tv/services/broadcast.h"
 
 #include <algorithm>
 #include <cctype>
 #include <utility>
 
-#include "common/desk_error.h"
-#include "common/json.h"
+#include "desk/common/desk_error.h"
+#include "desk/common/json.h"
 
 namespace desk::tv {
 namespace {

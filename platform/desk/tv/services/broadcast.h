@@ -9,10 +9,10 @@
 #include <string>
 #include <vector>
 
-#include "tv/router.h"
-#include "tv/services/channels.h"
-#include "tv/services/needs.h"
-#include "tv/tv_store.h"
+#include "desk/tv/router.h"
+#include "desk/tv/services/channels.h"
+#include "desk/tv/services/needs.h"
+#include "desk/tv/tv_store.h"
 
 namespace desk::tv {
 

@@ -1,13 +1,13 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/services/catalogue.h"
+#include "desk/tv/services/catalogue.h"
 
 #include <sqlite3.h>
 
 #include <utility>
 
-#include "common/desk_error.h"
-#include "common/json.h"
+#include "desk/common/desk_error.h"
+#include "desk/common/json.h"
 
 namespace desk::tv {
 namespace {

@@ -5,8 +5,8 @@
 #include <map>
 #include <string>
 
-#include "common/sqlite.h"
-#include "package/manifest.h"
+#include "desk/common/sqlite.h"
+#include "desk/package/manifest.h"
 
 namespace desk::tv {
 

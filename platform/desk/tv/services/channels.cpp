@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/services/channels.h"
+#include "desk/tv/services/channels.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "common/desk_error.h"
-#include "common/json.h"
+#include "desk/common/desk_error.h"
+#include "desk/common/json.h"
 
 namespace desk::tv {
 namespace {

@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "tv/router.h"
-#include "tv/tv_store.h"
+#include "desk/tv/router.h"
+#include "desk/tv/tv_store.h"
 
 namespace desk::tv {
 

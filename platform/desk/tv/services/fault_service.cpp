@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/services/fault_service.h"
+#include "desk/tv/services/fault_service.h"
 
-#include "common/json.h"
+#include "desk/common/json.h"
 
 namespace desk::tv {
 namespace {

@@ -4,9 +4,9 @@
 
 #include <json/value.h>
 
-#include "common/faults.h"
-#include "common/paths.h"
-#include "tv/router.h"
+#include "desk/common/faults.h"
+#include "desk/common/paths.h"
+#include "desk/tv/router.h"
 
 namespace desk::tv {
 

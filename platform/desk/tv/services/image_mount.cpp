@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/services/image_mount.h"
+#include "desk/tv/services/image_mount.h"
 
 #include <fcntl.h>
 #include <libmount/libmount.h>
@@ -19,8 +19,8 @@
 #include <fstream>
 #include <memory>
 
-#include "common/gio_ptr.h"
-#include "common/spawn.h"
+#include "desk/common/gio_ptr.h"
+#include "desk/common/spawn.h"
 
 namespace desk::tv {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "tv/services/mount_command.h"
+#include "desk/tv/services/mount_command.h"
 
 namespace desk::tv {
 

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/services/keys.h"
+#include "desk/tv/services/keys.h"
 
-#include "common/desk_error.h"
-#include "common/json.h"
+#include "desk/common/desk_error.h"
+#include "desk/common/json.h"
 
 namespace desk::tv {
 namespace {

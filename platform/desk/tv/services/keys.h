@@ -11,9 +11,9 @@
 #include <string>
 #include <variant>
 
-#include "common/paths.h"
-#include "common/sqlite.h"
-#include "tv/router.h"
+#include "desk/common/paths.h"
+#include "desk/common/sqlite.h"
+#include "desk/tv/router.h"
 
 namespace desk::tv {
 

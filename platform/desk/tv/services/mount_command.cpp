@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/services/mount_command.h"
+#include "desk/tv/services/mount_command.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -8,7 +8,7 @@
 #include <memory>
 #include <vector>
 
-#include "common/desk_error.h"
+#include "desk/common/desk_error.h"
 
 namespace desk::tv {
 namespace {

@@ -1,14 +1,14 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/services/mounts.h"
+#include "desk/tv/services/mounts.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <utility>
 
-#include "common/desk_error.h"
-#include "common/json.h"
-#include "tv/services/image_mount.h"
+#include "desk/common/desk_error.h"
+#include "desk/common/json.h"
+#include "desk/tv/services/image_mount.h"
 
 namespace desk::tv {
 namespace {

@@ -8,10 +8,10 @@
 #include <string>
 #include <vector>
 
-#include "common/paths.h"
-#include "tv/router.h"
-#include "tv/services/mount_command.h"
-#include "tv/worker.h"
+#include "desk/common/paths.h"
+#include "desk/tv/router.h"
+#include "desk/tv/services/mount_command.h"
+#include "desk/tv/worker.h"
 
 namespace desk::tv {
 

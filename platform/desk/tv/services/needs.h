@@ -5,9 +5,9 @@
 #include <functional>
 #include <string>
 
-#include "common/paths.h"
-#include "tv/callers.h"
-#include "tv/router.h"
+#include "desk/common/paths.h"
+#include "desk/tv/callers.h"
+#include "desk/tv/router.h"
 
 namespace desk::tv {
 

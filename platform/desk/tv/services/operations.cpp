@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/services/operations.h"
+#include "desk/tv/services/operations.h"
 
 #include "app_control.h"
-#include "common/json.h"
+#include "desk/common/json.h"
 
 namespace desk::tv {
 namespace {

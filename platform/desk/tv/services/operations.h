@@ -8,7 +8,7 @@
 #include <optional>
 #include <string>
 
-#include "tv/router.h"
+#include "desk/tv/router.h"
 
 namespace desk::tv {
 

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/services/package_tree.h"
+#include "desk/tv/services/package_tree.h"
 
 #include <fcntl.h>
 #include <stdio.h>
@@ -11,7 +11,7 @@
 #include <cstring>
 #include <filesystem>
 
-#include "common/desk_error.h"
+#include "desk/common/desk_error.h"
 
 namespace desk::tv {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "common/paths.h"
+#include "desk/common/paths.h"
 
 namespace desk::tv {
 

@@ -1,15 +1,15 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/services/packages.h"
+#include "desk/tv/services/packages.h"
 
 #include <filesystem>
 #include <utility>
 #include <vector>
 
-#include "common/desk_error.h"
-#include "common/json.h"
+#include "desk/common/desk_error.h"
+#include "desk/common/json.h"
+#include "desk/tv/services/package_tree.h"
 #include "package_manager.h"
-#include "tv/services/package_tree.h"
 
 namespace desk::tv {
 namespace {

@@ -8,11 +8,11 @@
 #include <memory>
 #include <string>
 
-#include "common/paths.h"
-#include "package/package_file.h"
-#include "tv/router.h"
-#include "tv/services/catalogue.h"
-#include "tv/worker.h"
+#include "desk/common/paths.h"
+#include "desk/package/package_file.h"
+#include "desk/tv/router.h"
+#include "desk/tv/services/catalogue.h"
+#include "desk/tv/worker.h"
 
 namespace desk::tv {
 

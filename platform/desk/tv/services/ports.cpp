@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/services/ports.h"
+#include "desk/tv/services/ports.h"
 
-#include "common/desk_error.h"
-#include "common/json.h"
+#include "desk/common/desk_error.h"
+#include "desk/common/json.h"
 #include "message_port.h"
 
 namespace desk::tv {

@@ -9,7 +9,7 @@
 #include <string>
 #include <tuple>
 
-#include "tv/router.h"
+#include "desk/tv/router.h"
 
 namespace desk::tv {
 

@@ -1,20 +1,20 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/services/services.h"
+#include "desk/tv/services/services.h"
 
 #include <utility>
 
-#include "common/desk_error.h"
-#include "tv/services/apps.h"
-#include "tv/services/broadcast.h"
-#include "tv/services/catalogue.h"
-#include "tv/services/channels.h"
-#include "tv/services/mounts.h"
-#include "tv/services/operations.h"
-#include "tv/services/packages.h"
-#include "tv/services/ports.h"
-#include "tv/services/web_app_table.h"
-#include "tv/tv_store.h"
+#include "desk/common/desk_error.h"
+#include "desk/tv/services/apps.h"
+#include "desk/tv/services/broadcast.h"
+#include "desk/tv/services/catalogue.h"
+#include "desk/tv/services/channels.h"
+#include "desk/tv/services/mounts.h"
+#include "desk/tv/services/operations.h"
+#include "desk/tv/services/packages.h"
+#include "desk/tv/services/ports.h"
+#include "desk/tv/services/web_app_table.h"
+#include "desk/tv/tv_store.h"
 
 namespace desk::tv {
 namespace {

@@ -9,7 +9,7 @@
 #include <memory>
 #include <string>
 
-#include "tv/services/needs.h"
+#include "desk/tv/services/needs.h"
 
 namespace desk::tv {
 

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/services/state_requests.h"
+#include "desk/tv/services/state_requests.h"
 
 #include <utility>
 

@@ -6,7 +6,7 @@
 #include <functional>
 #include <string>
 
-#include "tv/services/web_app_state.h"
+#include "desk/tv/services/web_app_state.h"
 
 namespace desk::tv {
 

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/services/web_app_state.h"
+#include "desk/tv/services/web_app_state.h"
 
 #include <algorithm>
 #include <array>

@@ -1,14 +1,14 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/services/web_app_table.h"
+#include "desk/tv/services/web_app_table.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <limits>
 #include <utility>
 
-#include "common/desk_error.h"
-#include "common/json.h"
+#include "desk/common/desk_error.h"
+#include "desk/common/json.h"
 
 namespace desk::tv {
 namespace {

@@ -10,10 +10,10 @@
 #include <string>
 #include <vector>
 
-#include "common/timer.h"
-#include "package/manifest.h"
-#include "tv/services/needs.h"
-#include "tv/tv_store.h"
+#include "desk/common/timer.h"
+#include "desk/package/manifest.h"
+#include "desk/tv/services/needs.h"
+#include "desk/tv/tv_store.h"
 
 namespace desk::tv {
 

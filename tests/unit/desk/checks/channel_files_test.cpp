@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "checks/channel_files.h"
+#include "desk/checks/channel_files.h"
 
 #include <gtest/gtest.h>
 

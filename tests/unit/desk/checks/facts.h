@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "checks/finding.h"
-#include "checks/metadata_rules.h"
+#include "desk/checks/finding.h"
+#include "desk/checks/metadata_rules.h"
 
 namespace desk {
 

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "checks/package_checks.h"
+#include "desk/checks/package_checks.h"
 #include "facts.h"
 #include "package_maker.h"
 

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "checks/finding.h"
+#include "desk/checks/finding.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 // What is likely wrong with a package's metadata.
 #include <gtest/gtest.h>
 
-#include "checks/package_checks.h"
+#include "desk/checks/package_checks.h"
 #include "facts.h"
 
 namespace desk {

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "checks/metadata_rules.h"
+#include "desk/checks/metadata_rules.h"
 
 #include <gtest/gtest.h>
 

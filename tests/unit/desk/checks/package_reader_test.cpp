@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "checks/package_reader.h"
+#include "desk/checks/package_reader.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "checks/program_file.h"
+#include "desk/checks/program_file.h"
 
 #include <gtest/gtest.h>
 
-#include "checks/package_checks.h"
+#include "desk/checks/package_checks.h"
 #include "facts.h"
 #include "package_maker.h"
 

@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "cli/command_line.h"
+#include "desk/cli/command_line.h"
 
 #include <gtest/gtest.h>
 
-#include "cli/commands.h"
-#include "cli/failure.h"
-#include "common/nearest.h"
+#include "desk/cli/commands.h"
+#include "desk/cli/failure.h"
+#include "desk/common/nearest.h"
 
 namespace desk::cli {
 namespace {

@@ -5,7 +5,7 @@
 
 #include <filesystem>
 
-#include "cli/dump.h"
+#include "desk/cli/dump.h"
 #include "scripted_tv.h"
 
 namespace desk::cli {

@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "cli/condition.h"
+#include "desk/cli/condition.h"
 
 #include <gtest/gtest.h>
 
-#include "cli/failure.h"
-#include "common/json.h"
+#include "desk/cli/failure.h"
+#include "desk/common/json.h"
 
 namespace desk::cli {
 namespace {

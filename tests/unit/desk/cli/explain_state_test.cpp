@@ -1,15 +1,15 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "cli/explain_state.h"
+#include "desk/cli/explain_state.h"
 
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
 #include <filesystem>
 
-#include "checks/facts.h"
-#include "cli/store_reader.h"
+#include "desk/cli/store_reader.h"
 #include "package_maker.h"
+#include "unit/desk/checks/facts.h"
 
 namespace desk::cli {
 namespace {

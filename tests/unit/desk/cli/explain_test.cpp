@@ -6,9 +6,9 @@
 #include <algorithm>
 #include <sstream>
 
-#include "checks/facts.h"
-#include "cli/explain_effects.h"
-#include "cli/explain_text.h"
+#include "desk/cli/explain_effects.h"
+#include "desk/cli/explain_text.h"
+#include "unit/desk/checks/facts.h"
 
 namespace desk::cli {
 namespace {

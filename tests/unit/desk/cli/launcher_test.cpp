@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "cli/launcher.h"
+#include "desk/cli/launcher.h"
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>

@@ -3,9 +3,9 @@
 // What `tv pkg` and `tv explain` tell beyond the TV's answer.
 #include <gtest/gtest.h>
 
-#include "checks/facts.h"
 #include "package_maker.h"
 #include "scripted_tv.h"
+#include "unit/desk/checks/facts.h"
 
 namespace desk::cli {
 namespace {

@@ -10,8 +10,8 @@
 #include <regex>
 #include <set>
 
-#include "cli/commands.h"
-#include "cli/platform_calls.h"
+#include "desk/cli/commands.h"
+#include "desk/cli/platform_calls.h"
 
 namespace desk::cli {
 namespace {

@@ -12,11 +12,11 @@
 #include <set>
 #include <sstream>
 
-#include "cli/commands.h"
-#include "cli/failure.h"
-#include "cli/session.h"
-#include "common/desk_error.h"
-#include "common/json.h"
+#include "desk/cli/commands.h"
+#include "desk/cli/failure.h"
+#include "desk/cli/session.h"
+#include "desk/common/desk_error.h"
+#include "desk/common/json.h"
 
 namespace desk::cli {
 

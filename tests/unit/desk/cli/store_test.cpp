@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "cli/store_reader.h"
+#include "desk/cli/store_reader.h"
 
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -15,7 +15,7 @@
 #include <functional>
 #include <iterator>
 
-#include "cli/failure.h"
+#include "desk/cli/failure.h"
 
 namespace desk::cli {
 namespace {

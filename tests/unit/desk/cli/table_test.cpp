@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "cli/table.h"
+#include "desk/cli/table.h"
 
 #include <gtest/gtest.h>
 
 #include <sstream>
 
-#include "cli/progress_bar.h"
+#include "desk/cli/progress_bar.h"
 
 namespace desk::cli {
 namespace {

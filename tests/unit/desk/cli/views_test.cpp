@@ -8,14 +8,14 @@
 #include <filesystem>
 #include <fstream>
 
-#include "cli/bundle_args.h"
-#include "cli/failure.h"
-#include "cli/journal_view.h"
-#include "cli/log_view.h"
-#include "cli/tail.h"
-#include "cli/time_text.h"
-#include "common/base64.h"
-#include "common/json.h"
+#include "desk/cli/bundle_args.h"
+#include "desk/cli/failure.h"
+#include "desk/cli/journal_view.h"
+#include "desk/cli/log_view.h"
+#include "desk/cli/tail.h"
+#include "desk/cli/time_text.h"
+#include "desk/common/base64.h"
+#include "desk/common/json.h"
 
 namespace desk::cli {
 namespace {

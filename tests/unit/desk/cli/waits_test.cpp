@@ -3,7 +3,7 @@
 // What the journal says that the daemon waits for.
 #include <gtest/gtest.h>
 
-#include "cli/daemon_calls.h"
+#include "desk/cli/daemon_calls.h"
 #include "scripted_tv.h"
 
 namespace desk::cli {

@@ -3,7 +3,7 @@
 // tv why and tv schedule, against logs and a dump of which each line is given.
 #include <gtest/gtest.h>
 
-#include "cli/account.h"
+#include "desk/cli/account.h"
 #include "scripted_tv.h"
 
 namespace desk::cli {

@@ -8,7 +8,7 @@
 #include <ctime>
 #include <string>
 
-#include "common/timestamp.h"
+#include "desk/common/timestamp.h"
 #include "support/files.h"
 
 namespace {

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "common/base64.h"
+#include "desk/common/base64.h"
 
 #include <gtest/gtest.h>
 

@@ -16,11 +16,11 @@
 #include <thread>
 
 #include "desk/common/desk_error.h"
+#include "desk/tv/bus_daemon.h"
+#include "desk/tv/bus_router.h"
+#include "desk/tv/callers.h"
 #include "support/files.h"
 #include "support/wait_for.h"
-#include "tv/bus_daemon.h"
-#include "tv/bus_router.h"
-#include "tv/callers.h"
 
 namespace desk {
 namespace {

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "package/manifest.h"
+#include "desk/package/manifest.h"
 
 #include <gtest/gtest.h>
 

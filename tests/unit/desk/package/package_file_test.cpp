@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "package/package_file.h"
+#include "desk/package/package_file.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/callers.h"
+#include "desk/tv/callers.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>

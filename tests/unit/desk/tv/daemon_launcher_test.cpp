@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/daemon_launcher.h"
+#include "desk/tv/daemon_launcher.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -11,9 +11,9 @@
 #include <cstdlib>
 #include <ctime>
 
-#include "common/desk_error.h"
+#include "desk/common/desk_error.h"
+#include "desk/tv/desk_directory.h"
 #include "support/files.h"
-#include "tv/desk_directory.h"
 
 namespace desk::tv {
 namespace {

@@ -1,16 +1,16 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/desk_directory.h"
+#include "desk/tv/desk_directory.h"
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "common/desk_error.h"
+#include "desk/common/desk_error.h"
+#include "desk/tv/process.h"
+#include "desk/tv/tv_log.h"
 #include "support/files.h"
 #include "support/wait_for.h"
-#include "tv/process.h"
-#include "tv/tv_log.h"
 
 namespace desk::tv {
 namespace {

@@ -15,8 +15,8 @@
 #include <utility>
 #include <vector>
 
-#include "common/desk_error.h"
-#include "tv/router.h"
+#include "desk/common/desk_error.h"
+#include "desk/tv/router.h"
 
 namespace desk::tv {
 

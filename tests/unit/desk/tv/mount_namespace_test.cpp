@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/mount_namespace.h"
+#include "desk/tv/mount_namespace.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,9 +10,9 @@
 
 #include <functional>
 
+#include "desk/tv/process.h"
 #include "support/files.h"
 #include "support/wait_for.h"
-#include "tv/process.h"
 
 namespace desk::tv {
 namespace {

@@ -1,13 +1,13 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/options.h"
+#include "desk/tv/options.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <vector>
 
-#include "common/desk_error.h"
+#include "desk/common/desk_error.h"
 
 namespace desk::tv {
 namespace {

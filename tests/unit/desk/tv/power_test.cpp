@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/power.h"
+#include "desk/tv/power.h"
 
 #include <gtest/gtest.h>
 
+#include "desk/tv/process.h"
 #include "memory_router.h"
 #include "support/files.h"
-#include "tv/process.h"
 
 namespace desk::tv {
 namespace {

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/process.h"
+#include "desk/tv/process.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -10,7 +10,7 @@
 #include <csignal>
 #include <cstdlib>
 
-#include "common/desk_error.h"
+#include "desk/common/desk_error.h"
 #include "memory_router.h"
 #include "support/files.h"
 

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/supervisor.h"
+#include "desk/tv/supervisor.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -9,9 +9,9 @@
 
 #include <csignal>
 
+#include "desk/tv/process.h"
 #include "memory_router.h"
 #include "support/files.h"
-#include "tv/process.h"
 
 namespace desk::tv {
 namespace {

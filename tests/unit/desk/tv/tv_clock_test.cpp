@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/tv_clock.h"
+#include "desk/tv/tv_clock.h"
 
 #include <glib.h>
 #include <gtest/gtest.h>
 
-#include "common/desk_error.h"
+#include "desk/common/desk_error.h"
 #include "support/files.h"
 #include "support/wait_for.h"
 

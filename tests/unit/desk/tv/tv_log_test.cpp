@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/tv_log.h"
+#include "desk/tv/tv_log.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/services/apps.h"
+#include "desk/tv/services/apps.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/services/fault_service.h"
+#include "desk/tv/services/fault_service.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/services/keys.h"
+#include "desk/tv/services/keys.h"
 
 #include <gtest/gtest.h>
 
-#include "common/json.h"
+#include "desk/common/json.h"
 #include "memory_router.h"
 #include "support/files.h"
 

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/services/mounts.h"
+#include "desk/tv/services/mounts.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,9 +14,9 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include "desk/tv/services/image_mount.h"
 #include "memory_router.h"
 #include "package_maker.h"
-#include "tv/services/image_mount.h"
 
 namespace desk::tv {
 namespace {

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/services/packages.h"
+#include "desk/tv/services/packages.h"
 
 #include <gtest/gtest.h>
 #include <sqlite3.h>

@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/services/ports.h"
+#include "desk/tv/services/ports.h"
 
 #include <gtest/gtest.h>
 
+#include "desk/tv/services/operations.h"
 #include "memory_router.h"
 #include "message_port.h"
-#include "tv/services/operations.h"
 
 namespace desk::tv {
 namespace {

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "tv/services/services.h"
+#include "desk/tv/services/services.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
