@@ -16,19 +16,19 @@
 #include "fake/control/fake.h"
 #include "fault/daemon.h"
 #include "fault/packages.h"
-#include "fault/roads.h"
+#include "fault/paths.h"
 #include "fault/store.h"
 #include "fault/store_faults.h"
 
-/// Of a build that counts coverage.
+/// Exists only in a coverage build.
 extern "C" void __gcov_dump() __attribute__((weak));
 
 namespace fault {
 namespace {
 
 constexpr unsigned int kDeadlineSeconds = 60;
-constexpr int kDone = 42;  // anything but what a crash or an exit() of the daemon's would give
-const char kOrderFlag[] = "--order";
+constexpr int kDone = 42;  // differs from every exit code of the daemon
+const char kRequestFlag[] = "--request";
 const char kEnvironment[] = "ORV_FAULT_AT_START";
 
 const std::vector<std::string> kHandleKinds = {"app_control",  "app_info",           "app_context",
@@ -49,7 +49,7 @@ void Disarm() {
   MakeStoreReadOnly(false);
 }
 
-/// Before the static initialisers of the daemon, which ask the platform for paths already.
+/// Before the daemon's static initialisers, because they already ask the platform for paths.
 __attribute__((constructor(101))) void ArmForStaticInitialisers() {
   const char* text = std::getenv(kEnvironment);
   if (text == nullptr) {
@@ -68,17 +68,17 @@ std::map<std::string, int> OpenHandles() {
   return handles;
 }
 
-/// What a call that was made to fail gave: the result, or what stands for it.
+/// Whether the call returned the result of the fault, or the value that replaces it.
 bool IsFailure(const fake::Call& call, const Fault& fault) {
   if (call.name != fault.name) {
     return false;
   }
-  const bool isTimer = call.name.find("g_timeout_add") == 0;  // no source has the id 0
+  const bool isTimer = call.name.find("g_timeout_add") == 0;  // 0 is not a valid source id
   return call.result == std::to_string(isTimer ? 0 : fault.result) || call.result == "null" ||
          call.result == "false" || call.result == "void";
 }
 
-/// What the call's thread logged next; empty when it had nothing more to say.
+/// The next log text of the call's thread; empty if there is none.
 std::string AnswerTo(const fake::Call& call) {
   const std::vector<fake::LogRecord> log = fake::Logs();
   const auto next = std::find_if(log.begin(), log.end(), [&](const fake::LogRecord& record) {
@@ -87,29 +87,29 @@ std::string AnswerTo(const fake::Call& call) {
   return next == log.end() ? "" : fake::WithoutHead(next->text);
 }
 
-/// One daemon, from its start to the end of the order.
-class Journey {
+/// Runs one daemon, from its start to the end of the request.
+class Run {
  public:
-  explicit Journey(const Order& order) : m_order(order), m_road(FindRoad(order.road)) {}
+  explicit Run(const Request& request) : m_request(request), m_path(FindPath(request.path)) {}
 
   Report Make() {
-    if (!m_order.afterRestart) {
+    if (!m_request.afterRestart) {
       MakeFreshDirectories();
-      StoreRows(m_road.stored);
+      StoreRows(m_path.stored);
     }
     MakeTelevision();
-    for (const fake::Package& package : m_road.stored) {
+    for (const fake::Package& package : m_path.stored) {
       MakeKnown(package);
       fake::AddChannel("{\"pkg_id\":\"" + package.id + "\"}");
     }
-    if (m_road.before) {
-      m_road.before();
+    if (m_path.before) {
+      m_path.before();
     }
     WatchTheStore();
-    MakeStoreReadOnly(m_order.store == StoreState::kReadOnly);
+    MakeStoreReadOnly(m_request.store == StoreState::kReadOnly);
     m_report.reachedMainLoop = RunDaemon([this] { BeInMainLoop(); });
     if (!m_report.reachedMainLoop) {
-      EndRoad();
+      EndPath();
       RunDaemon([this] { Work(); });
     }
     return m_report;
@@ -118,54 +118,54 @@ class Journey {
  private:
   void BeInMainLoop() {
     Settle();
-    if (!m_order.afterRestart) {
-      if (!m_road.IsStart()) {
-        Travel();
+    if (!m_request.afterRestart) {
+      if (!m_path.IsStart()) {
+        RunPath();
       }
-      EndRoad();
+      EndPath();
     }
     Work();
   }
 
-  void Travel() {
-    if (m_road.hasNetworkTime) {
+  void RunPath() {
+    if (m_path.hasNetworkTime) {
       fake::SetKey("memory/menu/network/set_time", 1);
       Settle();
     }
-    if (m_road.prepare) {
-      m_road.prepare();
+    if (m_path.prepare) {
+      m_path.prepare();
       Settle();
     }
     fake::ClearCalls();
     fake::ClearLog();
     ForgetStoreOperations();
     m_handles = OpenHandles();
-    if (m_order.fault) {
-      Arm(*m_order.fault);
+    if (m_request.fault) {
+      Arm(*m_request.fault);
     }
-    const StoreLock lock(m_order.store == StoreState::kLocked);
-    m_road.travel();
+    const StoreLock lock(m_request.store == StoreState::kLocked);
+    m_path.run();
     Settle();
   }
 
-  void EndRoad() {
+  void EndPath() {
     Disarm();
     m_report.calls = StoreOperations();
     for (const fake::Call& call : fake::Calls()) {
       ++m_report.calls[call.name];
       m_report.callTexts.push_back(fake::ToText(call));
-      if (m_order.fault && IsFailure(call, *m_order.fault)) {
+      if (m_request.fault && IsFailure(call, *m_request.fault)) {
         m_report.failed.push_back(fake::ToText(call));
         m_report.answers.push_back(AnswerTo(call));
       }
     }
     m_report.failures = StoreFailures();
-    if (m_order.fault) {
-      m_report.failures += static_cast<int>(fake::FailureCount(m_order.fault->name));
+    if (m_request.fault) {
+      m_report.failures += static_cast<int>(fake::FailureCount(m_request.fault->name));
     }
     if (StoreFailures() > 0) {
-      m_report.failed.push_back(m_order.fault->name +
-                                (m_road.IsStart() ? "(at start)" : "(later)"));
+      m_report.failed.push_back(m_request.fault->name +
+                                (m_path.IsStart() ? "(at start)" : "(later)"));
     }
     m_report.log = fake::LogTexts();
     for (const auto& [kind, count] : OpenHandles()) {
@@ -173,13 +173,13 @@ class Journey {
     }
   }
 
-  /// A fresh package must come through, row and channel.
+  /// A new package must get its row and its channel.
   void Work() {
-    const std::string id = m_order.afterRestart ? "secondpack" : "freshpacka";
+    const std::string id = m_request.afterRestart ? "secondpack" : "freshpacka";
     const fake::Package fresh = WebFeeder(id);
     MakeKnown(fresh);
     if (fake::FirePackageEvent(id, PACKAGE_MANAGER_EVENT_TYPE_INSTALL) == 0) {
-      m_report.problems.push_back("nobody listens to package events");
+      m_report.problems.push_back("the daemon does not listen to package events");
     }
     Settle();
     for (const std::string& wrong : WhatIsWrongWithTheStore()) {
@@ -187,18 +187,18 @@ class Journey {
     }
     const auto stored = StoredPackages();
     if (std::find(stored.begin(), stored.end(), id) == stored.end()) {
-      m_report.problems.push_back("a fresh package got no row");
+      m_report.problems.push_back("a new package got no row");
     }
     const auto channels = fake::Channels();
     if (std::none_of(channels.begin(), channels.end(), [&](const std::string& record) {
           return record.find("\"" + id + "\"") != std::string::npos;
         })) {
-      m_report.problems.push_back("a fresh package got no channel");
+      m_report.problems.push_back("a new package got no channel");
     }
   }
 
-  const Order& m_order;
-  const Road& m_road;
+  const Request& m_request;
+  const Path& m_path;
   Report m_report;
   std::map<std::string, int> m_handles;
 };
@@ -248,7 +248,7 @@ Report ToReport(const std::string& text) {
   std::istringstream stream(text);
   std::string errors;
   if (!Json::parseFromStream(Json::CharReaderBuilder(), stream, &root, &errors)) {
-    report.end = "it gave no report";
+    report.end = "it sent no report";
     return report;
   }
   report.reachedMainLoop = root["reachedMainLoop"].asBool();
@@ -263,10 +263,10 @@ Report ToReport(const std::string& text) {
   return report;
 }
 
-/// Carries out the order in this process and ends it, threads of the daemon or not.
-[[noreturn]] void CarryOut(const Order& order, int pipe) {
+/// Carries out the request in this process, then ends it even if threads of the daemon run.
+[[noreturn]] void CarryOut(const Request& request, int pipe) {
   alarm(kDeadlineSeconds);
-  const std::string text = ToText(Journey(order).Make());
+  const std::string text = ToText(Run(request).Make());
   for (std::size_t done = 0; done < text.size();) {
     const ssize_t written = write(pipe, text.data() + done, text.size() - done);
     if (written <= 0) {
@@ -280,17 +280,17 @@ Report ToReport(const std::string& text) {
   _exit(kDone);
 }
 
-/// A fresh image of the program, so that the fault is there before its static initialisers run.
-[[noreturn]] void Execute(const Order& order, int pipe) {
-  if (order.fault) {
-    const Fault& fault = *order.fault;
+/// Executes the program again, so that the fault is active before its static initialisers run.
+[[noreturn]] void Execute(const Request& request, int pipe) {
+  if (request.fault) {
+    const Fault& fault = *request.fault;
     std::ostringstream text;
     text << fault.name << ' ' << fault.result << ' ' << fault.times << ' ' << fault.after;
     setenv(kEnvironment, text.str().c_str(), 1);
   }
   const std::string descriptor = std::to_string(pipe);
-  execl("/proc/self/exe", "fault_sweep", kOrderFlag, order.road.c_str(), descriptor.c_str(),
-        order.afterRestart ? "restart" : "start", nullptr);
+  execl("/proc/self/exe", "fault_sweep", kRequestFlag, request.path.c_str(), descriptor.c_str(),
+        request.afterRestart ? "restart" : "start", nullptr);
   _exit(1);
 }
 
@@ -320,7 +320,7 @@ std::string WaitForTheEnd(pid_t child) {
 
 }  // namespace
 
-Report RunInChild(const Order& order) {
+Report RunInChild(const Request& request) {
   int ends[2] = {};
   if (pipe(ends) != 0) {
     throw std::system_error(errno, std::generic_category(), "pipe");
@@ -331,10 +331,10 @@ Report RunInChild(const Order& order) {
   }
   if (child == 0) {
     close(ends[0]);
-    if (order.afterRestart || FindRoad(order.road).IsStart()) {
-      Execute(order, ends[1]);
+    if (request.afterRestart || FindPath(request.path).IsStart()) {
+      Execute(request, ends[1]);
     }
-    CarryOut(order, ends[1]);
+    CarryOut(request, ends[1]);
   }
   close(ends[1]);
   const std::string text = ReadAll(ends[0]);
@@ -345,24 +345,24 @@ Report RunInChild(const Order& order) {
   return report;
 }
 
-void CarryOutTheOrder(int argc, char** argv) {
-  if (argc != 5 || std::strcmp(argv[1], kOrderFlag) != 0) {
+void CarryOutTheRequest(int argc, char** argv) {
+  if (argc != 5 || std::strcmp(argv[1], kRequestFlag) != 0) {
     return;
   }
-  Order order;
-  order.road = argv[2];
-  order.afterRestart = std::strcmp(argv[4], "restart") == 0;
+  Request request;
+  request.path = argv[2];
+  request.afterRestart = std::strcmp(argv[4], "restart") == 0;
   if (const char* text = std::getenv(kEnvironment)) {
-    order.fault.emplace();
-    std::istringstream(text) >> order.fault->name >> order.fault->result >> order.fault->times >>
-        order.fault->after;
+    request.fault.emplace();
+    std::istringstream(text) >> request.fault->name >> request.fault->result >>
+        request.fault->times >> request.fault->after;
   }
-  CarryOut(order, std::atoi(argv[3]));
+  CarryOut(request, std::atoi(argv[3]));
 }
 
 std::string ToText(const Fault& fault) {
-  return fault.name + " gives " + std::to_string(fault.result) + " at use " +
-         std::to_string(fault.after + 1) + (fault.times == 1 ? "" : " and ever after");
+  return fault.name + " returns " + std::to_string(fault.result) + " at use " +
+         std::to_string(fault.after + 1) + (fault.times == 1 ? "" : " and later");
 }
 
 }  // namespace fault

@@ -7,11 +7,11 @@
 #include <string>
 #include <vector>
 
-/// One journey of a fresh daemon in a process of its own.
+/// One run of a new daemon in a process of its own.
 namespace fault {
 
 struct Fault {
-  std::string name;  ///< of a call as in fake::Calls(), or of an operation of the store
+  std::string name;  ///< a call as in fake::Calls(), or an operation of the store
   int result = 0;
   int times = 1;
   int after = 0;
@@ -19,40 +19,40 @@ struct Fault {
 
 enum class StoreState {
   kFree,
-  kReadOnly,  ///< since before the daemon started
-  kLocked     ///< by another program, for as long as the road takes
+  kReadOnly,  ///< from before the start of the daemon
+  kLocked     ///< by another program, while the path runs
 };
 
-struct Order {
-  std::string road;
+struct Request {
+  std::string path;
   std::optional<Fault> fault;
-  /// Only starts the daemon, without a fault, on what the journey before left in its directories.
+  /// Only starts the daemon, without a fault, with the directories that the previous run left.
   bool afterRestart = false;
-  /// Not on a road that is the start itself.
+  /// Has no effect on a path that is the start itself.
   StoreState store = StoreState::kFree;
 };
 
 struct Report {
   bool reachedMainLoop = false;
-  std::map<std::string, int> calls;    ///< name to the number of its uses on the road
-  std::vector<std::string> callTexts;  ///< of the platform's calls on the road, in order
-  std::vector<std::string> failed;     ///< the texts of those among them that failed on purpose
-  std::vector<std::string> answers;    ///< what the threads of those calls logged next
-  int failures = 0;                    ///< on purpose, those of the store included
-  std::vector<std::string> log;        ///< of the road, without heads
-  std::map<std::string, int> handles;  ///< open at the end of the road, less those at its begin
-  std::vector<std::string> problems;   ///< what did not work when the fault was gone
-  std::string end;                     ///< how the process ended, when not as it should
+  std::map<std::string, int> calls;    ///< number of uses on the path, by name
+  std::vector<std::string> callTexts;  ///< the platform calls on the path, in order
+  std::vector<std::string> failed;     ///< the texts of the calls that the fault made fail
+  std::vector<std::string> answers;    ///< the next log text of each failed call's thread
+  int failures = 0;                    ///< caused by the fault, including those of the store
+  std::vector<std::string> log;        ///< texts of the path, without heads
+  std::map<std::string, int> handles;  ///< open after the path, minus those open before it
+  std::vector<std::string> problems;   ///< what did not work after the fault was removed
+  std::string end;                     ///< how the process ended; empty for a normal end
 };
 
-/// Runs the order and waits for its end. The calling process must not have other threads.
-Report RunInChild(const Order& order);
+/// Runs the request and waits for its end. The calling process must not have other threads.
+Report RunInChild(const Request& request);
 
-/// The process is one that RunInChild() started: carries out the order of its arguments and ends.
-/// Returns when it is not.
-void CarryOutTheOrder(int argc, char** argv);
+/// In a process that RunInChild() started: carries out the request in its arguments and exits.
+/// Returns in any other process.
+void CarryOutTheRequest(int argc, char** argv);
 
-/// "vconf_get_int gives -1 at use 2 and ever after"
+/// "vconf_get_int returns -1 at use 2 and later"
 std::string ToText(const Fault& fault);
 
 }  // namespace fault

@@ -13,7 +13,7 @@
 #include "support/files.h"
 #include "support/sandbox.h"
 
-/// The daemon's entry, under the name that it has in this program.
+/// The daemon's entry point, under its name in this program.
 int OrvEnablerMain(int argc, char* argv[]);
 
 namespace fault {
@@ -30,7 +30,7 @@ void Empty(const std::string& directory) {
   }
 }
 
-/// What every image holds.
+/// The contents of every image.
 int MountArchive(const fake::Mount& mount) {
   support::WriteZip(mount.directory + "/orv_app.zip", {{"index.html", "<html></html>"},
                                                        {"js/app.js", "start();"},
@@ -39,7 +39,7 @@ int MountArchive(const fake::Mount& mount) {
   return 0;
 }
 
-/// A service that is launched runs until somebody ends it.
+/// A launched service runs until it is terminated.
 int RunService(const fake::Launch& launch) {
   static pid_t s_pid = kFirstPid;
   const std::string service = ".Feed";

@@ -10,31 +10,31 @@
 
 #include "fake/control/packages.h"
 
-/// A whole daemon in a process of its own, and the television around it.
+/// A complete daemon in a process of its own, and the fake TV around it.
 namespace fault {
 
 extern const std::string kDataDirectory;
 
-/// Empties the directories that belong to the daemon and makes those that the platform makes.
+/// Empties the daemon's directories and creates those that the platform creates.
 void MakeFreshDirectories();
-/// Keys, clock, channel list and mount service as on a television that has no network
+/// Sets up keys, clock, channel list and mount service as on a TV that has no network
 /// time yet.
 void MakeTelevision();
 
-/// The platform and the web-app service know the package; nobody is told.
+/// Adds the package to the platform and the web-app service without an event.
 void MakeKnown(const fake::Package& package);
-/// The platform only.
+/// Adds the package to the platform only, without an event.
 void MakeKnownWithoutWidgetId(const fake::Package& package);
 
-/// Runs the daemon's entry; the body is what happens while it is in its main loop. Returns whether
-/// it got there.
+/// Runs the daemon's entry point, and `body` while the daemon is in its main loop. Returns whether
+/// it reached the main loop.
 bool RunDaemon(const std::function<void()>& body);
 
-/// Waits until both tasks are at rest and every change of a key is told. The calling thread stands
-/// for the main loop's.
+/// Waits until both tasks are idle and every key change is delivered. The calling thread acts as
+/// the main loop.
 void Settle();
 
-/// As the package manager tells it, and waits until everything that it brings is done.
+/// Sends the event as the package manager does, and waits until all its effects are complete.
 void TellPackageEvent(const std::string& package, package_manager_event_type_e type);
 void Install(const fake::Package& package);
 void Update(const fake::Package& package);

@@ -7,7 +7,7 @@
 #include <algorithm>
 
 #include "fake/control/calls.h"
-#include "fault/roads.h"
+#include "fault/paths.h"
 #include "fault/store_faults.h"
 
 namespace fault {
@@ -22,14 +22,14 @@ bool Contains(const std::string& text, const std::string& part) {
   return text.find(part) != std::string::npos;
 }
 
-bool Fits(const std::string& call, const std::string& args, const Order& order,
+bool Fits(const std::string& call, const std::string& args, const Request& request,
           const Report& report) {
-  return call == order.fault->name &&
+  return call == request.fault->name &&
          (args.empty() || std::any_of(report.failed.begin(), report.failed.end(),
                                       [&](const auto& text) { return Contains(text, args); }));
 }
 
-/// More of a line than without the fault.
+/// Whether the line occurs more often than without the fault.
 bool IsMore(const std::string& line, const std::vector<std::string>& log,
             const std::vector<std::string>& before) {
   return std::count(log.begin(), log.end(), line) > std::count(before.begin(), before.end(), line);
@@ -50,37 +50,39 @@ bool HasMore(const Report& report, const Report& faultless, const std::string& b
   });
 }
 
-bool IsToldAs(const std::string& begin, const Report& report, const Report& faultless) {
+bool IsLoggedAs(const std::string& begin, const Report& report, const Report& faultless) {
   return HasAnswer(report, begin) || HasMore(report, faultless, begin);
 }
 
-bool IsTold(const Order& order, const Report& report, const Report& faultless) {
-  return IsToldAs("[ERROR]", report, faultless) ||
-         std::any_of(Tellings().begin(), Tellings().end(), [&](const Telling& telling) {
-           return Fits(telling.call, telling.args, order, report) &&
-                  (telling.line.empty() || IsToldAs(telling.line, report, faultless));
-         });
+bool IsLogged(const Request& request, const Report& report, const Report& faultless) {
+  return IsLoggedAs("[ERROR]", report, faultless) ||
+         std::any_of(LogExceptions().begin(), LogExceptions().end(),
+                     [&](const LogException& entry) {
+                       return Fits(entry.call, entry.args, request, report) &&
+                              (entry.line.empty() || IsLoggedAs(entry.line, report, faultless));
+                     });
 }
 
-bool IsDeaf(const Order& order, const Report& report) {
-  return FindRoad(order.road).IsStart() &&
-         std::any_of(Deafnesses().begin(), Deafnesses().end(), [&](const Deafness& deafness) {
-           return Fits(deafness.call, deafness.args, order, report) &&
-                  (!deafness.onlyForGood || order.fault->times == fake::kForever);
-         });
+bool MayMissPackages(const Request& request, const Report& report) {
+  return FindPath(request.path).IsStart() &&
+         std::any_of(MissedPackages().begin(), MissedPackages().end(),
+                     [&](const MissedPackage& entry) {
+                       return Fits(entry.call, entry.args, request, report) &&
+                              (!entry.onlyForGood || request.fault->times == fake::kForever);
+                     });
 }
 
-bool MayLeak(const std::string& kind, const Order& order) {
+bool MayLeak(const std::string& kind, const Request& request) {
   return std::any_of(Leaks().begin(), Leaks().end(), [&](const Leak& leak) {
-    return leak.kind == kind && (leak.road.empty() || leak.road == order.road) &&
-           (leak.call.empty() || (order.fault && leak.call == order.fault->name));
+    return leak.kind == kind && (leak.path.empty() || leak.path == request.path) &&
+           (leak.call.empty() || (request.fault && leak.call == request.fault->name));
   });
 }
 
-void CheckHandles(const Order& order, const Report& report, std::vector<std::string>& wrong) {
+void CheckHandles(const Request& request, const Report& report, std::vector<std::string>& wrong) {
   for (const auto& [kind, count] : report.handles) {
-    const bool isManager = kind == "package_manager" && FindRoad(order.road).IsStart();
-    if (count > (isManager ? 1 : 0) && !MayLeak(kind, order)) {
+    const bool isManager = kind == "package_manager" && FindPath(request.path).IsStart();
+    if (count > (isManager ? 1 : 0) && !MayLeak(kind, request)) {
       wrong.push_back(std::to_string(count) + " handles of " + kind + " stay open");
     }
   }
@@ -120,25 +122,25 @@ std::vector<int> ResultsOf(const std::string& call) {
   return found == s_results.end() ? std::vector<int>{kAnyFailure} : found->second;
 }
 
-std::vector<std::string> WhatIsWrong(const Order& order, const Report& report,
+std::vector<std::string> WhatIsWrong(const Request& request, const Report& report,
                                      const Report& faultless) {
   std::vector<std::string> wrong;
   if (!report.end.empty()) {
     return {report.end};
   }
-  if (order.fault && report.failures == 0) {
-    // At start the tasks race, and the last uses are not made every time.
-    const bool mayBeMissed = FindRoad(order.road).IsStart() && order.fault->after > 0;
+  if (request.fault && report.failures == 0) {
+    // At start the tasks race, so the last uses do not occur in every run.
+    const bool mayBeMissed = FindPath(request.path).IsStart() && request.fault->after > 0;
     return mayBeMissed ? wrong : std::vector<std::string>{"the call was not made to fail"};
   }
-  const bool isSuccess = order.fault && order.fault->result == kSilentSuccess;
-  if (order.fault && !isSuccess && !IsTold(order, report, faultless)) {
-    wrong.push_back("no line tells it");
+  const bool isSuccess = request.fault && request.fault->result == kSilentSuccess;
+  if (request.fault && !isSuccess && !IsLogged(request, report, faultless)) {
+    wrong.push_back("no log line reports the failure");
   }
-  if (!order.fault || !IsDeaf(order, report)) {
+  if (!request.fault || !MayMissPackages(request, report)) {
     wrong.insert(wrong.end(), report.problems.begin(), report.problems.end());
   }
-  CheckHandles(order, report, wrong);
+  CheckHandles(request, report, wrong);
   return wrong;
 }
 

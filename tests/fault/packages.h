@@ -8,7 +8,7 @@
 
 #include "fake/control/packages.h"
 
-/// The packages that the roads are travelled with.
+/// The packages that the paths use.
 namespace fault {
 
 /// "orv_type/<type>" or "orv_data/<key>", and the value.
@@ -17,7 +17,7 @@ using Metadata = std::vector<std::pair<std::string, std::string>>;
 /// A package with the UI application "<id>.App".
 fake::Package MakePackage(const std::string& id, const Metadata& metadata);
 
-/// Its data comes in an image, its URLs name files of that.
+/// Its data is in an image, and its URLs name files of the image.
 fake::Package PackagedFeeder();
 /// Its data is on the web.
 fake::Package WebFeeder(const std::string& id);
@@ -25,13 +25,13 @@ fake::Package WebFeeder(const std::string& id);
 fake::Package ServiceFeeder(const std::string& id, const std::string& value = "standard");
 fake::Package Banner(const std::string& types = "info,channel");
 fake::Package Guide(const std::string& screens = "channel_list,epg");
-/// The guide that a replacement UI bridges.
+/// A guide that a replacement UI precedes.
 fake::Package BridgedGuide(const std::string& screens = "channel_list,epg");
 
-/// What the web-app service calls the UI application. Differs from every other id of the package.
+/// The web-app service's id of the UI application. Differs from every other id of the package.
 std::string WidgetID(const fake::Package& package);
 
-/// Whatever `package` says, without its metadata.
+/// The package without its metadata.
 fake::Package Ordinary(fake::Package package);
 
 /// The package with this metadata added.

@@ -23,10 +23,10 @@ const std::vector<std::string> kColumns = {
 class Connection {
  public:
   explicit Connection(int flags) {
-    // By name: the default may be one that fails on purpose.
+    // By name: the default VFS may be the one with faults.
     if (sqlite3_open_v2((kDataDirectory + "appinfo.db").c_str(), &m_db, flags, "unix") !=
         SQLITE_OK) {
-      Throw("does not open");
+      Throw("cannot be opened");
     }
   }
   ~Connection() { sqlite3_close(m_db); }
@@ -107,7 +107,7 @@ void CheckColumns(Connection& store, std::vector<std::string>& wrong) {
     columns.push_back(row.at(1));
   }
   if (columns != kColumns) {
-    wrong.push_back("store: " + std::to_string(columns.size()) + " columns, not the ten");
+    wrong.push_back("store: " + std::to_string(columns.size()) + " columns instead of the ten");
   }
 }
 

@@ -9,17 +9,17 @@
 
 #include "fake/control/packages.h"
 
-/// The daemon's store as another program sees it, by a connection of its own that no fault reaches.
+/// The daemon's store as another program sees it, through its own connection without faults.
 namespace fault {
 
-/// Makes a store with the rows that an install of the packages leaves behind.
+/// Creates a store with the rows that an install of the packages writes.
 void StoreRows(const std::vector<fake::Package>& packages);
 
 /// What is wrong with the store: it does not open, fails the integrity check, has other columns
-/// than it should, or a row whose "variables" are no JSON object. Empty when it is whole.
+/// than expected, or a row whose "variables" are not a JSON object. Empty when it is intact.
 std::vector<std::string> WhatIsWrongWithTheStore();
 
-/// Another program's exclusive lock, when there is one at all.
+/// Holds another program's exclusive lock if the argument is true.
 class StoreLock {
  public:
   explicit StoreLock(bool held);
@@ -31,7 +31,7 @@ class StoreLock {
   sqlite3* m_db = nullptr;
 };
 
-/// Package ids, ascending. Empty also when there is no table.
+/// Package ids, ascending. Also empty when there is no table.
 std::vector<std::string> StoredPackages();
 
 }  // namespace fault

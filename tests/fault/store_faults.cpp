@@ -35,7 +35,7 @@ State& GetState() {
   return *s_state;
 }
 
-/// One use of an operation: the result of its fault, or nothing when it is to be done.
+/// Counts one use of an operation. The result of its fault, or nothing if it should be carried out.
 std::optional<int> Use(const char* operation) {
   const std::string name = std::string(kPrefix) + operation;
   State& state = GetState();
@@ -53,7 +53,7 @@ std::optional<int> Use(const char* operation) {
   return state.fault->result;
 }
 
-/// The real file lies right behind it.
+/// The real file follows it in memory.
 struct File {
   sqlite3_file base;
 
@@ -111,7 +111,7 @@ int DeviceCharacteristics(sqlite3_file* file) {
   return Forward(nullptr, &sqlite3_io_methods::xDeviceCharacteristics, file);
 }
 
-/// The first version: neither shared memory nor mapped files get past the methods above.
+/// Version 1: shared memory and mapped files would bypass the methods above.
 sqlite3_io_methods MakeMethods() {
   sqlite3_io_methods methods{};
   methods.iVersion = 1;
@@ -159,7 +159,7 @@ int Delete(sqlite3_vfs*, const char* name, int syncDirectory) {
 void WatchTheStore() {
   static sqlite3_vfs s_vfs{};
   GetState().real = sqlite3_vfs_find("unix");
-  s_vfs = *GetState().real;  // what is not replaced below does not look at the file
+  s_vfs = *GetState().real;  // methods not replaced below do not use the file
   s_vfs.zName = "faulty";
   s_vfs.szOsFile += static_cast<int>(sizeof(File));
   s_vfs.xOpen = Open;

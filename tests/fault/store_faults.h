@@ -5,27 +5,27 @@
 #include <map>
 #include <string>
 
-/// Failing file operations underneath the daemon's SQLite. Callable from any thread.
+/// Faults in the file operations of the daemon's SQLite. Callable from any thread.
 namespace fault {
 
-/// Connections that are opened from now on go through here.
+/// Connections opened from now on use these operations.
 void WatchTheStore();
 
 /// "sqlite3.xOpen", "sqlite3.xRead", "sqlite3.xWrite", "sqlite3.xSync", "sqlite3.xTruncate",
 /// "sqlite3.xLock" or "sqlite3.xDelete".
 bool IsStoreOperation(const std::string& name);
-/// How often each was used, failures included.
+/// How often each operation was used, including failures.
 std::map<std::string, int> StoreOperations();
 void ForgetStoreOperations();
 
-/// Lets the operation give this SQLite result `times` times (fake::kForever: from then on) after it
-/// went well `after` times. Nothing is read, written or locked then.
+/// Lets the operation return this SQLite result `times` times (fake::kForever: always) after it
+/// succeeded `after` times. A failing operation does not read, write or lock anything.
 void FailStore(const std::string& name, int result, int times, int after);
 void ClearStoreFaults();
-/// Failures handed out so far.
+/// The number of failures caused so far.
 int StoreFailures();
 
-/// Files open for reading only, whatever the daemon asks for.
+/// Opens files read-only, whatever mode the daemon requests.
 void MakeStoreReadOnly(bool readOnly);
 
 }  // namespace fault

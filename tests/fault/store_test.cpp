@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// A store that cannot be written for a while, on the roads that write it.
+// A temporarily unwritable store, on the paths that write it.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -15,26 +15,26 @@ using support::HasLog;
 using testing::IsEmpty;
 
 struct Write {
-  std::string road;
-  std::string error;  ///< that tells of it
+  std::string path;
+  std::string error;  ///< the log text of the failure
 };
 
 std::ostream& operator<<(std::ostream& stream, const Write& write) {
-  return stream << write.road;
+  return stream << write.path;
 }
 
 class AWriteOfTheStore : public testing::TestWithParam<Write> {
  protected:
-  static Report TravelWith(StoreState state) {
-    return RunInChild({GetParam().road, std::nullopt, false, state});
+  static Report RunWith(StoreState state) {
+    return RunInChild({GetParam().path, std::nullopt, false, state});
   }
   static std::vector<std::string> ProblemsAfterRestart() {
-    return WhatIsWrongAfterRestart(RunInChild({GetParam().road, std::nullopt, true}));
+    return WhatIsWrongAfterRestart(RunInChild({GetParam().path, std::nullopt, true}));
   }
 };
 
 TEST_P(AWriteOfTheStore, FailsWhileAnotherProgramHasItLockedAndNoLonger) {
-  const Report report = TravelWith(StoreState::kLocked);
+  const Report report = RunWith(StoreState::kLocked);
   EXPECT_THAT(report.end, IsEmpty());
   EXPECT_THAT(report.log, HasLog(GetParam().error));
   EXPECT_THAT(report.problems, IsEmpty());
@@ -42,11 +42,11 @@ TEST_P(AWriteOfTheStore, FailsWhileAnotherProgramHasItLockedAndNoLonger) {
 }
 
 TEST_P(AWriteOfTheStore, FailsWhileItIsReadOnlyUntilARestart) {
-  const Report report = TravelWith(StoreState::kReadOnly);
+  const Report report = RunWith(StoreState::kReadOnly);
   EXPECT_THAT(report.end, IsEmpty());
   EXPECT_THAT(report.log, HasLog(GetParam().error));
   EXPECT_THAT(report.problems,
-              testing::ElementsAre("a fresh package got no row", "a fresh package got no channel"));
+              testing::ElementsAre("a new package got no row", "a new package got no channel"));
   EXPECT_THAT(ProblemsAfterRestart(), IsEmpty());
 }
 
@@ -59,7 +59,7 @@ INSTANTIATE_TEST_SUITE_P(On, AWriteOfTheStore,
                                          Write{"UninstallOfABanner", "[ERROR] delete error."},
                                          Write{"Validation", "[ERROR] delete error."},
                                          Write{"MessageWithADueTime", "[ERROR] update error."}),
-                         [](const auto& write) { return write.param.road; });
+                         [](const auto& write) { return write.param.path; });
 
 }  // namespace
 }  // namespace fault

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// Every call through the wall and every file operation of the store, on every road that uses it,
-// failed at each of its uses, once and for good.
+// Makes every platform call and every file operation of the store fail, on every path that uses it,
+// at each of its uses, once and permanently.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -12,67 +12,67 @@
 #include "fake/control/calls.h"
 #include "fault/child.h"
 #include "fault/expectations.h"
-#include "fault/roads.h"
+#include "fault/paths.h"
 
 namespace fault {
 namespace {
 
 using testing::IsEmpty;
 
-/// The journey without a fault, made once for a process.
-const Report& Faultless(const std::string& road) {
+/// The run without a fault, made once per process.
+const Report& Faultless(const std::string& path) {
   static std::map<std::string, Report> s_reports;
-  auto found = s_reports.find(road);
+  auto found = s_reports.find(path);
   if (found == s_reports.end()) {
-    found = s_reports.emplace(road, RunInChild({road, std::nullopt, false})).first;
+    found = s_reports.emplace(path, RunInChild({path, std::nullopt, false})).first;
   }
   return found->second;
 }
 
 struct Use {
-  std::string road;
+  std::string path;
   std::string call;
   int count = 0;
 };
 
 std::ostream& operator<<(std::ostream& stream, const Use& use) {
-  return stream << use.call << " on the road " << use.road;
+  return stream << use.call << " on the path " << use.path;
 }
 
-/// CTest runs each test in a process of its own, by its full name: then there is no need to travel
-/// the other roads.
-bool IsWanted(const Road& road) {
+/// CTest runs each test in a process of its own, by its full name: then the other paths need not be
+/// run.
+bool IsWanted(const Path& path) {
   const std::string filter = testing::GTEST_FLAG(filter);
-  return filter.find('*') != std::string::npos || filter.find(road.name) != std::string::npos;
+  return filter.find('*') != std::string::npos || filter.find(path.name) != std::string::npos;
 }
 
 std::vector<Use> FindUses() {
   std::vector<Use> uses;
-  for (const Road& road : Roads()) {
-    if (road.isRace || !IsWanted(road)) {
+  for (const Path& path : Paths()) {
+    if (path.isRace || !IsWanted(path)) {
       continue;
     }
-    for (const auto& [call, count] : Faultless(road.name).calls) {
+    for (const auto& [call, count] : Faultless(path.name).calls) {
       if (!ResultsOf(call).empty()) {
-        uses.push_back({road.name, call, count});
+        uses.push_back({path.name, call, count});
       }
     }
   }
   return uses;
 }
 
-std::vector<std::string> FindRoadNames(bool races) {
+std::vector<std::string> FindPathNames(bool races) {
   std::vector<std::string> names;
-  for (const Road& road : Roads()) {
-    if (road.isRace == races) {
-      names.push_back(road.name);
+  for (const Path& path : Paths()) {
+    if (path.isRace == races) {
+      names.push_back(path.name);
     }
   }
   return names;
 }
 
 std::string NameOf(const testing::TestParamInfo<Use>& info) {
-  std::string name = info.param.road + "_" + info.param.call;
+  std::string name = info.param.path + "_" + info.param.call;
   std::replace_if(
       name.begin(), name.end(), [](unsigned char c) { return std::isalnum(c) == 0; }, '_');
   return name;
@@ -80,37 +80,37 @@ std::string NameOf(const testing::TestParamInfo<Use>& info) {
 
 class AFailingCall : public testing::TestWithParam<Use> {
  protected:
-  static void Travel(const Fault& fault) {
-    const Order order{GetParam().road, fault, false};
-    const Report report = RunInChild(order);
-    EXPECT_THAT(WhatIsWrong(order, report, Faultless(order.road)), IsEmpty())
-        << order.road << ": " << ToText(fault)
+  static void RunWith(const Fault& fault) {
+    const Request request{GetParam().path, fault, false};
+    const Report report = RunInChild(request);
+    EXPECT_THAT(WhatIsWrong(request, report, Faultless(request.path)), IsEmpty())
+        << request.path << ": " << ToText(fault)
         << "; calls that failed: " << testing::PrintToString(report.failed)
         << "\nlog: " << testing::PrintToString(report.log);
-    const Report after = RunInChild({order.road, std::nullopt, true});
+    const Report after = RunInChild({request.path, std::nullopt, true});
     EXPECT_THAT(WhatIsWrongAfterRestart(after), IsEmpty())
-        << "after a restart behind: " << order.road << ": " << ToText(fault);
+        << "after a restart following: " << request.path << ": " << ToText(fault);
   }
 };
 
-TEST_P(AFailingCall, IsToldAndLeavesAWorkingDaemonAndAWholeStore) {
+TEST_P(AFailingCall, IsLoggedAndLeavesAWorkingDaemonAndStore) {
   for (const int result : ResultsOf(GetParam().call)) {
     for (int after = 0; after < GetParam().count; ++after) {
-      Travel({GetParam().call, result, 1, after});
-      Travel({GetParam().call, result, fake::kForever, after});
+      RunWith({GetParam().call, result, 1, after});
+      RunWith({GetParam().call, result, fake::kForever, after});
     }
   }
 }
 
 INSTANTIATE_TEST_SUITE_P(Sweep, AFailingCall, testing::ValuesIn(FindUses()), NameOf);
 
-class ARoad : public testing::TestWithParam<std::string> {
+class APath : public testing::TestWithParam<std::string> {
  protected:
-  /// The order of two threads is left out. At start they also race for what the scheduler does
-  /// first, so there only the names of the calls remain.
+  /// Ignores the order of the two threads. At start they also race for what the scheduler does
+  /// first, so there only the names of the calls are compared.
   static std::vector<std::string> Sorted(const Report& report) {
     std::vector<std::string> calls = report.callTexts;
-    if (FindRoad(GetParam()).IsStart()) {
+    if (FindPath(GetParam()).IsStart()) {
       calls.clear();
       for (const auto& [name, count] : report.calls) {
         calls.push_back(name);
@@ -121,15 +121,15 @@ class ARoad : public testing::TestWithParam<std::string> {
   }
 };
 
-TEST_P(ARoad, EndsWellWithoutAFault) {
-  const Order order{GetParam(), std::nullopt, false};
+TEST_P(APath, EndsWellWithoutAFault) {
+  const Request request{GetParam(), std::nullopt, false};
   const Report& report = Faultless(GetParam());
   EXPECT_TRUE(report.reachedMainLoop);
-  EXPECT_THAT(WhatIsWrong(order, report, report), IsEmpty());
-  EXPECT_THAT(WhatIsWrongAfterRestart(RunInChild({order.road, std::nullopt, true})), IsEmpty());
+  EXPECT_THAT(WhatIsWrong(request, report, report), IsEmpty());
+  EXPECT_THAT(WhatIsWrongAfterRestart(RunInChild({request.path, std::nullopt, true})), IsEmpty());
 }
 
-TEST_P(ARoad, IsTheSameWhenEveryLogRecordIsLost) {
+TEST_P(APath, IsTheSameWhenEveryLogRecordIsLost) {
   const Report report =
       RunInChild({GetParam(), Fault{"__dlog_print", -1, fake::kForever, 0}, false});
   EXPECT_THAT(report.end, IsEmpty());
@@ -138,8 +138,8 @@ TEST_P(ARoad, IsTheSameWhenEveryLogRecordIsLost) {
   EXPECT_EQ(Sorted(report), Sorted(Faultless(GetParam())));
 }
 
-INSTANTIATE_TEST_SUITE_P(Sweep, ARoad, testing::ValuesIn(FindRoadNames(false)),
-                         [](const auto& road) { return road.param; });
+INSTANTIATE_TEST_SUITE_P(Sweep, APath, testing::ValuesIn(FindPathNames(false)),
+                         [](const auto& path) { return path.param; });
 
 class ARace : public testing::TestWithParam<std::string> {};
 
@@ -152,8 +152,8 @@ TEST_P(ARace, EndsWellEveryTime) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Sweep, ARace, testing::ValuesIn(FindRoadNames(true)),
-                         [](const auto& road) { return road.param; });
+INSTANTIATE_TEST_SUITE_P(Sweep, ARace, testing::ValuesIn(FindPathNames(true)),
+                         [](const auto& path) { return path.param; });
 
 }  // namespace
 }  // namespace fault

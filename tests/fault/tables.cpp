@@ -5,51 +5,53 @@
 namespace fault {
 namespace {
 
-const char kSubscribed[] = "a subscription is taken as made";
-const char kStart[] = "the daemon starts with what it gets; its supervisor sees what is missing";
-const char kTimer[] = "a timer is taken as set, as it is with every main loop";
-const char kTarget[] = "a request without its parts is the launch's to refuse";
-const char kDestroyed[] = "what is given back is not asked about";
-const char kPath[] = "a path that is missing shows itself when a file is not found";
-const char kReply[] =
-    "a reply is a courtesy; the sender waits no longer for it than for a lost one";
-const char kIgnored[] = "what is taken back may be gone already";
-const char kEnding[] = "whether an app ended is looked at when it is to end again";
+const char kSubscribed[] = "a subscription is assumed to succeed";
+const char kStart[] =
+    "the daemon starts with what is available; its supervisor sees what is missing";
+const char kTimer[] = "a timer is assumed to be set, as with every main loop";
+const char kTarget[] = "the launch refuses an incomplete request";
+const char kDestroyed[] = "results of releasing calls are ignored";
+const char kPath[] = "a missing path shows when a file is not found";
+const char kReply[] = "a reply is optional; the sender's timeout is the same as for a lost one";
+const char kIgnored[] = "what is removed may already be gone";
+const char kEnding[] = "whether an app has ended is checked at its next termination";
 const char kKeyDefault[] = "a key that cannot be read counts as 0";
 const char kParameter[] = "a value that cannot be read counts as empty, and the command as wrong";
 const char kEndOfRows[] = "a failed step ends the reading as the last row does";
-const char kNoSecondRepair[] = "there is no second repair: the daemon runs on without a store";
-const char kNoEvents[] = "without the package manager's events there is nothing to take in";
+const char kNoSecondRepair[] =
+    "there is no second repair: the daemon keeps running without a store";
+const char kNoEvents[] = "without the package manager's events no package is handled";
 
 }  // namespace
 
-const std::vector<Telling>& Tellings() {
-  static const std::vector<Telling> s_tellings = {
-      // Told, but not as an error.
-      {"PS_Umount", "", "[Debug] UnMounting is done. ret[-4242]", "the data is unpacked by then"},
+const std::vector<LogException>& LogExceptions() {
+  static const std::vector<LogException> s_exceptions = {
+      // Logged, but not as an error.
+      {"PS_Umount", "", "[Debug] UnMounting is done. ret[-4242]", "the data is already unpacked"},
       {"app_context_destroy", "", "[Debug] app_context_destroy() failed = ", kDestroyed},
       {"app_context_get_pid", "", "[Debug] Cannot get pid.(ret : -4242)", kEnding},
       {"app_manager_terminate_app", "", "[Debug] app_manager_terminate_app() failed = ", kEnding},
       {"message_port_send_message", "", "[Debug] message_port_send_message() failed : -4242",
        kReply},
       {"vconf_get_str", "db/boot/last_service", "[Info] key : db/boot/last_service is not valid",
-       "a television without a last service is a new one"},
-      {"vconf_keynode_get_int", "", "[Debug] set_time value = -4242", "any value but 1 is no time"},
+       "a TV without a last service is new"},
+      {"vconf_keynode_get_int", "", "[Debug] set_time value = -4242",
+       "any value but 1 means no network time"},
       {"vconf_keynode_get_str", "", "[Debug] m_iCurrentWebAppStatus is invalid.",
-       "no word is a word that is not known"},
+       "a missing status is an unknown status"},
       {"was_get_app_info_by_tizenid", "", "[Debug] was_get_app_info_by_tizenid() failed.",
-       "the service may learn of an app later"},
+       "the service may know the app only later"},
 
-      // Not told.
+      // Not logged.
       {"FCEMSProxy::Subscribe", "", "", kSubscribed},
       {"TCSignalSubscriber::Subscribe", "", "", kSubscribed},
       {"FCList::Create", "", "", kStart},
       {"FCStateAlarm::Create", "", "", kStart},
       {"FCSyncDet::Create", "", "", kStart},
-      {"FCTaskList::FlagInitialize", "", "", "any result but 0 says that the list is usable"},
+      {"FCTaskList::FlagInitialize", "", "", "any result but 0 means that the list is usable"},
       {"smart_deadlock_register_watchdog_service", "", "", kStart},
-      {"smart_deadlock_watchdog_notify", "", "", "the next sign of life follows in ten seconds"},
-      {"malloc_trim", "", "", "its result only says whether memory was given back"},
+      {"smart_deadlock_watchdog_notify", "", "", "the next notification follows in ten seconds"},
+      {"malloc_trim", "", "", "its result only says whether memory was released"},
       {"FCTask::Send", "ORVInstaller, 1004", "",
        "the alarm posts it, and the framework has no log"},
       {"app_control_add_extra_data", "", "", kTarget},
@@ -74,19 +76,19 @@ const std::vector<Telling>& Tellings() {
       {"vconf_get_int", "memory/menu/network/set_time", "", kKeyDefault},
       {"vconf_get_int", "db/factory/", "", kKeyDefault},
       {"vconf_ignore_key_changed", "", "", kIgnored},
-      {"vconf_set_str", "db/orv_channel/custom_ui_type", "", "the announcement is a courtesy"},
+      {"vconf_set_str", "db/orv_channel/custom_ui_type", "", "the announcement is optional"},
       {"sqlite3.xLock", "(at start)", "", kEndOfRows},
       {"sqlite3.xRead", "(at start)", "", kEndOfRows},
   };
-  return s_tellings;
+  return s_exceptions;
 }
 
-const std::vector<Deafness>& Deafnesses() {
-  static const std::vector<Deafness> s_deafnesses = {
-      {"FCTask::Create", "ORVInstaller", false, "without its task nothing handles an event"},
+const std::vector<MissedPackage>& MissedPackages() {
+  static const std::vector<MissedPackage> s_missed = {
+      {"FCTask::Create", "ORVInstaller", false, "without its task no event is handled"},
       {"package_manager_create", "", false, kNoEvents},
       {"package_manager_set_event_cb", "", false, kNoEvents},
-      {"tzplatform_getenv", "61", false, "the store's place is asked for once"},
+      {"tzplatform_getenv", "61", false, "the store's path is read once"},
       {"sqlite3.xDelete", "", true, kNoSecondRepair},
       {"sqlite3.xLock", "", true, kNoSecondRepair},
       {"sqlite3.xOpen", "", true, kNoSecondRepair},
@@ -94,18 +96,22 @@ const std::vector<Deafness>& Deafnesses() {
       {"sqlite3.xSync", "", true, kNoSecondRepair},
       {"sqlite3.xWrite", "", true, kNoSecondRepair},
   };
-  return s_deafnesses;
+  return s_missed;
 }
 
 const std::vector<Leak>& Leaks() {
   static const std::vector<Leak> s_leaks = {
-      {"MessageOfCompletion", "", "bundle", "the reply that is not sent is abandoned: settled"},
-      {"", "app_manager_terminate_app", "app_context", "such a context stays: settled"},
-      {"", "app_context_destroy", "app_context", "that is the handle"},
-      {"", "app_control_destroy", "app_control", "that is the handle"},
-      {"", "app_info_destroy", "app_info", "that is the handle"},
-      {"", "package_info_destroy", "package_info", "that is the handle"},
-      {"", "bundle_free", "bundle", "that is the handle"},
+      {"MessageOfCompletion", "", "bundle", "the reply is created but not sent, and not freed"},
+      {"", "app_manager_terminate_app", "app_context",
+       "the context is not destroyed after this failure"},
+      {"", "app_context_destroy", "app_context",
+       "the call that failed should have released the handle"},
+      {"", "app_control_destroy", "app_control",
+       "the call that failed should have released the handle"},
+      {"", "app_info_destroy", "app_info", "the call that failed should have released the handle"},
+      {"", "package_info_destroy", "package_info",
+       "the call that failed should have released the handle"},
+      {"", "bundle_free", "bundle", "the call that failed should have released the handle"},
   };
   return s_leaks;
 }

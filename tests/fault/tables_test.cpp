@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// No exception may outlive its reason.
+// Every entry of the tables of exceptions is still needed.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -8,20 +8,20 @@
 
 #include "fault/child.h"
 #include "fault/expectations.h"
-#include "fault/roads.h"
+#include "fault/paths.h"
 
 namespace fault {
 namespace {
 
-/// All calls of all roads.
+/// Collects all calls of all paths.
 class TheTables : public testing::Test {
  protected:
   static void SetUpTestSuite() {
-    for (const Road& road : Roads()) {
-      const Report report = RunInChild({road.name, std::nullopt, false});
+    for (const Path& path : Paths()) {
+      const Report report = RunInChild({path.name, std::nullopt, false});
       s_callTexts.insert(s_callTexts.end(), report.callTexts.begin(), report.callTexts.end());
       for (const auto& [call, count] : report.calls) {
-        s_callTexts.push_back(call + (road.IsStart() ? "(at start)" : "(later)"));
+        s_callTexts.push_back(call + (path.IsStart() ? "(at start)" : "(later)"));
       }
     }
   }
@@ -39,13 +39,13 @@ class TheTables : public testing::Test {
 std::vector<std::string> TheTables::s_callTexts;
 
 TEST_F(TheTables, SpeakOfCallsThatAreMade) {
-  for (const Telling& telling : Tellings()) {
-    EXPECT_TRUE(IsMade(telling.call, telling.args)) << telling.call << " " << telling.args;
-    EXPECT_FALSE(telling.reason.empty()) << telling.call;
+  for (const LogException& entry : LogExceptions()) {
+    EXPECT_TRUE(IsMade(entry.call, entry.args)) << entry.call << " " << entry.args;
+    EXPECT_FALSE(entry.reason.empty()) << entry.call;
   }
-  for (const Deafness& deafness : Deafnesses()) {
-    EXPECT_TRUE(IsMade(deafness.call, deafness.args)) << deafness.call << " " << deafness.args;
-    EXPECT_FALSE(deafness.reason.empty()) << deafness.call;
+  for (const MissedPackage& entry : MissedPackages()) {
+    EXPECT_TRUE(IsMade(entry.call, entry.args)) << entry.call << " " << entry.args;
+    EXPECT_FALSE(entry.reason.empty()) << entry.call;
   }
   for (const Leak& leak : Leaks()) {
     EXPECT_TRUE(leak.call.empty() || IsMade(leak.call, "")) << leak.call;

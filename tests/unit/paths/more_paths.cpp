@@ -13,7 +13,7 @@ using fault::Banner;
 using fault::Guide;
 using fault::Install;
 using fault::PackagedFeeder;
-using fault::Road;
+using fault::Path;
 using fault::ServiceFeeder;
 using fault::Settle;
 using fault::Uninstall;
@@ -21,8 +21,8 @@ using fault::Update;
 using fault::WebFeeder;
 using fault::With;
 
-/// Ids that are prefixes of each other, differ in case or in one character that SQL gives a
-/// meaning.
+/// Ids that are prefixes of each other, or differ in case or in a character with a special meaning
+/// in SQL.
 const std::vector<std::string> kLookAlikes = {"look_alike", "lookXalike", "look%alike",
                                               "Look_alike", "look_alik",  "look_alike2",
                                               "look alike"};
@@ -76,7 +76,7 @@ void Tick() {
   Settle();
 }
 
-std::vector<Road> Starts() {
+std::vector<Path> Starts() {
   const std::vector<fake::Package> stored = {PackagedFeeder(), WebFeeder("webfeederp"),
                                              ServiceFeeder("servicefda", "extended"), Banner(),
                                              Guide()};
@@ -91,7 +91,7 @@ std::vector<Road> Starts() {
   };
 }
 
-std::vector<Road> LookAlikePaths() {
+std::vector<Path> LookAlikePaths() {
   return {
       {"RemovalBesideLookAlikes", LookAlikes(), {}, {}, [] { Uninstall("look_alike"); }},
       {"UpdateBesideLookAlikes",
@@ -121,7 +121,7 @@ std::vector<Road> LookAlikePaths() {
   };
 }
 
-std::vector<Road> Lives() {
+std::vector<Path> Lives() {
   return {
       {"LifeOfAnAppOfEveryType",
        {},
@@ -179,10 +179,10 @@ std::vector<Road> Lives() {
 
 }  // namespace
 
-std::vector<Road> MorePaths() {
-  std::vector<Road> paths;
+std::vector<Path> MorePaths() {
+  std::vector<Path> paths;
   for (auto make : {Starts, LookAlikePaths, Lives}) {
-    const std::vector<Road> some = make();
+    const std::vector<Path> some = make();
     paths.insert(paths.end(), some.begin(), some.end());
   }
   return paths;

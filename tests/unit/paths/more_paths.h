@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "fault/roads.h"
+#include "fault/paths.h"
 
-/// Paths beside those of the fault sweep, for the comparison of whole sequences.
-std::vector<fault::Road> MorePaths();
+/// Paths in addition to those of the fault sweep, for the comparison of whole sequences.
+std::vector<fault::Path> MorePaths();

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// Descriptors, SQLite's allocations and heap blocks over each path, in any build: a path that leads
-// back to where it began leaves nothing behind.
+// Descriptors, SQLite's allocations and heap blocks on each path, in any build: a path that returns
+// to its initial state leaves nothing behind.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -33,7 +33,7 @@ class PathResources : public testing::Test {
     fault::MakeTelevision();
   }
 
-  /// In the main loop of a daemon that is at rest.
+  /// In the main loop of an idle daemon.
   static void InDaemon(const std::function<void()>& body) {
     ASSERT_TRUE(fault::RunDaemon([&] {
       fault::Settle();

@@ -18,7 +18,7 @@
 #include "fake/control/fake.h"
 #include "fault/daemon.h"
 #include "fault/packages.h"
-#include "fault/roads.h"
+#include "fault/paths.h"
 #include "fault/store.h"
 #include "support/files.h"
 #include "unit/app_info/records.h"
@@ -66,7 +66,7 @@ class HandleNames {
   std::map<std::string, int> m_counts;
 };
 
-/// The name of a thread to what it did. Workers have the name of the thread that waits for them.
+/// What each thread did, by its name. Workers have the name of the thread that waits for them.
 std::map<std::string, Steps> StepsByThread() {
   std::map<std::string, Steps> threads;
   const std::string mainName = [] {
@@ -110,7 +110,7 @@ void PrintStore(std::ostream& stream) {
   }
 }
 
-/// What is found when the path has come to its end. Taken after the sequence: it logs.
+/// The state at the end of the path. Read after the sequence, because reading it logs.
 std::string State() {
   std::ostringstream stream;
   stream << "\n[records]\n";
@@ -149,28 +149,28 @@ void Store(const std::vector<fake::Package>& packages) {
 }
 
 /// Runs the path in a daemon of its own.
-std::string Travel(const fault::Road& road) {
+std::string RunPath(const fault::Path& path) {
   fault::MakeFreshDirectories();
   fault::MakeTelevision();
-  if (road.IsStart() && !road.stored.empty()) {
-    fault::StoreRows(road.stored);
-    for (const fake::Package& package : road.stored) fault::MakeKnown(package);
+  if (path.IsStart() && !path.stored.empty()) {
+    fault::StoreRows(path.stored);
+    for (const fake::Package& package : path.stored) fault::MakeKnown(package);
   }
-  if (road.before) road.before();
+  if (path.before) path.before();
   std::string found;
   const bool reached = fault::RunDaemon([&] {
     fault::Settle();
-    if (!road.IsStart()) {
-      Store(road.stored);
-      if (road.hasNetworkTime) {
+    if (!path.IsStart()) {
+      Store(path.stored);
+      if (path.hasNetworkTime) {
         fake::SetKey("memory/menu/network/set_time", 1);
         fault::Settle();
       }
-      if (road.prepare) road.prepare();
+      if (path.prepare) path.prepare();
       fault::Settle();
       fake::ClearCalls();
       fake::ClearLog();
-      road.travel();
+      path.run();
       fault::Settle();
     }
     found = Sequences();
@@ -181,25 +181,25 @@ std::string Travel(const fault::Road& road) {
 }
 
 /// The starts of the fault sweep race with the scheduler's thread.
-std::vector<fault::Road> Paths() {
-  std::vector<fault::Road> paths = MorePaths();
-  for (const fault::Road& road : fault::Roads()) {
-    if (!road.isRace && !road.IsStart()) paths.push_back(road);
+std::vector<fault::Path> Paths() {
+  std::vector<fault::Path> paths = MorePaths();
+  for (const fault::Path& path : fault::Paths()) {
+    if (!path.isRace && !path.IsStart()) paths.push_back(path);
   }
   return paths;
 }
 
-fault::Road Find(const std::string& name) {
-  const std::vector<fault::Road> paths = Paths();
+fault::Path Find(const std::string& name) {
+  const std::vector<fault::Path> paths = Paths();
   const auto found = std::find_if(paths.begin(), paths.end(),
-                                  [&](const fault::Road& path) { return path.name == name; });
-  return found == paths.end() ? fault::FindRoad(name) : *found;
+                                  [&](const fault::Path& path) { return path.name == name; });
+  return found == paths.end() ? fault::FindPath(name) : *found;
 }
 
 class APath : public testing::TestWithParam<std::string> {};
 
 TEST_P(APath, IsTheRecordedSequenceOfCallsAndRecords) {
-  const std::string found = Travel(Find(GetParam()));
+  const std::string found = RunPath(Find(GetParam()));
   const std::string file = "/" + GetParam() + ".txt";
   const bool isRecorded = support::Exists(ORV_SEQUENCES + file);
   const std::string expected = isRecorded ? support::ReadFile(ORV_SEQUENCES + file) : "";
@@ -209,7 +209,7 @@ TEST_P(APath, IsTheRecordedSequenceOfCallsAndRecords) {
 
 std::vector<std::string> Names() {
   std::vector<std::string> names;
-  for (const fault::Road& path : Paths()) names.push_back(path.name);
+  for (const fault::Path& path : Paths()) names.push_back(path.name);
   return names;
 }
 

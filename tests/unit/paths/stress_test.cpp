@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// All threads of the daemon at work on the same records at once. Meant for ThreadSanitizer; what is
-// left when the noise is over is compared in any build.
+// All threads of the daemon work on the same records at once. For ThreadSanitizer; the state
+// afterwards is checked in any build.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -28,7 +28,7 @@ constexpr long kQueueLimit = 64;
 /// The package manager's thread, two threads of the TV service, the web runtime.
 constexpr int kKinds = 8;
 
-/// An id of 40 characters: no string keeps it without an allocation, so a torn copy is a freed one.
+/// An id of 40 characters: too long for a string without an allocation, so a torn copy is freed.
 std::string LongId(const std::string& name) {
   std::string id = name;
   id.resize(40, 'x');
@@ -86,7 +86,7 @@ class Stress : public testing::Test {
     EXPECT_TRUE(fake::SendMessage(incoming));
   }
 
-  /// One thing that happens on the main loop.
+  /// One event on the main loop.
   void Happen(int number) const {
     const int turn = number / kKinds;
     switch (number % kKinds) {
@@ -137,7 +137,7 @@ class Stress : public testing::Test {
     fake::ClearSentMessages();
   }
 
-  /// Threads of the TV-service library: tunes, beside each other and beside the installer's task.
+  /// Threads of the TV-service library: tunes, concurrent with each other and the installer's task.
   void RunTunes(std::uint64_t first) const {
     for (std::uint64_t i = first; !m_done; ++i) {
       fake::FireTvSignal(kTuned, fake::Payload(i % 6));

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "fault/roads.h"
+#include "fault/paths.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -59,7 +59,7 @@ void Fire(unsigned int timerMs) {
 }
 
 void Tick() {
-  // A race for the first start may have left an older timer behind; this is the one that counts.
+  // A race for the first start may have left an older timer; this one is current.
   fake::FireTimer(g_nSchedulerTimerID);
   Settle();
 }
@@ -74,8 +74,8 @@ void Say(const std::vector<std::pair<std::string, std::string>>& message) {
   Settle();
 }
 
-/// Network time and stored service feeders come together at start in a race only, see below.
-std::vector<Road> Starts() {
+/// No start has both network time and stored service feeders, except in a race; see below.
+std::vector<Path> Starts() {
   const auto setNetworkTime = [] { fake::StoreKey(kNetworkTimeKey, 1); };
   return {
       {"StartWithStoredApps", OfEveryKind(), {}, {}, {}},
@@ -89,7 +89,7 @@ std::vector<Road> Starts() {
   };
 }
 
-std::vector<Road> Installs() {
+std::vector<Path> Installs() {
   return {
       {"InstallOfAPackagedFeeder", {}, {}, {}, [] { Install(PackagedFeeder()); }},
       {"InstallOfAWebFeeder", {}, {}, {}, [] { Install(WebFeeder("webfeederp")); }},
@@ -115,7 +115,7 @@ std::vector<Road> Installs() {
   };
 }
 
-std::vector<Road> Updates() {
+std::vector<Path> Updates() {
   return {
       {"UpdateOfAPackagedFeeder", {PackagedFeeder()}, {}, {}, [] { Update(PackagedFeeder()); }},
       {"UpdateOfAServiceFeeder",
@@ -138,7 +138,7 @@ std::vector<Road> Updates() {
   };
 }
 
-std::vector<Road> Removals() {
+std::vector<Path> Removals() {
   return {
       {"UninstallOfAPackagedFeeder",
        {PackagedFeeder()},
@@ -165,8 +165,8 @@ std::vector<Road> Removals() {
   };
 }
 
-std::vector<Road> Signals() {
-  std::vector<Road> roads = {
+std::vector<Path> Signals() {
+  std::vector<Path> paths = {
       {"TuneToABoostingChannel",
        {PackagedFeeder()},
        {},
@@ -197,12 +197,12 @@ std::vector<Road> Signals() {
                                                 {"SignalOneHundredSeventy", 170},
                                                 {"SignalTwoThousandFiveHundredSixty", 2560}}) {
     const int number = signal;
-    roads.push_back({name, {PackagedFeeder()}, {}, {}, [number] { Signal(number); }});
+    paths.push_back({name, {PackagedFeeder()}, {}, {}, [number] { Signal(number); }});
   }
-  return roads;
+  return paths;
 }
 
-std::vector<Road> Boosts() {
+std::vector<Path> Boosts() {
   const auto bootOnTheFeeder = [] {
     fake::StoreKey("db/boot/last_service", "vc-service");
     MakeServices();
@@ -233,7 +233,7 @@ std::vector<Road> Boosts() {
   };
 }
 
-std::vector<Road> Schedules() {
+std::vector<Path> Schedules() {
   const std::vector<fake::Package> feeders = {ServiceFeeder("servicefda"),
                                               ServiceFeeder("servicefdb")};
   return {
@@ -269,7 +269,7 @@ std::vector<Road> Schedules() {
   };
 }
 
-std::vector<Road> WebAppLives() {
+std::vector<Path> WebAppLives() {
   return {
       {"LifeOfAWebApp",
        {Guide()},
@@ -325,8 +325,8 @@ std::vector<Road> WebAppLives() {
   };
 }
 
-/// Records run on one thread while the scheduler is at work on its own.
-std::vector<Road> Races() {
+/// Records run on one thread while the scheduler works on its own thread.
+std::vector<Path> Races() {
   return {
       {"StartOfTheSchedulerWithStoredApps",
        OfEveryKind(),
@@ -355,28 +355,28 @@ std::vector<Road> Races() {
   };
 }
 
-std::vector<Road> MakeRoads() {
-  std::vector<Road> roads;
+std::vector<Path> MakePaths() {
+  std::vector<Path> paths;
   for (auto make :
        {Starts, Installs, Updates, Removals, Signals, Boosts, Schedules, WebAppLives, Races}) {
-    const std::vector<Road> some = make();
-    roads.insert(roads.end(), some.begin(), some.end());
+    const std::vector<Path> some = make();
+    paths.insert(paths.end(), some.begin(), some.end());
   }
-  return roads;
+  return paths;
 }
 
 }  // namespace
 
-const std::vector<Road>& Roads() {
-  static const std::vector<Road> s_roads = MakeRoads();
-  return s_roads;
+const std::vector<Path>& Paths() {
+  static const std::vector<Path> s_paths = MakePaths();
+  return s_paths;
 }
 
-const Road& FindRoad(const std::string& name) {
-  const auto found = std::find_if(Roads().begin(), Roads().end(),
-                                  [&](const Road& road) { return road.name == name; });
-  if (found == Roads().end()) {
-    throw std::runtime_error("no such road: " + name);
+const Path& FindPath(const std::string& name) {
+  const auto found = std::find_if(Paths().begin(), Paths().end(),
+                                  [&](const Path& path) { return path.name == name; });
+  if (found == Paths().end()) {
+    throw std::runtime_error("unknown path: " + name);
   }
   return *found;
 }
