@@ -18,7 +18,7 @@ using TextPairs = std::vector<std::pair<std::string, std::string>>;
 
 struct App {
   std::string id;
-  bool service = false;  ///< a service app, else an app with a user interface
+  bool service = false;  ///< a service app; otherwise an app with a user interface
   TextPairs metadata;
 };
 
@@ -42,8 +42,8 @@ class Control {
  public:
   virtual ~Control() = default;
 
-  /// Does the work of a main loop on the calling thread until the condition holds. False when it
-  /// does not hold in time.
+  /// Runs a main loop on the calling thread until the condition is true. Returns false when it
+  /// does not become true in time.
   virtual bool RunMainLoopUntil(const std::function<bool()>& condition) = 0;
   /// Delivers everything that was sent to the process before this call.
   virtual void RunMainLoop() = 0;

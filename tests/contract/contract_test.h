@@ -15,7 +15,7 @@
 
 namespace contract {
 
-/// What the callbacks received, in order. Callable from any thread.
+/// Records what callbacks received, in order. Callable from any thread.
 class Notes {
  public:
   static void Add(const std::string& note) {
@@ -43,7 +43,7 @@ class Notes {
   }
 };
 
-/// Has a television for this test.
+/// Provides a television for the test.
 class Contract : public testing::Test {
  protected:
   Contract() : m_control(MakeControl()) { Notes::Clear(); }

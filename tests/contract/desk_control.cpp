@@ -96,7 +96,7 @@ class DeskControl : public Control {
           }
           return condition();
         },
-        "what the main loop was to bring");
+        "the condition awaited in the main loop");
   }
 
   // Events arrive in order: after the event of the fence no earlier one can arrive.

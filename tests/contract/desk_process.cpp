@@ -18,7 +18,7 @@ namespace {
 // In the child, between fork and exec.
 [[noreturn]] void Execute(const std::string& root, int readyFd, int otherFd) {
   close(otherFd);
-  prctl(PR_SET_PDEATHSIG, SIGTERM);  // end with a test that crashes
+  prctl(PR_SET_PDEATHSIG, SIGTERM);  // ends when the test crashes
   const std::string directory = desk::ProgramDirectory();
   const std::string program = directory + "/desk-tv";
   const std::string fd = std::to_string(readyFd);

@@ -117,7 +117,7 @@ class FakeControl : public Control {
 
   void StartApp(const std::string& app) override {
     if (Start(app) != 0) {
-      throw std::runtime_error(app + " is of no package");
+      throw std::runtime_error(app + " does not belong to a package");
     }
   }
   void StopApp(const std::string& app) override { fake::SetStopped(app); }

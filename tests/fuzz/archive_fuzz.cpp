@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// "orv_app.zip" of an image, from the install of its data to their removal.
+// "orv_app.zip" of an image, from the install of its data to its removal.
 #include "fake/control/fake.h"
 #include "fuzz/daemon_world.h"
 #include "fuzz/harness.h"
@@ -29,7 +29,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   g_archive = fuzz::Text(data, size);
   fuzz::Contain([&] {
     FileSystemUtils::InstallPackagedData("fuzzpackag", "fuzzpackag.App", type, kAll, false);
-    // The tree is there already: another type joins, whatever list of types the archive brought.
+    // The tree exists: adds another type, whatever list of types the archive contains.
     FileSystemUtils::InstallPackagedData("fuzzpackag", "fuzzpackag.App", "ch_feeder_custom",
                                          PACKAGED_TYPE_HBBTV_APP, false);
   });

@@ -40,7 +40,7 @@ void ForgetInput() {
 }
 
 void Contain(const std::function<void()>& call) try { call(); } catch (const std::exception&) {
-  // One line in the daemon's log.
+  // The daemon logs one line.
 }
 
 }  // namespace fuzz

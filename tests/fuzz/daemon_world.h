@@ -5,19 +5,19 @@
 #include <functional>
 #include <string>
 
-/// The surroundings of the targets that run parts of the daemon on the platform in memory.
+/// The environment of the targets that run parts of the daemon on the fake platform.
 namespace fuzz {
 
 extern const std::string kDataDirectory;
 extern const std::string kSharedDataDirectory;
 
-/// Directories, keys and clock; nothing is recorded, no wait lasts. For SetUp().
+/// Sets up directories, keys and clock, without recording and without real waits. For SetUp().
 void MakeWorld();
-/// Empties the directories of packaged data and forgets log, launches, channels and messages: the
-/// next input finds the world as the first one did. The store is left alone.
+/// Empties the directories of packaged data and clears log, launches, channels and messages, so
+/// that each input starts in the same state. Does not change the store.
 void ForgetInput();
 
-/// Exceptions end here, as they end in the outermost frames of the daemon.
+/// Catches exceptions, as the outermost frames of the daemon do.
 void Contain(const std::function<void()>& call);
 
 }  // namespace fuzz

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// Due times: any text is read, and what was written is read back. The input is a text; a number in
-// front of it, if there is one, is a time.
+// Due times: any text can be read, and a written time is read back. The input is a text; a number
+// at its beginning, if any, is a time.
 #include <cstdlib>
 #include <limits>
 
@@ -11,7 +11,7 @@
 
 namespace {
 
-/// Years of four digits, which are the ones that the text can hold.
+/// Years of four digits, the only ones that the text can represent.
 constexpr long long kYearOneThousand = -30610224000;
 constexpr long long kYearTenThousand = 253402300800;
 

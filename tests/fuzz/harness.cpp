@@ -39,7 +39,7 @@ std::pair<std::string, std::string> KeyAndValue(const std::string& line) {
 
 void Require(bool condition, const char* what) {
   if (!condition) {
-    std::fprintf(stderr, "does not hold: %s\n", what);
+    std::fprintf(stderr, "not true: %s\n", what);
     std::abort();
   }
 }

@@ -24,7 +24,7 @@ struct Message {
   std::vector<fake::BundleEntry> entries;
 };
 
-/// No such type has a value that is a text, and the platform would not take it for one.
+/// Values of these types are not texts, and the platform does not treat them as texts.
 bool IsArray(int type) {
   return (type & BUNDLE_TYPE_ARRAY) != 0;
 }

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
 // Metadata of a package, from its install over an update to its removal.
-//   key=value      one entry; the namespace is put in front, unless the key begins with "!"
-//   --             what follows belongs to the service application
-//   ==             what follows is the updated package
+//   key=value      one entry; the namespace is prepended unless the key begins with "!"
+//   --             the following entries belong to the service application
+//   ==             the following entries are those of the updated package
 #include "app_info/AppInfoCache.h"
 #include "controller/ORVAppCreator.h"
 #include "fake/control/fake.h"
@@ -73,15 +73,15 @@ void Remove() {
     }
   });
   fuzz::Contain([] { ORVAppCreator::GetInstance()->RemoveApp(kPackage); });
-  // A package that cannot be read is forgotten by the creator too.
+  // The creator also forgets a package that cannot be read.
   fake::RemovePackage(kPackage);
   ORVAppCreator::GetInstance()->CreateApp(kPackage);
 }
 
 }  // namespace
 
-/// Settled: nobody learns of the layers that an update adds around a record, and a record that has
-/// lost all its layers is not destroyed.
+/// The layers that an update adds around a record are not destroyed, nor is a record that has lost
+/// all its layers.
 extern "C" const char* __lsan_default_suppressions() {
   return "leak:ORVAppCreator::AddActivatedAppTypes\nleak:ORVAppCreator::"
          "DecorateAppTypeByMatadata\n";

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// In place of libFuzzer: gives each file of the named files and directories to the target, once.
+// Replaces libFuzzer: passes each file of the given files and directories to the target once.
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
@@ -31,7 +31,7 @@ int main(int argc, char** argv) {
   int replayed = 0;
   for (int i = 1; i < argc; ++i) {
     for (const std::string& file : FilesOf(argv[i])) {
-      // Before the input: whoever reads of a crash wants to know the file.
+      // Printed before the input runs, so that the file is known after a crash.
       std::printf("%s\n", file.c_str());
       std::fflush(stdout);
       const std::string input = support::ReadFile(file);

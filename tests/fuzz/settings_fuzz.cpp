@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// The settings key in which custom user interfaces announce themselves, as others may leave it.
+// The settings key that announces custom user interfaces, with values that other programs may set.
 #include <json/json.h>
 
 #include "app_info/ORVAppInfo.h"
@@ -16,7 +16,7 @@ namespace {
 const char kKey[] = "db/orv_channel/custom_ui_type";
 const char kType[] = "orv_type";
 
-/// Runs, updates and stops a record, each on the value that the others left or that is given.
+/// Sets the key, then runs, updates and stops the record.
 void Live(AppInfo* record, const std::string& typeName, const std::string& newValue,
           const std::string& key) {
   fake::StoreKey(kKey, key);
@@ -25,7 +25,7 @@ void Live(AppInfo* record, const std::string& typeName, const std::string& newVa
   fuzz::Contain([record] { record->UpdateOperation(); });
   fuzz::Contain([record] { record->StopOperation(); });
   record->GetReleaseFunction()(record);
-  // The daemon leaves the key alone, or writes a text that it can read again.
+  // The daemon does not change the key, or writes a text that it can read again.
   Json::Value root;
   const std::string left = fake::StringKey(kKey).value_or("");
   fuzz::Require(left == key || JsonText::Parse(left, root), "the key stays JSON");

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// The store's file. Whatever it was, afterwards there is a store that takes a row, or none.
+// The store's file. Whatever it contains, afterwards there is a store that accepts a row, or none.
 #include "app_info/AppInfoDB.h"
 #include "app_info/ORVAppInfo.h"
 #include "fuzz/daemon_world.h"
@@ -9,9 +9,9 @@
 
 namespace fuzz {
 
-/// The schema that the class checks against. A file with a strange table leaves its mark there for
-/// the rest of the process, and the next input must not meet it. Private to the class, so by the
-/// one place where the language does not look at access.
+/// The schema that the class checks against. A file with an unexpected table changes it for
+/// the rest of the process, so it is restored before the next input. It is private; explicit
+/// template instantiation is the one place that ignores access.
 auto& Columns();
 template <auto kMember>
 struct Reach {
@@ -29,7 +29,8 @@ AppInfo* g_record = nullptr;
 
 void fuzz::SetUp() {
   MakeWorld();
-  g_record = new ORVAppInfo({"fuzzpackag", "fuzzpackag.App", "", "", "1.0.0"});  // to the end
+  g_record =
+      new ORVAppInfo({"fuzzpackag", "fuzzpackag.App", "", "", "1.0.0"});  // until the process ends
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

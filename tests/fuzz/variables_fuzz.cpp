@@ -26,7 +26,7 @@ void Store(const std::string& variables) {
 
 void fuzz::SetUp() {
   MakeWorld();
-  ORVAppCreator::GetInstance();  // makes the store
+  ORVAppCreator::GetInstance();  // creates the store
   const std::string path = kDataDirectory + "appinfo.db";
   const char sql[] =
       "INSERT OR REPLACE INTO appinfo VALUES"

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// A package's archive, checked and unpacked. Nothing may come to lie outside its directory.
+// A package's archive, checked and unpacked. Nothing may be written outside its directory.
 #include <filesystem>
 
 #include "desk/package/package_file.h"
@@ -37,7 +37,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       last = percent;
     });
   } catch (const desk::PackageError&) {
-    // Said to people in one line.
+    // The error is one line for the user.
   }
   fuzz::Require(EntriesOf("/home/owner") == 2 && EntriesOf("/home/owner/around") == 1,
                 "all lies in the package's directory");

@@ -1,4 +1,4 @@
 "use strict";
 
-// Shown over the channel by the TV; the daemon only puts it in its place.
+// The TV shows this app over the channel; the daemon only unpacks it.
 document.title += " (running)";
