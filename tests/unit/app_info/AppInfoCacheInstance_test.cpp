@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
 //
-// The first two calls for the cache at the same time: the memory of the first caller's instance
-// comes from here, which is where the second caller gets ahead.
+// The first two calls for the cache at the same time: the memory of the first caller's instance is
+// allocated here, and during that the second caller overtakes it.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -40,7 +40,7 @@ namespace {
 TEST(AppInfoCacheInstance, OfTwoThatAreMadeAtOnceTheFirstStays) {
   s_armed = true;
   AppInfoCache* const instance = AppInfoCache::GetInstance();
-  ASSERT_NE(s_ahead, nullptr) << "nobody got ahead";
+  ASSERT_NE(s_ahead, nullptr) << "no caller got ahead";
   EXPECT_EQ(instance, s_ahead);
   EXPECT_EQ(AppInfoCache::GetInstance(), s_ahead);
 }

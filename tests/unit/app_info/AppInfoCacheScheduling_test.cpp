@@ -27,7 +27,7 @@ class SchedulingListTest : public testing::Test {
     m_cache.AddAppInfo(package, m_records.back().get(), false);
     return m_records.back().get();
   }
-  /// Takes everything off the list.
+  /// Removes all items from the list.
   std::vector<std::string> Drain() {
     std::vector<std::string> packages;
     SchedulingItem item;
@@ -239,10 +239,10 @@ TEST_F(SchedulingListTest, AddsAndPicksNeverWaitOnEachOther) {
       if (!m_cache.GetNextSchedulingItem(item)) m_cache.ResetSchedulingList();
     }
   });
-  // A deadlocked thread can neither be ended nor be left behind.
+  // A deadlocked thread can be neither ended nor abandoned.
   for (auto* thread : {&adding, &picking}) {
     if (thread->wait_for(std::chrono::seconds(60)) != std::future_status::ready) {
-      ADD_FAILURE() << "an add and a pick wait on each other";
+      ADD_FAILURE() << "an add and a pick wait for each other";
       std::_Exit(1);
     }
   }

@@ -24,7 +24,7 @@ using support::OtherThread;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// Longer than the characters that a string holds without an allocation.
+/// Too long for a string without an allocation.
 const std::string kLong = "org.example.packages.of.considerable.length.";
 
 class AppInfoCachePins : public testing::Test {
@@ -87,12 +87,12 @@ TEST_F(AppInfoCachePins, PinsOfOtherRecordsAndOfTheOwnThreadDoNotCount) {
     end.get_future().wait();
   });
   pinned.get_future().wait();
-  m_cache.WaitUntilUnpinned(record.get());  // blocks for good where these pins count
+  m_cache.WaitUntilUnpinned(record.get());  // blocks forever if these pins count
   EXPECT_FALSE(holder.Done());
   end.set_value();
 }
 
-/// A layer that lets another thread come in while a value is set or read.
+/// A layer that lets another thread run while a value is set or read.
 class Interrupted final : public AppTypeDecorator {
  public:
   explicit Interrupted(const std::string& package)
@@ -149,7 +149,7 @@ TEST_F(AppInfoCacheThreads, ARecordThatAWalkLooksIntoIsPinned) {
     });
     EXPECT_TRUE(removal->WaitUntilItStops());
     EXPECT_FALSE(removal->Done());
-    // The walk goes on although its place in the map is gone.
+    // The iteration continues although its entry in the map is gone.
     EXPECT_EQ(m_cache.GetAppInfo("a"), nullptr);
   };
   std::vector<std::string> ids = {"before"};
@@ -157,7 +157,7 @@ TEST_F(AppInfoCacheThreads, ARecordThatAWalkLooksIntoIsPinned) {
   EXPECT_THAT(ids, ElementsAre("before", "a", "b"));
 }
 
-/// Meant for the thread and address sanitizers: records come and go below the walks.
+/// For the thread and address sanitizers: records are added and removed during iterations.
 TEST_F(AppInfoCacheThreads, WalksMeetRecordsThatComeAndGo) {
   constexpr int kRounds = 3000;
   fake::SetRecording(false);

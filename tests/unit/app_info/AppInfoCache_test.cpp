@@ -88,7 +88,7 @@ TEST_F(AppInfoCacheTest, AnAddOverARowSucceedsAtItsSecondInsert) {
   const auto record = MakeApp("pkg");
   EXPECT_TRUE(m_cache.AddAppInfo("pkg", record.get(), true));
   EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] start", "[Info] start", "[ERROR] insert error.",
-                                            // the cache's own repetition
+                                            // repeated by the cache
                                             "[Info] start", "[Info] start"));
   EXPECT_THAT(
       QueryStore("SELECT variables FROM appinfo"),

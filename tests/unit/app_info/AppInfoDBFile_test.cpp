@@ -45,7 +45,7 @@ constexpr char kCreateQuery[] =
     "widget_id TEXT, service_id TEXT, version TEXT, variables TEXT, extra_data1 TEXT, "
     "extra_data2 TEXT, extra_data3 TEXT, extra_data4 TEXT);";
 
-/// The table with one of its columns declared otherwise, and a row in it.
+/// The table with one column declared differently, and one row.
 void MakeTable(const std::string& declared, const std::string& instead) {
   std::string sql = records::kCreateTable;
   sql.replace(sql.find(declared), declared.size(), instead);
@@ -53,7 +53,7 @@ void MakeTable(const std::string& declared, const std::string& instead) {
   ExecuteOnStore("INSERT INTO appinfo(package_id) VALUES('a')");
 }
 
-/// The store takes a record now and gives it back.
+/// Checks that the store accepts a record and returns it.
 void ExpectUsable(AppInfoDB& db) {
   const auto record = records::MakeLayer("usable", "a", "1");
   EXPECT_TRUE(db.InsertNewRecord(record.get()));
@@ -201,7 +201,7 @@ TEST_F(AppInfoDBFile, AFileCutShortIsReplaced) {
 
 TEST_F(AppInfoDBFile, AnIntegrityReportOtherThanOkReplacesTheFile) {
   StoreRow("a", "null\n");
-  // A column that must not be null and is: the file is well-formed, and the check reports it.
+  // A NOT NULL column with a null: the file is well-formed, and the check reports it.
   ExecuteOnStore("CREATE TABLE other(x); INSERT INTO other VALUES(NULL)");
   ExecuteOnStore(
       "PRAGMA writable_schema=ON;"
@@ -334,7 +334,7 @@ TEST_F(AppInfoDBFile, AnEleventhColumnLeavesNoTable) {
   ExpectRefusing(db);
 }
 
-/// Runs the steps in a process of their own, with the daemon's statics as they are now.
+/// Runs the steps in a separate process, with the current values of the daemon's statics.
 void RunElsewhere(const std::function<void()>& steps) {
   const pid_t pid = fork();
   ASSERT_GE(pid, 0);
@@ -424,7 +424,7 @@ TEST_F(AppInfoDBFile, RemovingTheFileClosesTheDatabase) {
   EXPECT_EQ(records::OpenCount(), 0);
   fake::ClearLog();
   ExpectRefusing(db);
-  // Nothing was tried on a database.
+  // No database was used.
   EXPECT_THAT(fake::LogTexts(6), IsEmpty());
 }
 

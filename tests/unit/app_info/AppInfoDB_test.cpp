@@ -11,7 +11,7 @@
 #include "support/log_matchers.h"
 #include "unit/app_info/records.h"
 
-/// The statements on an open store, and what of a record goes into its row.
+/// The statements on an open store, and which parts of a record are stored in its row.
 namespace {
 
 using records::ExecuteOnStore;
@@ -62,7 +62,7 @@ constexpr char kFeederVariables[] =
     "{\"orv_data\":{\"channel_data_url\":\"http://x/ch\"},"
     "\"orv_type\":{\"ch_feeder_standard\":\"extended\"}}\n";
 
-// What goes into a row.
+// The contents of a row.
 
 TEST_F(AppInfoDBTest, ARecordIsOneTextPerColumn) {
   EXPECT_THAT(Values(*MakeFeeder("pkg")), ElementsAre("pkg", "pkg.app", "pkg-widget", "pkg.service",
@@ -150,7 +150,7 @@ TEST_F(AppInfoDBTest, APackageIdWithASingleQuoteCannotEvenBeDeleted) {
   EXPECT_THAT(StoredPackages(), IsEmpty());
 }
 
-/// Texts that would be more than a value in a statement without escaping.
+/// Texts that would change a statement without escaping.
 const std::vector<std::string> kInjections = {
     "x','','','',''); DELETE FROM appinfo; --", "x'; DROP TABLE appinfo; --",
     "x' || (SELECT package_id FROM appinfo) || '", "1''2", "'"};

@@ -45,7 +45,7 @@ inline std::function<void(AppInfo*)>& ReleaseHook() {
   return hook;
 }
 
-/// A layer of any type name that does nothing but write down what it was asked.
+/// A layer of any type name that only records its calls.
 class Layer final : public AppTypeDecorator {
  public:
   Layer(AppInfo* inner, const std::string& type, const std::string& value,
@@ -110,7 +110,7 @@ inline std::string StorePath() {
          "/com.kalmora.tv.orv-enabler/data/appinfo.db";
 }
 
-/// How often this process has the store's file open, or one that has been removed from its place.
+/// How often this process has the store's file open, or a deleted file of that path.
 inline int OpenCount() {
   int count = 0;
   for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
@@ -176,7 +176,7 @@ inline std::vector<std::string> StoredPackages() {
   return packages;
 }
 
-/// Every record so far went out at the priority that its level word stands for.
+/// Every record so far has the priority of its level word.
 inline void ExpectLevelsFitTheirWords() {
   for (const int priority : {4, 6}) {
     for (const std::string& text : fake::LogTexts(priority)) {
@@ -185,13 +185,13 @@ inline void ExpectLevelsFitTheirWords() {
   }
 }
 
-/// The table as the daemon makes it.
+/// The table as the daemon creates it.
 constexpr char kCreateTable[] =
     "CREATE TABLE IF NOT EXISTS appinfo(package_id TEXT PRIMARY KEY, app_id TEXT, widget_id TEXT, "
     "service_id TEXT, version TEXT, variables TEXT, extra_data1 TEXT, extra_data2 TEXT, "
     "extra_data3 TEXT, extra_data4 TEXT);";
 
-/// Adds a row with these variables, whatever they hold.
+/// Adds a row with these variables, without checking them.
 inline void StoreRow(const std::string& package, const std::string& variables) {
   Connection connection;
   connection.Execute(kCreateTable);

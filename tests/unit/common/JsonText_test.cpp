@@ -67,7 +67,7 @@ TEST(JsonText, TheExplanationOfAStreamsFailureSpeaksOfItsText) {
   std::istringstream bad("{\"" + std::string(5000, 'k') + "\":");
   Json::Value read;
   std::string errors;
-  // Memory that is given back is full of newlines, which a look into it would count as lines.
+  // Freed memory is filled with newlines; a read of freed memory would count them as lines.
   mallopt(M_PERTURB, '\n');
   EXPECT_FALSE(JsonText::Parse(bad, read, &errors));
   mallopt(M_PERTURB, 0);

@@ -50,7 +50,7 @@ TEST(SingleInstance, OfSeveralCreatedAtOnceOneStays) {
   EXPECT_EQ(Counted::s_created - Counted::s_deleted, 1);
 }
 
-/// Asks for itself while it is created, as a second thread might do then.
+/// Requests its own instance while it is created, as a second thread might do.
 struct Overtaken {
   Overtaken() {
     if (!s_asked) {

@@ -23,7 +23,7 @@ constexpr char kCaught[] = "[Debug] Exception Caught.";
 
 class LoadTest : public CreatorTest {
  protected:
-  /// To be called when the rows are in place.
+  /// Call this when the rows are stored.
   void Load() {
     RegisterLayer<kOther>();
     RegisterLayer<kSecond>();

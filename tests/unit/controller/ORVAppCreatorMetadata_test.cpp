@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "unit/controller/creator_fixture.h"
 
-/// What a package's applications and metadata make of its record.
+/// How a package's applications and metadata determine its record.
 namespace {
 
 using records::StoredPackages;
@@ -31,7 +31,7 @@ class MetadataTest : public CreatorTest {
     fake::AddPackage(MakePackage("pkg", metadata));
     return Creator().CreateApp("pkg");
   }
-  /// Destroys the record and makes it again.
+  /// Destroys the record and creates it again.
   bool CreateAgain(const Metadata& metadata) {
     Creator().RemoveApp("pkg");
     Forget();
@@ -290,7 +290,7 @@ TEST_F(MetadataTest, ASecondApplicationThatCannotBeReadEndsTheWalkOnly) {
   EXPECT_TRUE(Creator().CreateApp("pkg"));
   EXPECT_THAT(fake::LogTexts(6), ElementsAre("[ERROR] app_info_create() failed. [ret : -12]"));
   EXPECT_EQ(fake::CallCount("app_info_create"), 2u);
-  // Its id was taken before its metadata was asked for.
+  // Its id was stored before its metadata was read.
   EXPECT_EQ(Find("pkg")->m_sAppID, "pkg.app2");
   EXPECT_EQ(DataValue("key"), "");
   EXPECT_THAT(TakeApart("pkg"), ElementsAre("other", "orv_app"));
@@ -308,7 +308,7 @@ TEST_F(MetadataTest, AnApplicationWhoseMetadataCannotBeReadIsPassedOver) {
   EXPECT_THAT(TakeApart("pkg"), ElementsAre("second", "orv_app"));
 }
 
-// The callbacks by themselves.
+// The callbacks alone.
 
 TEST_F(MetadataTest, MetadataOfAPackageThatIsNotBeingReadIsRefused) {
   AppBaseInfo info = records::Info("stranger");
@@ -334,7 +334,7 @@ TEST_F(MetadataTest, AnApplicationWithoutAnIdEndsTheWalk) {
   EXPECT_EQ(fake::CallCount("app_info_create"), 0u);
 }
 
-// Amounts.
+// Large amounts.
 
 TEST_F(MetadataTest, TenThousandEntriesAreRead) {
   const std::string longText = std::string(64 * 1024, 'x') + "\"\n\xc3\xa4\xf0\x9f\x93\xba";

@@ -3,7 +3,7 @@
 #include "controller/ORVScheduler.h"
 #include "unit/controller/creator_fixture.h"
 
-/// How a record's chain is made to fit an updated package.
+/// How a record's chain is adapted to an updated package.
 namespace {
 
 using records::Info;
@@ -33,8 +33,8 @@ class UpdateTest : public CreatorTest {
     Forget();
   }
 
-  /// Puts a record of these types into cache and store, as after a restart: its package's metadata
-  /// has not been seen.
+  /// Puts a record of these types into cache and store, as after a restart: the package's metadata
+  /// has not been read.
   void Have(const std::map<std::string, std::string>& types,
             const std::map<std::string, std::string>& data = {}) {
     Creator().AddAppInfoToAppCache(Info("pkg"), {{"orv_type", types}, {"orv_data", data}}, true);
@@ -44,7 +44,7 @@ class UpdateTest : public CreatorTest {
     fake::AddPackage(MakePackage("pkg", metadata));
     return Creator().UpdateApp("pkg");
   }
-  /// The lines about differences alone, in order.
+  /// Only the lines about differences, in order.
   static std::vector<std::string> Differences() {
     std::vector<std::string> lines;
     for (const std::string& text : fake::LogTexts()) {
@@ -131,7 +131,7 @@ TEST_F(UpdateTest, TheStepsComeInTheirOrder) {
   const Owned<Layer> owner(Made<kC>::s_layer);
 }
 
-// Types that went.
+// Removed types.
 
 TEST_F(UpdateTest, AnInnerLayerGoesAndTheCacheKeepsItsHead) {
   Have({{"a", "1"}, {"b", "2"}});
@@ -139,7 +139,7 @@ TEST_F(UpdateTest, AnInnerLayerGoesAndTheCacheKeepsItsHead) {
   EXPECT_EQ(Update({{TypeKey("b"), "2"}}), UPDATE_RESULT_UPDATE);
   EXPECT_THAT(Journal(), ElementsAre("a release"));
   EXPECT_EQ(Find("pkg"), Made<kB>::s_layer);
-  // The row follows when the update's operation has run.
+  // The row is written after the update's operation has run.
   EXPECT_EQ(Variables(), before);
   EXPECT_THAT(TakeApart("pkg"), ElementsAre("b", "orv_app"));
 }
@@ -202,7 +202,7 @@ TEST_F(UpdateTest, AnUnregisteredHeadIsReplacedInTheCacheAllTheSame) {
   EXPECT_EQ(unregistered->Inner(), nullptr);
 }
 
-/// A record that names types which are no layer of it.
+/// A record that names types for which it has no layer.
 class Boaster final : public AppInfo {
  public:
   Boaster() { m_sPackageID = "pkg"; }
@@ -240,7 +240,7 @@ TEST_F(UpdateTest, ATypeThatIsNoLayerIsPassedOverSilently) {
   EXPECT_EQ(Find("pkg"), &record);
 }
 
-// Types that came.
+// Added types.
 
 TEST_F(UpdateTest, ANewLayerIsStagedAndNeitherTheCacheNorTheUpdateGoesThroughIt) {
   Have({{"a", "1"}});
@@ -345,7 +345,7 @@ TEST_F(UpdateTest, DataIsStagedInTheNewHeadAfterTheOldOneWent) {
   EXPECT_EQ(Made<kA>::s_layer->Staged().at("key"), "v");
 }
 
-// What was seen before.
+// Metadata read before.
 
 TEST_F(UpdateTest, AfterAnInstallADroppedTypeAndAChangedValueStillStand) {
   fake::AddPackage(MakePackage("pkg", {{TypeKey("a"), "old"}, {TypeKey("b"), "2"}}));

@@ -99,7 +99,7 @@ TEST_F(ORVAppCreatorTest, ATypeIsSupportedOnceHoweverOftenItIsNamed) {
   Creator().AddSupportedAppType(type);
   allocations::FailNext();
   Creator().AddSupportedAppType(type);
-  EXPECT_TRUE(allocations::CancelFailure()) << "a second entry took memory";
+  EXPECT_TRUE(allocations::CancelFailure()) << "a second entry allocated memory";
   EXPECT_TRUE(ORVAppCreator::IsSupportedAppType(type));
 }
 

@@ -196,7 +196,7 @@ TEST_F(CurrentChannel, AServiceWithoutAnIdIsLookedForAsAllOnes) {
   EXPECT_TRUE(Installer().m_IsBoostingAppOnCurrentCh());
 }
 
-/// The decision that the timer brings a second after the start.
+/// The decision of the timer, a second after the start.
 class TimeTimer : public BoostTest {
  protected:
   void MakeCurrentChannelBoost() {
@@ -204,7 +204,7 @@ class TimeTimer : public BoostTest {
     fake::StoreKey(kLastServiceKey, std::string("vc-service"));
     fake::SetCurrentService(fake::MakeService(kService, "p"));
   }
-  /// What a status of 6 does tells what the flag of the first screen is.
+  /// The effect of status 6 shows the value of the first-screen flag.
   bool FirstScreenMayStillRun() {
     fake::ClearLog();
     fake::StoreKey(kStatusKey, 2);
@@ -260,8 +260,8 @@ TEST_F(TimeTimer, AFlagWithoutABoostingChannelReleasesTheFirstScreen) {
   });
   EXPECT_TRUE(Handle(1004));
   EXPECT_THAT(fake::LogTexts(), HasLog("[Info] isBoostFile : 1, isBoostChApp : 0"));
-  EXPECT_TRUE(ready) << "the ready file comes before the launch";
-  EXPECT_FALSE(flag) << "the flag goes before the launch";
+  EXPECT_TRUE(ready) << "the ready file is created before the launch";
+  EXPECT_FALSE(flag) << "the flag is deleted before the launch";
   EXPECT_THAT(LaunchedApps(), ElementsAre(kFirstScreenApp));
   EXPECT_EQ(fake::Launches()[0].operation, "http://tizen.org/appcontrol/operation/default");
   EXPECT_THAT(fake::Launches()[0].extra, IsEmpty());
@@ -357,7 +357,7 @@ TEST_F(HbbtvStatus, SixLaunchesTheFirstScreenOnce) {
   EXPECT_THAT(LaunchedApps(), ElementsAre(kFirstScreenApp));
   EXPECT_TRUE(Exists(kReadyFile));
   EXPECT_FALSE(Exists(std::string(kReadyFile) + "_dummy"));
-  EXPECT_TRUE(Exists(BoostFlag())) << "the flag is not this path's to remove";
+  EXPECT_TRUE(Exists(BoostFlag())) << "this path must not delete the flag";
   EXPECT_EQ(fake::KeySubscriptions(kStatusKey), 0u);
   SetStatus(6);
   EXPECT_THAT(LaunchedApps(), SizeIs(1));

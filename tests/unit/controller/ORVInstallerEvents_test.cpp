@@ -41,7 +41,7 @@ AppInfo* Cached(const std::string& package) {
 
 class ORVInstallerEvents : public InstallerTest {
  protected:
-  // The runs of service apps post to the scheduler, whose thread must not work on while the process
+  // The runs of service apps post to the scheduler, whose thread must not work while the process
   // ends.
   void TearDown() override { support::Drain(*ORVScheduler::GetInstance()); }
 };
@@ -212,7 +212,7 @@ TEST_F(ORVInstallerEvents, AnExceptionOfAHandlerEndsInTheTask) {
   Installer();
   EXPECT_TRUE(HandlePackageEvent(1001, "p"));
   EXPECT_THAT(fake::LogTexts(6), ElementsAre("[ERROR] exception : p cannot be read"));
-  EXPECT_THAT(RecordingApp::Operations(), IsEmpty()) << "what follows the exception is not done";
+  EXPECT_THAT(RecordingApp::Operations(), IsEmpty()) << "nothing runs after the exception";
   app.SetReadHook(nullptr);
   EXPECT_TRUE(HandlePackageEvent(1002, "p"));
   EXPECT_THAT(Cached("p"), IsNull());

@@ -28,17 +28,17 @@ constexpr unsigned int kValidationMs = 1800 * 1000;
 const char kResetKey[] = "db/tellahub/reset/apps";
 const char kStatusKey[] = "memory/hbbtv_status";
 
-/// Creation, step by step: nothing is created before the test says so.
+/// Creation in steps: nothing is created before the test requests it.
 class ORVInstallerCreation : public InstallerTest {
  protected:
-  // A thread that works on while the process ends would find its texts freed.
+  // A thread that still works while the process ends would use freed texts.
   void TearDown() override {
     if (m_starting != nullptr) support::Drain(*m_starting);  // false when there is no thread
   }
   void Create() { m_starting = ORVInstaller::GetInstance(); }
   void CreateAndWaitForTheTask() {
     Create();
-    // With a failed subscriber t_Create() ends early; a handled event says that it has ended.
+    // With a failed subscriber t_Create() ends early; a handled event shows that it has ended.
     FSEvent event;
     event.pReceiver = ORVInstaller::GetInstance();
     event.type = 999;
@@ -54,7 +54,7 @@ class ORVInstallerCreation : public InstallerTest {
   }
 
  private:
-  ORVInstaller* m_starting = nullptr;  // whose t_Create() may not have ended
+  ORVInstaller* m_starting = nullptr;  // its t_Create() may not have ended
 };
 
 TEST_F(ORVInstallerCreation, IsOneTaskOfItsName) {
@@ -137,7 +137,7 @@ TEST_F(ORVInstallerCreation, TheScheduleIsMadeAnewFromTheStoredRecordsAndTheirDu
   EXPECT_EQ(cache.GetSchedulingListSize(), 2);
   SchedulingItem item;
   ASSERT_TRUE(cache.GetNextSchedulingItem(item));
-  EXPECT_EQ(item.package_id, "b") << "the one that ran last comes next";
+  EXPECT_EQ(item.package_id, "b") << "the item that ran last is next";
   EXPECT_EQ(item.expiration_date, "");
   ASSERT_TRUE(cache.GetNextSchedulingItem(item));
   EXPECT_EQ(item.package_id, "a");
@@ -146,8 +146,8 @@ TEST_F(ORVInstallerCreation, TheScheduleIsMadeAnewFromTheStoredRecordsAndTheirDu
 }
 
 TEST_F(ORVInstallerCreation, TheInstanceIsPublishedLast) {
-  // A record that asks for the instance while the constructor runs it does not find one: nothing
-  // guards the creation. The instance that is published first stays.
+  // A record that requests the instance while the constructor runs it does not find one: nothing
+  // guards the creation. The instance published first is kept.
   RecordingApp app("a");
   ORVInstaller* nested = nullptr;
   app.SetHook([&] {
@@ -155,14 +155,15 @@ TEST_F(ORVInstallerCreation, TheInstanceIsPublishedLast) {
     nested = ORVInstaller::GetInstance();
   });
   ORVInstaller* outer = ORVInstaller::GetInstance();
-  EXPECT_EQ(fake::CallCount("package_manager_create"), 2u) << "the outer one was found too early";
+  EXPECT_EQ(fake::CallCount("package_manager_create"), 2u)
+      << "the outer instance was found too early";
   EXPECT_EQ(nested, outer);
   EXPECT_EQ(ORVInstaller::GetInstance(), outer);
   EXPECT_TRUE(support::Drain(*outer));
 }
 
 TEST_F(ORVInstallerCreation, ADecisionAboutTheFirstScreenBeforeTheEndIsForgotten) {
-  // The task takes its decision while the constructor still runs the records.
+  // The task makes its decision while the constructor still runs the records.
   RecordingApp app("a");
   app.SetHook([&] {
     app.SetHook(nullptr);
@@ -195,7 +196,7 @@ TEST_F(ORVInstallerCreation, AFailedEventCallbackMeansNoTimerAndNoResetKey) {
 }
 
 TEST_F(ORVInstallerCreation, ARefusedResetKeyIsALogLine) {
-  // The task asks for its own key on its own thread: every request fails here.
+  // The task reads its own key on its own thread: every read fails here.
   fake::Fail("vconf_notify_key_changed", -1, fake::kForever);
   CreateAndWaitForTheTask();
   EXPECT_THAT(fake::LogTexts(6),
@@ -253,7 +254,7 @@ TEST_F(ORVInstallerCreation, TheTasksStartIsASuccessUnlessASubscriberIsMissing) 
   ORVInstaller& installer = *ORVInstaller::GetInstance();
   EXPECT_TRUE(installer.t_Create());
   fake::Fail("vconf_notify_key_changed");
-  EXPECT_TRUE(installer.t_Create()) << "the key is no subscriber";
+  EXPECT_TRUE(installer.t_Create()) << "the key is not a subscriber";
   fake::Fail("FCEMSProxy::GetInstance");
   EXPECT_FALSE(installer.t_Create());
   fake::Fail("TVServiceAPI::CreateSignalSubscriber", 1);
@@ -310,7 +311,7 @@ TEST_F(ORVInstallerCreation, TheDestructorLeavesAloneWhatWasNeverCreated) {
   EXPECT_THAT(fake::CallNames().at(0), "FCTask::Destroy");
 }
 
-/// Sending and the callbacks that only post. The task's own thread handles what is posted.
+/// Sending, and the callbacks that only post. The task's own thread handles the posted events.
 class ORVInstallerSending : public InstallerTest {
  protected:
   static std::vector<std::string> Sent() { return fake::CallTexts({"FCTask::Send"}); }
@@ -504,7 +505,8 @@ TEST_F(ORVInstallerSending, TheAlarmPostsTheTimeTimerAndIsDestroyedByIt) {
   EXPECT_THAT(fake::LogTexts(), HasLog("[Info] TVS Time Timer"));
   EXPECT_EQ(fake::CallCount("FCStateAlarm::Destroy"), 1u);
   Handle(1004);
-  EXPECT_EQ(fake::CallCount("FCStateAlarm::Destroy"), 1u) << "a stopped alarm is left alone";
+  EXPECT_EQ(fake::CallCount("FCStateAlarm::Destroy"), 1u)
+      << "a stopped alarm is not destroyed again";
 }
 
 TEST_F(ORVInstallerSending, AnExceptionEndsInEveryCallbackThatOnlyPosts) {

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// Requests of the decorators, and what is launched when.
+// Requests of the decorators, and which item is launched when.
 #include <unistd.h>
 
 #include <atomic>
@@ -117,7 +117,7 @@ TEST_F(SchedulerRequest, AnAddOfTheCurrentPackageKillsItsAppBeforeItIsPutFirst) 
   AppInfoCache::GetInstance()->AddSchedulingItem("b");
   Forget();
   Request(EVENT_ADD_ITEM, "a");
-  Drain();  // without network time the start that was posted does nothing
+  Drain();  // without network time the posted start does nothing
   EXPECT_THAT(KilledPids(), ElementsAre(4711));
   const std::vector<std::string> logs = fake::LogTexts();
   ASSERT_GE(logs.size(), 5u);
@@ -216,7 +216,7 @@ TEST_F(SchedulerRequest, TheEmptyPackageMatchesAnEmptyCurrentItemWithoutAPlatfor
 
 class LaunchNextItem : public SchedulerTest {
  protected:
-  /// Takes "a", due at the text, off the list.
+  /// Picks "a", due at the given time, from the list.
   bool LaunchDueAt(const std::string& due) {
     m_feeder.record.Put("orv_data", "expiration_date_str", due);
     Scheduler();
@@ -267,7 +267,7 @@ TEST_F(LaunchNextItem, AnAppThatIsDueInASecondIsNotLaunchedAndLeavesTheList) {
   EXPECT_THAT(LaunchedApps(), IsEmpty());
   EXPECT_EQ(AppInfoCache::GetInstance()->GetSchedulingListSize(), 0);
   Forget();
-  EXPECT_TRUE(Scheduler().TerminateCurrentServiceApp()) << "the item is current but runs nowhere";
+  EXPECT_TRUE(Scheduler().TerminateCurrentServiceApp()) << "the item is current but not running";
   EXPECT_THAT(fake::CallNames(), ElementsAre("app_manager_is_running"));
   Forget();
   EXPECT_TRUE(Scheduler().TerminateCurrentServiceApp());
@@ -276,7 +276,7 @@ TEST_F(LaunchNextItem, AnAppThatIsDueInASecondIsNotLaunchedAndLeavesTheList) {
 
 TEST_F(LaunchNextItem, AMalformedDueTimeIsNotRefused) {
   EXPECT_TRUE(LaunchDueAt("soon"));
-  // The day before the year 1900 began, cut to the digits that "%d" shows, is long past.
+  // The last day before 1900, cut to the digits that "%d" prints, is long past.
   EXPECT_THAT(fake::LogTexts(),
               HasLogsInOrder(Texts(
                   {"[Debug] rTime : soon", "[Debug] now : 1700000000, time : 2085892096",
@@ -331,7 +331,7 @@ TEST_F(LaunchNextItem, LooksAtOneItemOnly) {
 }
 
 /// Which lock an operation takes, and which one it holds while it waits for the other. The app
-/// list's lock is held by a walk that stands at a gate; others may read the record meanwhile.
+/// list's lock is held by an iteration that waits at a gate; others may read the record meanwhile.
 class SchedulingLocks : public SchedulerTest {
  protected:
   void SetUp() override {
@@ -351,7 +351,7 @@ class SchedulingLocks : public SchedulerTest {
     }
   }
 
-  /// Starts the operation and waits until it sleeps on a lock.
+  /// Starts the operation and waits until it is blocked on a lock.
   void StartAndLetWait(std::thread& thread, std::function<void()> operation) {
     std::promise<pid_t> started;
     thread = std::thread([&started, operation] {
@@ -362,7 +362,7 @@ class SchedulingLocks : public SchedulerTest {
     ASSERT_TRUE(
         support::WaitFor([id] { return support::SleepsOnALock(id); }, "the thread at a lock"));
   }
-  /// Whether the operation comes to its end while the lock is held.
+  /// Whether the operation ends while the lock is held.
   testing::AssertionResult Ends(std::function<void()> operation) {
     m_operation = std::thread([this, operation] {
       operation();
@@ -416,7 +416,7 @@ TEST_F(SchedulingLocks, ARecordIsLookedForByItsAddressUnderTheAppListsLock) {
 
 TEST_F(SchedulingLocks, AnAddTakesTheAppListBeforeTheSchedulingList) {
   StartAndLetWait(m_operation, [] { AppInfoCache::GetInstance()->AddSchedulingItem("a"); });
-  // The add holds nothing yet: the list can be asked.
+  // The add holds no lock yet: the list can be read.
   EXPECT_EQ(AppInfoCache::GetInstance()->GetSchedulingListSize(), 0);
 }
 
@@ -451,14 +451,14 @@ TEST_F(SchedulingLocksOfAPick, APickTakesTheSchedulingListBeforeTheAppList) {
 
 TEST_F(SchedulingLocksOfAPick, ClearingTakesTheAppListBeforeItForgetsAnything) {
   StartAndLetWait(m_operation, [] { AppInfoCache::GetInstance()->ClearCacheAndDB(); });
-  // It holds nothing yet: the list can be asked.
+  // It holds no lock yet: the list can be read.
   EXPECT_EQ(AppInfoCache::GetInstance()->GetSchedulingListSize(), 1);
   m_gate.Open();
   m_operation.join();
   EXPECT_EQ(AppInfoCache::GetInstance()->GetSchedulingListSize(), 0);
 }
 
-/// Here the app list's lock is held by the write of a row, which clears everything on its way.
+/// Here the app list's lock is held by the write of a row, during which everything is cleared.
 class SchedulingLocksOfClearing : public SchedulingLocks {
  protected:
   void SetUp() override {
@@ -477,10 +477,10 @@ class SchedulingLocksOfClearing : public SchedulingLocks {
 };
 
 TEST_F(SchedulingLocksOfClearing, ClearingLeavesTheListsLockAlone) {
-  // The refill has the list's lock by now and waits for the app list's.
+  // The refill now has the list's lock and waits for the app list's lock.
   StartAndLetWait(m_operation, [] { AppInfoCache::GetInstance()->ResetSchedulingList(); });
   m_gate.Open();
-  // A deadlocked thread can neither be ended nor be left behind.
+  // A deadlocked thread can be neither ended nor abandoned.
   if (!support::WaitFor([this] { return m_ended.load(); }, "the end of the clearing")) {
     ADD_FAILURE() << "clearing waits for the list's lock";
     std::_Exit(1);

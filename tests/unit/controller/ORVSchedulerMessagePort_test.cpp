@@ -16,8 +16,8 @@ using testing::SizeIs;
 const char kPort[] = "orv_scheduler_command_port";
 const char kSender[] = "a.service";
 
-/// Messages of service apps, on the test's thread as on the main loop's. The package "a" has a
-/// record that takes whatever is set; its store is not open, so a write of its row fails unless a
+/// Messages of service apps, handled on the test's thread as on the main loop's. Package "a" has a
+/// record that accepts any value; its store is not open, so a write of its row fails unless a
 /// test opens one.
 class MessagePort : public SchedulerTest {
  protected:
@@ -46,7 +46,7 @@ class MessagePort : public SchedulerTest {
     }
     return results;
   }
-  /// What the record of "a" was told.
+  /// The values set in the record of "a".
   static std::vector<std::string> Sets() { return RecordingApp::Operations(); }
   void OpenStore() {
     support::MakeDirectories("/opt/usr/apps/com.kalmora.tv.orv-enabler/data");
@@ -77,7 +77,7 @@ TEST_F(MessagePort, ADueTimeIsStoredInTheRecordAndItsRow) {
                   {"[Debug] key : orv_scheduler_command, value : command_set_expiration_time",
                    "[Debug] key : expiration_time, value : 720", "[Info] eCommand : 0",
                    "[Debug] timeUTCStr : 2023-11-14T22:25:20Z", "[Debug] sTargetPackageID : a"})));
-  EXPECT_EQ(AppInfoCache::GetInstance()->GetSchedulingListSize(), 0) << "the list is not touched";
+  EXPECT_EQ(AppInfoCache::GetInstance()->GetSchedulingListSize(), 0) << "the list is not changed";
 }
 
 TEST_F(MessagePort, ATimeBelowTheTickIsRefused) {
@@ -144,7 +144,7 @@ TEST_F(MessagePort, AnEmptyOrMissingTimeIsRefusedSilently) {
 }
 
 TEST_F(MessagePort, AnEmptySenderIsRefusedSilently) {
-  RecordingApp nameless("");  // not even the record that it would find
+  RecordingApp nameless("");  // the record of the empty package id
   fake::AddRemotePort("", "reply");
   Send(SetTime("720"), "");
   EXPECT_THAT(Results(), ElementsAre("result_fail_invalid_parameters"));
@@ -242,7 +242,7 @@ TEST_F(MessagePort, AFinishedAppGetsNoReplyAndMovesTheScheduleOn) {
   Send({{"orv_scheduler_command", "command_complete_operation"}}, "anybody.at.all");
   EXPECT_THAT(fake::SentMessages(), IsEmpty());
   EXPECT_THAT(Sent(), ElementsAre("1006"));
-  EXPECT_EQ(fake::OpenHandles("bundle"), 1u) << "the reply that is not sent is abandoned";
+  EXPECT_EQ(fake::OpenHandles("bundle"), 1u) << "the unsent reply is not freed";
   Drain();
   EXPECT_THAT(fake::LogTexts(), support::HasLogsInOrder(support::Texts(
                                     {"[Info] eCommand : 1", "[Debug] [EVENT_APP_TERMINATED]"})));

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// All threads of the scheduler at work at once. Meant for the thread sanitizer; what is counted
-// holds in any build.
+// All threads of the scheduler at the same time. For the thread sanitizer; the counts are
+// checked in any build.
 #include <algorithm>
 #include <atomic>
 #include <thread>
@@ -17,7 +17,7 @@ using testing::Each;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-/// A service app of the daemon's own making. Its ids are too long for a small string: a text that
+/// A service app created by the daemon. Its ids are too long for a small string: a text that
 /// one thread assigns while another one reads it would be freed memory.
 class Feeder {
  public:
@@ -42,7 +42,7 @@ class SchedulerStress : public SchedulerTest {
  protected:
   static constexpr int kRounds = 200;  // of the main loop
   static constexpr int kAdds = 2 * kRounds;
-  static constexpr int kKeyChanges = 100;  // each is a start, and so one more timer
+  static constexpr int kKeyChanges = 100;  // each is a start and adds a timer
   static constexpr long kQueueLimit = 256;
 
   SchedulerStress() {
@@ -94,7 +94,7 @@ class SchedulerStress : public SchedulerTest {
                                    "room in the queue"));
     }
   }
-  /// So that no thread is done before the others have begun.
+  /// Ensures that no thread ends before the others have started.
   void WaitForRound(int round) const {
     while (m_round < round) std::this_thread::yield();
   }
@@ -103,9 +103,9 @@ class SchedulerStress : public SchedulerTest {
     return !timers.empty() && fake::FireTimer(timers.front().id) ? 1 : 0;
   }
 
-  /// The installer's thread: packages come again, are looked at, and go from the list. An add and a
-  /// pick take the cache's two locks in opposite orders; that they do not wait on each other for
-  /// good is seen by the test's end.
+  /// The installer's thread: packages are added again, read, and removed from the list. An add and
+  /// a pick take the cache's two locks in opposite orders; if they waited for each other, the test
+  /// would not end.
   void RunInstaller() {
     for (int i = 0; i < kAdds; ++i) {
       WaitForRound(i * kRounds / kAdds);
@@ -115,7 +115,7 @@ class SchedulerStress : public SchedulerTest {
     }
   }
 
-  /// Network time is told again and again.
+  /// Network time is set again and again.
   void RunKeyCallbacks() {
     for (int i = 0; i < kKeyChanges; ++i) {
       WaitForRound(i * kRounds / kKeyChanges);
@@ -124,7 +124,7 @@ class SchedulerStress : public SchedulerTest {
     }
   }
 
-  /// All at once, until all are done and the task's thread has handled what they posted.
+  /// Runs all at once until all have ended and the task's thread has handled their posts.
   void RunAll() {
     std::thread installer([this] { RunInstaller(); });
     std::thread keys([this] { RunKeyCallbacks(); });
@@ -146,7 +146,7 @@ class SchedulerStress : public SchedulerTest {
 };
 
 TEST_F(SchedulerStress, NothingIsLostWhenAllFourThreadsAreBusy) {
-  // Once before the threads start: the due times have their length from here on.
+  // Once before the threads start: from here on the due times have a constant length.
   for (const Feeder& feeder : m_dated) SendCommand(feeder, SetTime());
   fake::ClearSentMessages();
   Forget();
@@ -155,11 +155,11 @@ TEST_F(SchedulerStress, NothingIsLostWhenAllFourThreadsAreBusy) {
 
   EXPECT_EQ(Logged("[Debug] [EVENT_APP_TERMINATED]"), kRounds);
   EXPECT_EQ(Logged("[Debug] [EVENT_RESET_SCHEDULER]"), kRounds);
-  // The timer ran all the time, so an add is no start.
+  // The timer was always running, so an add is not a start.
   EXPECT_EQ(Logged("[Debug] [EVENT_LAUNCH_NEXT_ITEM]"), kAdds);
   EXPECT_EQ(Logged("[Debug] [EVENT_START_SCHEDULER]"), kKeyChanges);
   EXPECT_EQ(fake::TimersOf(kTickMs).size(), 1u + kKeyChanges);
-  // When two threads end the same app one of them comes too late, or finds the item cleared.
+  // When two threads end the same app, one of them is too late or finds the item cleared.
   EXPECT_THAT(fake::LogTexts(6),
               Each(AnyOf("[ERROR] app_manager_get_app_context() failed = App is not running",
                          "[ERROR] app_manager_get_app_context() failed = No such application")));
@@ -184,7 +184,7 @@ TEST_F(SchedulerStress, AfterwardsAStopComesToRest) {
 
   EXPECT_EQ(AppInfoCache::GetInstance()->GetSchedulingListSize(), 0);
   EXPECT_EQ(g_nSchedulerTimerID, 0u);
-  // Every start but the last lost its timer's id.
+  // Every start except the last lost its timer's id.
   EXPECT_EQ(fake::TimersOf(kTickMs).size(), timers - 1);
   Forget();
   EXPECT_TRUE(Scheduler().TerminateCurrentServiceApp());

@@ -367,7 +367,7 @@ TEST_F(SchedulerEvents, AnExceptionEndsInTheTaskAndTheNextEventIsHandled) {
 TEST_F(SchedulerEvents, AnExceptionEndsInTheCallbacks) {
   Scheduler();
   allocations::FailNext();
-  EXPECT_NO_THROW(EXPECT_EQ(OnSchedulerTimer(nullptr), 1)) << "the timer repeats all the same";
+  EXPECT_NO_THROW(EXPECT_EQ(OnSchedulerTimer(nullptr), 1)) << "the timer still repeats";
   EXPECT_FALSE(allocations::CancelFailure());
   fake::SetKey(kTimeKey, 1);
   std::atomic<bool> flag{false};

@@ -48,7 +48,7 @@ TEST(RecordGuard, LetsOtherThreadsUseOtherPackages) {
   EXPECT_TRUE(support::WaitFor([&] { return other.Done(); }, "the guards of other packages"));
 }
 
-/// What a record of GatedLayer did, in order; guarded by the gates of its test.
+/// What a record with a GatedLayer did, in order; guarded by the gates of its test.
 std::vector<std::string>& Journal() {
   static std::vector<std::string> s_journal;
   return s_journal;
@@ -66,7 +66,7 @@ class GatedLayer final : public AppTypeDecorator {
   void StopOperation() override {
     Journal().push_back("stop");
     s_gate->Pass();
-    // The memory of the layer is still its own.
+    // The memory of the layer is not freed yet.
     Journal().push_back("stopped " + m_AppliedAppType.second);
   }
   ReleaseFunction GetReleaseFunction() const override { return &Release; }
@@ -105,7 +105,7 @@ class RecordInUse : public CreatorTest {
     CreatorTest::TearDown();
   }
 
-  /// Starts the operation, which has to wait for the end of the Stop.
+  /// Starts the operation, which must wait for the end of the Stop.
   void RunsAfterTheStop(const std::function<void()>& operation) {
     support::OtherThread other(operation);
     ASSERT_TRUE(other.WaitUntilItStops());

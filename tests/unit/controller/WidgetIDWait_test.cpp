@@ -32,7 +32,7 @@ ORVAppOperator& Operator() {
   return *ORVAppOperator::GetInstance();
 }
 
-/// The creator with its store, whose lines are forgotten.
+/// The creator with its store; clears the log afterwards.
 ORVAppCreator& Creator() {
   support::MakeDirectories("/opt/usr/apps/com.kalmora.tv.orv-enabler/data");
   ORVAppCreator* creator = ORVAppCreator::GetInstance();
@@ -80,8 +80,8 @@ TEST(WidgetIDWait, TheFirstChangeOfTheKeyIsTheWidgetIdOfWhoWaits) {
 }
 
 TEST(WidgetIDWait, TheRowIsWrittenBeforeTheAppRuns) {
-  // The store is not open here, so the write leaves its line in the log; a run that throws tells
-  // its place in the order.
+  // The store is not open here, so the write logs a line; a run that throws shows its position in
+  // the sequence.
   RecordingApp app("a", "");
   app.Throw("running");
   Operator().DoOperation("a", OPERATION_TYPE_RUN);

@@ -36,14 +36,14 @@ inline fake::Package MakePackage(const std::string& id, const Metadata& metadata
   return package;
 }
 
-/// What a layer of kType was last made with.
+/// The arguments with which a layer of kType was last created.
 template <const char* kType>
 struct Made {
   static inline records::Layer* s_layer = nullptr;
   static inline RequestEventCallback s_callback = nullptr;
 };
 
-/// Registers test layers under a type name. They enter the keys "key" and "key of <type>".
+/// Registers test layers under a type name. They have the keys "key" and "key of <type>".
 template <const char* kType>
 void RegisterLayer() {
   const auto decorate = [](AppInfo* inner, const std::string& value,
@@ -56,13 +56,13 @@ void RegisterLayer() {
   ORVAppCreator::GetInstance()->RegisterAppType(kType, {decorate, records::Layer::Release});
 }
 
-/// A creator with its store in place.
+/// A creator with its store.
 class CreatorTest : public testing::Test {
  protected:
   CreatorTest() { records::MakeStoreDirectory(); }
   void TearDown() override { records::ExpectLevelsFitTheirWords(); }
 
-  /// The instance; it is made by the first call.
+  /// The instance; the first call creates it.
   ORVAppCreator& Creator() { return *ORVAppCreator::GetInstance(); }
   AppInfoCache& Cache() { return *AppInfoCache::GetInstance(); }
   AppInfo* Find(const std::string& package) { return Cache().GetAppInfo(package); }
@@ -72,7 +72,7 @@ class CreatorTest : public testing::Test {
     Cache().GetAppIDList(packages);
     return packages;
   }
-  /// Type names from the outside in, the bare record's included. Takes the chain apart: the layers
+  /// Type names from the outside in, including the bare record's. Destroys the chain: the layers
   /// are released.
   std::vector<std::string> TakeApart(const std::string& package) {
     std::vector<std::string> types;
@@ -86,7 +86,7 @@ class CreatorTest : public testing::Test {
       layer = next;
     }
   }
-  /// Forgets log and calls of what was done so far.
+  /// Clears the log and the recorded calls.
   void Forget() {
     fake::ClearLog();
     fake::ClearCalls();

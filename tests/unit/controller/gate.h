@@ -9,7 +9,7 @@
 
 #include "support/wait_for.h"
 
-/// Holds whoever passes until it is opened.
+/// Blocks each thread that passes until it is opened.
 class Gate {
  public:
   void Pass() {

@@ -17,8 +17,8 @@
 #include "unit/controller/gate.h"
 #include "unit/controller/recording_app.h"
 
-/// A daemon without its main: its directories, and the installer when a test asks for it.
-/// Events are handed to t_OnEvent() on the test's thread, which then stands for the task's.
+/// A daemon without its main(): its directories, and the installer when a test requests it.
+/// Events are passed to t_OnEvent() on the test's thread, which then acts as the task's.
 class InstallerTest : public testing::Test {
  protected:
   InstallerTest() {
@@ -26,8 +26,8 @@ class InstallerTest : public testing::Test {
     support::MakeDirectories("/opt/usr/apps/com.kalmora.tv.orv-enabler/shared/data");
   }
 
-  /// The instance, once its own thread has been through t_Create(); calls and log records so far
-  /// are forgotten.
+  /// The instance, after its own thread has completed t_Create(); calls and log records so far
+  /// are cleared.
   ORVInstaller& Installer() {
     ORVInstaller* installer = ORVInstaller::GetInstance();
     if (!m_started) {
@@ -62,7 +62,7 @@ class InstallerTest : public testing::Test {
   }
 
   static std::string DataFile(const std::string& name) { return kDataDirectory + name; }
-  /// So that nothing can be made in it. Not for a test that still uses the store.
+  /// Lets nothing be created in it. Not for a test that still uses the store.
   static void RemoveDataDirectory() { std::filesystem::remove_all(kDataDirectory); }
 
  private:

@@ -12,8 +12,8 @@
 #include "app_info/AppInfo.h"
 #include "app_info/AppInfoCache.h"
 
-/// A record that enters itself in the cache (not in the store) and notes its operations in one list
-/// for all records: "a.run(true)". Lives as long as the test wants; the daemon never destroys it,
+/// A record that adds itself to the cache (not to the store) and records its operations in one list
+/// for all records: "a.run(true)". Owned by the test; the daemon never destroys it,
 /// since no type is registered under its type name.
 class RecordingApp final : public AppInfo {
  public:
@@ -35,12 +35,12 @@ class RecordingApp final : public AppInfo {
     s_operations.clear();
   }
 
-  /// Runs within every operation, after it is noted. Set while no operation can run, or from the
+  /// Runs within every operation, after it is recorded. Set while no operation can run, or from the
   /// hook itself.
   void SetHook(std::function<void()> hook) { m_hook = std::move(hook); }
-  /// Runs whenever somebody reads a value or the type.
+  /// Runs whenever a value or the type is read.
   void SetReadHook(std::function<void()> hook) { m_readHook = std::move(hook); }
-  /// Every operation throws this from now on, after it is noted.
+  /// Every operation throws this from now on, after it is recorded.
   void Throw(const std::string& what) { m_what = what; }
   void Put(const std::string& type, const std::string& key, const std::string& value) {
     m_metadata[type][key] = value;

@@ -15,8 +15,8 @@
 #include "support/wait_for.h"
 #include "unit/controller/recording_app.h"
 
-/// A scheduler without the rest of the daemon. Events are handed to t_OnEvent() on the test's
-/// thread, which then stands for the task's. The store is not open.
+/// A scheduler without the rest of the daemon. Events are passed to t_OnEvent() on the test's
+/// thread, which then acts as the task's. The store is not open.
 class SchedulerTest : public testing::Test {
  protected:
   static constexpr time_t kNow = 1700000000;  // 2023-11-14T22:13:20Z
@@ -24,11 +24,11 @@ class SchedulerTest : public testing::Test {
 
   SchedulerTest() {
     fake::SetTime(kNow);
-    fake::ClearCalls();  // static initialisers have asked for their paths
+    fake::ClearCalls();  // static initialisers have already read their paths
   }
 
   /// The instance, without network time and with nothing in its queue; calls and log records so far
-  /// are forgotten.
+  /// are cleared.
   ORVScheduler& Scheduler() {
     ORVScheduler* scheduler = ORVScheduler::GetInstance();
     if (!m_started) {
@@ -39,7 +39,7 @@ class SchedulerTest : public testing::Test {
     return *scheduler;
   }
 
-  /// Network time is there and the start that it brings is handled.
+  /// Sets network time and waits until the resulting start is handled.
   ORVScheduler& StartedScheduler() {
     Scheduler();
     fake::SetKey("memory/menu/network/set_time", 1);

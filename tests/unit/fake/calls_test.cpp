@@ -26,7 +26,7 @@ using support::Texts;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// What a static initialiser of the daemon does.
+// Does the same as a static initialiser of the daemon.
 const std::string g_earlyPath = [] {
   char* path = app_get_shared_data_path();
   const std::string copy = path == nullptr ? "" : path;

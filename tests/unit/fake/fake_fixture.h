@@ -9,7 +9,7 @@
 
 #include "fake/control/calls.h"
 
-/// What the callbacks of a test received, in order.
+/// Records what the callbacks of a test received, in order.
 inline std::vector<std::string>& Told() {
   static std::vector<std::string> s_told;
   return s_told;

@@ -18,7 +18,7 @@ using support::TempDir;
 using testing::ElementsAre;
 
 TEST(Sandbox, HasFreshWritableDirectories) {
-  ASSERT_TRUE(support::InSandbox()) << "not for a run with ORV_TEST_NO_SANDBOX=1";
+  ASSERT_TRUE(support::InSandbox()) << "needs the sandbox: unset ORV_TEST_NO_SANDBOX";
   for (const std::string directory : {"/tmp", "/opt/usr/apps", "/opt/share", "/home/owner"}) {
     const std::string file = directory + "/only-in-this-test";
     EXPECT_FALSE(support::Exists(file));
@@ -28,7 +28,7 @@ TEST(Sandbox, HasFreshWritableDirectories) {
 }
 
 TEST(Sandbox, KeepsTheRestReadOnly) {
-  ASSERT_TRUE(support::InSandbox()) << "not for a run with ORV_TEST_NO_SANDBOX=1";
+  ASSERT_TRUE(support::InSandbox()) << "needs the sandbox: unset ORV_TEST_NO_SANDBOX";
   for (const std::string directory : {"/etc", "/usr", "/var", "/opt", "/home"}) {
     EXPECT_THROW(support::WriteFile(directory + "/orv-test", ""), std::runtime_error) << directory;
   }

@@ -154,7 +154,7 @@ TEST(FCQueue, LosesNothingBetweenManyWritersAndAReader) {
   for (unsigned int i = 0; i < kWriters * kEvents; ++i) {
     FSEvent event;
     ASSERT_TRUE(queue.Pop(event));
-    // The events of each writer stay in their order.
+    // The events of each writer arrive in order.
     ASSERT_EQ(next[event.type / kEvents]++, event.type % kEvents);
   }
   for (std::thread& writer : writers) {

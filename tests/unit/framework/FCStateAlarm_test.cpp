@@ -80,7 +80,7 @@ TEST(FCStateAlarm, NeedsATask) {
   EXPECT_FALSE(alarm.IsRunning());
 }
 
-/// Destroys its own alarm in the event, as the daemon does.
+/// Destroys its own alarm in its event, as the daemon does.
 class AlarmedTask : public FCTask {
  public:
   AlarmedTask() { Create("Alarmed", 1000, 8); }

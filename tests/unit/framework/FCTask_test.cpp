@@ -186,7 +186,7 @@ TEST(FCTask, ASynchronousSendFailsWhenItsEventIsDropped) {
   second.join();
 }
 
-/// Sends a synchronous event to itself, which would block for ever.
+/// Sends a synchronous event to itself, which would block forever.
 class SelfishTask : public FCTask {
  public:
   SelfishTask() { Create("Selfish", 0, 8); }

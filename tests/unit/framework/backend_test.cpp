@@ -19,7 +19,7 @@ namespace {
 
 using testing::ElementsAre;
 
-/// Records every call, and fails one of them.
+/// Records every call and lets one of them fail.
 class RecordingBackend : public platform::Backend, public platform::Sink {
  public:
   explicit RecordingBackend(std::string failing = "", int result = 0)

@@ -17,7 +17,7 @@
 #include "fake/control/fake.h"
 #include "support/log_matchers.h"
 
-/// The daemon's entry, under the name that it has in this program.
+/// The daemon's entry point, under its name in this program.
 int OrvEnablerMain(int argc, char* argv[]);
 extern GMainLoop* g_pMainLoop;
 
@@ -30,9 +30,9 @@ using testing::SizeIs;
 
 class MainTest : public testing::Test {
  protected:
-  MainTest() { fake::ClearCalls(); }  // static initialisers have asked for their paths
-  /// The tasks outlive the entry: both have come up before the end of this program takes the static
-  /// texts from them.
+  MainTest() { fake::ClearCalls(); }  // static initialisers have already read their paths
+  /// The tasks outlive the entry point: both must have started before the program destroys the
+  /// static texts that they use.
   void TearDown() override {
     if (fake::CallCount("FCTask::Create") == 0) {
       return;
@@ -41,7 +41,7 @@ class MainTest : public testing::Test {
     Drain(*ORVInstaller::GetInstance());
   }
 
-  /// Runs the daemon; the body is what happens while it is in its main loop.
+  /// Runs the daemon, and `body` while the daemon is in its main loop.
   static int Run(std::function<void()> body = nullptr) {
     fake::SetMainLoopBody(std::move(body));
     char name[] = "orv-enabler";
@@ -57,7 +57,7 @@ class MainTest : public testing::Test {
     task.Send(event, false, true);
   }
 
-  /// The calls of the entry and of the tasks that it makes, of the test's thread alone.
+  /// The calls of the entry point and its tasks, only from the test's thread.
   static std::vector<std::string> Calls() {
     static const std::vector<std::string> s_names = {
         "g_main_loop_new",   "g_main_loop_run",    "g_main_loop_unref",
@@ -115,7 +115,7 @@ TEST_F(MainTest, AListThatIsUsableAlreadyIsNotCreated) {
 }
 
 TEST_F(MainTest, AListThatIsThereAlreadyIsKept) {
-  auto* list = new FCList();  // owned by FCTaskList; the end of main deletes it
+  auto* list = new FCList();  // owned by FCTaskList; deleted at the end of main
   FCTaskList::m_pTaskList = list;
   bool kept = false;
   Run([&] { kept = FCTaskList::m_pTaskList == list; });

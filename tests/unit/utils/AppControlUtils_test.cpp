@@ -102,7 +102,7 @@ INSTANTIATE_TEST_SUITE_P(Table, AppControlError,
                                          ErrorText{static_cast<int>(0xFEF00024), "Launch Failed"},
                                          ErrorText{static_cast<int>(0xC0000001), "Timed Out"},
                                          ErrorText{-5, "IO error"},
-                                         // No text of its own, the second time neither.
+                                         // Has no text, not even the second time.
                                          ErrorText{-4711, ""}));
 
 TEST(AppControlUtils, ExtraDataIsAddedInKeyOrder) {
@@ -138,7 +138,7 @@ TEST(AppControlUtils, APreloadIsABackgroundLaunchOfTheDefaultOperation) {
   fake::QueueLaunchResults({0, APP_CONTROL_ERROR_LAUNCH_REJECTED});
   EXPECT_EQ(PreloadWebApp("com.example.ui"), 0);
   EXPECT_EQ(PreloadWebApp("com.example.ui"), APP_CONTROL_ERROR_LAUNCH_REJECTED);
-  ASSERT_THAT(fake::Launches(), SizeIs(2));  // no attempt of its own besides
+  ASSERT_THAT(fake::Launches(), SizeIs(2));  // and no further attempt
   EXPECT_EQ(fake::Launches()[0].app, "com.example.ui");
   EXPECT_EQ(fake::Launches()[0].operation, kDefault);
   EXPECT_THAT(fake::Launches()[0].extra,

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
 //
-// Timers of AppPreloadingUtils that meet a change of the app that is followed, or of nobody.
+// Timers of AppPreloadingUtils that fire after the followed app has changed or was removed.
 #include <app_control.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -73,7 +73,7 @@ TEST_F(AppPreloadingFollowing, RetriesGoToTheAppThatIsFollowedByThen) {
 TEST_F(AppPreloadingFollowing, RetriesContinueAfterTheCallbackWasRemoved) {
   fake::QueueLaunchResults({APP_CONTROL_ERROR_LAUNCH_REJECTED});
   EXPECT_TRUE(Preload(kFirst));
-  RemoveWebStatusChangedCallback(kFirst, "type");  // there is no subscription to end
+  RemoveWebStatusChangedCallback(kFirst, "type");  // has no subscription to remove
   fake::ClearLaunches();
   fake::FireTimersOf(kRetryPeriodMs);
   EXPECT_THAT(LaunchedApps(), ElementsAre(kFirst));
@@ -83,8 +83,8 @@ TEST_F(AppPreloadingFollowing, RetriesContinueAfterTheCallbackWasRemoved) {
 TEST_F(AppPreloadingFollowing, AfterARetryThatWorkedTheNextRejectionBeginsAfresh) {
   fake::QueueLaunchResults({APP_CONTROL_ERROR_LAUNCH_REJECTED, APP_CONTROL_ERROR_LAUNCH_REJECTED});
   EXPECT_TRUE(Preload(kFirst));
-  fake::FireTimersOf(kRetryPeriodMs);  // one retry that failed
-  fake::FireTimersOf(kRetryPeriodMs);  // and one that worked
+  fake::FireTimersOf(kRetryPeriodMs);  // one failed retry
+  fake::FireTimersOf(kRetryPeriodMs);  // and one successful retry
   ASSERT_THAT(fake::Timers(), IsEmpty());
   Enter(kFirst, "quit");
   fake::QueueLaunchResults({APP_CONTROL_ERROR_LAUNCH_REJECTED});
@@ -155,7 +155,7 @@ TEST_F(AppPreloadingFollowing, TheEndOfTheSubscriptionDropsTheCallbacksOfAllType
   AppPreloadingUtils::NotifyWebAppStatus();
   EXPECT_THAT(Told(), IsEmpty());
   fake::ClearCalls();
-  EXPECT_TRUE(Preload(kFirst));  // followed anew: no key is ignored, one is subscribed to
+  EXPECT_TRUE(Preload(kFirst));  // followed again: subscribes to a key, unsubscribes from none
   EXPECT_THAT(fake::CallTexts({"vconf_notify_key_changed", "vconf_ignore_key_changed"}),
               ElementsAre("vconf_notify_key_changed(rtc/memory/WebApp/first.app, set, null) = 0"));
 }
@@ -165,11 +165,11 @@ TEST_F(AppPreloadingFollowing, TheStatusOutlivesTheFollowing) {
   Enter(kFirst, "resume");
   RemoveWebStatusChangedCallback(kFirst, "type");
   fake::ClearLaunches();
-  // Nobody is followed, so the status does not count for the app.
+  // No app is followed, so the status does not count for the app.
   EXPECT_TRUE(Preload(kFirst));
   EXPECT_THAT(LaunchedApps(), ElementsAre(kFirst));
   fake::ClearLaunches();
-  // But it does now, although the app has said nothing since.
+  // It counts now, although the app has not sent another status.
   EXPECT_TRUE(Preload(kFirst));
   EXPECT_THAT(LaunchedApps(), IsEmpty());
 }
@@ -183,7 +183,7 @@ TEST_F(AppPreloadingFollowing, AStatusOfTheFirstAppCountsForTheSecond) {
   EXPECT_THAT(LaunchedApps(), IsEmpty());
 }
 
-/// The thread that a callback starts; it has to come to its end before the callback returns.
+/// The thread that a callback starts; it must end before the callback returns.
 std::unique_ptr<support::OtherThread>& Meanwhile() {
   static std::unique_ptr<support::OtherThread> thread;
   return thread;
@@ -208,8 +208,8 @@ TEST_F(AppPreloadingFollowing, CallbacksMayBeAddedAndRemovedElsewhereDuringACall
   Meanwhile().reset();
 }
 
-/// Meant for the sanitizers: the main loop walks, reads and launches while apps come and go. The
-/// ids are longer than what a string holds without an allocation.
+/// For the sanitizers: the main loop iterates, reads and launches while apps are added and removed.
+/// The ids are too long for a string without an allocation.
 TEST_F(AppPreloadingFollowing, TheMainLoopMeetsAppsThatComeAndGo) {
   constexpr int kRounds = 2000;
   fake::SetRecording(false);

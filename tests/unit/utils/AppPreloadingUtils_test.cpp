@@ -41,7 +41,7 @@ const std::string kKey = "rtc/memory/WebApp/" + kApp;
 const std::string kOther = "ZyXwVuTsRq.other";
 const std::string kOtherKey = "rtc/memory/WebApp/" + kOther;
 
-/// What the callbacks were told: "name status".
+/// What the callbacks received: "name status".
 std::vector<std::string>& Told() {
   static std::vector<std::string> told;
   return told;
@@ -65,12 +65,12 @@ class AppPreloadingUtilsTest : public testing::Test {
     ASSERT_TRUE(Preload());
     Forget();
   }
-  /// The web runtime writes the word, and the main loop tells it.
+  /// The web runtime writes the status, and the main loop delivers it.
   void Enter(const std::string& rWord, const std::string& rKey = kKey) {
     fake::SetKey(rKey, rWord);
     fake::DeliverKeyChanges();
   }
-  /// Rejected at first: the retry timer runs.
+  /// The first launch is rejected: the retry timer runs.
   void Reject() {
     fake::QueueLaunchResults({APP_CONTROL_ERROR_LAUNCH_REJECTED});
     ASSERT_TRUE(Preload());
@@ -256,7 +256,7 @@ TEST_F(AppPreloadingUtilsTest, AnAppThatIsNotThereEndsTheRetriesQuietly) {
   EXPECT_THAT(fake::Timers(), IsEmpty());
   EXPECT_THAT(Errors(), Not(HasLog("[ERROR] Cannot find target app.")));
   EXPECT_THAT(KeyCalls(), IsEmpty());
-  // The next rejection begins afresh.
+  // The next rejection starts counting from 0.
   Reject();
   fake::FireTimersOf(kRetryPeriodMs);
   EXPECT_THAT(fake::LogTexts(), HasLog("[Info] count = 0"));
@@ -280,7 +280,7 @@ TEST_F(AppPreloadingUtilsTest, TheTwentySecondTickLaunchesInTheForegroundAndEnds
   EXPECT_THAT(fake::Timers(), IsEmpty());
   EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] ", "[Info] rAppID : " + kApp));
   fake::SetLaunchHook(nullptr);
-  // The next rejection begins afresh.
+  // The next rejection starts counting from 0.
   Reject();
   fake::FireTimersOf(kRetryPeriodMs);
   EXPECT_THAT(fake::LogTexts(), HasLog("[Info] count = 0"));
@@ -295,7 +295,7 @@ TEST_F(AppPreloadingUtilsTest, TheRetriesComeEveryFiveSeconds) {
   EXPECT_EQ(fake::AdvanceTimers(60000), 0u);
 }
 
-// The status words.
+// The statuses.
 
 TEST_F(AppPreloadingUtilsTest, AChangeThatComesBeforeTheSubscriptionIsRecordedIsPassedOver) {
   AppPreloadingUtils::WebAppStatusChangedCallback(nullptr, nullptr);
@@ -408,12 +408,12 @@ TEST_F(AppPreloadingUtilsTest, TheIdOfACheckThatEndedSoIsKept) {
   Enter("preload");
   fake::FireTimersOf(kCheckPeriodMs);
   Forget();
-  Enter("preload");  // sees a running check
+  Enter("preload");  // finds a running check
   EXPECT_THAT(Told(), ElementsAre("told 2"));
   EXPECT_THAT(fake::Timers(), IsEmpty());
-  Enter("quit");  // and so does this
+  Enter("quit");  // finds it too
   EXPECT_EQ(fake::LogTexts().back(), "[Debug] LMKTimer is running.");
-  Enter("resume");  // which removes what is gone
+  Enter("resume");  // removes the ended check
   EXPECT_THAT(fake::CallTexts({"g_source_remove"}), ElementsAre("g_source_remove(1) = 0"));
   EXPECT_THAT(Told(), ElementsAre("told 2", "told 3"));
 }
@@ -456,7 +456,7 @@ TEST_F(AppPreloadingUtilsTest, ACheckThatGoesOnHasForgottenItsId) {
   Enter("destroy");
   fake::FireTimersOf(kCheckPeriodMs);
   Forget();
-  Enter("preload");  // takes the running check for none
+  Enter("preload");  // does not recognise the running check
   EXPECT_EQ(fake::TimersOf(kCheckPeriodMs).size(), 2u);
   EXPECT_THAT(Told(), IsEmpty());
 }
@@ -474,7 +474,7 @@ TEST_F(AppPreloadingUtilsTest, AfterTwentyOneRelaunchesTheAppIsGivenUp) {
   EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] m_iCurrentWebAppStatus : 5, count : 21"));
   EXPECT_THAT(fake::Timers(), IsEmpty());
   EXPECT_THAT(Told(), IsEmpty());
-  // The count begins afresh with the next check.
+  // The next check starts counting from 0.
   Enter("preload");
   Enter("destroy");
   fake::FireTimersOf(kCheckPeriodMs);
@@ -532,7 +532,7 @@ TEST_F(AppPreloadingUtilsTest, TheRemovalOfTheLastCallbackEndsTheSubscription) {
                                             "[Info] rAppID : " + kApp));
   EXPECT_THAT(KeyCalls(), ElementsAre(Ignore(kKey)));
   EXPECT_EQ(fake::KeySubscriptions(kKey), 0u);
-  // Nobody is followed now, so the next app drops nobody's subscription.
+  // No app is followed now, so the next app removes no subscription.
   Forget();
   EXPECT_TRUE(Preload(kOther));
   EXPECT_THAT(KeyCalls(), ElementsAre(Notify(kOtherKey)));
@@ -549,7 +549,7 @@ TEST_F(AppPreloadingUtilsTest, TheRemovalOfATypeThatIsNotThereIsLogged) {
 TEST_F(AppPreloadingUtilsTest, AnotherAppLosesTheCallbacksAndKeepsTheOldSubscription) {
   Follow();
   EXPECT_TRUE(Preload(kOther, "second type", "other"));
-  // The key that is ignored is the new one's, which nobody subscribed to.
+  // It unsubscribes from the new app's key, which has no subscription.
   EXPECT_THAT(KeyCalls(), ElementsAre(Ignore(kOtherKey, -1)));
   EXPECT_EQ(fake::LogTexts().back(), "[Debug] Already regitered.");
   EXPECT_EQ(fake::KeySubscriptions(kKey), 1u);
@@ -577,7 +577,7 @@ TEST_F(AppPreloadingUtilsTest, TheEndOfASubscriptionThatIsNotThereOnlyLogs) {
   UnregisterAppStatusVconfCallback(kApp);
   EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] rAppID : " + kApp));
   EXPECT_THAT(fake::CallNames(), IsEmpty());
-  // The callbacks stay.
+  // The callbacks are kept.
   AppPreloadingUtils::NotifyWebAppStatus();
   EXPECT_THAT(Told(), ElementsAre("told -1"));
 }

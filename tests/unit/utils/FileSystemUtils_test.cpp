@@ -16,7 +16,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// Each test works in an empty directory that is also the present one.
+/// Each test works in an empty directory, which is also the current directory.
 class FileSystemUtilsTest : public testing::Test {
  protected:
   FileSystemUtilsTest() {
@@ -61,7 +61,7 @@ TEST_F(FileSystemUtilsTest, AFileInThePlaceOfTheDirectoryCountsAsExisting) {
 }
 
 TEST_F(FileSystemUtilsTest, ALibraryThatMadeNothingItselfIsAFailureWithAnOpenBracket) {
-  // The way through ".." makes the directory, so the last step finds it there.
+  // The step through ".." creates the directory, so the last step finds it.
   EXPECT_FALSE(FileSystemUtils::CreateDirectories("a/../a/"));
   EXPECT_THAT(fake::LogTexts(DLOG_ERROR),
               ElementsAre("[ERROR] Cannot create the target directories.(sDirectoryPath : a/../a/, "
@@ -120,7 +120,7 @@ TEST_F(FileSystemUtilsTest, RemovalOfAMissingPathDoesNothingAndLogsNothing) {
 }
 
 TEST_F(FileSystemUtilsTest, ARemovalThatFailsIsAnExceptionThatIsLogged) {
-  // The kernel's own tree exists and cannot be removed, whoever asks.
+  // The kernel's own tree exists and cannot be removed, even by root.
   FileSystemUtils::RemoveDirectories("/proc/self/status");
   ASSERT_EQ(fake::LogTexts(DLOG_ERROR).size(), 1u);
   EXPECT_THAT(fake::LogTexts(DLOG_ERROR).front(),

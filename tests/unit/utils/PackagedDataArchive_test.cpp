@@ -18,7 +18,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
 
-/// An archive beside the directory that it is unpacked into.
+/// An archive next to the directory that it is unpacked into.
 class PackagedDataArchiveTest : public testing::Test {
  protected:
   PackagedDataArchiveTest() {
@@ -30,14 +30,14 @@ class PackagedDataArchiveTest : public testing::Test {
     support::WriteZip(m_archive, rEntries);
     return FileSystemUtils::Unzip(m_archive, m_target);
   }
-  /// Replaces one text of the archive's bytes by another of the same length, the place-th from the
-  /// front.
+  /// Replaces the place-th occurrence of a text in the archive's bytes by another text of the same
+  /// length.
   void Damage(const std::string& rOld, const std::string& rNew, int place = 1) {
     ASSERT_EQ(rOld.size(), rNew.size());
     std::string bytes = support::ReadFile(m_archive);
     std::size_t at = bytes.find(rOld);
     for (int i = 1; i < place && at != std::string::npos; ++i) at = bytes.find(rOld, at + 1);
-    ASSERT_NE(at, std::string::npos) << "the archive has no such bytes";
+    ASSERT_NE(at, std::string::npos) << "the archive does not contain these bytes";
     bytes.replace(at, rOld.size(), rNew);
     support::WriteFile(m_archive, bytes);
   }
@@ -119,7 +119,7 @@ TEST_F(PackagedDataArchiveTest, ANameLongerThanItsBufferIsCut) {
   const std::string sDirectory(150, 'd');
   const std::string sFile(149, 'f');
   EXPECT_TRUE(Unzip({{sDirectory + "/" + sFile, "x"}, {"next", "y"}}));
-  // 256 characters are left of the name: 150, the slash and 105.
+  // 256 characters of the name remain: 150, the slash and 105.
   EXPECT_EQ(support::ReadFile(m_target + "/" + sDirectory + "/" + std::string(105, 'f')), "x");
   EXPECT_EQ(support::ReadFile(m_target + "/next"), "y");
 }
@@ -177,7 +177,7 @@ TEST_F(PackagedDataArchiveTest, AnythingButARegularFileHasNoHandle) {
   const std::string device = m_dir / "device";
   const std::string directory = m_dir / "directory";
   const std::string dangling = m_dir / "dangling";
-  // A reader of a FIFO waits for a writer, for good.
+  // A reader of a FIFO would wait forever for a writer.
   ASSERT_EQ(mkfifo(m_archive.c_str(), 0600), 0);
   ASSERT_EQ(symlink("/dev/zero", device.c_str()), 0);
   ASSERT_EQ(symlink("nothing", dangling.c_str()), 0);
@@ -198,7 +198,7 @@ TEST_F(PackagedDataArchiveTest, ALinkToAnArchiveIsFollowed) {
 }
 
 TEST_F(PackagedDataArchiveTest, AnArchiveWithoutEntriesFailsWithoutALine) {
-  // The end record alone, behind four bytes of something else.
+  // Only the end record, after four other bytes.
   support::WriteFile(m_archive, "stubPK\x05\x06" + std::string(18, '\0'));
   EXPECT_FALSE(FileSystemUtils::Unzip(m_archive, m_target));
   EXPECT_THAT(fake::LogTexts(), IsEmpty());
@@ -232,7 +232,7 @@ TEST_F(PackagedDataArchiveTest, AnEntryWithADamagedHeadCannotBeOpened) {
 TEST_F(PackagedDataArchiveTest, ContentThatCannotBeUnpackedFailsWithoutALineOfItsOwn) {
   support::WriteZip(m_archive, {{"a", "x"}, {"broken", std::string(9000, 'b')}, {"c", "z"}});
   std::string bytes = support::ReadFile(m_archive);
-  // Behind the name comes the first block, now of a kind that does not exist.
+  // The name is followed by the first block, now of an invalid type.
   bytes[bytes.find("broken") + 6] = '\x07';
   support::WriteFile(m_archive, bytes);
   EXPECT_FALSE(FileSystemUtils::Unzip(m_archive, m_target));
@@ -268,7 +268,7 @@ TEST_F(PackagedDataArchiveTest, AnEntryFurtherBelowAFileHasNoDirectoryToGoTo) {
 }
 
 TEST_F(PackagedDataArchiveTest, AFileInThePlaceOfADirectoryEntryIsNoDirectory) {
-  // The parent of "name/" is there, as a file, and "name/" itself opens for nobody.
+  // The parent of "name/" exists as a file, and "name/" itself cannot be opened.
   support::WriteFile(m_target + "/name", "x");
   EXPECT_FALSE(Unzip({{"name/", ""}}));
   EXPECT_THAT(fake::LogTexts(DLOG_ERROR),

@@ -13,7 +13,7 @@
 #include "utils/FileSystemUtils.h"
 #include "utils/PackagedData.h"
 
-/// What an install leaves behind that fails behind the unpacking.
+/// What an install leaves behind when it fails after the unpacking.
 namespace {
 
 using testing::ElementsAre;

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
 //
-// Installs and removals of packaged data that are called on two threads.
+// Installs and removals of packaged data on two threads.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -39,7 +39,7 @@ class PackagedDataThreads : public testing::Test {
       return 0;
     });
   }
-  /// Lets the other thread come as far as it can while the image is mounted.
+  /// Lets the other thread proceed as far as it can while the image is mounted.
   void StartInterruption() {
     const std::function<void()> operation = std::move(m_interruption);
     m_interruption = nullptr;

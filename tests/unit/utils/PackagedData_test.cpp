@@ -37,7 +37,7 @@ const std::string kStandard = "ch_feeder_standard";
 const std::string kCustom = "ch_feeder_custom";
 constexpr int kBoth = PACKAGED_TYPE_HBBTV_APP | PACKAGED_TYPE_META_DATA;
 
-/// A file that is there and opens for nobody, also not for root.
+/// An existing file that cannot be opened, not even by root.
 class ClosedFile {
  public:
   explicit ClosedFile(const std::string& rPath) : m_fd(socket(AF_UNIX, SOCK_STREAM, 0)) {
@@ -57,7 +57,7 @@ class ClosedFile {
   int m_fd;
 };
 
-/// A file that can be read and not be written to, also not by root.
+/// A file that can be read but not written, not even by root.
 class SealedFile {
  public:
   SealedFile(const std::string& rPath, const std::string& rContent)
@@ -100,7 +100,7 @@ class PackagedDataTest : public testing::Test {
   bool Install(int iDataType = PACKAGED_TYPE_HBBTV_APP, bool bStarted = false) {
     return InstallPackagedData(kPackage, kWidget, kStandard, iDataType, bStarted);
   }
-  /// The functions that logged, in order, each once for all its lines in a row.
+  /// The functions that logged, in order; consecutive lines of a function count once.
   std::vector<std::string> LoggingFunctions() {
     std::vector<std::string> functions;
     for (const fake::LogRecord& rRecord : fake::Logs()) {
@@ -217,7 +217,7 @@ TEST_F(PackagedDataTest, ASecondAppTypeWhoseListCannotBeWrittenIsAFailure) {
 }
 
 TEST_F(PackagedDataTest, TheSameAppTypeTwiceReadsTheListAndDoesNotRewriteIt) {
-  // Another form of the same list would not survive a rewriting.
+  // A rewrite would change this form of the same list.
   const std::string sForm = "{\"z\":1,\"app_type\":[\"ch_feeder_custom\",\"ch_feeder_standard\"]}";
   support::WriteFile(m_list, sForm);
   EXPECT_TRUE(Install());

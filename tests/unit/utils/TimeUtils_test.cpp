@@ -98,7 +98,7 @@ TEST(TimeUtils, WhatIsOutOfItsRangeEndsTheTimeBeforeIt) {
 }
 
 TEST(TimeUtils, OtherFormsOfATimeAreReadAsFarAsTheyAgree) {
-  // No zone but UTC: an offset behind the seconds is left out like anything else there.
+  // Only UTC: an offset after the seconds is ignored, like any other text there.
   EXPECT_EQ(TimeUtils::GetEpochTime("2020-02-29T00:00:00+05:00"), 1582934400);
   EXPECT_EQ(TimeUtils::GetEpochTime("2020-02-29T00:00:00.750Z"), 1582934400);
   EXPECT_EQ(TimeUtils::GetEpochTime("2020-02-29 23:59:59Z"),
@@ -113,7 +113,7 @@ TEST(TimeUtils, WhatFollowsTheTimeIsLeftOut) {
 TEST(TimeUtils, ATextWithoutATimeIsLongPastAndAlwaysTheSame) {
   const time_t first = TimeUtils::GetEpochTime("nonsense");
   EXPECT_LT(first, 0);
-  // What a call before left on the stack does not matter.
+  // Values that an earlier call left on the stack have no effect.
   TimeUtils::GetEpochTime("2020-02-29T12:34:56Z");
   EXPECT_EQ(TimeUtils::GetEpochTime("nonsense"), first);
   EXPECT_EQ(TimeUtils::GetEpochTime("\xff\xfe\x80"), first);
@@ -129,7 +129,7 @@ TEST(TimeUtils, ATimeCutShortIsReadAsFarAsItGoes) {
 TEST(TimeUtils, AByteAbove127EndsTheTime) {
   EXPECT_EQ(TimeUtils::GetEpochTime("2020-02-29\xb2"),
             TimeUtils::GetEpochTime("2020-02-29T00:00:00Z"));
-  // A "T" but for its highest bit.
+  // A "T" except for its highest bit.
   EXPECT_EQ(TimeUtils::GetEpochTime("2020-02-29\xd4"
                                     "12:00:00Z"),
             TimeUtils::GetEpochTime("2020-02-29T00:00:00Z"));

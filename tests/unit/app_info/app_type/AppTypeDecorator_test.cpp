@@ -159,7 +159,7 @@ TEST(AppTypeDecorator, OfTwoEqualKeysTheOuterIsReadAndTheInnerIsCollected) {
   chain.c->SetMetadata("orv_data", {"shared", "inner"}, false);
   auto* outer = new Layer(chain.owner.release(), "d", "value d", {"shared"});
   const Owned<AppInfo> owner(outer);
-  // Reaches every layer below, and not the new one.
+  // Reaches every layer below, but not the new one.
   outer->SetMetadata("orv_data", {"shared", "both"}, false);
   outer->Inner()->SetMetadata("orv_data", {"shared", "inner"}, false);
 
@@ -202,7 +202,7 @@ TEST(AppTypeDecorator, RemovalErasesTheSecondKeyWhereTheFirstStands) {
   Chain chain;
   chain.c->RemoveMetadata("only_a", "shared");
   EXPECT_THAT(chain.a->Applied(), ElementsAre(Pair("only_a", "")));
-  // The first key does not stand in this layer.
+  // This layer does not have the first key.
   EXPECT_THAT(chain.b->Applied(), ElementsAre(Pair("shared", "")));
 }
 
@@ -287,7 +287,7 @@ TEST(AppTypeDecorator, AChainIsReleasedFromTheOutsideIn) {
   EXPECT_THAT(Journal(), ElementsAre("c release", "b release", "a release"));
 }
 
-/// A layer that names no release function for itself.
+/// A layer without a release function of its own.
 class Unreleased final : public AppTypeDecorator {
  public:
   explicit Unreleased(AppInfo* inner) : AppTypeDecorator(inner, "unreleased", "") {}

@@ -19,7 +19,7 @@ using testing::AnyOf;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// Refuses to be constructed, or to clean up, when its value says so.
+/// Fails to be constructed or to clean up if its value says so.
 class Refusing final : public AppTypeLayer<Refusing> {
  private:
   friend class AppTypeLayer<Refusing>;
@@ -73,7 +73,7 @@ TEST(AppTypeLayer, AReleaseTakesNull) {
   EXPECT_THAT(Journal(), IsEmpty());
 }
 
-/// The texts are long, so that copying one takes long enough for the other thread to come in.
+/// The texts are long, so that the other thread can run while one is copied.
 TEST(AppTypeLayer, MetadataIsReadWholeWhileItIsSet) {
   constexpr int kRounds = 20000;
   const std::string early(20000, '1');

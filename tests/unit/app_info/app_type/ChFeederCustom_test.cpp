@@ -25,7 +25,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
 
-/// What the scheduler was asked: "1000 package".
+/// The requests to the scheduler: "1000 package".
 std::vector<std::string>& Events() {
   static std::vector<std::string> events;
   return events;
@@ -180,7 +180,7 @@ TEST_F(ChFeederCustomTest, AnUpdateClearsTheStagedValue) {
   layers::StageValue(*m_feeder, "extended");
   m_feeder->UpdateOperation();
   Forget();
-  // Nothing staged differs from "basic", so the data goes again.
+  // The cleared value differs from "basic", so the data is removed again.
   m_feeder->UpdateOperation();
   EXPECT_THAT(fake::LogTexts(), Not(HasLog("[Info] FileSystemUtils::InstallPackagedData")));
   EXPECT_FALSE(support::Exists(m_tree));

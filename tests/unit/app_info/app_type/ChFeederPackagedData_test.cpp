@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
 //
-// Updates of the two feeder layers that meet a list file of another shape.
+// Updates of the two feeder layers that find a list file with unexpected contents.
 #include "app_info/app_type/ChFeederPackagedData.h"
 
 #include <dlog.h>
@@ -28,7 +28,7 @@ using support::Texts;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// JSON, but not a list of texts, each with the message of the library.
+/// JSON that is not a list of texts, each with the message of the library.
 const std::vector<std::pair<std::string, std::string>> kMisshapen = {
     {"[1]", "in Json::Value::resolveReference(key, end): requires objectValue"},
     {"{\"app_type\":[{}]}", "Type is not convertible to string"}};

@@ -553,7 +553,7 @@ TEST_F(ChFeederStandardTest, TheReleaseOfAnAppWithoutPackagedDataUninstallsNothi
 }
 
 TEST_F(ChFeederStandardTest, AReleaseWhoseDataRemovalThrowsIsLoggedAndGoesOnInward) {
-  // Both layers come upon a list that is no object.
+  // Both layers find a list file that is not an object.
   auto pChain = layers::Decorate<ChFeederStandard>(
       ChFeederCustom::DecorateAppType(layers::NewRecord(), "extended", nullptr), "extended");
   support::WriteFile(m_tree + "/app_type_file.txt", "[1]");

@@ -51,7 +51,7 @@ class CustomUIExtendedTest : public testing::Test {
   CustomUIExtendedTest() {
     fake::StoreKey(kKey, std::string());
     boost::filesystem::remove_all("/opt/share/orv_ch");
-    // Whoever waits for the app waits until the test says otherwise.
+    // Every wait for the app lasts until the test ends it.
     fake::SetWaits(fake::Waits::kManual);
   }
 
@@ -66,8 +66,8 @@ class CustomUIExtendedTest : public testing::Test {
     Forget();
   }
   void WriteReplacementFile() { support::WriteFile(kFile, "{\"appid\":\"" + kLayout + "\"}"); }
-  /// An operation of the layer on a thread of its own, the caller's; the worker of it waits when
-  /// this returns.
+  /// Runs an operation of the layer on another thread, its caller; when this function returns, the
+  /// operation's worker is waiting.
   void Begin(const std::function<void()>& operation) {
     m_bReturned = false;
     m_caller = std::thread([this, operation] {
@@ -187,7 +187,7 @@ TEST_F(CustomUIExtendedTest, WithoutTheKeyAnExceptionLeavesTheRun) {
   EXPECT_THAT(OperationChanges(), IsEmpty());
 }
 
-// The direct path.
+// Taking over directly.
 
 TEST_F(CustomUIExtendedTest, ARunTakesTheOperationsInTheOrderOfTheTextAndPreloads) {
   Make("epg,unknown,channel_list");
@@ -297,7 +297,7 @@ TEST_F(CustomUIExtendedTest, OtherOptionsAndNoneTakeTheDirectPath) {
   }
 }
 
-// The way over the replacement UI.
+// Taking over through the replacement UI.
 
 TEST_F(CustomUIExtendedTest, WithABackgroundImageTheReplacementServesUntilTheAppIsUp) {
   WriteReplacementFile();
@@ -353,7 +353,7 @@ TEST_F(CustomUIExtendedTest, InitLoadDestroyAndUnknownWakeNobody) {
   Make("epg", kBackground);
   Begin([this] { m_ui->RunOperation(true); });
   for (const int iStatus : {-1, 0, 1, 5, 7}) Tell(iStatus, m_ui.get());
-  // Nobody was notified: only the time limit ends the wait.
+  // The wait was not notified: only the time limit ends it.
   EXPECT_EQ(fake::AdvanceWaits(19999), 0u);
   EXPECT_EQ(fake::AdvanceWaits(1), 1u);
   End();
@@ -425,7 +425,7 @@ TEST_F(CustomUIExtendedTest, WhiteSpaceInTheReplacementFileIsGoneAlsoInTexts) {
   fake::SetWaits(fake::Waits::kTimeOut);
   Make("epg", kBackground);
   m_ui->RunOperation(true);
-  // The two keys fall together, and the tab is an escape, no blank of the file.
+  // The two keys become the same key, and the tab is an escape, not whitespace of the file.
   EXPECT_THAT(fake::LogTexts(), HasLog("[Debug] sLayoutAppID : org.example\tlayout"));
 }
 
@@ -433,7 +433,7 @@ TEST_F(CustomUIExtendedTest, APreloadThatFailsHandsOverAtOnceWithoutAWait) {
   WriteReplacementFile();
   Make("epg", kBackground);
   fake::QueueLaunchResults({APP_CONTROL_ERROR_APP_NOT_FOUND});
-  m_ui->RunOperation(true);  // would wait for ever otherwise
+  m_ui->RunOperation(true);  // would otherwise wait forever
   EXPECT_THAT(OperationChanges(), ElementsAre("epg=" + kLayout, "epg=" + m_app));
   EXPECT_EQ(fake::Launches().size(), 1u);
 }
@@ -451,7 +451,7 @@ TEST_F(CustomUIExtendedTest, AfterAFailedPreloadTheNextWorkerIsNotLockedOut) {
 TEST_F(CustomUIExtendedTest, WithoutAFreeThreadTheWorkIsNeverDone) {
   WriteReplacementFile();
   Make("epg", kBackground);
-  // No thread gets a stack of this size.
+  // No thread can have a stack of this size.
   pthread_attr_t attributes;
   ASSERT_EQ(pthread_getattr_default_np(&attributes), 0);
   std::size_t uSize = 0;
@@ -499,7 +499,7 @@ TEST_F(CustomUIExtendedTest, QuitComesFromTheSettingsKeyAndBlocksItForTheWholeTi
   Forget();
   fake::SetKey(kStatusKey, "quit");
   Begin([] { fake::DeliverKeyChanges(); });
-  // The next word waits behind the callback that is blocked, so it cannot end the wait.
+  // The next status is queued behind the blocked callback, so it cannot end the wait.
   fake::SetKey(kStatusKey, "resume");
   EXPECT_EQ(fake::WaitingThreads(), 1u);
   EXPECT_EQ(fake::AdvanceWaits(20000), 1u);
@@ -514,7 +514,7 @@ TEST_F(CustomUIExtendedTest, QuitWakesAWaiterBeforeItRearms) {
   fake::SetWaits(fake::Waits::kTimeOut);  // for the worker that quit starts
   Tell(6, m_ui.get());
   End();
-  // Two handed over to the replacement and two to the app; what was in place already is skipped.
+  // Two changes to the replacement and two to the app; operations already set are skipped.
   EXPECT_EQ(fake::CallCount("app_operation_get_current_app"), 4u);
   EXPECT_EQ(fake::OperationApp(ORV_OPERATION_EPG), m_app);
 }
@@ -524,7 +524,7 @@ TEST_F(CustomUIExtendedTest, QuitOfAnAppThatWasRemovedSinceRearmsNothing) {
   fake::SetWaits(fake::Waits::kTimeOut);
   Make("epg", kBackground);
   m_ui->RunOperation(false);
-  m_ui->StopOperation();  // leaves the callback where it is
+  m_ui->StopOperation();  // keeps the callback
   m_ui.reset();
   Forget();
   fake::SetKey(kStatusKey, "quit");
@@ -585,7 +585,7 @@ TEST_F(CustomUIExtendedTest, AnUpdateHandsTheOldScreensBackAndTakesTheNewOnes) {
 TEST_F(CustomUIExtendedTest, TheFirstUpdateWipesAnOptionThatIsSetAndTheKeyKeepsIt) {
   Make("epg", "invisible");
   m_ui->RunOperation(false);
-  layers::Stage(*m_ui, kOption, "background_img");  // dropped: the key is not there yet
+  layers::Stage(*m_ui, kOption, "background_img");  // dropped: the key does not exist yet
   layers::StageValue(*m_ui, "epg");
   Forget();
   m_ui->UpdateOperation();
@@ -600,14 +600,14 @@ TEST_F(CustomUIExtendedTest, AnOptionStagedAloneHandsBackDirectlyAndTakesOverByT
   Make("epg", "");
   m_ui->RunOperation(false);
   layers::StageValue(*m_ui, "epg");
-  m_ui->UpdateOperation();  // no change, but the option can be staged now
+  m_ui->UpdateOperation();  // not a change, but the option can be staged now
   layers::Stage(*m_ui, kOption, kBackground);
   Forget();
   m_ui->UpdateOperation();
   EXPECT_THAT(OperationChanges(), ElementsAre("epg reset", "epg=" + kLayout, "epg=" + m_app));
   EXPECT_EQ(m_ui->GetMetadata("orv_data", kOption), kBackground);
   EXPECT_EQ(Key(), "{" + App("default") + "}\n");
-  // The staged option stays, so the same text staged again is no change.
+  // The staged option is kept, so staging the same text again is not a change.
   layers::StageValue(*m_ui, "epg");
   Forget();
   m_ui->UpdateOperation();

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
 //
-// The two custom-UI layers around one record, and what they do with metadata that is odd.
+// The two custom-UI layers around one record, and their behaviour with unusual metadata.
 #include <app_control.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -47,7 +47,7 @@ class CustomUILayersTest : public testing::Test {
     fake::ClearCalls();
     fake::ClearLaunches();
   }
-  /// As the creator makes it: "custom_ui_extended" comes before "custom_ui_standard".
+  /// As the creator builds it: "custom_ui_extended" comes before "custom_ui_standard".
   void MakeBoth() {
     AppInfo* inner = CustomUIExtended::DecorateAppType(layers::NewRecord(), "epg");
     m_both = layers::Decorate<CustomUIStandard>(inner, "info");
@@ -101,7 +101,7 @@ TEST_F(CustomUILayersTest, TheyShareOneSubscriptionWhichTheOuterOneKeeps) {
   MakeBoth();
   m_both->RunOperation(false);
   EXPECT_EQ(fake::CallCount("vconf_notify_key_changed"), 1u);
-  EXPECT_EQ(fake::Launches().size(), 2u);  // nothing is known of the app's state yet
+  EXPECT_EQ(fake::Launches().size(), 2u);  // the app's state is not known yet
   m_both->StopOperation();
   EXPECT_EQ(fake::CallCount("vconf_ignore_key_changed"), 0u);
   EXPECT_EQ(fake::KeySubscriptions(kStatusKey), 1u);
@@ -187,8 +187,8 @@ TEST_F(CustomUILayersTest, TheFirstUpdateOfABackgroundImageUsesTheReplacementAga
   layers::StageValue(*ui, "epg");
   Forget();
   ui->UpdateOperation();
-  // Handing back means taking over here; the wiped option then takes the direct path, which finds
-  // the app in its place.
+  // Here the reset is a takeover; with the option cleared, the layer then takes over directly and
+  // finds the app already set.
   EXPECT_THAT(OperationChanges(), ElementsAre(kLayout, m_app));
   EXPECT_EQ(ui->GetMetadata("orv_data", kOption), "");
   Forget();
@@ -207,7 +207,7 @@ TEST_F(CustomUILayersTest, ANewBackgroundOptionHandsBackAtOnceAndTakesOverByTheW
   };
   layers::Apply(*ui, kOption, "default");
   ui->RunOperation(false);
-  update("default");  // which is dropped, and the option wiped: its key is not there yet
+  update("default");  // is dropped and the option cleared: its key does not exist yet
   ASSERT_EQ(ui->GetMetadata("orv_data", kOption), "");
   update("default");
   ASSERT_EQ(ui->GetMetadata("orv_data", kOption), "default");

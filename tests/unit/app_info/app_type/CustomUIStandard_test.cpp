@@ -291,7 +291,7 @@ TEST_F(CustomUIStandardTest, AnUnknownBannerMoreIsNoChangeAndStaysStaged) {
 
 TEST_F(CustomUIStandardTest, TheFirstUpdateWipesAnOptionThatIsSet) {
   Make("info", "invisible");
-  layers::Stage(*m_ui, kOption, "background_img");  // dropped: the key is not there yet
+  layers::Stage(*m_ui, kOption, "background_img");  // dropped: the key does not exist yet
   layers::StageValue(*m_ui, "info");
   m_ui->UpdateOperation();
   EXPECT_EQ(Key(), "{" + Banner("info", "default") + "}\n");
@@ -308,13 +308,13 @@ TEST_F(CustomUIStandardTest, AChangeOfTheListWipesTheOptionToo) {
 TEST_F(CustomUIStandardTest, AfterTheFirstUpdateTheOptionCanBeStaged) {
   Make("info");
   layers::StageValue(*m_ui, "info");
-  m_ui->UpdateOperation();  // no change, but the key is there now
+  m_ui->UpdateOperation();  // not a change, but the key exists now
   EXPECT_EQ(Key(), "");
   layers::Stage(*m_ui, kOption, "invisible");
   m_ui->UpdateOperation();
   EXPECT_EQ(Key(), "{" + Banner("info", "invisible") + "}\n");
   EXPECT_EQ(m_ui->GetMetadata("orv_data", kOption), "invisible");
-  // The staged option was cleared, so the same value staged again wipes it.
+  // The staged option was cleared, so staging the same value again clears the option.
   layers::StageValue(*m_ui, "info");
   m_ui->UpdateOperation();
   EXPECT_EQ(Key(), "{" + Banner("info", "default") + "}\n");

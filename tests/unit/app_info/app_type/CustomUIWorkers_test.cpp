@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
 //
-// Two workers of the screens' layers at once: what they share, and what keeps them apart.
+// Two workers of the screens' layers at once: what they share, and what separates them.
 #include <app_control.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -28,7 +28,7 @@ using testing::ElementsAre;
 
 const std::string kFile = "/opt/share/orv_ch/replacement_ui_info.json";
 
-/// A layer whose run is under way on a thread of its own.
+/// A layer that is running on another thread.
 class Runner {
  public:
   explicit Runner(AppInfo& layer)
@@ -69,8 +69,8 @@ class CustomUIWorkers : public testing::Test {
     return WaitFor([count] { return fake::WaitingThreads() == count; },
                    std::to_string(count) + " waiting workers");
   }
-  /// Writes down what a worker does, and whether the mutex was free then. Another worker has to be
-  /// in its wait: it counts only while nobody holds the mutex.
+  /// Records what a worker does, and whether the mutex was free then. Another worker must be
+  /// waiting: it counts only while no thread holds the mutex.
   void WatchTheMutex() {
     fake::SetOperationHook([this](const std::string&, const std::string& app) { Note(app); });
     fake::SetLaunchHook([this](const fake::Launch&) {
@@ -110,7 +110,7 @@ TEST_F(CustomUIWorkers, AWaitThatTimesOutLeavesTheMarkForTheOtherOne) {
   fake::SetWaits(fake::Waits::kTimeOut);
   m_second->RunOperation(true);
   ASSERT_TRUE(Waiting(1));
-  // Without the mark nobody would be notified.
+  // Without the mark no worker would be notified.
   CustomUIExtended::OnAppStatusChanged(4, m_second.get());
 }
 
@@ -137,7 +137,7 @@ TEST_F(CustomUIWorkers, AfterAFailedPreloadTheMutexIsHeldAtTheHandOverToo) {
   CustomUIExtended::OnAppStatusChanged(4, m_first.get());
 }
 
-/// The values are longer than what a string holds without an allocation.
+/// The values are too long for a string without an allocation.
 TEST(CustomUIStates, AnAppMayQuitWhileAnUpdateChangesItsScreens) {
   constexpr int kRounds = 300;
   const std::string values[] = {"channel_list,epg,and.a.screen.that.is.unknown",

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
 //
-// Run, update and stop of every type reach the inner layer behind their entry line and before the
+// Run, update and stop of every type reach the inner layer after their entry line and before the
 // type's own work.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -23,20 +23,20 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::SizeIs;
 
-/// Events that the custom feeder asked the scheduler for.
+/// Events that the custom feeder requested from the scheduler.
 std::vector<int>& Events() {
   static std::vector<int> events;
   return events;
 }
 
-/// Everything that came to pass so far, in kinds.
+/// All effects so far, by kind.
 struct Deeds {
   std::vector<std::string> log = fake::LogTexts();
   std::vector<std::string> calls = fake::CallNames();
   std::vector<int> events = Events();
 };
 
-/// An inner layer that writes down when it was called.
+/// An inner layer that records when it was called.
 class Witness final : public AppTypeDecorator {
  public:
   struct Testimony {
@@ -64,8 +64,8 @@ struct Type {
   const char* name;
   AppInfo* (*decorate)(AppInfo*, const std::string& value);
   const char* value;   ///< in force
-  const char* staged;  ///< another one, that the type takes for a change
-  const char* entry;   ///< line with which an update begins
+  const char* staged;  ///< another value, which the type treats as a change
+  const char* entry;   ///< the first line of an update
 };
 
 struct Operation {
@@ -120,7 +120,7 @@ TEST_P(LayerOrder, TheInnerLayerActsBehindTheEntryLineAndBeforeTheTypesOwnWork) 
   EXPECT_EQ(testimony.before.log, EntryLines());
   EXPECT_THAT(testimony.before.calls, IsEmpty());
   EXPECT_THAT(testimony.before.events, IsEmpty());
-  // And then there was work to be done.
+  // Afterwards the type did its own work.
   const Deeds after;
   EXPECT_GT(after.log.size() + after.calls.size() + after.events.size(), EntryLines().size());
 }

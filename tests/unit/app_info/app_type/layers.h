@@ -15,7 +15,7 @@ constexpr char kApp[] = "AbCdEfGhIj.app";
 constexpr char kWidget[] = "AbCdEfGhIj.widget";
 constexpr char kService[] = "AbCdEfGhIj.service";
 
-/// Owned by whoever wraps it.
+/// Owned by the layer that wraps it.
 inline AppInfo* NewRecord(const std::string& package = kPackage, const std::string& app = kApp) {
   AppBaseInfo info;
   info.m_sPackageID = package;
@@ -33,8 +33,8 @@ struct Releaser {
 template <class Type>
 using Chain = std::unique_ptr<Type, Releaser>;
 
-/// Type's factory around inner, or around a plain record. more: the callback of the type that has
-/// one.
+/// Calls Type's factory with `inner`, or a plain record. `more`: the callback, for the type that
+/// has one.
 template <class Type, class... More>
 Chain<Type> Decorate(AppInfo* inner, const std::string& value, More... more) {
   return Chain<Type>(static_cast<Type*>(Type::DecorateAppType(inner, value, more...)));

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// What is wrong with the image of a feed: real images of the kinds that a TV mounts.
+// Faults in the image of a feed: real images of the kinds that a TV mounts.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -17,7 +17,7 @@ using Names = std::vector<std::string>;
 
 class FeedChecks : public ::testing::Test {
  protected:
-  /// The image res/pkg.ui.tmg of a feed whose archive is what the maker makes.
+  /// The image res/pkg.ui.tmg of a feed whose archive the maker creates.
   void MakeImage(const PackageMaker& archive, const std::string& kind = "squashfs") {
     const std::string root = m_directory.Path() + "/root";
     std::filesystem::remove_all(root);

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// What is likely wrong with a package's metadata.
+// Likely mistakes in a package's metadata.
 #include <gtest/gtest.h>
 
 #include "desk/checks/package_checks.h"

@@ -15,7 +15,7 @@ Request Read(const std::vector<std::string>& words) {
   return ReadCommandLine(TvCommands(), words);
 }
 
-/// The text of the usage failure that the words give; empty when they give none.
+/// The usage error for these arguments; empty if there is none.
 std::string UsageError(const std::vector<std::string>& words) {
   try {
     Read(words);
@@ -200,7 +200,7 @@ TEST(CliInvocation, ANumberOutOfItsBoundsIsAnError) {
   words.Set("speed", {"0"});
   try {
     words.Number("speed", 1, 1, 100);
-    FAIL() << "0 was taken";
+    FAIL() << "0 was accepted";
   } catch (const Failure& failure) {
     EXPECT_STREQ(failure.what(), "speed is \"0\": give 1 to 100");
   }

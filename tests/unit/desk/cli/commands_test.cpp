@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// The commands of `tv` against a TV of which each answer is given.
+// The commands of `tv` against a TV whose answers are scripted.
 #include <gtest/gtest.h>
 
 #include <filesystem>

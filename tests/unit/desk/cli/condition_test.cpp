@@ -62,7 +62,7 @@ TEST(CliCondition, AnExpressionThatFailsDoesNotHold) {
 TEST(CliCondition, ATextThatIsNotAProgramIsAUsageError) {
   try {
     Condition condition(".a ==");
-    FAIL() << "it was taken";
+    FAIL() << "it was accepted";
   } catch (const Failure& failure) {
     EXPECT_EQ(failure.Code(), Exit::Usage);
     EXPECT_EQ(std::string(failure.what()).find("\".a ==\" is not a jq expression: syntax error"),

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// tv up on a TV that is there already, tv status, tv power-cycle, tv daemon.
+// tv up on a TV that is already up, tv status, tv power-cycle, tv daemon.
 #include <gtest/gtest.h>
 
 #include <chrono>

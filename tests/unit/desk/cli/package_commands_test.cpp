@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// What `tv pkg` and `tv explain` tell beyond the TV's answer.
+// What `tv pkg` and `tv explain` print in addition to the TV's answer.
 #include <gtest/gtest.h>
 
 #include "package_maker.h"

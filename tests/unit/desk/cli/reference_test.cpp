@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// What is written in two places has to say the same in both.
+// Texts that exist in two places must agree.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -26,21 +26,21 @@ std::string Content(const fs::path& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-/// The names that sources give to their calls.
+/// The names of the calls in the sources.
 struct Calls {
-  std::set<std::string> asking;  ///< that ask for the faults ordered for them
+  std::set<std::string> asking;  ///< calls that ask for their faults
   std::set<std::string> deaf;
 };
 
-/// Whether the rest of a call's function asks for its faults, itself or by a helper that it hands
-/// the call to.
+/// Whether the rest of a call's function asks for its faults, directly or through a helper to which
+/// it passes the call.
 bool Asks(const std::string& function) {
   static const std::regex form("call\\.(?:Run|RunVoid|Fault|Fails)\\b|\\(call,");
   return std::regex_search(function, form);
 }
 
-/// Up to the end of the function: a brace in the column of the line that the call stands on, less
-/// one step.
+/// The text up to the end of the function: a brace in the column of the line with the call, minus
+/// one indentation step.
 std::string RestOfFunction(const std::string& text, std::size_t call) {
   const std::size_t line = text.rfind('\n', call) + 1;
   const std::string end =

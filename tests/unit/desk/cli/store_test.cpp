@@ -149,8 +149,8 @@ TEST_F(CliStore, ReadingChangesNothing) {
   EXPECT_EQ(std::distance(fs::directory_iterator(m_directory), fs::directory_iterator()), 1);
 }
 
-/// Another process, since locks are a process's own. It does the work until it is ended, after it
-/// said that the work began.
+/// Another process, because locks belong to a process. It reports when the work begins, and works
+/// until it is ended.
 class Other {
  public:
   explicit Other(const std::function<void(std::function<void()>& begun)>& work) {
@@ -195,7 +195,7 @@ TEST_F(CliStore, AReaderIsNeverInAWritersWay) {
   });
   sqlite3* db = OpenAt(Path());
   for (int i = 0; i < 200; ++i) {
-    Run(db, Insert(std::to_string(i), ""));  // waits for nobody
+    Run(db, Insert(std::to_string(i), ""));  // does not wait
   }
   sqlite3_close(db);
 }
@@ -205,7 +205,7 @@ TEST_F(CliStore, AReaderSeesWholeWritesOnly) {
   const std::string values(6000, 'v');  // several pages
   const Other writer([&](auto& begun) {
     sqlite3* db = OpenAt(Path());
-    // A busy disk would make one write last longer than a reader's patience.
+    // On a busy disk one write could take longer than a reader's timeout.
     Run(db, "PRAGMA synchronous = OFF;");
     for (int i = 0; true; i += 2) {
       Run(db, "BEGIN; " + Insert(std::to_string(i), values) +
@@ -232,7 +232,7 @@ TEST_F(CliStore, AWriteThatLastsIsToldSo) {
   });
   EXPECT_EQ(std::string(ReadFails().what()), "the store is being written to: try again");
   writer.End();
-  // What it leaves is not a row.
+  // What remains is not a row.
   EXPECT_EQ(ReadStore(Path()).size(), 1U);
 }
 
@@ -243,7 +243,7 @@ TEST_F(CliStore, AnInterruptedWriteIsReadAsItWasBefore) {
   for (int i = 0; i < 200; ++i) {
     Run(db, Insert("new" + std::to_string(i), std::string(4000, 'v')));
   }
-  // What the daemon leaves when it is killed now: the file half written, and its journal.
+  // What the daemon leaves if it is killed now: a partly written file and its journal.
   const fs::path killed = m_directory / "killed";
   fs::create_directory(killed);
   fs::copy_file(Path(), killed / "appinfo.db");

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// What `tv log`, `tv journal` and `tv port send` show and take.
+// The output and arguments of `tv log`, `tv journal` and `tv port send`.
 #include <bundle.h>
 #include <gtest/gtest.h>
 

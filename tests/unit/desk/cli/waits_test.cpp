@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// What the journal says that the daemon waits for.
+// What the daemon waits for, according to the journal.
 #include <gtest/gtest.h>
 
 #include "desk/cli/daemon_calls.h"
@@ -14,7 +14,7 @@ using Texts = std::vector<std::string>;
 
 const Timestamp NOON = *ParseTimestamp("2026-11-21T12:00:00.000Z");
 
-/// Entries one after another, each in the second after the one before it unless told otherwise.
+/// A sequence of entries, by default one second apart.
 class Calls {
  public:
   Calls& Add(const std::string& thread, const std::string& call, const std::string& args,
@@ -107,7 +107,7 @@ TEST(CliWaits, TheNextTickIsTwelveMinutesAfterTheLast) {
   Calls calls;
   EXPECT_FALSE(NextTick(calls.Entries()).has_value());
   calls.Add("main", "FCTask::Send", "\"ORVScheduler\",1002", "true");
-  EXPECT_FALSE(NextTick(calls.Entries()).has_value()) << "there is no network time";
+  EXPECT_FALSE(NextTick(calls.Entries()).has_value()) << "network time is not set";
   calls.Add("main", "vconf_keynode_get_int", "9", "1")
       .Add("main", "FCTask::Send", "\"ORVScheduler\",1002", "true");
   EXPECT_EQ(NextTick(calls.Entries()), NOON + seconds(720));

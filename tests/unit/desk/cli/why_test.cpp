@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// tv why and tv schedule, against logs and a dump of which each line is given.
+// tv why and tv schedule with given logs and a given dump.
 #include <gtest/gtest.h>
 
 #include "desk/cli/account.h"
@@ -9,7 +9,7 @@
 namespace desk::cli {
 namespace {
 
-/// A service app, feeder.Feed, at twelve o'clock of the TV's clock.
+/// A service app, feeder.Feed, at noon on the TV's clock.
 class CliWhy : public CliCommands {
  protected:
   void SetUp() override {
@@ -33,7 +33,7 @@ class CliWhy : public CliCommands {
     MakeStore({{"feeder", R"({"orv_type":{"ch_feeder_custom":"x"},"orv_data":{)" +
                               std::string(R"("expiration_date_str":")") + time + "\"}}"}});
   }
-  /// The package feeds a channel from files, as a record of these URLs.
+  /// Adds a record with these URLs: the package feeds a channel from files.
   void Feeds(const std::string& schedule) {
     std::filesystem::remove_all(DeskPaths(m_root).DaemonData());
     MakeStore({{"feeder", R"({"orv_type":{"ch_feeder_standard":"x"}})"}});

@@ -119,7 +119,7 @@ const std::map<std::string, std::function<void()>> WAITS = {
     {"semaphore", WaitForSemaphore},
 };
 
-// How far the other ways to ask for the time are from the first, in milliseconds.
+// The differences between the other time functions and the first, in milliseconds.
 void PrintTimes() {
   timeval day{};
   const double real = OwnNow(CLOCK_REALTIME);

@@ -14,7 +14,7 @@ namespace {
 constexpr double WAIT_MS = 20000;
 
 std::string Probe(const std::string& what, int speed, const std::string& variable = "") {
-  // The address sanitizer, where the probe has it, minds that something is loaded before it.
+  // The address sanitizer of the probe, if any, complains about a library loaded before it.
   const std::string command = variable +
                               " ASAN_OPTIONS=verify_asan_link_order=0 LD_PRELOAD='" CLOCK_LIBRARY
                               "' DESK_CLOCK_SPEED=" +

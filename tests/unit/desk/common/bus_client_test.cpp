@@ -487,7 +487,7 @@ std::string OpenAsAnotherUser(const std::string& root) {
 
 TEST(BusClientOpen, ATvOfAnotherUserIsNamedWithItsOwner) {
   const support::TempDir dir;
-  // Only root can become another user; to anybody else root's home directory is closed.
+  // Only root can become another user; other users cannot open root's home directory.
   const std::string root = geteuid() == 0 ? dir / "tv" : "/root/tv";
   EXPECT_THAT(OpenAsAnotherUser(root),
               testing::MatchesRegex("Failed: the TV in " + root +

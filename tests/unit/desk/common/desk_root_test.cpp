@@ -29,7 +29,7 @@ class DeskRoot : public testing::Test {
     }
     return "accepted";
   }
-  // The directories of a TV that was made before there were marks.
+  // The directories of a TV from before marker files were introduced.
   void MakeLayout() {
     for (const std::string& place : {m_paths.DaemonData(), m_paths.OptShare(), m_paths.HomeOwner(),
                                      m_paths.Tmp(), m_paths.Run(), m_paths.Log(), m_paths.Db()}) {

@@ -48,7 +48,7 @@ TEST(Timer, MayBeDestroyedByItsOwnFunction) {
   bool aliveAfterwards = false;
   timer->Set(1, [&timer, &aliveAfterwards, held = std::move(held)] {
     timer.reset();
-    aliveAfterwards = *held == 1;  // what the function holds outlives the timer
+    aliveAfterwards = *held == 1;  // the function's captures outlive the timer
   });
   ASSERT_TRUE(RunUntil([&] { return timer == nullptr && watched.expired(); }));
   EXPECT_TRUE(aliveAfterwards);

@@ -7,7 +7,7 @@
 
 namespace desk {
 
-/// A directory that goes with the object.
+/// A directory that is removed with the object.
 class TemporaryDirectory {
  public:
   TemporaryDirectory();
@@ -22,10 +22,10 @@ class TemporaryDirectory {
 
 std::string ReadFile(const std::string& path);
 void WriteFile(const std::string& path, const std::string& content);
-/// Relative paths of all that lies below, sorted; directories end in "/".
+/// Relative paths of everything below, sorted; directories end in "/".
 std::vector<std::string> ListTree(const std::string& directory);
 
-/// Makes zip archives with exactly the entries asked for, also such as no packer would write.
+/// Creates zip archives with exactly the given entries, even invalid ones.
 class PackageMaker {
  public:
   PackageMaker& Add(const std::string& name, const std::string& content, unsigned mode = 0100644);

@@ -20,7 +20,7 @@ namespace {
 
 using testing::HasSubstr;
 
-// The daemon is a script; what it does and says is looked at when it has ended.
+// The daemon is a script; its effects and output are checked after it has ended.
 class Launching : public testing::Test {
  protected:
   Launching() {
@@ -34,7 +34,7 @@ class Launching : public testing::Test {
     ASSERT_EQ(chmod(m_program.c_str(), 0755), 0);
   }
 
-  // What the script said.
+  // The script's output.
   std::string Run() { return Run(DaemonLauncher(m_options, m_paths.BusSocket())); }
   std::string Run(const DaemonLauncher& launcher) {
     const DeskDirectory directory(m_paths);

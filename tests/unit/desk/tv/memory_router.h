@@ -20,8 +20,8 @@
 
 namespace desk::tv {
 
-/// Runs the default main context until the condition holds; throws with the text when it does not
-/// within the time.
+/// Runs the default main context until the condition is true; throws with the text when it is not
+/// true in time.
 template <typename Condition>
 void RunUntil(const std::string& what, Condition condition, int seconds = 30) {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
@@ -85,7 +85,7 @@ class MemoryRouter : public Router {
     m_deferred.at(method)(request, Caller(), answer);
     return answer;
   }
-  /// The same; the function tells whether the reply is there.
+  /// The same; the function returns whether the reply has arrived.
   std::function<bool()> Begin(const std::string& method, const Json::Value& request) {
     return [answer = BeginCall(method, request)] { return answer->Done(); };
   }

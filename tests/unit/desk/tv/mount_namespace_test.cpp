@@ -32,7 +32,7 @@ class MountNamespace : public testing::Test {
  protected:
   MountNamespace() { support::MakeDirectories(m_dir / "tv/m"); }
 
-  // The steps of a test that fail give their own number.
+  // The exit status is the number of the failed step.
   int EnterAndMount() const {
     const std::string how = EnterMountNamespace(DeskPaths(m_dir / "tv"));
     if (how.find("the desk's own mount namespace") != 0) {

@@ -31,7 +31,7 @@ SandboxPlan Plan() {
   return plan;
 }
 
-// The arguments that follow one, wherever all of them stand in a row.
+// The arguments that follow these, wherever these occur in a row.
 bool Has(const std::vector<std::string>& arguments, const std::vector<std::string>& row) {
   return std::search(arguments.begin(), arguments.end(), row.begin(), row.end()) != arguments.end();
 }

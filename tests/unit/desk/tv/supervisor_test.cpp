@@ -24,8 +24,8 @@ SupervisorTimes QuickTimes() {
   return times;
 }
 
-// The daemons are shells that run what the test says; they do not tell that they are ready, the
-// test does.
+// The daemons are shells that run the test's commands; not they but the test reports that they are
+// ready.
 class Supervision : public testing::Test {
  protected:
   ~Supervision() override { m_supervisor.reset(); }
@@ -388,7 +388,7 @@ TEST_F(Supervision, TheDaemonsPidIsTheOneThatTheSandboxTells) {
   const std::string info = "{\n    \"child-pid\": " + std::to_string(inner) + "\n}\n";
   ASSERT_EQ(write(ends[1], info.data(), info.size()), static_cast<ssize_t>(info.size()));
   close(ends[1]);
-  // As the sandbox does it: it ends when the process in it has ended.
+  // Like the sandbox, it ends when the process in it has ended.
   m_script = "while kill -0 " + std::to_string(inner) + "; do sleep 0.01; done";
   m_supervisor = std::make_unique<Supervisor>(
       m_router, m_callers, m_log,

@@ -316,7 +316,7 @@ TEST_F(AppsTest, AStateRequestWaitsForTheAppsConnection) {
   EXPECT_EQ(StateRequests(), Texts{});
   Entered("state00001.App", "init");
   EXPECT_EQ(StateRequests(), Texts{":1.state00001.App init"});
-  EXPECT_FALSE(done()) << "the first word was the app's own";
+  EXPECT_FALSE(done()) << "the first status was not the requested one";
   Entered("state00001.App", "init");
   EXPECT_TRUE(done());
 }
@@ -423,7 +423,7 @@ TEST_F(AppsTest, TheProcessesOfAPackageAreEndedWithIt) {
   LaunchedPid("stays00001.Feed");
   Entered("goes000001.App", "preload");
   m_apps->EndPackage("goes000001");
-  // At once: what is told of the package comes behind what is told of its apps.
+  // At once: the event of the package follows the events of its apps.
   EXPECT_FALSE(Running("goes000001.Feed"));
   EXPECT_FALSE(Running("goes000001.App"));
   EXPECT_EQ(States("goes000001.Feed"), (Texts{"launched", "killed"}));

@@ -200,7 +200,7 @@ TEST_F(MountsTest, ImagesMayLieOverEachOther) {
   EXPECT_EQ(Unmount()["result"], 0);
 }
 
-// A /dev with what a container may be given: the control of the loop devices, but none of them.
+// A /dev as in a container: with the loop control device but without loop devices.
 class OwnDevices {
  public:
   OwnDevices() {
@@ -213,7 +213,7 @@ class OwnDevices {
   OwnDevices(const OwnDevices&) = delete;
   OwnDevices& operator=(const OwnDevices&) = delete;
 
-  /// Nodes that can be opened, and are no loop devices.
+  /// Nodes that can be opened but are not loop devices.
   static void MakeUselessLoops() {
     for (int i = 0; i < 64; ++i) {
       WriteFile("/dev/loop" + std::to_string(i), "");

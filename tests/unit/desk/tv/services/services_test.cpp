@@ -16,7 +16,7 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-// How the parts hear of each other.
+// How the services notify each other.
 class ServicesTest : public ::testing::Test {
  protected:
   ServicesTest() : m_paths(m_directory.Path() + "/tv") {
@@ -101,7 +101,7 @@ TEST_F(ServicesTest, AnUpdateEndsTheProcessesAndKeepsTheEntry) {
   Install("update0001", "2.0.0", true);
   RunUntil("the end of the service", [&] { return kill(pid, 0) != 0; });
   EXPECT_EQ(Dump("was").size(), 1u);
-  EXPECT_EQ(m_router.Events("key").size(), 1u) << "it is not learned of again";
+  EXPECT_EQ(m_router.Events("key").size(), 1u) << "the app is not announced again";
   EXPECT_EQ(Dump("packages")[0]["version"], "2.0.0");
 }
 
