@@ -13,6 +13,7 @@
 #include <stdexcept>
 
 #include "contract_control.h"
+#include "desk/common/base64.h"
 #include "desk/common/bus_client.h"
 #include "desk_package.h"
 #include "desk_process.h"
@@ -50,14 +51,10 @@ Json::Value ToJson(const Entry& entry) {
         value["value"].append(text);
       }
       break;
-    case Entry::Kind::kBytes: {
-      const std::string& bytes = entry.values.at(0);
-      gchar* text = g_base64_encode(reinterpret_cast<const guchar*>(bytes.data()), bytes.size());
+    case Entry::Kind::kBytes:
       value["type"] = 2;
-      value["bytes"] = text;
-      g_free(text);
+      value["bytes"] = desk::ToBase64(entry.values.at(0));
       break;
-    }
   }
   return value;
 }

@@ -30,8 +30,12 @@ bool Names(const std::string& text, const std::string& id, bool apps) {
   }
   for (auto at = text.find(id); at != std::string::npos; at = text.find(id, at + 1)) {
     const std::size_t end = at + id.size();
-    if (at > 0 && (IsIdCharacter(text[at - 1]) || text[at - 1] == '.')) continue;
-    if (end < text.size() && IsIdCharacter(text[end])) continue;
+    if (at > 0 && (IsIdCharacter(text[at - 1]) || text[at - 1] == '.')) {
+      continue;
+    }
+    if (end < text.size() && IsIdCharacter(text[end])) {
+      continue;
+    }
     const bool continued =
         end + 1 < text.size() && text[end] == '.' && IsIdCharacter(text[end + 1]);
     if (!continued || apps) {
@@ -165,7 +169,9 @@ std::vector<AccountLine> AccountOf(const Evidence& evidence, const DeskPaths& pa
     journal.Read(entry, account);
   }
   for (const auto& run : evidence.runs) {
-    if (subject.Covers(run.app)) AddOutput(paths, run, now, account);
+    if (subject.Covers(run.app)) {
+      AddOutput(paths, run, now, account);
+    }
   }
   for (const auto& text : evidence.tvLog) {
     const auto line = ParseTvLogLine(text);

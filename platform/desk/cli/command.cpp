@@ -48,10 +48,14 @@ std::vector<std::string> Invocation::All(const std::string& name) const {
 
 int64_t Invocation::Number(const std::string& name, int64_t otherwise, int64_t least,
                            int64_t most) const {
-  if (!Has(name)) return otherwise;
+  if (!Has(name)) {
+    return otherwise;
+  }
   const std::string text = Text(name);
   const auto number = ReadNumber(text);
-  if (!number) BadNumber(name, text, "a whole number");
+  if (!number) {
+    BadNumber(name, text, "a whole number");
+  }
   if (*number < least || *number > most) {
     BadNumber(name, text,
               most == INT64_MAX ? "at least " + std::to_string(least)
@@ -61,20 +65,27 @@ int64_t Invocation::Number(const std::string& name, int64_t otherwise, int64_t l
 }
 
 uint64_t Invocation::Unsigned(const std::string& name, uint64_t otherwise) const {
-  if (!Has(name)) return otherwise;
+  if (!Has(name)) {
+    return otherwise;
+  }
   const std::string text = Text(name);
   const auto number = ReadUnsigned(text);
-  if (!number) BadNumber(name, text, "a whole number from 0 to 18446744073709551615");
+  if (!number) {
+    BadNumber(name, text, "a whole number from 0 to 18446744073709551615");
+  }
   return *number;
 }
 
 double Invocation::Seconds(const std::string& name, double otherwise) const {
-  if (!Has(name)) return otherwise;
+  if (!Has(name)) {
+    return otherwise;
+  }
   const std::string text = Text(name);
   char* end = nullptr;
   const double number = std::strtod(text.c_str(), &end);
-  if (text.empty() || *end != '\0' || !(number >= 0 && number <= MOST_SECONDS))
+  if (text.empty() || *end != '\0' || !(number >= 0 && number <= MOST_SECONDS)) {
     BadNumber(name, text, "a number of seconds, 0 or more");
+  }
   return number;
 }
 

@@ -31,7 +31,9 @@ Head ReadHead(const std::vector<std::string>& words) {
     if (word.compare(0, 7, "--root=") == 0) {
       head.root = word.substr(7);
     } else if (word == "--root") {
-      if (++head.next == words.size()) throw Failure(Exit::Usage, "--root needs a directory");
+      if (++head.next == words.size()) {
+        throw Failure(Exit::Usage, "--root needs a directory");
+      }
       head.root = words[head.next];
     } else if (IsHelp(word)) {
       head.help = true;
@@ -58,7 +60,9 @@ Head ReadHead(const std::vector<std::string>& words) {
 
 [[noreturn]] void VerbMissing(const CommandTable& table, const std::string& group) {
   std::string list;
-  for (const auto& word : table.Words(group)) list += (list.empty() ? "" : ", ") + word;
+  for (const auto& word : table.Words(group)) {
+    list += (list.empty() ? "" : ", ") + word;
+  }
   throw Failure(Exit::Usage, "tv " + group + " needs one of: " + list);
 }
 
@@ -69,14 +73,22 @@ const Command* TakeVerbs(const CommandTable& table, const std::vector<std::strin
   const std::string& first = words[next++];
   if (!table.IsGroup(first)) {
     const Command* command = table.Find(first);
-    if (command == nullptr) UnknownVerb(table, "", first);
+    if (command == nullptr) {
+      UnknownVerb(table, "", first);
+    }
     return command;
   }
   group = first;
-  if (next == words.size()) VerbMissing(table, first);
-  if (IsHelp(words[next])) return nullptr;
+  if (next == words.size()) {
+    VerbMissing(table, first);
+  }
+  if (IsHelp(words[next])) {
+    return nullptr;
+  }
   const Command* command = table.Find(first + " " + words[next]);
-  if (command == nullptr) UnknownVerb(table, first, words[next]);
+  if (command == nullptr) {
+    UnknownVerb(table, first, words[next]);
+  }
   ++next;
   return command;
 }
@@ -89,8 +101,12 @@ class Parser {
     m_app.add_option("--root", m_root)->type_size(1);
     m_values.resize(command.arguments.size() + command.options.size());
     size_t slot = 0;
-    for (const auto& argument : command.arguments) AddArgument(argument, m_values[slot++]);
-    for (const auto& option : command.options) AddOption(option, m_values[slot++]);
+    for (const auto& argument : command.arguments) {
+      AddArgument(argument, m_values[slot++]);
+    }
+    for (const auto& option : command.options) {
+      AddOption(option, m_values[slot++]);
+    }
   }
 
   /// Returns false when the help is wanted.
@@ -109,8 +125,12 @@ class Parser {
   Invocation Words() const {
     Invocation words;
     size_t slot = 0;
-    for (const auto& argument : m_command.arguments) Put(words, argument.name, slot++);
-    for (const auto& option : m_command.options) Put(words, option.Key(), slot++);
+    for (const auto& argument : m_command.arguments) {
+      Put(words, argument.name, slot++);
+    }
+    for (const auto& option : m_command.options) {
+      Put(words, option.Key(), slot++);
+    }
     return words;
   }
 
@@ -129,7 +149,9 @@ class Parser {
     value.many = argument.count == Argument::Count::Any;
     value.option = value.many ? m_app.add_option(argument.name, value.texts)
                               : m_app.add_option(argument.name, value.text);
-    if (argument.count == Argument::Count::One) value.option->required();
+    if (argument.count == Argument::Count::One) {
+      value.option->required();
+    }
   }
 
   void AddOption(const Option& option, Value& value) {
@@ -140,7 +162,9 @@ class Parser {
 
   void Put(Invocation& words, const std::string& name, size_t slot) const {
     const Value& value = m_values[slot];
-    if (value.option->count() == 0) return;
+    if (value.option->count() == 0) {
+      return;
+    }
     if (value.many) {
       words.Set(name, value.texts);
     } else {
@@ -177,7 +201,9 @@ class Parser {
 
 std::string Joined(const std::vector<std::string>& words, size_t from) {
   std::string text;
-  for (size_t i = from; i < words.size(); ++i) text += (i == from ? "" : " ") + words[i];
+  for (size_t i = from; i < words.size(); ++i) {
+    text += (i == from ? "" : " ") + words[i];
+  }
   return text;
 }
 
@@ -191,18 +217,26 @@ Request Text(std::string text) {
 
 Request ReadCommandLine(const CommandTable& table, const std::vector<std::string>& words) {
   const Head head = ReadHead(words);
-  if (head.version) return Text(std::string(VERSION_TEXT) + "\n");
-  if (head.next == words.size()) return Text(Overview(table));
+  if (head.version) {
+    return Text(std::string(VERSION_TEXT) + "\n");
+  }
+  if (head.next == words.size()) {
+    return Text(Overview(table));
+  }
   size_t next = head.next;
-  if (words[next] == "help")
+  if (words[next] == "help") {
     return Text(next + 1 == words.size() ? Overview(table) : Help(table, Joined(words, next + 1)));
+  }
   std::string group;
   const Command* command = TakeVerbs(table, words, next, group);
-  if (command == nullptr) return Text(Help(table, group));
+  if (command == nullptr) {
+    return Text(Help(table, group));
+  }
   Parser parser(*command);
   using Difference = std::vector<std::string>::difference_type;
-  if (head.help || !parser.Parse({words.begin() + static_cast<Difference>(next), words.end()}))
+  if (head.help || !parser.Parse({words.begin() + static_cast<Difference>(next), words.end()})) {
     return Text(Help(table, command->path));
+  }
   Request request;
   request.command = command;
   request.words = parser.Words();

@@ -37,17 +37,29 @@ CommandTable MakeTable() {
 }
 
 Exit ExitOf(const DeskError& error) {
-  if (error.Code() == DeskError::Usage) return Exit::Usage;
-  if (error.Code() == DeskError::NotFound) return Exit::NotFound;
-  if (error.Code() == DeskError::Timeout) return Exit::TimedOut;
-  if (error.Code() == DeskError::NoTv) return Exit::NotRunning;
+  if (error.Code() == DeskError::Usage) {
+    return Exit::Usage;
+  }
+  if (error.Code() == DeskError::NotFound) {
+    return Exit::NotFound;
+  }
+  if (error.Code() == DeskError::Timeout) {
+    return Exit::TimedOut;
+  }
+  if (error.Code() == DeskError::NoTv) {
+    return Exit::NotRunning;
+  }
   return Exit::Failed;
 }
 
 int Fail(std::ostream& out, std::ostream& err, Exit code, std::string text) {
   out.flush();
-  while (!text.empty() && text.back() == '\n') text.pop_back();
-  for (char& c : text) c = c == '\n' ? ' ' : c;
+  while (!text.empty() && text.back() == '\n') {
+    text.pop_back();
+  }
+  for (char& c : text) {
+    c = c == '\n' ? ' ' : c;
+  }
   err << "tv: " << text << '\n';
   return static_cast<int>(code);
 }

@@ -134,8 +134,12 @@ int Status(Session& session, const Invocation& words) {
 
 /// "channel-list" and "epg" are short for the two operations that the daemon sets.
 std::string OperationNamed(const std::string& name) {
-  if (name == "channel-list" || name == "channel_list") return ORV_OPERATION_CHANNEL_LIST;
-  if (name == "epg") return ORV_OPERATION_EPG;
+  if (name == "channel-list" || name == "channel_list") {
+    return ORV_OPERATION_CHANNEL_LIST;
+  }
+  if (name == "epg") {
+    return ORV_OPERATION_EPG;
+  }
   return name;
 }
 

@@ -78,7 +78,9 @@ int Bring(Session& session, const Invocation& words, bool update) {
   ProgressBar bar(session.Out(), update ? "updating" : "installing");
   if (shown) {
     session.Tv().Subscribe("package", [&bar](const Json::Value& event) {
-      if (event["state"].asString() == "processing") bar.Show(event["progress"].asInt());
+      if (event["state"].asString() == "processing") {
+        bar.Show(event["progress"].asInt());
+      }
     });
   }
   Json::Value reply;

@@ -47,7 +47,9 @@ class ReplyPort {
         m_port(words.Text("reply-port")),
         m_timeout(words.Seconds("timeout", 5)) {
     session.Tv().Subscribe("port", [this](const Json::Value& event) {
-      if (m_reply.isNull() && event["port"].asString() == m_port) m_reply = event;
+      if (m_reply.isNull() && event["port"].asString() == m_port) {
+        m_reply = event;
+      }
     });
     Json::Value request = Object({{"port", m_port}});
     if (words.Has("from")) {

@@ -73,7 +73,9 @@ std::string Cut(std::string text) {
 Json::Value Named(const Json::Value& element, const Texts& names) {
   Json::Value part(Json::objectValue);
   for (const auto& name : element.getMemberNames()) {
-    if (names.count(name) != 0) part[name] = element[name];
+    if (names.count(name) != 0) {
+      part[name] = element[name];
+    }
   }
   return part;
 }
@@ -116,14 +118,18 @@ bool Condition::Holds(const Json::Value& dump) {
 void Condition::CheckMembers(const Json::Value& dump) {
   const Jq::Result result = m_program.Run(dump);
   for (const auto& name : MemberNames(m_expression)) {
-    if (dump.isMember(name)) continue;
+    if (dump.isMember(name)) {
+      continue;
+    }
     for (const auto& probe : Probes(m_expression)) {
       Json::Value with = dump;
       with[name] = probe;
       Json::Value other = dump;
       other[UNRELATED_MEMBER] = probe;
       // An expression over all members sees both.
-      if (Same(m_program.Run(with), result) || !Same(m_program.Run(other), result)) continue;
+      if (Same(m_program.Run(with), result) || !Same(m_program.Run(other), result)) {
+        continue;
+      }
       const std::string near = Nearest(name, dump.getMemberNames());
       throw Failure(Exit::Usage, "the dump has no member " + name +
                                      (near.empty() ? ": `tv dump` shows its members"
@@ -136,7 +142,9 @@ std::string Condition::Missing(const Json::Value& dump) {
   const Texts names = MemberNames(m_expression);
   std::string values;
   for (const auto& path : MemberPaths(m_expression)) {
-    if (path[0] != '.' || !dump.isMember(Head(path))) continue;
+    if (path[0] != '.' || !dump.isMember(Head(path))) {
+      continue;
+    }
     values += (values.empty() ? "" : "; ") + ("`" + path + "` ") +
               Cut(ValueText(Jq(path).Run(dump), names));
   }

@@ -107,7 +107,9 @@ class LoadWaits {
 bool WaitsForWidgetId(const std::vector<Json::Value>& entries) {
   bool waits = false;
   for (const auto& entry : entries) {
-    if (Text(entry, 0) != WIDGET_ID_KEY) continue;
+    if (Text(entry, 0) != WIDGET_ID_KEY) {
+      continue;
+    }
     waits = Is(entry, "vconf_notify_key_changed") && entry["result"].asString() == "0";
   }
   return waits;
@@ -117,7 +119,9 @@ void DescribeRetry(const std::vector<Json::Value>& entries, Timestamp now,
                    std::vector<std::string>& waits) {
   std::optional<LaunchRequest> last;
   for (auto& request : LaunchRequestsIn(entries)) {
-    if (request.background) last = std::move(request);
+    if (request.background) {
+      last = std::move(request);
+    }
   }
   if (last && last->result == APP_CONTROL_ERROR_LAUNCH_REJECTED &&
       now - last->time <= RETRY_LIMIT) {
@@ -189,7 +193,9 @@ std::optional<Timestamp> NextTick(const std::vector<Json::Value>& entries) {
     const bool start = IsSend(entry, EVENT_START);
     networkTime = networkTime || ReadsNetworkTime(entry) || (start && IsKeyAtOne(previous));
     if ((start && networkTime) || IsSend(entry, EVENT_TICK)) {
-      if (const auto time = TimeOf(entry)) next = *time + TICK;
+      if (const auto time = TimeOf(entry)) {
+        next = *time + TICK;
+      }
     }
     previous = entry;
   }

@@ -29,7 +29,9 @@ using Line = std::pair<std::string, std::string>;
 
 std::string Lines(const std::vector<Line>& lines) {
   size_t width = 0;
-  for (const auto& line : lines) width = std::max(width, DisplayWidth(line.first));
+  for (const auto& line : lines) {
+    width = std::max(width, DisplayWidth(line.first));
+  }
   std::string text;
   for (const auto& line : lines) {
     text += "  " + line.first + std::string(width - DisplayWidth(line.first), ' ') + "  " +
@@ -52,7 +54,9 @@ std::string Shown(const Argument& argument) {
 
 std::string ShownNames(const Option& option) {
   std::string text;
-  for (const char c : option.names) text += c == ',' ? std::string(", ") : std::string(1, c);
+  for (const char c : option.names) {
+    text += c == ',' ? std::string(", ") : std::string(1, c);
+  }
   return option.value.empty() ? text : text + " " + option.value;
 }
 
@@ -64,8 +68,9 @@ std::string ShortUsage(const Option& option) {
 
 std::string GroupHelp(const CommandTable& table, const Group& group) {
   std::vector<Line> lines;
-  for (const Command* command : table.Below(group.name))
+  for (const Command* command : table.Below(group.name)) {
     lines.emplace_back(UsageLine(*command), command->summary);
+  }
   return "tv " + group.name + " - " + group.summary + "\n\nCommands:\n" + Lines(lines) +
          "\n`tv help " + group.name + " VERB` describes one of them.\n";
 }
@@ -73,12 +78,20 @@ std::string GroupHelp(const CommandTable& table, const Group& group) {
 std::string CommandHelp(const Command& command) {
   std::string text =
       "tv " + command.path + " - " + command.summary + "\n\nUsage: " + UsageLine(command) + "\n";
-  if (!command.details.empty()) text += "\n" + command.details + "\n";
+  if (!command.details.empty()) {
+    text += "\n" + command.details + "\n";
+  }
   std::vector<Line> lines;
-  for (const auto& argument : command.arguments) lines.emplace_back(argument.name, argument.help);
-  if (!lines.empty()) text += "\nArguments:\n" + Lines(lines);
+  for (const auto& argument : command.arguments) {
+    lines.emplace_back(argument.name, argument.help);
+  }
+  if (!lines.empty()) {
+    text += "\nArguments:\n" + Lines(lines);
+  }
   lines.clear();
-  for (const auto& option : command.options) lines.emplace_back(ShownNames(option), option.help);
+  for (const auto& option : command.options) {
+    lines.emplace_back(ShownNames(option), option.help);
+  }
   lines.emplace_back("--root DIR", "directory of the desk");
   lines.emplace_back("-h, --help", "print this help");
   return text + "\nOptions:\n" + Lines(lines);
@@ -99,9 +112,11 @@ bool CommandTable::IsGroup(const std::string& name) const {
 
 std::vector<const Command*> CommandTable::Below(const std::string& name) const {
   std::vector<const Command*> found;
-  for (const auto& command : commands)
-    if (command.path == name || command.path.compare(0, name.size() + 1, name + " ") == 0)
+  for (const auto& command : commands) {
+    if (command.path == name || command.path.compare(0, name.size() + 1, name + " ") == 0) {
       found.push_back(&command);
+    }
+  }
   return found;
 }
 
@@ -111,36 +126,56 @@ std::vector<std::string> CommandTable::Words(const std::string& group) const {
     const auto blank = command.path.find(' ');
     std::string word = command.path.substr(0, blank);
     if (!group.empty()) {
-      if (word != group || blank == std::string::npos) continue;
+      if (word != group || blank == std::string::npos) {
+        continue;
+      }
       word = command.path.substr(blank + 1);
     }
-    if (words.empty() || words.back() != word) words.push_back(word);
+    if (words.empty() || words.back() != word) {
+      words.push_back(word);
+    }
   }
-  if (group.empty()) words.push_back("help");
+  if (group.empty()) {
+    words.push_back("help");
+  }
   return words;
 }
 
 std::string UsageLine(const Command& command) {
   std::string text = "tv " + command.path;
-  for (const auto& option : command.options) text += " " + ShortUsage(option);
-  for (const auto& argument : command.arguments) text += " " + Shown(argument);
+  for (const auto& option : command.options) {
+    text += " " + ShortUsage(option);
+  }
+  for (const auto& argument : command.arguments) {
+    text += " " + Shown(argument);
+  }
   return text;
 }
 
 std::string Overview(const CommandTable& table) {
   std::vector<Line> lines;
   for (const auto& word : table.Words("")) {
-    if (const Command* command = table.Find(word)) lines.emplace_back(word, command->summary);
-    for (const auto& group : table.groups)
-      if (group.name == word) lines.emplace_back(word, group.summary);
+    if (const Command* command = table.Find(word)) {
+      lines.emplace_back(word, command->summary);
+    }
+    for (const auto& group : table.groups) {
+      if (group.name == word) {
+        lines.emplace_back(word, group.summary);
+      }
+    }
   }
   return std::string(HEAD) + "\nCommands:\n" + Lines(lines) + TAIL;
 }
 
 std::string Help(const CommandTable& table, const std::string& path) {
-  for (const auto& group : table.groups)
-    if (group.name == path) return GroupHelp(table, group);
-  if (const Command* command = table.Find(path)) return CommandHelp(*command);
+  for (const auto& group : table.groups) {
+    if (group.name == path) {
+      return GroupHelp(table, group);
+    }
+  }
+  if (const Command* command = table.Find(path)) {
+    return CommandHelp(*command);
+  }
   const auto blank = path.find(' ');
   const std::string first = path.substr(0, blank);
   const bool below = blank != std::string::npos && table.IsGroup(first);

@@ -15,8 +15,12 @@ namespace {
 constexpr std::size_t JOURNAL_BYTES = 1 << 20;  // many times what a wait writes
 
 std::string Shown(const Json::Value& value) {
-  if (value.isBool()) return value.asBool() ? "yes" : "no";
-  if (value.isObject() || value.isArray()) return FormatJson(value);
+  if (value.isBool()) {
+    return value.asBool() ? "yes" : "no";
+  }
+  if (value.isObject() || value.isArray()) {
+    return FormatJson(value);
+  }
   return value.asString();
 }
 

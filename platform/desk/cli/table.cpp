@@ -10,9 +10,15 @@ namespace desk::cli {
 namespace {
 
 std::string Escaped(unsigned char byte) {
-  if (byte == '\n') return "\\n";
-  if (byte == '\t') return "\\t";
-  if (byte == '\r') return "\\r";
+  if (byte == '\n') {
+    return "\\n";
+  }
+  if (byte == '\t') {
+    return "\\t";
+  }
+  if (byte == '\r') {
+    return "\\r";
+  }
   char text[8];
   std::snprintf(text, sizeof text, "\\x%02x", byte);
   return text;
@@ -30,10 +36,11 @@ std::string OneLine(const std::string& text) {
   std::string line;
   for (const char c : text) {
     const auto byte = static_cast<unsigned char>(c);
-    if (byte < 0x20 || byte == 0x7f)
+    if (byte < 0x20 || byte == 0x7f) {
       line += Escaped(byte);
-    else
+    } else {
       line += c;
+    }
   }
   return line;
 }
@@ -42,7 +49,9 @@ Table::Table(std::vector<std::string> head) : m_head(std::move(head)), m_right(m
 
 void Table::Add(std::vector<std::string> row) {
   row.resize(m_head.size());
-  for (auto& cell : row) cell = cell.empty() ? "-" : OneLine(cell);
+  for (auto& cell : row) {
+    cell = cell.empty() ? "-" : OneLine(cell);
+  }
   m_rows.push_back(std::move(row));
 }
 
@@ -54,7 +63,9 @@ std::vector<size_t> Table::Widths() const {
   std::vector<size_t> widths;
   for (size_t i = 0; i < m_head.size(); ++i) {
     size_t width = DisplayWidth(m_head[i]);
-    for (const auto& row : m_rows) width = std::max(width, DisplayWidth(row[i]));
+    for (const auto& row : m_rows) {
+      width = std::max(width, DisplayWidth(row[i]));
+    }
     widths.push_back(width);
   }
   return widths;
@@ -65,7 +76,9 @@ void Table::PrintRow(std::ostream& out, const std::vector<std::string>& row,
   std::string line;
   for (size_t i = 0; i < row.size(); ++i) {
     const std::string blanks(widths[i] - DisplayWidth(row[i]), ' ');
-    if (i > 0) line += "  ";
+    if (i > 0) {
+      line += "  ";
+    }
     line += m_right[i] ? blanks + row[i] : row[i] + blanks;
   }
   line.erase(line.find_last_not_of(' ') + 1);
@@ -75,7 +88,9 @@ void Table::PrintRow(std::ostream& out, const std::vector<std::string>& row,
 void Table::Print(std::ostream& out) const {
   const auto widths = Widths();
   PrintRow(out, m_head, widths);
-  for (const auto& row : m_rows) PrintRow(out, row, widths);
+  for (const auto& row : m_rows) {
+    PrintRow(out, row, widths);
+  }
 }
 
 }  // namespace desk::cli

@@ -31,12 +31,18 @@ std::string Plural(std::int64_t count, const std::string& noun) {
 std::string DurationText(Timestamp duration) {
   const std::int64_t seconds =
       std::max<std::int64_t>(0, std::chrono::duration_cast<std::chrono::seconds>(duration).count());
-  if (seconds < MINUTE) return Plural(seconds, "second");
+  if (seconds < MINUTE) {
+    return Plural(seconds, "second");
+  }
   if (seconds < LONGEST_IN_SECONDS) {
     return TwoUnits(seconds / MINUTE, "minute", seconds % MINUTE, "second");
   }
-  if (seconds < HOUR) return Plural(seconds / MINUTE, "minute");
-  if (seconds < DAY) return TwoUnits(seconds / HOUR, "hour", seconds / MINUTE % 60, "minute");
+  if (seconds < HOUR) {
+    return Plural(seconds / MINUTE, "minute");
+  }
+  if (seconds < DAY) {
+    return TwoUnits(seconds / HOUR, "hour", seconds / MINUTE % 60, "minute");
+  }
   return TwoUnits(seconds / DAY, "day", seconds / HOUR % 24, "hour");
 }
 

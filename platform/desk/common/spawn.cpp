@@ -13,15 +13,15 @@
 namespace desk {
 namespace {
 
-// What the processes between here and the program tell, each in one write.
-struct Word {
+// Sent through a pipe from the forked processes to Spawn(), each in one write.
+struct Message {
   enum class Kind { Pid, Error };
   Kind kind;
   int value;
 };
 
-// All that the child needs, made before the fork: after it only calls that are safe in a signal
-// handler are allowed, because other threads may hold locks.
+// All that the child needs, prepared before fork(): other threads may hold locks at that moment, so
+// the child may only make async-signal-safe calls.
 struct ChildPlan {
   const char* program;
   char* const* arguments;
@@ -35,9 +35,9 @@ struct ChildPlan {
   pid_t parent;
 };
 
-void Report(const ChildPlan& plan, Word::Kind kind, int value) {
-  const Word word{kind, value};
-  [[maybe_unused]] const ssize_t written = write(plan.report, &word, sizeof(word));
+void Report(const ChildPlan& plan, Message::Kind kind, int value) {
+  const Message message{kind, value};
+  [[maybe_unused]] const ssize_t written = write(plan.report, &message, sizeof(message));
 }
 
 void ResetSignals() {
@@ -70,17 +70,17 @@ bool PrepareChild(const ChildPlan& plan) {
   if (PrepareChild(plan)) {
     execve(plan.program, plan.arguments, plan.environment);
   }
-  Report(plan, Word::Kind::Error, errno);
+  Report(plan, Message::Kind::Error, errno);
   _exit(127);
 }
 
-// Stands between the caller and an orphan, and ends at once.
+// The parent of an orphan. Exits at once, so that the orphan is not the caller's child.
 [[noreturn]] void RunMiddle(const ChildPlan& plan) {
   const pid_t pid = fork();
   if (pid == 0) {
     RunChild(plan);
   }
-  Report(plan, pid < 0 ? Word::Kind::Error : Word::Kind::Pid, pid < 0 ? errno : pid);
+  Report(plan, pid < 0 ? Message::Kind::Error : Message::Kind::Pid, pid < 0 ? errno : pid);
   _exit(0);
 }
 
@@ -89,12 +89,12 @@ void Await(pid_t pid) {
   }
 }
 
-// The pipe closes without a word of an error when the program runs.
+// Reads until the pipe is closed: execve() closes it, so no error message means success.
 void Listen(int fd, Spawned& spawned) {
-  Word word{};
-  for (ssize_t size = 0; (size = read(fd, &word, sizeof(word))) != 0;) {
-    if (size == sizeof(word)) {
-      (word.kind == Word::Kind::Pid ? spawned.pid : spawned.error) = word.value;
+  Message message{};
+  for (ssize_t size = 0; (size = read(fd, &message, sizeof(message))) != 0;) {
+    if (size == sizeof(message)) {
+      (message.kind == Message::Kind::Pid ? spawned.pid : spawned.error) = message.value;
     } else if (errno != EINTR) {
       return;
     }

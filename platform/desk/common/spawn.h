@@ -9,7 +9,7 @@
 
 namespace desk {
 
-/// A descriptor with its owner.
+/// Owns a file descriptor and closes it.
 class Descriptor {
  public:
   explicit Descriptor(int fd) : m_fd(fd) {}
@@ -23,32 +23,34 @@ class Descriptor {
   int m_fd;
 };
 
-/// How a process begins. It leads a session of its own, and finds its signals as a program expects
-/// them.
+/// What Spawn() starts. The process leads its own session, blocks no signal and has the default
+/// action for each.
 struct SpawnSpec {
-  std::string program;                   ///< path
-  std::vector<std::string> arguments;    ///< the first is the program's name
-  std::vector<std::string> environment;  ///< all of it
-  std::string directory;                 ///< working directory; the caller's when empty
-  std::vector<int> keep;                 ///< descriptors that stay open under their numbers
+  std::string program;                   ///< path of the executable
+  std::vector<std::string> arguments;    ///< including argv[0]
+  std::vector<std::string> environment;  ///< "NAME=value"; nothing is inherited
+  std::string directory;                 ///< working directory; empty: the caller's
+  std::vector<int> keep;                 ///< descriptors that stay open, with the same numbers
   int input = -1;                        ///< becomes standard input
   int output = -1;                       ///< becomes standard output and standard error
-  bool orphan = false;  ///< nobody's child, and outlives the caller; else the caller's child, which
-                        ///< gets SIGKILL when the calling thread ends
+  /// True: the process outlives the caller and is not its child. False: it is the caller's child
+  /// and gets SIGKILL when the calling thread ends.
+  bool orphan = false;
 };
 
 struct Spawned {
-  pid_t pid = -1;  ///< of the process, also of one that could not run the program
-  int error = 0;   ///< errno when the program does not run
+  pid_t pid = -1;  ///< also set when the process could not execute the program; -1: no process
+  int error = 0;   ///< errno of the step that failed; 0: the program is running
 };
 
-/// Returns once the program runs, or is known not to; then nothing is left to be waited for.
+/// Blocks until the program has been executed or that has failed. After a failure there is no child
+/// to wait for. Callable from any thread.
 Spawned Spawn(const SpawnSpec& spec);
 
-/// Null-terminated, as exec takes them. Good as long as the strings stay as they are.
+/// The null-terminated array that execve() takes. Valid until `strings` changes.
 std::vector<char*> Pointers(const std::vector<std::string>& strings);
 
-/// This process's own, "NAME=value" each.
+/// The environment of this process, "NAME=value" each.
 std::vector<std::string> OwnEnvironment();
 
 }  // namespace desk
