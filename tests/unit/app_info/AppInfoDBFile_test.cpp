@@ -120,7 +120,7 @@ TEST_F(AppInfoDBFile, AGoodFileIsKeptWithItsRows) {
   ExpectUsable(db);
 }
 
-TEST_F(AppInfoDBFile, AnEmptyFileIsRemovedAndMadeAnew) {
+TEST_F(AppInfoDBFile, AnEmptyFileIsRemovedAndCreatedAgain) {
   WriteFile(StorePath(), "");
   AppInfoDB db;
   db.OpenDB();

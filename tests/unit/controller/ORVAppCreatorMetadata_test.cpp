@@ -101,7 +101,7 @@ TEST_F(MetadataTest, TheSeparatorMayBeAnyCharacter) {
   EXPECT_EQ(DataValue("key"), "v");
 }
 
-TEST_F(MetadataTest, AKeyWhoseWordStandsFurtherInIsCutAtTheFixedPlace) {
+TEST_F(MetadataTest, AKeyWithALaterCategoryIsCutAtTheFixedPosition) {
   EXPECT_FALSE(Create({{METADATA_PREFIX + "x/orv_type/other", "1"}}));
   EXPECT_THAT(fake::LogTexts(),
               HasLogsInOrder(Texts({"[Info] packageID : pkg, sDataKey : e/other, sDataValue : 1",
@@ -143,7 +143,7 @@ TEST_F(MetadataTest, DataWithoutATypeIsCollectedAndRefused) {
   EXPECT_THAT(Cached(), IsEmpty());
 }
 
-TEST_F(MetadataTest, AfterARefusalThePackageIsSeenAfresh) {
+TEST_F(MetadataTest, AfterARefusalThePackageIsReadAgain) {
   EXPECT_FALSE(Create({{TypeKey("stranger"), "1"}, {DataKey("key"), "old"}}));
   EXPECT_TRUE(Create({{TypeKey("other"), "1"}, {DataKey("key"), "new"}}));
   EXPECT_EQ(DataValue("key"), "new");

@@ -285,7 +285,7 @@ TEST_F(UpdateTest, TheHeadGoesAndANewTypeComesAroundWhatIsLeft) {
   const Owned<Layer> owner(Made<kC>::s_layer);
 }
 
-TEST_F(UpdateTest, AnUpdateThatFailedIsForgottenAndTheNextOneSeesAfresh) {
+TEST_F(UpdateTest, AFailedUpdateIsForgottenAndTheNextOneReadsAgain) {
   Have({{"a", "1"}});
   Update({{TypeKey("a"), "first"}});
   fake::Fail("package_info_get_version");

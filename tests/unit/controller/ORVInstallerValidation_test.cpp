@@ -67,7 +67,7 @@ TEST_F(Validation, AFailureOfTheSecondListRemovesNothing) {
   EXPECT_THAT(Cached("unknown"), NotNull());
 }
 
-TEST_F(Validation, TwoFailuresAreTwoLinesAndNothingIsLookedAt) {
+TEST_F(Validation, TwoFailuresAreTwoLinesAndNothingIsChecked) {
   RecordingApp gone("gone");
   fake::AddWasApp({"gone", "gone.ui", "w1", 2, 1});
   Installer();

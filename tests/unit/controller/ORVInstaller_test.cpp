@@ -127,7 +127,7 @@ TEST_F(ORVInstallerCreation, StoredRecordsAreLoadedAndThenRun) {
                                                       "[Info] GetPackagedDataType bUpdatable:0"})));
 }
 
-TEST_F(ORVInstallerCreation, TheScheduleIsMadeAnewFromTheStoredRecordsAndTheirDueTimes) {
+TEST_F(ORVInstallerCreation, TheScheduleIsRebuiltFromTheStoredRecordsAndDueTimes) {
   const std::string type = "{\"orv_type\":{\"ch_feeder_custom\":\"standard\"}";
   const std::string due = "{\"expiration_date_str\":\"2030-01-01T00:00:00Z\"}";
   records::StoreRow("a", type + ",\"orv_data\":" + due + "}\n");
@@ -325,7 +325,7 @@ TEST_F(ORVInstallerSending, AnEventGoesToTheTaskWithItsPayload) {
               HasLogsInOrder(Texts({"[Info] event_type[999]", "[Info] pEvent : 999"})));
 }
 
-TEST_F(ORVInstallerSending, AnEventBearsItsPayloadAndNothingElse) {
+TEST_F(ORVInstallerSending, AnEventContainsItsPayloadAndNothingElse) {
   Installer();
   RecordingApp app("held");
   Gate gate;

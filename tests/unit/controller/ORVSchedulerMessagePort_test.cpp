@@ -267,7 +267,7 @@ TEST_F(MessagePort, RepliesAreFreedOnEveryOtherPath) {
   EXPECT_EQ(fake::OpenHandles("bundle"), 0u);
 }
 
-TEST_F(MessagePort, AReplyWithoutAPortIsALogLineAndTheTimeStands) {
+TEST_F(MessagePort, AReplyWithoutAPortIsLoggedAndTheTimeIsStored) {
   OpenStore();
   Send(SetTime("720"), kSender, nullptr);
   EXPECT_THAT(fake::LogTexts().back(), "[Debug] message_port_send_message() failed : -22");

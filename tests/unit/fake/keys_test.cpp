@@ -41,7 +41,7 @@ void SetAgain(keynode_t* node, void*) {
 
 class Keys : public FakeTest {};
 
-TEST_F(Keys, AreToldOnlyWhenTheTestDelivers) {
+TEST_F(Keys, AreDeliveredOnlyByTheTest) {
   vconf_notify_key_changed("db/a", Note, nullptr);
   vconf_set_int("db/a", 1);
   EXPECT_TRUE(Told().empty());

@@ -80,7 +80,7 @@ TEST_F(AppPreloadingFollowing, RetriesContinueAfterTheCallbackWasRemoved) {
   EXPECT_EQ(fake::KeySubscriptions("rtc/memory/WebApp/" + kFirst), 1u);
 }
 
-TEST_F(AppPreloadingFollowing, AfterARetryThatWorkedTheNextRejectionBeginsAfresh) {
+TEST_F(AppPreloadingFollowing, AfterASuccessfulRetryTheNextRejectionCountsFromZero) {
   fake::QueueLaunchResults({APP_CONTROL_ERROR_LAUNCH_REJECTED, APP_CONTROL_ERROR_LAUNCH_REJECTED});
   EXPECT_TRUE(Preload(kFirst));
   fake::FireTimersOf(kRetryPeriodMs);  // one failed retry

@@ -302,7 +302,7 @@ TEST_F(AppPreloadingUtilsTest, AChangeThatComesBeforeTheSubscriptionIsRecordedIs
   EXPECT_THAT(fake::LogTexts(), IsEmpty());
 }
 
-TEST_F(AppPreloadingUtilsTest, InitLoadAndDestroyTellNobodyAndStartNothing) {
+TEST_F(AppPreloadingUtilsTest, InitLoadAndDestroyNotifyNoCallbackAndStartNothing) {
   Follow();
   for (const char* pWord : {"init", "load", "destroy"}) Enter(pWord);
   EXPECT_THAT(Told(), IsEmpty());
@@ -312,7 +312,7 @@ TEST_F(AppPreloadingUtilsTest, InitLoadAndDestroyTellNobodyAndStartNothing) {
                           "[Debug] sAppStatus = destroy"));
 }
 
-TEST_F(AppPreloadingUtilsTest, PreloadStartsTheCheckAndTellsNobodyYet) {
+TEST_F(AppPreloadingUtilsTest, PreloadStartsTheCheckAndNotifiesNoCallbackYet) {
   Follow();
   Enter("preload");
   EXPECT_THAT(Told(), IsEmpty());
@@ -348,7 +348,7 @@ TEST_F(AppPreloadingUtilsTest, ResumeWithoutACheckTells) {
   EXPECT_EQ(fake::CallCount("g_source_remove"), 0u);
 }
 
-TEST_F(AppPreloadingUtilsTest, PauseAndQuitWithARunningCheckTellNobody) {
+TEST_F(AppPreloadingUtilsTest, PauseAndQuitWithARunningCheckNotifyNoCallback) {
   Follow();
   Enter("preload");
   Forget();

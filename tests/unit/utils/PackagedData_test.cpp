@@ -440,7 +440,7 @@ TEST_F(PackagedDataTest, AnExceptionWithAnEmptyTextHasTheStandingOne) {
   EXPECT_EQ(fake::LogTexts().back(), "[Info] exception : No diagnostic information available.");
 }
 
-TEST_F(PackagedDataTest, AListIsBegunOnlyWhenToldSo) {
+TEST_F(PackagedDataTest, AListIsCreatedOnlyOnRequest) {
   support::MakeDirectories(m_tree);
   EXPECT_FALSE(AddAppTypeToFile(m_list, kStandard, false));
   EXPECT_FALSE(support::Exists(m_list));
@@ -448,7 +448,7 @@ TEST_F(PackagedDataTest, AListIsBegunOnlyWhenToldSo) {
   EXPECT_EQ(support::ReadFile(m_list), "{\"app_type\":[\"ch_feeder_standard\"]}\n");
 }
 
-TEST_F(PackagedDataTest, AListThatExistsIsExtendedWhateverIsSaidAboutBeginning) {
+TEST_F(PackagedDataTest, AnExistingListIsExtendedEvenIfCreationIsRequested) {
   support::WriteFile(m_list, "{\"app_type\":[\"a\"]}\n");
   EXPECT_TRUE(AddAppTypeToFile(m_list, "b", false));
   EXPECT_TRUE(AddAppTypeToFile(m_list, "c", true));
@@ -461,7 +461,7 @@ TEST_F(PackagedDataTest, OtherMembersOfAListStay) {
   EXPECT_EQ(support::ReadFile(m_list), "{\"app_type\":[\"a\",\"b\"],\"z\":1}\n");
 }
 
-TEST_F(PackagedDataTest, AListThatIsNoJsonBeginsAnew) {
+TEST_F(PackagedDataTest, AListThatIsNotJsonIsReplaced) {
   support::WriteFile(m_list, "garbage");
   EXPECT_TRUE(AddAppTypeToFile(m_list, "a", false));
   EXPECT_EQ(support::ReadFile(m_list), "{\"app_type\":[\"a\"]}\n");
@@ -517,7 +517,7 @@ TEST_F(PackagedDataTest, UninstallWithoutTheHbbTvBitLeavesTheTreeAlone) {
   EXPECT_EQ(support::ReadFile(m_list), "{\"app_type\":[\"ch_feeder_standard\"]}\n");
 }
 
-TEST_F(PackagedDataTest, UninstallTakesTheMetadataWhoeverElseUsesIt) {
+TEST_F(PackagedDataTest, UninstallRemovesTheMetadataEvenIfItIsStillUsed) {
   support::WriteFile(m_metadata + kPackage + "/channel.json", "c");
   support::WriteFile(m_metadata + "org.example.other/channel.json", "c");
   support::WriteFile(m_list, "{\"app_type\":[\"ch_feeder_standard\",\"ch_feeder_custom\"]}\n");

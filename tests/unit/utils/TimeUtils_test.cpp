@@ -56,7 +56,7 @@ TEST(TimeUtils, WhatIsWrittenIsReadBack) {
   }
 }
 
-TEST(TimeUtils, TheYear2038IsNoBorder) {
+TEST(TimeUtils, TimesAfter2038Work) {
   EXPECT_EQ(Text(2147483647), "2038-01-19T03:14:07Z");
   EXPECT_EQ(Text(2147483648), "2038-01-19T03:14:08Z");
   EXPECT_EQ(TimeUtils::GetEpochTime("2038-01-19T03:14:07Z"), 2147483647);

@@ -190,7 +190,7 @@ TEST_F(ChFeederStandardTest, ARunWithEmptyURLsCreatesTheRecordWithTwoEmptyTexts)
   EXPECT_FALSE(support::Exists(m_tree));
 }
 
-TEST_F(ChFeederStandardTest, URLsWhoseKeysWereRemovedAreMadeAnewAndEmpty) {
+TEST_F(ChFeederStandardTest, URLsWithRemovedKeysAreCreatedAgainAndEmpty) {
   Make("basic", "http://c", "http://s");
   m_feeder->RemoveMetadata("schedule_data_url", "channel_data_url");
   m_feeder->RemoveMetadata("schedule_data_url", "schedule_data_url");
@@ -367,7 +367,7 @@ TEST_F(ChFeederStandardTest, ARecordThatTheFrameworkRefusesIsLoggedAndNotTriedAg
   EXPECT_THAT(fake::Channels(), IsEmpty());
 }
 
-TEST_F(ChFeederStandardTest, EachRequestFetchesTheInterfaceAnew) {
+TEST_F(ChFeederStandardTest, EachRequestFetchesTheInterfaceAgain) {
   Make("basic", "http://c", "http://s");
   EXPECT_TRUE(m_feeder->AddChannelUsingKelvoApi());
   EXPECT_TRUE(m_feeder->UpdateChannelUsingKelvoApi());

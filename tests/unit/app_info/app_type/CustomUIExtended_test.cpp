@@ -348,7 +348,7 @@ TEST_F(CustomUIExtendedTest, PreloadResumeAndPauseWakeTheWaiter) {
   }
 }
 
-TEST_F(CustomUIExtendedTest, InitLoadDestroyAndUnknownWakeNobody) {
+TEST_F(CustomUIExtendedTest, InitLoadDestroyAndUnknownWakeNoThread) {
   WriteReplacementFile();
   Make("epg", kBackground);
   Begin([this] { m_ui->RunOperation(true); });

@@ -219,7 +219,7 @@ TEST_F(CustomUILayersTest, ANewBackgroundOptionHandsBackAtOnceAndTakesOverByTheW
   EXPECT_THAT(Key(), testing::HasSubstr("\"cold_boot_opt\":\"default\""));
 }
 
-TEST_F(CustomUILayersTest, AFailedOperationDoesNotHoldUpTheReplacementRoad) {
+TEST_F(CustomUILayersTest, AFailedOperationDoesNotStopTheReplacement) {
   const auto ui = layers::Decorate<CustomUIExtended>("channel_list,epg");
   layers::Apply(*ui, kOption, "background_img");
   fake::Fail("app_operation_set_current_app", -5);

@@ -36,7 +36,7 @@ TEST(MetadataRules, EachKnownTypeIsTaken) {
   }
 }
 
-TEST(MetadataRules, TheSeparatorIsNotLookedAt) {
+TEST(MetadataRules, TheSeparatorIsNotChecked) {
   EXPECT_EQ(RuleOn(Key("orv_type#ch_feeder_custom"), "v").verdict, Verdict::Taken);
 }
 

@@ -146,7 +146,7 @@ TEST_F(CliCommands, OpGetWithoutAnAppIsNotFoundInJsonToo) {
   EXPECT_EQ(ParseJson(m_out.str()), ParseJson(R"({"result":0})"));
 }
 
-TEST_F(CliCommands, OpGetThatGoesWrongFailsHoweverItIsPrinted) {
+TEST_F(CliCommands, OpGetThatFailsExitsWithAnErrorInEveryFormat) {
   m_script.Answer("op.get", R"({"result":-22})");
   for (const std::vector<std::string>& words :
        {std::vector<std::string>{"op", "get", "x"}, {"op", "get", "x", "--json"}}) {
@@ -259,7 +259,7 @@ TEST_F(CliCommands, FailOfAnUnknownCallNamesTheNearest) {
   EXPECT_TRUE(m_script.asked.empty());
 }
 
-TEST_F(CliCommands, ACallThatCannotFailIsToldAsThatAndNotOrdered) {
+TEST_F(CliCommands, ACallThatCannotFailIsReportedAndGetsNoFault) {
   const Failure failure = Fails({"fail", "FCTask::Destroy"});
   EXPECT_EQ(failure.Code(), Exit::Failed);
   EXPECT_EQ(std::string(failure.what()).find("FCTask::Destroy cannot fail"), 0U);

@@ -90,14 +90,14 @@ TEST(CliReference, AHelperThatIsHandedACallAsks) {
   EXPECT_GT(helpers, 0);
 }
 
-TEST(CliReference, EveryCommandStandsInTheManual) {
+TEST(CliReference, EveryCommandIsInTheManual) {
   const std::string manual = Content(SOURCE / "docs/tv.md");
   for (const auto& command : TvCommands().commands) {
     EXPECT_NE(manual.find("`" + UsageLine(command) + "`"), std::string::npos) << UsageLine(command);
   }
 }
 
-TEST(CliReference, WhatTheHelpTellsOfACommandStandsInTheManual) {
+TEST(CliReference, TheHelpOfEveryCommandIsInTheManual) {
   const std::string manual = Content(SOURCE / "docs/tv.md");
   for (const auto& command : TvCommands().commands) {
     std::string details = command.details;
@@ -112,7 +112,7 @@ TEST(CliReference, AResetThatOnlyCountsIsNotSaidToRestart) {
   EXPECT_EQ(help.find("restart"), std::string::npos);
 }
 
-TEST(CliReference, EveryOptionStandsInTheManual) {
+TEST(CliReference, EveryOptionIsInTheManual) {
   const std::string manual = Content(SOURCE / "docs/tv.md");
   for (const auto& command : TvCommands().commands) {
     for (const auto& option : command.options) {

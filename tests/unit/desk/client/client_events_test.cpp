@@ -206,7 +206,7 @@ TEST_F(ClientEvents, AnIgnoredCallbackDoesNotBeginAgainForASetThatWaits) {
   EXPECT_EQ(m_notes.Count(), 0U);
 }
 
-TEST_F(ClientEvents, ACallbackMayIgnoreItselfAndRegisterAnew) {
+TEST_F(ClientEvents, ACallbackMayIgnoreItselfAndRegisterAgain) {
   static int s_calls = 0;
   struct Again {
     static void Callback(keynode_t*, void* data) {

@@ -68,7 +68,7 @@ TEST(FastClockTimes, TheTimeOfDayBeginsAtTheMachines) {
   EXPECT_LT(times.ahead, 60000);
 }
 
-TEST(FastClockTimes, TheTimeOfDayHasRunFasterSinceTheMomentThatIsTold) {
+TEST(FastClockTimes, TheTimeOfDayRunsFasterFromTheGivenMomentOn) {
   const auto now = std::chrono::system_clock::now().time_since_epoch();
   const auto since = std::chrono::nanoseconds(now - std::chrono::seconds(60)).count();
   const Times times = ProbeTimes(10, "DESK_CLOCK_SINCE=" + std::to_string(since));

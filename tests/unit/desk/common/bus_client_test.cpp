@@ -101,7 +101,7 @@ TEST_F(Bus, AMegabyteGoesThrough) {
   EXPECT_EQ(Call("echo", request), request);
 }
 
-TEST_F(Bus, WhatIsToldArrivesInOrderWithTheCallsAndIsNotAnswered) {
+TEST_F(Bus, NotificationsArriveInOrderWithCallsWithoutReplies) {
   std::vector<int> numbers;
   const auto note = [&numbers](const Json::Value& request, const Caller&) {
     numbers.push_back(request["number"].asInt());
@@ -120,13 +120,13 @@ TEST_F(Bus, WhatIsToldArrivesInOrderWithTheCallsAndIsNotAnswered) {
   EXPECT_EQ(numbers, (std::vector<int>{1, 2, 3}));
 }
 
-TEST_F(Bus, ToldOfSomethingUnknownTheTelevisionGoesOn) {
+TEST_F(Bus, TheTelevisionIgnoresAnUnknownNotification) {
   m_router->Add("echo", [](const Json::Value& request, const Caller&) { return request; });
   Do([this] { m_client->Tell("no.such", Json::Value()); });
   EXPECT_EQ(Call("echo", Json::Value()), Json::Value(Json::objectValue));
 }
 
-TEST_F(Bus, NothingCanBeToldToATelevisionThatIsGone) {
+TEST_F(Bus, ANotificationToAnEndedTelevisionFails) {
   m_router.reset();
   m_bus.reset();
   EXPECT_TRUE(WaitFor(

@@ -141,7 +141,7 @@ TEST_F(PackageFileTest, RefusesLinksAndSpecialFiles) {
             "the archive holds \"disk\", which is a link or another special file");
 }
 
-TEST_F(PackageFileTest, RefusesANameThatStandsTwice) {
+TEST_F(PackageFileTest, RefusesADuplicateName) {
   EXPECT_EQ(ErrorOf(PackageMaker().AddConfig("a").AddConfig("b")),
             "the archive holds \"config.xml\" twice");
   EXPECT_EQ(ErrorOf(PackageMaker().AddConfig("a").Add("x", "1").Add("./x", "2")),

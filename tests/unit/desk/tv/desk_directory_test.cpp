@@ -56,7 +56,7 @@ TEST_F(Directory, AfterTheFirstHasEndedTheNextOneMayStart) {
   EXPECT_NO_THROW(DeskDirectory{m_paths});
 }
 
-TEST_F(Directory, APlaceThatCannotBeMadeIsToldByName) {
+TEST_F(Directory, ADirectoryThatCannotBeCreatedIsNamed) {
   support::WriteFile(m_dir / "tv", "a file");
   try {
     const DeskDirectory directory(m_paths);

@@ -130,7 +130,7 @@ TEST_F(PowerTest, APowerCycleDropsWhatIsNotKept) {
   EXPECT_TRUE(support::ListTree(m_paths.Tmp()).empty());
 }
 
-TEST_F(PowerTest, APowerCycleBringsNetworkTimeAnew) {
+TEST_F(PowerTest, APowerCycleSetsNetworkTimeAgain) {
   Make(false);
   TurnOn();
   RunUntil("network time", [this] { return m_keys->GetInt(NETWORK_TIME, 0) == 1; });

@@ -56,7 +56,7 @@ TEST(Process, TheServiceManagersWordsAreNotPassedOn) {
   EXPECT_EQ(support::ReadFile(dir / "out"), "[]\n");
 }
 
-TEST(Process, ItStartsInTheDirectoryTold) {
+TEST(Process, ItStartsInTheGivenDirectory) {
   const support::TempDir dir;
   ProcessSpec spec = Shell("pwd", dir / "out");
   spec.directory = "/usr";
@@ -76,7 +76,7 @@ TEST(Process, ItGetsDefaultSignalsAlsoWhenOursAreIgnored) {
   EXPECT_EQ(WTERMSIG(RunToEnd(Shell("kill -TERM $$; sleep 5", dir / "out"))), SIGTERM);
 }
 
-TEST(Process, OnlyTheDescriptorsToldStayOpen) {
+TEST(Process, OnlyTheGivenDescriptorsStayOpen) {
   const support::TempDir dir;
   const int kept = open("/dev/null", O_RDONLY | O_CLOEXEC);
   const int closed = open("/dev/null", O_RDONLY | O_CLOEXEC);

@@ -36,7 +36,7 @@ TEST_F(FaultMethods, AnOrderReachesWhoMapsTheFile) {
   EXPECT_FALSE(daemons.Check("vconf_get_int", -1));
 }
 
-TEST_F(FaultMethods, TheListTellsAnOrderAsItWasGiven) {
+TEST_F(FaultMethods, TheListPrintsAFaultAsItWasGiven) {
   Json::Value request;
   request["call"] = "PS_Mount";
   m_router.Call("fault.add", request);

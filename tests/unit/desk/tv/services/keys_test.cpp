@@ -76,7 +76,7 @@ TEST_F(KeyTest, EverySetIsToldInOrderWithItsNumberAlsoWhenNothingChanged) {
   EXPECT_EQ(events[2].body["seq"].asInt(), 3);
 }
 
-TEST_F(KeyTest, ASetAnswersWithItsNumberBeforeItIsTold) {
+TEST_F(KeyTest, ASetRepliesWithItsNumberBeforeItsEvent) {
   class Order : public Reply {
    public:
     explicit Order(MemoryRouter& router) : m_router(router) {}
@@ -124,7 +124,7 @@ TEST_F(KeyTest, OnlyKeysUnderDbOutlastTheTelevision) {
   EXPECT_FALSE(m_keys->Get("rtc/a"));
 }
 
-TEST_F(KeyTest, PowerOffDropsTheOthersAndTellsNobody) {
+TEST_F(KeyTest, PowerOffDropsTheOthersWithoutAnEvent) {
   m_keys->Set("db/a", 1);
   m_keys->Set("memory/a", 1);
   m_keys->Set("rtc/a", 1);
@@ -178,7 +178,7 @@ TEST_F(KeyTest, AnUnsetKeyIsGoneForGoodAndToldAsNone) {
   EXPECT_FALSE(m_keys->Get("db/a"));
 }
 
-TEST_F(KeyTest, UnsettingWhatIsNotThereTellsNobody) {
+TEST_F(KeyTest, UnsettingAMissingKeySendsNoEvent) {
   EXPECT_EQ(m_router.Call("key.unset", JsonObject({{"key", "db/a"}})),
             JsonObject({{"found", false}}));
   EXPECT_TRUE(m_router.Events("key").empty());
@@ -237,7 +237,7 @@ TEST_F(KeyTest, AValueThatIsNotOfTheTypeToldIsRefused) {
   EXPECT_EQ(CodeOf([&] { set("double", 1); }), "Usage");
 }
 
-TEST(KeyFile, ThatIsNoDatabaseIsToldByName) {
+TEST(KeyFile, AFileThatIsNotADatabaseIsNamed) {
   const support::TempDir dir;
   const DeskPaths paths(dir.Path());
   support::WriteFile(paths.KeysDb(), std::string(4096, 'x'));

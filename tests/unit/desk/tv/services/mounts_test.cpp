@@ -264,7 +264,7 @@ TEST_F(NoLoopTest, ADeviceThatCannotBeSetUpIsAReasonForADriverToo) {
   EXPECT_THAT(m_mounts->Describe(), testing::HasSubstr("): failed to setup loop device"));
 }
 
-TEST_F(NoLoopTest, OnceADeviceIsToBeHadItIsTakenAgain) {
+TEST_F(NoLoopTest, LoopDevicesAreUsedAgainWhenAvailable) {
   {
     const OwnDevices devices;
     OwnDevices::MakeUselessLoops();
