@@ -132,13 +132,13 @@ void ResetApps() {
 
 }  // namespace fake
 
+using fake::FAILURE;
 using fake::GetState;
-using fake::kFailure;
 using fake::PlatformCall;
 
 int app_manager_is_running(const char* app_id, bool* running) {
   PlatformCall call("app_manager_is_running", app_id);
-  return call.Run(kFailure, [&]() -> int {
+  return call.Run(FAILURE, [&]() -> int {
     if (app_id == nullptr || running == nullptr) {
       return APP_MANAGER_ERROR_INVALID_PARAMETER;
     }
@@ -149,7 +149,7 @@ int app_manager_is_running(const char* app_id, bool* running) {
 
 int app_manager_get_app_context(const char* app_id, app_context_h* app_context) {
   PlatformCall call("app_manager_get_app_context", app_id);
-  return call.Run(kFailure, [&]() -> int {
+  return call.Run(FAILURE, [&]() -> int {
     if (app_id == nullptr || app_context == nullptr) {
       return APP_MANAGER_ERROR_INVALID_PARAMETER;
     }
@@ -167,7 +167,7 @@ int app_manager_get_app_context(const char* app_id, app_context_h* app_context) 
 
 int app_manager_terminate_app(app_context_h app_context) {
   PlatformCall call("app_manager_terminate_app", fake::Describe(app_context));
-  return call.Run(kFailure, [&]() -> int {
+  return call.Run(FAILURE, [&]() -> int {
     const bool known = GetState().contexts.Find(app_context) != nullptr;
     return known ? 0 : static_cast<int>(APP_MANAGER_ERROR_INVALID_PARAMETER);
   });
@@ -175,7 +175,7 @@ int app_manager_terminate_app(app_context_h app_context) {
 
 int app_context_destroy(app_context_h app_context) {
   PlatformCall call("app_context_destroy", fake::Describe(app_context));
-  return call.Run(kFailure, [&]() -> int {
+  return call.Run(FAILURE, [&]() -> int {
     fake::State& state = GetState();
     const auto object = state.contexts.Take(app_context);
     if (!object) {
@@ -189,7 +189,7 @@ int app_context_destroy(app_context_h app_context) {
 
 int app_context_get_pid(app_context_h app_context, pid_t* pid) {
   PlatformCall call("app_context_get_pid", fake::Describe(app_context));
-  return call.Run(kFailure, [&]() -> int {
+  return call.Run(FAILURE, [&]() -> int {
     const auto object = fake::FindEvenDestroyed(app_context);
     if (!object || pid == nullptr) {
       return APP_MANAGER_ERROR_INVALID_PARAMETER;
@@ -201,7 +201,7 @@ int app_context_get_pid(app_context_h app_context, pid_t* pid) {
 
 extern "C" int __wrap_kill(pid_t pid, int signal) {
   PlatformCall call("kill", static_cast<int>(pid), signal);
-  const int result = call.Run(kFailure, [&] { return fake::Signal(pid, signal); });
+  const int result = call.Run(FAILURE, [&] { return fake::Signal(pid, signal); });
   fake::Note({pid, signal, result});
   return result;
 }

@@ -88,7 +88,7 @@ void ResetBundles() {
 }  // namespace fake
 
 using fake::DescribeBundle;
-using fake::kFailure;
+using fake::FAILURE;
 using fake::PlatformCall;
 
 bundle* bundle_create(void) {
@@ -100,19 +100,19 @@ bundle* bundle_create(void) {
 
 int bundle_free(bundle* b) {
   PlatformCall call("bundle_free", DescribeBundle(b));
-  return call.Run(kFailure, [&]() -> int { return fake::Free(b); });
+  return call.Run(FAILURE, [&]() -> int { return fake::Free(b); });
 }
 
 int bundle_add_str(bundle* b, const char* key, const char* str) {
   PlatformCall call("bundle_add_str", DescribeBundle(b), key, str);
-  return call.Run(kFailure, [&]() -> int {
+  return call.Run(FAILURE, [&]() -> int {
     return str == nullptr ? -1 : fake::Add(b, key, BUNDLE_TYPE_STR, {str});
   });
 }
 
 int bundle_add_byte(bundle* b, const char* key, const void* byte, const size_t size) {
   PlatformCall call("bundle_add_byte", DescribeBundle(b), key, size);
-  return call.Run(kFailure, [&]() -> int {
+  return call.Run(FAILURE, [&]() -> int {
     if (byte == nullptr) {
       return -1;
     }
@@ -122,7 +122,7 @@ int bundle_add_byte(bundle* b, const char* key, const void* byte, const size_t s
 
 int bundle_add_str_array(bundle* b, const char* key, const char** str_array, const int len) {
   PlatformCall call("bundle_add_str_array", DescribeBundle(b), key, len);
-  return call.Run(kFailure, [&]() -> int {
+  return call.Run(FAILURE, [&]() -> int {
     if (str_array == nullptr || len < 0) {
       return -1;
     }
@@ -146,7 +146,7 @@ void bundle_foreach(bundle* b, bundle_iterator_t iter, void* user_data) {
 
 int bundle_keyval_get_basic_val(bundle_keyval_t* kv, void** val, size_t* size) {
   PlatformCall call("bundle_keyval_get_basic_val");
-  return call.Run(kFailure, [&]() -> int {
+  return call.Run(FAILURE, [&]() -> int {
     if (kv == nullptr || (kv->entry.type & BUNDLE_TYPE_ARRAY) != 0 || kv->entry.values.empty()) {
       return -1;
     }

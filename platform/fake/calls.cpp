@@ -155,7 +155,7 @@ std::optional<int> TakeFault(const char* name) {
     return std::nullopt;
   }
   const int result = fault.result;
-  if (fault.times != kForever && --fault.times == 0) {
+  if (fault.times != FOREVER && --fault.times == 0) {
     found->second.pop_front();
   }
   ++state.failures[name];

@@ -88,13 +88,13 @@ bool Remove(State& state, const std::string& package, const std::string&) {
 using Change = bool (*)(State&, const std::string&, const std::string&);
 
 bool Request(const char* name, const std::string& record, Change change) {
-  constexpr std::size_t kClassLength = sizeof("FCOrvAppInfoAPI::") - 1;
+  constexpr std::size_t CLASS_LENGTH = sizeof("FCOrvAppInfoAPI::") - 1;
   PlatformCall call(name, record);
   State& state = GetState();
   const auto package = PackageOf(record);
   const std::lock_guard<std::mutex> lock(state.mutex);
   const bool accepted = call.Run(false, [&] { return package && change(state, *package, record); });
-  state.requests.push_back({name + kClassLength, record, accepted});
+  state.requests.push_back({name + CLASS_LENGTH, record, accepted});
   return accepted;
 }
 

@@ -37,7 +37,7 @@ struct State {
   std::mutex mutex;
   // Guarded by mutex.
   std::optional<std::time_t> time;
-  Waits mode = Waits::kReal;
+  Waits mode = Waits::Real;
   /// The value of the steady clock while it is stopped.
   Nanoseconds steady{0};
   /// How far the steady clock is ahead of the machine's clock while it runs.
@@ -67,7 +67,7 @@ Nanoseconds MachineClock() {
 
 /// The caller holds the mutex.
 Nanoseconds SteadyNow(const State& state) {
-  return state.mode == Waits::kReal ? MachineClock() + state.ahead : state.steady;
+  return state.mode == Waits::Real ? MachineClock() + state.ahead : state.steady;
 }
 
 /// True when the waiter, which called with its mutex locked, has unlocked it: it waits, or is about
@@ -106,12 +106,12 @@ int Wait(pthread_cond_t* condition, pthread_mutex_t* mutex, const timespec* limi
   State& state = GetState();
   std::unique_lock<std::mutex> lock(state.mutex);
   Waiter waiter{condition, mutex, ToNanoseconds(*limit)};
-  if (state.mode == Waits::kReal) {
+  if (state.mode == Waits::Real) {
     const timespec machineLimit = ToTimespec(waiter.limit - state.ahead);
     lock.unlock();
     return __real_pthread_cond_clockwait(condition, mutex, CLOCK_MONOTONIC, &machineLimit);
   }
-  if (state.mode == Waits::kTimeOut || waiter.limit <= state.steady) {
+  if (state.mode == Waits::TimeOut || waiter.limit <= state.steady) {
     return TimeOutAtOnce(state, lock, waiter);
   }
   return WaitInManualMode(state, lock, waiter);
@@ -194,7 +194,7 @@ std::size_t WaitingThreads() {
 
 void ResetClock() {
   UseRealTime();
-  SetWaits(Waits::kReal);
+  SetWaits(Waits::Real);
 }
 
 }  // namespace fake

@@ -200,7 +200,7 @@ void ResetKeys() {
 
 int vconf_get_int(const char* in_key, int* intval) {
   fake::PlatformCall call("vconf_get_int", in_key);
-  return call.Run(fake::kFailure, [&]() -> int {
+  return call.Run(fake::FAILURE, [&]() -> int {
     const auto value = in_key == nullptr ? std::nullopt : fake::IntKey(in_key);
     if (!value) {
       return -1;
@@ -220,7 +220,7 @@ char* vconf_get_str(const char* in_key) {
 
 int vconf_set_int(const char* in_key, int intval) {
   fake::PlatformCall call("vconf_set_int", in_key, intval);
-  return call.Run(fake::kFailure, [&]() -> int {
+  return call.Run(fake::FAILURE, [&]() -> int {
     if (in_key == nullptr) {
       return -1;
     }
@@ -231,7 +231,7 @@ int vconf_set_int(const char* in_key, int intval) {
 
 int vconf_set_str(const char* in_key, const char* strval) {
   fake::PlatformCall call("vconf_set_str", in_key, strval);
-  return call.Run(fake::kFailure, [&]() -> int {
+  return call.Run(fake::FAILURE, [&]() -> int {
     if (in_key == nullptr || strval == nullptr) {
       return -1;
     }
@@ -242,7 +242,7 @@ int vconf_set_str(const char* in_key, const char* strval) {
 
 int vconf_notify_key_changed(const char* in_key, vconf_callback_fn cb, void* user_data) {
   fake::PlatformCall call("vconf_notify_key_changed", in_key, cb, user_data);
-  return call.Run(fake::kFailure, [&]() -> int {
+  return call.Run(fake::FAILURE, [&]() -> int {
     if (in_key == nullptr || cb == nullptr) {
       return -1;
     }
@@ -260,7 +260,7 @@ int vconf_notify_key_changed(const char* in_key, vconf_callback_fn cb, void* use
 
 int vconf_ignore_key_changed(const char* in_key, vconf_callback_fn cb) {
   fake::PlatformCall call("vconf_ignore_key_changed", in_key, cb);
-  return call.Run(fake::kFailure, [&]() -> int {
+  return call.Run(fake::FAILURE, [&]() -> int {
     fake::State& state = fake::GetState();
     const std::lock_guard<std::mutex> lock(state.mutex);
     const auto found =
@@ -275,7 +275,7 @@ int vconf_ignore_key_changed(const char* in_key, vconf_callback_fn cb) {
 
 int vconf_keynode_get_int(keynode_t* keynode) {
   fake::PlatformCall call("vconf_keynode_get_int");
-  return call.Run(fake::kFailure, [&]() -> int {
+  return call.Run(fake::FAILURE, [&]() -> int {
     const bool number = keynode->value && std::holds_alternative<int>(*keynode->value);
     return number ? std::get<int>(*keynode->value) : 0;
   });

@@ -57,7 +57,7 @@ void Note(Launch launch, int result) {
 /// Changes a request that is open, by a text that is not null.
 template <typename Change>
 int Set(PlatformCall& call, app_control_h handle, const char* text, Change change) {
-  return call.Run(kFailure, [&]() -> int {
+  return call.Run(FAILURE, [&]() -> int {
     const auto launch = GetState().requests.Find(handle);
     if (!launch || text == nullptr) {
       return APP_CONTROL_ERROR_INVALID_PARAMETER;
@@ -104,8 +104,8 @@ void ResetLaunches() {
 
 }  // namespace fake
 
+using fake::FAILURE;
 using fake::GetState;
-using fake::kFailure;
 using fake::PlatformCall;
 
 int app_control_create(app_control_h* app_control) {
@@ -114,7 +114,7 @@ int app_control_create(app_control_h* app_control) {
     return call.Return<int>(APP_CONTROL_ERROR_INVALID_PARAMETER);
   }
   *app_control = nullptr;
-  return call.Run(kFailure, [app_control] {
+  return call.Run(FAILURE, [app_control] {
     *app_control = GetState().requests.Add(std::make_shared<fake::Launch>());
     return 0;
   });
@@ -122,7 +122,7 @@ int app_control_create(app_control_h* app_control) {
 
 int app_control_destroy(app_control_h app_control) {
   PlatformCall call("app_control_destroy", GetState().requests.Describe(app_control));
-  return call.Run(kFailure, [&]() -> int {
+  return call.Run(FAILURE, [&]() -> int {
     const bool known = GetState().requests.Take(app_control) != nullptr;
     return known ? 0 : static_cast<int>(APP_CONTROL_ERROR_INVALID_PARAMETER);
   });
@@ -153,7 +153,7 @@ int app_control_send_launch_request(app_control_h app_control, app_control_reply
   PlatformCall call("app_control_send_launch_request", GetState().requests.Describe(app_control),
                     reply_cb, user_data);
   const auto launch = GetState().requests.Find(app_control);
-  const int result = call.Run(kFailure, [&]() -> int {
+  const int result = call.Run(FAILURE, [&]() -> int {
     return launch ? fake::Ask(*launch) : APP_CONTROL_ERROR_INVALID_PARAMETER;
   });
   if (launch) {

@@ -73,13 +73,13 @@ void ResetMainLoop() {
 
 }  // namespace fake
 
+using fake::FAILURE;
 using fake::GetState;
-using fake::kFailure;
 using fake::PlatformCall;
 
 int smart_deadlock_register_watchdog_service(int timeout_seconds) {
   PlatformCall call("smart_deadlock_register_watchdog_service", timeout_seconds);
-  return call.Run(kFailure, [&]() -> int {
+  return call.Run(FAILURE, [&]() -> int {
     const std::lock_guard<std::mutex> lock(GetState().mutex);
     GetState().watchdogTimeout = timeout_seconds;
     return 0;
@@ -88,7 +88,7 @@ int smart_deadlock_register_watchdog_service(int timeout_seconds) {
 
 int smart_deadlock_watchdog_notify(void* context) {
   PlatformCall call("smart_deadlock_watchdog_notify", fake::DescribeLoop(context));
-  return call.Run(kFailure, [&]() -> int {
+  return call.Run(FAILURE, [&]() -> int {
     const std::lock_guard<std::mutex> lock(GetState().mutex);
     GetState().notifications.push_back(context);
     return 0;
@@ -129,7 +129,7 @@ void __wrap_g_main_loop_unref(void* loop) {
 
 int __wrap_malloc_trim(std::size_t pad) {
   PlatformCall call("malloc_trim", pad);
-  return call.Run(kFailure, [] { return 1; });
+  return call.Run(FAILURE, [] { return 1; });
 }
 
 void __wrap_sync() {

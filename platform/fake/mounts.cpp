@@ -15,7 +15,7 @@
 namespace fake {
 namespace {
 
-constexpr int kRefused = 1;
+constexpr int REFUSED = 1;
 
 struct State {
   std::mutex mutex;
@@ -45,7 +45,7 @@ std::optional<Mount> Parse(const std::string& command) {
 int DoMount(const std::string& command) {
   const auto mount = Parse(command);
   if (!mount) {
-    return kRefused;
+    return REFUSED;
   }
   State& state = GetState();
   std::unique_lock<std::mutex> lock(state.mutex);
@@ -66,7 +66,7 @@ int DoUmount(const std::string& directory) {
   const auto found = std::find_if(state.mounts.begin(), state.mounts.end(),
                                   [&](const Mount& m) { return m.directory == directory; });
   if (found == state.mounts.end()) {
-    return kRefused;
+    return REFUSED;
   }
   lock.unlock();
   const int result = handler ? handler(directory) : 0;
@@ -122,7 +122,7 @@ std::string Cut(const char* text, int length) {
 
 int PS_Mount(const char* command, int length, int flags, int* result) {
   fake::PlatformCall call("PS_Mount", command, length, flags);
-  return call.Run(fake::kFailure, [&]() -> int {
+  return call.Run(fake::FAILURE, [&]() -> int {
     *result = fake::DoMount(Cut(command, length));
     return 0;
   });
@@ -130,7 +130,7 @@ int PS_Mount(const char* command, int length, int flags, int* result) {
 
 int PS_Umount(const char* path, int length, int flags, int* result) {
   fake::PlatformCall call("PS_Umount", path, length, flags);
-  return call.Run(fake::kFailure, [&]() -> int {
+  return call.Run(fake::FAILURE, [&]() -> int {
     *result = fake::DoUmount(Cut(path, length));
     return 0;
   });

@@ -84,12 +84,12 @@ void ResetOperations() {
 
 }  // namespace fake
 
-using fake::kFailure;
+using fake::FAILURE;
 using fake::PlatformCall;
 
 int app_operation_get_current_app(const char* operation, char** app_id) {
   PlatformCall call("app_operation_get_current_app", operation);
-  return call.Run(kFailure, [&]() -> int {
+  return call.Run(FAILURE, [&]() -> int {
     if (operation == nullptr || app_id == nullptr) {
       return APP_CONTROL_ERROR_INVALID_PARAMETER;
     }
@@ -101,7 +101,7 @@ int app_operation_get_current_app(const char* operation, char** app_id) {
 
 int app_operation_set_current_app(const char* operation, const char* app_id) {
   PlatformCall call("app_operation_set_current_app", operation, app_id);
-  return call.Run(kFailure, [&]() -> int {
+  return call.Run(FAILURE, [&]() -> int {
     if (operation == nullptr || app_id == nullptr) {
       return APP_CONTROL_ERROR_INVALID_PARAMETER;
     }
@@ -113,7 +113,7 @@ int app_operation_set_current_app(const char* operation, const char* app_id) {
 
 int app_operation_reset_current_app(const char* operation) {
   PlatformCall call("app_operation_reset_current_app", operation);
-  return call.Run(kFailure, [&]() -> int {
+  return call.Run(FAILURE, [&]() -> int {
     if (operation == nullptr) {
       return APP_CONTROL_ERROR_INVALID_PARAMETER;
     }

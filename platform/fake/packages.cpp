@@ -129,13 +129,13 @@ void ResetPackages() {
 
 }  // namespace fake
 
+using fake::FAILURE;
 using fake::GetState;
-using fake::kFailure;
 using fake::PlatformCall;
 
 int package_manager_create(package_manager_h* manager) {
   PlatformCall call("package_manager_create");
-  return call.Run(kFailure, [&]() -> int {
+  return call.Run(FAILURE, [&]() -> int {
     *manager = GetState().managers.Add(std::make_shared<fake::Manager>());
     return 0;
   });
@@ -143,7 +143,7 @@ int package_manager_create(package_manager_h* manager) {
 
 int package_manager_destroy(package_manager_h manager) {
   PlatformCall call("package_manager_destroy", GetState().managers.Describe(manager));
-  return call.Run(kFailure, [&]() -> int {
+  return call.Run(FAILURE, [&]() -> int {
     const bool known = GetState().managers.Take(manager) != nullptr;
     return known ? 0 : static_cast<int>(PACKAGE_MANAGER_ERROR_INVALID_PARAMETER);
   });
@@ -168,7 +168,7 @@ int package_manager_set_event_cb(package_manager_h manager, package_manager_even
                                  void* user_data) {
   PlatformCall call("package_manager_set_event_cb", GetState().managers.Describe(manager), callback,
                     user_data);
-  return call.Run(kFailure, [&]() -> int {
+  return call.Run(FAILURE, [&]() -> int {
     if (callback == nullptr) {
       return PACKAGE_MANAGER_ERROR_INVALID_PARAMETER;
     }
@@ -178,12 +178,12 @@ int package_manager_set_event_cb(package_manager_h manager, package_manager_even
 
 int package_manager_unset_event_cb(package_manager_h manager) {
   PlatformCall call("package_manager_unset_event_cb", GetState().managers.Describe(manager));
-  return call.Run(kFailure, [&]() -> int { return SetCallback(manager, nullptr, nullptr); });
+  return call.Run(FAILURE, [&]() -> int { return SetCallback(manager, nullptr, nullptr); });
 }
 
 int package_manager_get_package_info(const char* package, package_info_h* package_info) {
   PlatformCall call("package_manager_get_package_info", package);
-  return call.Run(kFailure, [&]() -> int {
+  return call.Run(FAILURE, [&]() -> int {
     if (package == nullptr || package_info == nullptr) {
       return PACKAGE_MANAGER_ERROR_INVALID_PARAMETER;
     }
@@ -201,7 +201,7 @@ int package_info_foreach_app_from_package(package_info_h package_info,
                                           package_info_app_cb callback, void* user_data) {
   PlatformCall call("package_info_foreach_app_from_package",
                     GetState().packageInfos.Describe(package_info), comp_type, callback, user_data);
-  return call.Run(kFailure, [&]() -> int {
+  return call.Run(FAILURE, [&]() -> int {
     const auto package = GetState().packageInfos.Find(package_info);
     if (!package || callback == nullptr) {
       return PACKAGE_MANAGER_ERROR_INVALID_PARAMETER;
@@ -217,7 +217,7 @@ int package_info_foreach_app_from_package(package_info_h package_info,
 
 int package_info_get_version(package_info_h package_info, char** version) {
   PlatformCall call("package_info_get_version", GetState().packageInfos.Describe(package_info));
-  return call.Run(kFailure, [&]() -> int {
+  return call.Run(FAILURE, [&]() -> int {
     const auto package = GetState().packageInfos.Find(package_info);
     if (!package || version == nullptr) {
       return PACKAGE_MANAGER_ERROR_INVALID_PARAMETER;
@@ -229,7 +229,7 @@ int package_info_get_version(package_info_h package_info, char** version) {
 
 int package_info_destroy(package_info_h package_info) {
   PlatformCall call("package_info_destroy", GetState().packageInfos.Describe(package_info));
-  return call.Run(kFailure, [&]() -> int {
+  return call.Run(FAILURE, [&]() -> int {
     const bool known = GetState().packageInfos.Take(package_info) != nullptr;
     return known ? 0 : static_cast<int>(PACKAGE_MANAGER_ERROR_INVALID_PARAMETER);
   });
@@ -237,7 +237,7 @@ int package_info_destroy(package_info_h package_info) {
 
 int app_info_create(const char* app_id, app_info_h* app_info) {
   PlatformCall call("app_info_create", app_id);
-  return call.Run(kFailure, [&]() -> int {
+  return call.Run(FAILURE, [&]() -> int {
     if (app_id == nullptr || app_info == nullptr) {
       return APP_MANAGER_ERROR_INVALID_PARAMETER;
     }
@@ -252,7 +252,7 @@ int app_info_create(const char* app_id, app_info_h* app_info) {
 
 int app_info_destroy(app_info_h app_info) {
   PlatformCall call("app_info_destroy", GetState().appInfos.Describe(app_info));
-  return call.Run(kFailure, [&]() -> int {
+  return call.Run(FAILURE, [&]() -> int {
     const bool known = GetState().appInfos.Take(app_info) != nullptr;
     return known ? 0 : static_cast<int>(APP_MANAGER_ERROR_INVALID_PARAMETER);
   });
@@ -261,7 +261,7 @@ int app_info_destroy(app_info_h app_info) {
 int app_info_foreach_metadata(app_info_h app_info, app_info_metadata_cb callback, void* user_data) {
   PlatformCall call("app_info_foreach_metadata", GetState().appInfos.Describe(app_info), callback,
                     user_data);
-  return call.Run(kFailure, [&]() -> int {
+  return call.Run(FAILURE, [&]() -> int {
     const auto app = GetState().appInfos.Find(app_info);
     if (!app || callback == nullptr) {
       return APP_MANAGER_ERROR_INVALID_PARAMETER;

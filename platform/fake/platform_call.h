@@ -15,7 +15,7 @@ namespace fake {
 platform::Backend& GetBackend();
 
 /// The usual failure of a call whose faults always name a result.
-constexpr int kFailure = -1;
+constexpr int FAILURE = -1;
 
 /// A call of a platform interface.
 class PlatformCall : public platform::Call {

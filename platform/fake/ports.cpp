@@ -73,7 +73,7 @@ std::string NameOrNull(const char* name) {
 }
 
 int Send(PlatformCall& call, const char* app, const char* port, bundle* message, int localPort) {
-  const int result = call.Run(kFailure, [&] { return ResultOf(app, port, message); });
+  const int result = call.Run(FAILURE, [&] { return ResultOf(app, port, message); });
   State& state = GetState();
   const std::lock_guard<std::mutex> lock(state.mutex);
   state.sent.push_back({NameOrNull(app), NameOrNull(port), Entries(message), localPort, result});
@@ -134,13 +134,13 @@ void ResetPorts() {
 
 }  // namespace fake
 
-using fake::kFailure;
+using fake::FAILURE;
 using fake::PlatformCall;
 
 int message_port_register_local_port(const char* local_port, message_port_message_cb callback,
                                      void* user_data) {
   PlatformCall call("message_port_register_local_port", local_port, callback, user_data);
-  return call.Run(kFailure, [&]() -> int {
+  return call.Run(FAILURE, [&]() -> int {
     if (local_port == nullptr || callback == nullptr) {
       return MESSAGE_PORT_ERROR_INVALID_PARAMETER;
     }

@@ -224,7 +224,7 @@ unsigned int __wrap_g_timeout_add_seconds(unsigned int interval, int (*function)
 
 int __wrap_g_source_remove(unsigned int id) {
   fake::PlatformCall call("g_source_remove", id);
-  return call.Run(fake::kFailure, [&]() -> int { return fake::Remove(id) ? 1 : 0; });
+  return call.Run(fake::FAILURE, [&]() -> int { return fake::Remove(id) ? 1 : 0; });
 }
 
 }  // extern "C"

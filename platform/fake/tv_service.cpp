@@ -38,7 +38,7 @@ struct Subscriber : public TCSignalSubscriber {
 
   int Subscribe(int signalType, int first, int second, int third, int fourth) override {
     PlatformCall call("TCSignalSubscriber::Subscribe", signalType, first, second, third, fourth);
-    return call.Run(kFailure, [&]() -> int {
+    return call.Run(FAILURE, [&]() -> int {
       State& state = GetState();
       const std::lock_guard<std::mutex> lock(state.mutex);
       state.subscriptions.push_back({this, {signalType, {first, second, third, fourth}}});
@@ -88,7 +88,7 @@ class ServiceSearch : public TCService {
 
   int FindService(const TCCriteriaHelper& rCriteria, TCServiceData& rData, int maxCount) override {
     PlatformCall call("TCService::FindService", TextOf(rCriteria), maxCount);
-    return call.Run(kFailure, [&]() -> int {
+    return call.Run(FAILURE, [&]() -> int {
       State& state = GetState();
       const std::lock_guard<std::mutex> lock(state.mutex);
       int found = 0;
@@ -111,7 +111,7 @@ class Navigation : public TCServiceNavigation {
 
   int GetTVMode(TSTvMode& rMode) override {
     PlatformCall call("TCServiceNavigation::GetTVMode");
-    return call.Run(kFailure, [&]() -> int {
+    return call.Run(FAILURE, [&]() -> int {
       State& state = GetState();
       const std::lock_guard<std::mutex> lock(state.mutex);
       rMode = state.mode;
@@ -123,7 +123,7 @@ class Navigation : public TCServiceNavigation {
                             TCServiceData& rData) override {
     PlatformCall call("TCServiceNavigation::GetCurrentServiceInfo", rMode.output, rMode.source,
                       TextOf(rCriteria));
-    return call.Run(kFailure, [&]() -> int {
+    return call.Run(FAILURE, [&]() -> int {
       State& state = GetState();
       const std::lock_guard<std::mutex> lock(state.mutex);
       if (!state.current) {
@@ -151,7 +151,7 @@ std::vector<TVSSignalCallback> CallbacksFor(int signal) {
 }
 
 std::size_t Fire(int signal, std::vector<std::uint8_t> payload) {
-  payload.resize(std::max(payload.size(), framework::kShortestPayload));
+  payload.resize(std::max(payload.size(), framework::SHORTEST_PAYLOAD));
   const auto callbacks = CallbacksFor(signal);
   for (const TVSSignalCallback callback : callbacks) {
     callback(signal, payload.data(), nullptr);
@@ -185,7 +185,7 @@ std::vector<TvSubscription> TvSubscriptions() {
 }
 
 Service MakeService(std::uint64_t id, const std::string& package) {
-  return {{{kServiceIDField, id}}, {{kPackageIDField, package}}};
+  return {{{SERVICE_ID_FIELD, id}}, {{PACKAGE_ID_FIELD, package}}};
 }
 
 void AddService(const Service& service) {
@@ -219,13 +219,13 @@ void ResetTvService() {
 
 }  // namespace fake
 
-using fake::kFailure;
+using fake::FAILURE;
 using fake::PlatformCall;
 
 int TVServiceAPI::CreateSignalSubscriber(TVSSignalCallback pCallback,
                                          TCSignalSubscriber** ppSubscriber) {
   PlatformCall call("TVServiceAPI::CreateSignalSubscriber", pCallback);
-  return call.Run(kFailure, [&]() -> int {
+  return call.Run(FAILURE, [&]() -> int {
     if (pCallback == nullptr || ppSubscriber == nullptr) {
       return -1;
     }
@@ -240,7 +240,7 @@ int TVServiceAPI::CreateSignalSubscriber(TVSSignalCallback pCallback,
 int TVServiceAPI::CreateService(TCService** ppService) {
   PlatformCall call("TVServiceAPI::CreateService");
   *ppService = nullptr;
-  return call.Run(kFailure, [&]() -> int {
+  return call.Run(FAILURE, [&]() -> int {
     *ppService = new fake::ServiceSearch;  // the caller's until Destroy()
     return 0;
   });
@@ -250,7 +250,7 @@ int TVServiceAPI::CreateServiceNavigation(int output, int source,
                                           TCServiceNavigation** ppNavigation) {
   PlatformCall call("TVServiceAPI::CreateServiceNavigation", output, source);
   *ppNavigation = nullptr;
-  return call.Run(kFailure, [&]() -> int {
+  return call.Run(FAILURE, [&]() -> int {
     *ppNavigation = new fake::Navigation;  // the caller's until Destroy()
     return 0;
   });

@@ -70,7 +70,7 @@ void ResetWas() {
 
 int was_get_all_app_list(was_app_list_item_s** list, int* count) {
   fake::PlatformCall call("was_get_all_app_list");
-  return call.Run(fake::kFailure, [&]() -> int {
+  return call.Run(fake::FAILURE, [&]() -> int {
     const auto apps = fake::AllApps();
     *list = apps.empty() ? nullptr : fake::NewList(apps);
     *count = static_cast<int>(apps.size());
@@ -80,7 +80,7 @@ int was_get_all_app_list(was_app_list_item_s** list, int* count) {
 
 int was_get_app_info_by_tizenid(const char* app_tizen_id, was_app_info_s* info) {
   fake::PlatformCall call("was_get_app_info_by_tizenid", app_tizen_id);
-  return call.Run(fake::kFailure, [&]() -> int {
+  return call.Run(fake::FAILURE, [&]() -> int {
     for (const fake::WasApp& app : fake::AllApps()) {
       if (app_tizen_id != nullptr && app.app == app_tizen_id) {
         std::memset(info, 0, sizeof(*info));

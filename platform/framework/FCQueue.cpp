@@ -17,7 +17,7 @@ struct Slot {
   framework::SyncTicket* ticket = nullptr;
 };
 
-constexpr std::size_t kFirstSlots = 64;
+constexpr std::size_t FIRST_SLOTS = 64;
 
 void Drop(const Slot& slot) {
   if (slot.ticket != nullptr) {
@@ -35,7 +35,7 @@ struct FCQueue::Impl {
   Slot& At(std::size_t index) { return ring[(head + index) & mask]; }
 
   void Grow() {
-    const std::size_t size = std::max(kFirstSlots, count * 2);
+    const std::size_t size = std::max(FIRST_SLOTS, count * 2);
     auto larger = std::make_unique<Slot[]>(size);
     for (std::size_t i = 0; i < count; ++i) {
       larger[i] = At(i);

@@ -16,13 +16,13 @@
 
 namespace {
 
-constexpr std::size_t kLongestThreadName = 15;
+constexpr std::size_t LONGEST_THREAD_NAME = 15;
 
 /// The task that the calling thread belongs to.
 thread_local const FCTask* t_currentTask = nullptr;
 
 void NameThisThread(const std::string& name) {
-  pthread_setname_np(pthread_self(), name.substr(0, kLongestThreadName).c_str());
+  pthread_setname_np(pthread_self(), name.substr(0, LONGEST_THREAD_NAME).c_str());
 }
 
 }  // namespace
@@ -122,13 +122,13 @@ bool FCTask::t_Create() {
 }
 
 bool FCTask::t_OnEvent(const FSEvent* pEvent) {
-  if (pEvent->type == framework::kEventSuspend) {
+  if (pEvent->type == framework::EVENT_SUSPEND) {
     if (t_CanSuspend()) {
       t_OnSuspend();
     }
     return true;
   }
-  if (pEvent->type == framework::kEventResume) {
+  if (pEvent->type == framework::EVENT_RESUME) {
     if (t_CanResume()) {
       t_OnResume();
     }

@@ -5,7 +5,7 @@
 namespace framework {
 
 /// Event types of the framework itself. FCTask::t_OnEvent() consumes them.
-constexpr unsigned int kEventSuspend = 0x7FFF0001;
-constexpr unsigned int kEventResume = 0x7FFF0002;
+constexpr unsigned int EVENT_SUSPEND = 0x7FFF0001;
+constexpr unsigned int EVENT_RESUME = 0x7FFF0002;
 
 }  // namespace framework

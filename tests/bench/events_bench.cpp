@@ -13,8 +13,8 @@
 
 namespace {
 
-constexpr unsigned int kLast = 2;
-constexpr int kBatch = 4096;  // half of the queue, so that no event is refused
+constexpr unsigned int LAST = 2;
+constexpr int BATCH = 4096;  // half of the queue, so that no event is refused
 
 /// Notifies the sender when the last event of a batch was handled.
 class Gate {
@@ -43,7 +43,7 @@ class CountingTask : public FCTask {
   CountingTask() { Create("bench", 1000, 0x2000); }
   ~CountingTask() override { Destroy(); }
   bool t_OnEvent(const FSEvent* pEvent) override {
-    if (pEvent->type == kLast) {
+    if (pEvent->type == LAST) {
       m_gate.Open();
     }
     return true;
@@ -80,7 +80,7 @@ class BareTask {
       if (event.type == 0) {
         return;
       }
-      if (event.type == kLast) {
+      if (event.type == LAST) {
         m_gate.Open();
       }
     }
@@ -97,14 +97,14 @@ void RunBatches(benchmark::State& state, Gate& gate, const Send& send) {
   for (auto _ : state) {
     FSEvent event;
     event.type = 1;
-    for (int i = 1; i < kBatch; ++i) {
+    for (int i = 1; i < BATCH; ++i) {
       send(event);
     }
-    event.type = kLast;
+    event.type = LAST;
     send(event);
     gate.Pass();
   }
-  state.SetItemsProcessed(state.iterations() * kBatch);
+  state.SetItemsProcessed(state.iterations() * BATCH);
 }
 
 void EventsDaemon(benchmark::State& state) {

@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr int kInstalls = 200;
+constexpr int INSTALLS = 200;
 
 unsigned long NextNumber() {
   static unsigned long s_number = 0;
@@ -97,9 +97,9 @@ void InstallFloor(benchmark::State& state) {
 BENCHMARK(InstallDaemon)
     ->Name("install/daemon")
     ->Arg(1)
-    ->Arg(kInstalls)
-    ->Iterations(kInstalls)
+    ->Arg(INSTALLS)
+    ->Iterations(INSTALLS)
     ->UseRealTime();
-BENCHMARK(InstallFloor)->Name("install/floor")->Iterations(kInstalls)->UseRealTime();
+BENCHMARK(InstallFloor)->Name("install/floor")->Iterations(INSTALLS)->UseRealTime();
 
 }  // namespace

@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr unsigned long kApps = 2000;
+constexpr unsigned long APPS = 2000;
 
 std::size_t RowBytes(unsigned long number) {
   const std::string package = bench::PackageId(number);
@@ -24,7 +24,7 @@ void MemoryDaemon(benchmark::State& state) {
   {
     const bench::Database db = bench::OpenWithTable(bench::StorePath());
     bench::Run(db.get(), "BEGIN; DELETE FROM appinfo;");
-    for (unsigned long i = 0; i < kApps; ++i) {
+    for (unsigned long i = 0; i < APPS; ++i) {
       bench::Run(db.get(), bench::InsertSql(bench::PackageId(i)));
       rowBytes += RowBytes(i);
     }
@@ -35,8 +35,8 @@ void MemoryDaemon(benchmark::State& state) {
   for (auto _ : state) {
     creator->LoadAndCreateAppInfo();
   }
-  state.counters["heap_per_app"] = static_cast<double>(mallinfo2().uordblks - before) / kApps;
-  state.counters["row_bytes"] = static_cast<double>(rowBytes) / kApps;
+  state.counters["heap_per_app"] = static_cast<double>(mallinfo2().uordblks - before) / APPS;
+  state.counters["row_bytes"] = static_cast<double>(rowBytes) / APPS;
 }
 
 BENCHMARK(MemoryDaemon)->Name("memory/daemon")->Iterations(1)->UseRealTime();

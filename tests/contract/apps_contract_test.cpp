@@ -11,12 +11,12 @@
 namespace contract {
 namespace {
 
-constexpr const char* kApp = "contract.app";
-constexpr const char* kOperation = "http://contract/operation";
+constexpr const char* APP = "contract.app";
+constexpr const char* OPERATION = "http://contract/operation";
 
 class Apps : public Contract {
  protected:
-  void InstallApp() { Tv().Install({"contract", "1.0.0", {{kApp, true, {}}}}); }
+  void InstallApp() { Tv().Install({"contract", "1.0.0", {{APP, true, {}}}}); }
 
   static int LaunchApp(const char* app) {
     app_control_h request = nullptr;
@@ -38,7 +38,7 @@ class Apps : public Contract {
 
 TEST_F(Apps, ALaunchRequestRefusesNull) {
   EXPECT_EQ(APP_CONTROL_ERROR_INVALID_PARAMETER, app_control_destroy(nullptr));
-  EXPECT_EQ(APP_CONTROL_ERROR_INVALID_PARAMETER, app_control_set_app_id(nullptr, kApp));
+  EXPECT_EQ(APP_CONTROL_ERROR_INVALID_PARAMETER, app_control_set_app_id(nullptr, APP));
   EXPECT_EQ(APP_CONTROL_ERROR_INVALID_PARAMETER,
             app_control_send_launch_request(nullptr, nullptr, nullptr));
 }
@@ -49,9 +49,9 @@ TEST_F(Apps, AnUnknownAppIsNotFound) {
 
 TEST_F(Apps, AnInstalledAppIsLaunched) {
   InstallApp();
-  EXPECT_FALSE(IsRunning(kApp));
-  EXPECT_EQ(APP_CONTROL_ERROR_NONE, LaunchApp(kApp));
-  EXPECT_TRUE(Tv().RunMainLoopUntil([] { return IsRunning(kApp); }));
+  EXPECT_FALSE(IsRunning(APP));
+  EXPECT_EQ(APP_CONTROL_ERROR_NONE, LaunchApp(APP));
+  EXPECT_TRUE(Tv().RunMainLoopUntil([] { return IsRunning(APP); }));
 }
 
 TEST_F(Apps, AnUnknownAppDoesNotRun) {
@@ -63,15 +63,15 @@ TEST_F(Apps, TheContextTellsUnknownFromNotRunning) {
   EXPECT_EQ(APP_MANAGER_ERROR_NO_SUCH_APP,
             app_manager_get_app_context("org.unknown.app", &context));
   InstallApp();
-  EXPECT_EQ(APP_MANAGER_ERROR_APP_NO_RUNNING, app_manager_get_app_context(kApp, &context));
+  EXPECT_EQ(APP_MANAGER_ERROR_APP_NO_RUNNING, app_manager_get_app_context(APP, &context));
   EXPECT_EQ(nullptr, context);
 }
 
 TEST_F(Apps, TheContextOfARunningAppHasItsPid) {
   InstallApp();
-  Tv().StartApp(kApp);
+  Tv().StartApp(APP);
   app_context_h context = nullptr;
-  ASSERT_EQ(0, app_manager_get_app_context(kApp, &context));
+  ASSERT_EQ(0, app_manager_get_app_context(APP, &context));
   pid_t pid = 0;
   EXPECT_EQ(0, app_context_get_pid(context, &pid));
   EXPECT_GT(pid, 1);
@@ -80,9 +80,9 @@ TEST_F(Apps, TheContextOfARunningAppHasItsPid) {
 
 TEST_F(Apps, ADestroyedContextStillAnswersOrLeavesThePid) {
   InstallApp();
-  Tv().StartApp(kApp);
+  Tv().StartApp(APP);
   app_context_h context = nullptr;
-  ASSERT_EQ(0, app_manager_get_app_context(kApp, &context));
+  ASSERT_EQ(0, app_manager_get_app_context(APP, &context));
   pid_t before = 0;
   ASSERT_EQ(0, app_context_get_pid(context, &before));
   ASSERT_EQ(0, app_context_destroy(context));
@@ -93,19 +93,19 @@ TEST_F(Apps, ADestroyedContextStillAnswersOrLeavesThePid) {
 
 TEST_F(Apps, ARunningAppIsAskedToEnd) {
   InstallApp();
-  Tv().StartApp(kApp);
+  Tv().StartApp(APP);
   app_context_h context = nullptr;
-  ASSERT_EQ(0, app_manager_get_app_context(kApp, &context));
+  ASSERT_EQ(0, app_manager_get_app_context(APP, &context));
   EXPECT_EQ(0, app_manager_terminate_app(context));
   EXPECT_EQ(0, app_context_destroy(context));
 }
 
 TEST_F(Apps, AnEndedAppDoesNotRun) {
   InstallApp();
-  Tv().StartApp(kApp);
-  EXPECT_TRUE(IsRunning(kApp));
-  Tv().StopApp(kApp);
-  EXPECT_FALSE(IsRunning(kApp));
+  Tv().StartApp(APP);
+  EXPECT_TRUE(IsRunning(APP));
+  Tv().StopApp(APP);
+  EXPECT_FALSE(IsRunning(APP));
 }
 
 class Operations : public Contract {
@@ -119,36 +119,36 @@ class Operations : public Contract {
 };
 
 TEST_F(Operations, HaveNoAppUntilOneIsSet) {
-  EXPECT_EQ("null", Current(kOperation));
+  EXPECT_EQ("null", Current(OPERATION));
 }
 
 TEST_F(Operations, HaveTheAppThatWasSet) {
-  EXPECT_EQ(0, app_operation_set_current_app(kOperation, kApp));
-  EXPECT_EQ(kApp, Current(kOperation));
-  EXPECT_EQ(0, app_operation_set_current_app(kOperation, "org.other"));
-  EXPECT_EQ("org.other", Current(kOperation));
+  EXPECT_EQ(0, app_operation_set_current_app(OPERATION, APP));
+  EXPECT_EQ(APP, Current(OPERATION));
+  EXPECT_EQ(0, app_operation_set_current_app(OPERATION, "org.other"));
+  EXPECT_EQ("org.other", Current(OPERATION));
   EXPECT_EQ("null", Current("http://contract/other"));
 }
 
 TEST_F(Operations, TakeAnEmptyApp) {
-  EXPECT_EQ(0, app_operation_set_current_app(kOperation, ""));
-  EXPECT_EQ("", Current(kOperation));
+  EXPECT_EQ(0, app_operation_set_current_app(OPERATION, ""));
+  EXPECT_EQ("", Current(OPERATION));
 }
 
 TEST_F(Operations, GoBackWithAReset) {
-  const std::string before = Current(kOperation);
-  app_operation_set_current_app(kOperation, kApp);
-  EXPECT_EQ(0, app_operation_reset_current_app(kOperation));
-  EXPECT_EQ(before, Current(kOperation));
-  EXPECT_EQ(0, app_operation_reset_current_app(kOperation));
+  const std::string before = Current(OPERATION);
+  app_operation_set_current_app(OPERATION, APP);
+  EXPECT_EQ(0, app_operation_reset_current_app(OPERATION));
+  EXPECT_EQ(before, Current(OPERATION));
+  EXPECT_EQ(0, app_operation_reset_current_app(OPERATION));
 }
 
 TEST_F(Operations, RefuseNull) {
   char* app = nullptr;
   EXPECT_NE(0, app_operation_get_current_app(nullptr, &app));
   EXPECT_EQ(nullptr, app);
-  EXPECT_NE(0, app_operation_set_current_app(nullptr, kApp));
-  EXPECT_NE(0, app_operation_set_current_app(kOperation, nullptr));
+  EXPECT_NE(0, app_operation_set_current_app(nullptr, APP));
+  EXPECT_NE(0, app_operation_set_current_app(OPERATION, nullptr));
   EXPECT_NE(0, app_operation_reset_current_app(nullptr));
 }
 

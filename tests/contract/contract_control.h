@@ -30,9 +30,9 @@ struct Package {
 
 /// A value of a message: a text for bytes, the elements of an array of strings.
 struct Entry {
-  enum class Kind { kString, kBytes, kStrings };
+  enum class Kind { String, Bytes, Strings };
   std::string key;
-  Kind kind = Kind::kString;
+  Kind kind = Kind::String;
   std::vector<std::string> values;
 };
 

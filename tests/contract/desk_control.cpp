@@ -41,17 +41,17 @@ Json::Value ToJson(const Entry& entry) {
   Json::Value value(Json::objectValue);
   value["key"] = entry.key;
   switch (entry.kind) {
-    case Entry::Kind::kString:
+    case Entry::Kind::String:
       value["type"] = 0x401;
       value["value"] = entry.values.at(0);
       break;
-    case Entry::Kind::kStrings:
+    case Entry::Kind::Strings:
       value["type"] = 0x501;
       for (const std::string& text : entry.values) {
         value["value"].append(text);
       }
       break;
-    case Entry::Kind::kBytes:
+    case Entry::Kind::Bytes:
       value["type"] = 2;
       value["bytes"] = desk::ToBase64(entry.values.at(0));
       break;

@@ -20,8 +20,8 @@
 namespace contract {
 namespace {
 
-constexpr int kFirstPid = 1000;
-constexpr int kFailed = 1;
+constexpr int FIRST_PID = 1000;
+constexpr int FAILED = 1;
 
 fake::Package ToFake(const Package& package) {
   fake::Package result;
@@ -35,10 +35,9 @@ fake::Package ToFake(const Package& package) {
 }
 
 fake::BundleEntry ToFake(const Entry& entry) {
-  static const std::map<Entry::Kind, int> s_types = {
-      {Entry::Kind::kString, BUNDLE_TYPE_STR},
-      {Entry::Kind::kBytes, BUNDLE_TYPE_BYTE},
-      {Entry::Kind::kStrings, BUNDLE_TYPE_STR_ARRAY}};
+  static const std::map<Entry::Kind, int> s_types = {{Entry::Kind::String, BUNDLE_TYPE_STR},
+                                                     {Entry::Kind::Bytes, BUNDLE_TYPE_BYTE},
+                                                     {Entry::Kind::Strings, BUNDLE_TYPE_STR_ARRAY}};
   return {entry.key, s_types.at(entry.kind), entry.values};
 }
 
@@ -56,9 +55,8 @@ class FakeControl : public Control {
  public:
   FakeControl() {
     fake::SetLaunchHook([this](const fake::Launch& launch) { return Start(launch.app); });
-    fake::SetMountHandler([](const fake::Mount& mount) {
-      return std::filesystem::exists(mount.image) ? 0 : kFailed;
-    });
+    fake::SetMountHandler(
+        [](const fake::Mount& mount) { return std::filesystem::exists(mount.image) ? 0 : FAILED; });
   }
   ~FakeControl() override { fake::Reset(); }
 
@@ -186,7 +184,7 @@ class FakeControl : public Control {
     if (m_apps.count(app) == 0) {
       return APP_CONTROL_ERROR_APP_NOT_FOUND;
     }
-    fake::SetRunning(app, kFirstPid + static_cast<int>(m_apps.size()));
+    fake::SetRunning(app, FIRST_PID + static_cast<int>(m_apps.size()));
     return APP_CONTROL_ERROR_NONE;
   }
 

@@ -12,7 +12,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
 
-constexpr const char* kPort = "contract_port";
+constexpr const char* PORT = "contract_port";
 
 /// "key type size value"; an array has no value.
 void NoteEntry(const char* key, const int type, const bundle_keyval_t* kv, void*) {
@@ -93,9 +93,9 @@ void Answer(int, const char* app, const char* port, bool, bundle*, void*) {
 class MessagePort : public Contract {};
 
 TEST_F(MessagePort, HasAPositiveIDThatStaysWhenRegisteredAgain) {
-  const int id = message_port_register_local_port(kPort, NoteMessage, nullptr);
+  const int id = message_port_register_local_port(PORT, NoteMessage, nullptr);
   EXPECT_GT(id, 0);
-  EXPECT_EQ(id, message_port_register_local_port(kPort, Answer, nullptr));
+  EXPECT_EQ(id, message_port_register_local_port(PORT, Answer, nullptr));
   const int other = message_port_register_local_port("contract_port_2", Answer, nullptr);
   EXPECT_GT(other, 0);
   EXPECT_NE(id, other);
@@ -105,27 +105,27 @@ TEST_F(MessagePort, RefusesNullAtRegistration) {
   EXPECT_EQ(MESSAGE_PORT_ERROR_INVALID_PARAMETER,
             message_port_register_local_port(nullptr, NoteMessage, nullptr));
   EXPECT_EQ(MESSAGE_PORT_ERROR_INVALID_PARAMETER,
-            message_port_register_local_port(kPort, nullptr, nullptr));
+            message_port_register_local_port(PORT, nullptr, nullptr));
 }
 
 TEST_F(MessagePort, DeliversWithTheSendersAppAndReplyPort) {
-  message_port_register_local_port(kPort, NoteMessage, nullptr);
-  Tv().SendMessage("org.sender.app", kPort, {{"k", Entry::Kind::kString, {"v"}}}, "reply");
+  message_port_register_local_port(PORT, NoteMessage, nullptr);
+  Tv().SendMessage("org.sender.app", PORT, {{"k", Entry::Kind::String, {"v"}}}, "reply");
   EXPECT_TRUE(Tv().RunMainLoopUntil([] { return Notes::Count() == 2; }));
   EXPECT_THAT(Notes::All(), ElementsAre("org.sender.app reply", "k 1025 2 v"));
 }
 
 TEST_F(MessagePort, GivesNoPortWhenTheSenderNamedNone) {
-  message_port_register_local_port(kPort, NoteMessage, nullptr);
-  Tv().SendMessage("org.sender.app", kPort, {}, std::nullopt);
+  message_port_register_local_port(PORT, NoteMessage, nullptr);
+  Tv().SendMessage("org.sender.app", PORT, {}, std::nullopt);
   EXPECT_TRUE(Tv().RunMainLoopUntil([] { return Notes::Count() == 1; }));
   EXPECT_THAT(Notes::All(), ElementsAre("org.sender.app no port"));
 }
 
 TEST_F(MessagePort, DeliversInOrderAndNotBeforeTheMainLoopRuns) {
-  message_port_register_local_port(kPort, NoteMessage, nullptr);
+  message_port_register_local_port(PORT, NoteMessage, nullptr);
   for (const char* app : {"org.a", "org.b", "org.c"}) {
-    Tv().SendMessage(app, kPort, {}, std::nullopt);
+    Tv().SendMessage(app, PORT, {}, std::nullopt);
   }
   EXPECT_THAT(Notes::All(), IsEmpty());
   EXPECT_TRUE(Tv().RunMainLoopUntil([] { return Notes::Count() == 3; }));
@@ -134,19 +134,19 @@ TEST_F(MessagePort, DeliversInOrderAndNotBeforeTheMainLoopRuns) {
 
 TEST_F(MessagePort, DeliversToTheLastCallbackAndUserData) {
   char data[] = "last ";
-  message_port_register_local_port(kPort, Answer, nullptr);
-  message_port_register_local_port(kPort, NoteMessage, data);
-  Tv().SendMessage("org.sender.app", kPort, {}, std::nullopt);
+  message_port_register_local_port(PORT, Answer, nullptr);
+  message_port_register_local_port(PORT, NoteMessage, data);
+  Tv().SendMessage("org.sender.app", PORT, {}, std::nullopt);
   EXPECT_TRUE(Tv().RunMainLoopUntil([] { return Notes::Count() == 1; }));
   EXPECT_THAT(Notes::All(), ElementsAre("last org.sender.app no port"));
 }
 
 TEST_F(MessagePort, KeepsTypesThatAreNoStrings) {
-  message_port_register_local_port(kPort, NoteMessage, nullptr);
-  Tv().SendMessage("org.sender.app", kPort,
-                   {{"bytes", Entry::Kind::kBytes, {"xyz"}},
-                    {"texts", Entry::Kind::kStrings, {"a", "b"}},
-                    {"text", Entry::Kind::kString, {"t"}}},
+  message_port_register_local_port(PORT, NoteMessage, nullptr);
+  Tv().SendMessage("org.sender.app", PORT,
+                   {{"bytes", Entry::Kind::Bytes, {"xyz"}},
+                    {"texts", Entry::Kind::Strings, {"a", "b"}},
+                    {"text", Entry::Kind::String, {"t"}}},
                    std::nullopt);
   EXPECT_TRUE(Tv().RunMainLoopUntil([] { return Notes::Count() == 4; }));
   EXPECT_THAT(Notes::All(),
@@ -156,8 +156,8 @@ TEST_F(MessagePort, KeepsTypesThatAreNoStrings) {
 }
 
 TEST_F(MessagePort, BringsAnAnswerToTheReplyPort) {
-  message_port_register_local_port(kPort, Answer, nullptr);
-  Tv().SendMessage("org.sender.app", kPort, {}, "reply");
+  message_port_register_local_port(PORT, Answer, nullptr);
+  Tv().SendMessage("org.sender.app", PORT, {}, "reply");
   EXPECT_TRUE(Tv().RunMainLoopUntil([] { return Notes::Count() == 1; }));
   EXPECT_THAT(Notes::All(), ElementsAre("0"));
   EXPECT_TRUE(Tv().RunMainLoopUntil(
@@ -167,8 +167,8 @@ TEST_F(MessagePort, BringsAnAnswerToTheReplyPort) {
 }
 
 TEST_F(MessagePort, AnAnswerToNoPortIsRefused) {
-  message_port_register_local_port(kPort, Answer, nullptr);
-  Tv().SendMessage("org.sender.app", kPort, {}, std::nullopt);
+  message_port_register_local_port(PORT, Answer, nullptr);
+  Tv().SendMessage("org.sender.app", PORT, {}, std::nullopt);
   EXPECT_TRUE(Tv().RunMainLoopUntil([] { return Notes::Count() == 1; }));
   EXPECT_THAT(Notes::All(),
               ElementsAre(std::to_string(static_cast<int>(MESSAGE_PORT_ERROR_INVALID_PARAMETER))));

@@ -26,12 +26,12 @@ extern "C" void __gcov_dump() __attribute__((weak));
 namespace fault {
 namespace {
 
-constexpr unsigned int kDeadlineSeconds = 60;
-constexpr int kDone = 42;  // differs from every exit code of the daemon
-const char kRequestFlag[] = "--request";
-const char kEnvironment[] = "ORV_FAULT_AT_START";
+constexpr unsigned int DEADLINE_SECONDS = 60;
+constexpr int DONE = 42;  // differs from every exit code of the daemon
+const char REQUEST_FLAG[] = "--request";
+const char ENVIRONMENT[] = "ORV_FAULT_AT_START";
 
-const std::vector<std::string> kHandleKinds = {"app_control",  "app_info",           "app_context",
+const std::vector<std::string> HANDLE_KINDS = {"app_control",  "app_info",           "app_context",
                                                "package_info", "package_manager",    "bundle",
                                                "TCService",    "TCServiceNavigation"};
 
@@ -51,7 +51,7 @@ void Disarm() {
 
 /// Before the daemon's static initialisers, because they already ask the platform for paths.
 __attribute__((constructor(101))) void ArmForStaticInitialisers() {
-  const char* text = std::getenv(kEnvironment);
+  const char* text = std::getenv(ENVIRONMENT);
   if (text == nullptr) {
     return;
   }
@@ -62,7 +62,7 @@ __attribute__((constructor(101))) void ArmForStaticInitialisers() {
 
 std::map<std::string, int> OpenHandles() {
   std::map<std::string, int> handles;
-  for (const std::string& kind : kHandleKinds) {
+  for (const std::string& kind : HANDLE_KINDS) {
     handles[kind] = static_cast<int>(fake::OpenHandles(kind));
   }
   return handles;
@@ -106,7 +106,7 @@ class Run {
       m_path.before();
     }
     WatchTheStore();
-    MakeStoreReadOnly(m_request.store == StoreState::kReadOnly);
+    MakeStoreReadOnly(m_request.store == StoreState::ReadOnly);
     m_report.reachedMainLoop = RunDaemon([this] { BeInMainLoop(); });
     if (!m_report.reachedMainLoop) {
       EndPath();
@@ -143,7 +143,7 @@ class Run {
     if (m_request.fault) {
       Arm(*m_request.fault);
     }
-    const StoreLock lock(m_request.store == StoreState::kLocked);
+    const StoreLock lock(m_request.store == StoreState::Locked);
     m_path.run();
     Settle();
   }
@@ -265,7 +265,7 @@ Report ToReport(const std::string& text) {
 
 /// Carries out the request in this process, then ends it even if threads of the daemon run.
 [[noreturn]] void CarryOut(const Request& request, int pipe) {
-  alarm(kDeadlineSeconds);
+  alarm(DEADLINE_SECONDS);
   const std::string text = ToText(Run(request).Make());
   for (std::size_t done = 0; done < text.size();) {
     const ssize_t written = write(pipe, text.data() + done, text.size() - done);
@@ -277,7 +277,7 @@ Report ToReport(const std::string& text) {
   if (__gcov_dump != nullptr) {
     __gcov_dump();
   }
-  _exit(kDone);
+  _exit(DONE);
 }
 
 /// Executes the program again, so that the fault is active before its static initialisers run.
@@ -286,10 +286,10 @@ Report ToReport(const std::string& text) {
     const Fault& fault = *request.fault;
     std::ostringstream text;
     text << fault.name << ' ' << fault.result << ' ' << fault.times << ' ' << fault.after;
-    setenv(kEnvironment, text.str().c_str(), 1);
+    setenv(ENVIRONMENT, text.str().c_str(), 1);
   }
   const std::string descriptor = std::to_string(pipe);
-  execl("/proc/self/exe", "fault_sweep", kRequestFlag, request.path.c_str(), descriptor.c_str(),
+  execl("/proc/self/exe", "fault_sweep", REQUEST_FLAG, request.path.c_str(), descriptor.c_str(),
         request.afterRestart ? "restart" : "start", nullptr);
   _exit(1);
 }
@@ -310,7 +310,7 @@ std::string WaitForTheEnd(pid_t child) {
   }
   if (WIFEXITED(status)) {
     const int code = WEXITSTATUS(status);
-    return code == kDone ? "" : "it ended with " + std::to_string(code);
+    return code == DONE ? "" : "it ended with " + std::to_string(code);
   }
   if (WTERMSIG(status) == SIGALRM) {
     return "it hung";
@@ -346,13 +346,13 @@ Report RunInChild(const Request& request) {
 }
 
 void CarryOutTheRequest(int argc, char** argv) {
-  if (argc != 5 || std::strcmp(argv[1], kRequestFlag) != 0) {
+  if (argc != 5 || std::strcmp(argv[1], REQUEST_FLAG) != 0) {
     return;
   }
   Request request;
   request.path = argv[2];
   request.afterRestart = std::strcmp(argv[4], "restart") == 0;
-  if (const char* text = std::getenv(kEnvironment)) {
+  if (const char* text = std::getenv(ENVIRONMENT)) {
     request.fault.emplace();
     std::istringstream(text) >> request.fault->name >> request.fault->result >>
         request.fault->times >> request.fault->after;

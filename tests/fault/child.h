@@ -18,9 +18,9 @@ struct Fault {
 };
 
 enum class StoreState {
-  kFree,
-  kReadOnly,  ///< from before the start of the daemon
-  kLocked     ///< by another program, while the path runs
+  Free,
+  ReadOnly,  ///< from before the start of the daemon
+  Locked     ///< by another program, while the path runs
 };
 
 struct Request {
@@ -29,7 +29,7 @@ struct Request {
   /// Only starts the daemon, without a fault, with the directories that the previous run left.
   bool afterRestart = false;
   /// Has no effect on a path that is the start itself.
-  StoreState store = StoreState::kFree;
+  StoreState store = StoreState::Free;
 };
 
 struct Report {

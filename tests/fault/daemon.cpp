@@ -21,8 +21,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::time_t kNow = 1700000000;  // 2023-11-14T22:13:20Z
-constexpr pid_t kFirstPid = 4711;
+constexpr std::time_t NOW = 1700000000;  // 2023-11-14T22:13:20Z
+constexpr pid_t FIRST_PID = 4711;
 
 void Empty(const std::string& directory) {
   for (const auto& entry : fs::directory_iterator(directory)) {
@@ -41,7 +41,7 @@ int MountArchive(const fake::Mount& mount) {
 
 /// A launched service runs until it is terminated.
 int RunService(const fake::Launch& launch) {
-  static pid_t s_pid = kFirstPid;
+  static pid_t s_pid = FIRST_PID;
   const std::string service = ".Feed";
   if (launch.app.size() > service.size() &&
       launch.app.compare(launch.app.size() - service.size(), service.size(), service) == 0) {
@@ -52,7 +52,7 @@ int RunService(const fake::Launch& launch) {
 
 }  // namespace
 
-const std::string kDataDirectory = "/opt/usr/apps/com.kalmora.tv.orv-enabler/data/";
+const std::string DATA_DIRECTORY = "/opt/usr/apps/com.kalmora.tv.orv-enabler/data/";
 
 void MakeFreshDirectories() {
   if (!support::InSandbox()) {
@@ -62,14 +62,14 @@ void MakeFreshDirectories() {
     Empty(directory);
   }
   fs::remove("/tmp/hbb_ready");
-  support::MakeDirectories(kDataDirectory);
+  support::MakeDirectories(DATA_DIRECTORY);
   support::MakeDirectories("/opt/usr/apps/com.kalmora.tv.orv-enabler/shared/data");
   support::WriteFile("/opt/share/orv_ch/replacement_ui_info.json", "{\"appid\":\"layout.App\"}");
 }
 
 void MakeTelevision() {
-  fake::SetTime(kNow);
-  fake::SetWaits(fake::Waits::kTimeOut);
+  fake::SetTime(NOW);
+  fake::SetWaits(fake::Waits::TimeOut);
   fake::StoreKey("db/orv_channel/custom_ui_type", "");
   fake::StoreKey("db/factory/factory_reset_count", 0);
   fake::StoreKey("db/factory/service_reset_count", 0);

@@ -13,7 +13,7 @@
 /// A complete daemon in a process of its own, and the fake TV around it.
 namespace fault {
 
-extern const std::string kDataDirectory;
+extern const std::string DATA_DIRECTORY;
 
 /// Empties the daemon's directories and creates those that the platform creates.
 void MakeFreshDirectories();

@@ -13,10 +13,10 @@
 namespace fault {
 namespace {
 
-constexpr int kAnyFailure = -4242;
-constexpr int kSilentSuccess = 0;
-constexpr int kAppNotFound = static_cast<int>(0xFEF00021);
-constexpr int kLaunchRejected = static_cast<int>(0xFEF00023);
+constexpr int ANY_FAILURE = -4242;
+constexpr int SILENT_SUCCESS = 0;
+constexpr int APP_NOT_FOUND = static_cast<int>(0xFEF00021);
+constexpr int LAUNCH_REJECTED = static_cast<int>(0xFEF00023);
 
 bool Contains(const std::string& text, const std::string& part) {
   return text.find(part) != std::string::npos;
@@ -68,7 +68,7 @@ bool MayMissPackages(const Request& request, const Report& report) {
          std::any_of(MissedPackages().begin(), MissedPackages().end(),
                      [&](const MissedPackage& entry) {
                        return Fits(entry.call, entry.args, request, report) &&
-                              (!entry.onlyForGood || request.fault->times == fake::kForever);
+                              (!entry.onlyForGood || request.fault->times == fake::FOREVER);
                      });
 }
 
@@ -103,23 +103,23 @@ std::vector<int> ResultsOf(const std::string& call) {
       {"sqlite3.xTruncate", {SQLITE_IOERR_TRUNCATE}},
       {"sqlite3.xLock", {SQLITE_BUSY, SQLITE_IOERR_LOCK}},
       {"sqlite3.xDelete", {SQLITE_IOERR_DELETE}},
-      {"app_control_send_launch_request", {kAnyFailure, kAppNotFound, kLaunchRejected}},
-      {"app_control_create", {kAnyFailure, kSilentSuccess}},
-      {"app_manager_get_app_context", {kAnyFailure, kSilentSuccess}},
-      {"app_operation_get_current_app", {kAnyFailure, kSilentSuccess}},
-      {"app_info_create", {kAnyFailure, kSilentSuccess}},
-      {"package_info_get_version", {kAnyFailure, kSilentSuccess}},
-      {"package_manager_get_package_info", {kAnyFailure, kSilentSuccess}},
-      {"TVServiceAPI::CreateSignalSubscriber", {kAnyFailure, kSilentSuccess}},
-      {"was_get_all_app_list", {kAnyFailure, kSilentSuccess}},
-      {"was_get_app_info_by_tizenid", {kAnyFailure, kSilentSuccess}},
-      {"bundle_keyval_get_basic_val", {kAnyFailure, kSilentSuccess}},
-      {"vconf_get_int", {kAnyFailure, kSilentSuccess}},
-      {"PS_Mount", {kAnyFailure, kSilentSuccess}},
-      {"PS_Umount", {kAnyFailure, kSilentSuccess}},
+      {"app_control_send_launch_request", {ANY_FAILURE, APP_NOT_FOUND, LAUNCH_REJECTED}},
+      {"app_control_create", {ANY_FAILURE, SILENT_SUCCESS}},
+      {"app_manager_get_app_context", {ANY_FAILURE, SILENT_SUCCESS}},
+      {"app_operation_get_current_app", {ANY_FAILURE, SILENT_SUCCESS}},
+      {"app_info_create", {ANY_FAILURE, SILENT_SUCCESS}},
+      {"package_info_get_version", {ANY_FAILURE, SILENT_SUCCESS}},
+      {"package_manager_get_package_info", {ANY_FAILURE, SILENT_SUCCESS}},
+      {"TVServiceAPI::CreateSignalSubscriber", {ANY_FAILURE, SILENT_SUCCESS}},
+      {"was_get_all_app_list", {ANY_FAILURE, SILENT_SUCCESS}},
+      {"was_get_app_info_by_tizenid", {ANY_FAILURE, SILENT_SUCCESS}},
+      {"bundle_keyval_get_basic_val", {ANY_FAILURE, SILENT_SUCCESS}},
+      {"vconf_get_int", {ANY_FAILURE, SILENT_SUCCESS}},
+      {"PS_Mount", {ANY_FAILURE, SILENT_SUCCESS}},
+      {"PS_Umount", {ANY_FAILURE, SILENT_SUCCESS}},
   };
   const auto found = s_results.find(call);
-  return found == s_results.end() ? std::vector<int>{kAnyFailure} : found->second;
+  return found == s_results.end() ? std::vector<int>{ANY_FAILURE} : found->second;
 }
 
 std::vector<std::string> WhatIsWrong(const Request& request, const Report& report,
@@ -133,7 +133,7 @@ std::vector<std::string> WhatIsWrong(const Request& request, const Report& repor
     const bool mayBeMissed = FindPath(request.path).IsStart() && request.fault->after > 0;
     return mayBeMissed ? wrong : std::vector<std::string>{"the call was not made to fail"};
   }
-  const bool isSuccess = request.fault && request.fault->result == kSilentSuccess;
+  const bool isSuccess = request.fault && request.fault->result == SILENT_SUCCESS;
   if (request.fault && !isSuccess && !IsLogged(request, report, faultless)) {
     wrong.push_back("no log line reports the failure");
   }

@@ -13,17 +13,17 @@
 namespace fault {
 namespace {
 
-constexpr unsigned int kValidationMs = 1800 * 1000;
-constexpr unsigned int kPreloadRetryMs = 5 * 1000;
-constexpr unsigned int kLowMemoryCheckMs = 2 * 1000;
-constexpr unsigned int kBoostTimerEvent = 1004;
-constexpr int kLaunchRejected = static_cast<int>(0xFEF00023);
-constexpr int kTuned = 103;
-constexpr std::uint64_t kFeederService = 7;
-constexpr std::uint64_t kOtherService = 8;
+constexpr unsigned int VALIDATION_MS = 1800 * 1000;
+constexpr unsigned int PRELOAD_RETRY_MS = 5 * 1000;
+constexpr unsigned int LOW_MEMORY_CHECK_MS = 2 * 1000;
+constexpr unsigned int BOOST_TIMER_EVENT = 1004;
+constexpr int LAUNCH_REJECTED = static_cast<int>(0xFEF00023);
+constexpr int TUNED = 103;
+constexpr std::uint64_t FEEDER_SERVICE = 7;
+constexpr std::uint64_t OTHER_SERVICE = 8;
 
-const char kNetworkTimeKey[] = "memory/menu/network/set_time";
-const char kGuideStatusKey[] = "rtc/memory/WebApp/guidepacka.App";
+const char NETWORK_TIME_KEY[] = "memory/menu/network/set_time";
+const char GUIDE_STATUS_KEY[] = "rtc/memory/WebApp/guidepacka.App";
 
 std::vector<fake::Package> OfEveryKind() {
   return {PackagedFeeder(), ServiceFeeder("servicefda", "extended"), ServiceFeeder("servicefdb"),
@@ -31,12 +31,12 @@ std::vector<fake::Package> OfEveryKind() {
 }
 
 void MakeServices() {
-  fake::AddService(fake::MakeService(kFeederService, PackagedFeeder().id));
-  fake::AddService(fake::MakeService(kOtherService, ""));
+  fake::AddService(fake::MakeService(FEEDER_SERVICE, PackagedFeeder().id));
+  fake::AddService(fake::MakeService(OTHER_SERVICE, ""));
 }
 
 void Tune(std::uint64_t service) {
-  fake::FireTvSignalOnThread(kTuned, fake::Payload(service));
+  fake::FireTvSignalOnThread(TUNED, fake::Payload(service));
 }
 
 void Signal(int signal) {
@@ -76,7 +76,7 @@ void Say(const std::vector<std::pair<std::string, std::string>>& message) {
 
 /// No start has both network time and stored service feeders, except in a race; see below.
 std::vector<Path> Starts() {
-  const auto setNetworkTime = [] { fake::StoreKey(kNetworkTimeKey, 1); };
+  const auto setNetworkTime = [] { fake::StoreKey(NETWORK_TIME_KEY, 1); };
   return {
       {"StartWithStoredApps", OfEveryKind(), {}, {}, {}},
       {"StartWithAnEmptyStore", {}, setNetworkTime, {}, {}},
@@ -161,7 +161,7 @@ std::vector<Path> Removals() {
          fake::RemoveWasPackage(Guide().id);
          fake::AddWasApp({Guide().id, "guidepacka.App", WidgetID(Guide()), 2, 1});
        },
-       [] { Fire(kValidationMs); }},
+       [] { Fire(VALIDATION_MS); }},
   };
 }
 
@@ -171,15 +171,15 @@ std::vector<Path> Signals() {
        {PackagedFeeder()},
        {},
        MakeServices,
-       [] { Tune(kFeederService); }},
+       [] { Tune(FEEDER_SERVICE); }},
       {"TuneToAnotherChannel",
        {PackagedFeeder()},
        {},
        [] {
          MakeServices();
-         Tune(kFeederService);
+         Tune(FEEDER_SERVICE);
        },
-       [] { Tune(kOtherService); }},
+       [] { Tune(OTHER_SERVICE); }},
       {"Activation", OfEveryKind(), {}, {}, [] { Signal(75); }},
       {"VirtualServices",
        OfEveryKind(),
@@ -206,10 +206,10 @@ std::vector<Path> Boosts() {
   const auto bootOnTheFeeder = [] {
     fake::StoreKey("db/boot/last_service", "vc-service");
     MakeServices();
-    fake::SetCurrentService(fake::MakeService(kFeederService, PackagedFeeder().id));
+    fake::SetCurrentService(fake::MakeService(FEEDER_SERVICE, PackagedFeeder().id));
   };
   const auto fireTimer = [] {
-    fake::FireAlarms(kBoostTimerEvent);
+    fake::FireAlarms(BOOST_TIMER_EVENT);
     Settle();
   };
   return {
@@ -219,7 +219,7 @@ std::vector<Path> Boosts() {
        {},
        [] {
          MakeServices();
-         Tune(kFeederService);
+         Tune(FEEDER_SERVICE);
        },
        fireTimer},
       {"HbbtvReady",
@@ -243,7 +243,7 @@ std::vector<Path> Schedules() {
        {},
        [] { Uninstall("servicefda"); },
        Tick},
-      {"NetworkTimeArrives", feeders, {}, {}, [] { SetKey(kNetworkTimeKey, 1); }, false},
+      {"NetworkTimeArrives", feeders, {}, {}, [] { SetKey(NETWORK_TIME_KEY, 1); }, false},
       {"MessageWithADueTime",
        feeders,
        {},
@@ -277,43 +277,43 @@ std::vector<Path> WebAppLives() {
        {},
        [] {
          for (const char* word : {"init", "load", "preload", "resume", "pause", "quit"}) {
-           SetKey(kGuideStatusKey, word);
+           SetKey(GUIDE_STATUS_KEY, word);
          }
        }},
       {"EndOfAWebAppInLowMemory",
        {Guide()},
        {},
        [] {
-         SetKey(kGuideStatusKey, "preload");
-         SetKey(kGuideStatusKey, "destroy");
+         SetKey(GUIDE_STATUS_KEY, "preload");
+         SetKey(GUIDE_STATUS_KEY, "destroy");
        },
        [] {
-         Fire(kLowMemoryCheckMs);
-         SetKey(kGuideStatusKey, "preload");
-         Fire(kLowMemoryCheckMs);
+         Fire(LOW_MEMORY_CHECK_MS);
+         SetKey(GUIDE_STATUS_KEY, "preload");
+         Fire(LOW_MEMORY_CHECK_MS);
        }},
       {"RejectedPreload",
        {},
        {},
        [] {
-         fake::QueueLaunchResults({kLaunchRejected, kLaunchRejected});
+         fake::QueueLaunchResults({LAUNCH_REJECTED, LAUNCH_REJECTED});
          Install(Guide());
        },
        [] {
-         Fire(kPreloadRetryMs);
-         Fire(kPreloadRetryMs);
+         Fire(PRELOAD_RETRY_MS);
+         Fire(PRELOAD_RETRY_MS);
        }},
       {"PreloadThatIsRejectedForGood",
        {},
        {},
        [] {
-         fake::QueueLaunchResults(std::vector<int>(22, kLaunchRejected));
+         fake::QueueLaunchResults(std::vector<int>(22, LAUNCH_REJECTED));
          Install(Guide());
          for (int i = 0; i < 21; ++i) {
-           Fire(kPreloadRetryMs);
+           Fire(PRELOAD_RETRY_MS);
          }
        },
-       [] { Fire(kPreloadRetryMs); }},
+       [] { Fire(PRELOAD_RETRY_MS); }},
       {"Housekeeping",
        {},
        {},
@@ -330,7 +330,7 @@ std::vector<Path> Races() {
   return {
       {"StartOfTheSchedulerWithStoredApps",
        OfEveryKind(),
-       [] { fake::StoreKey(kNetworkTimeKey, 1); },
+       [] { fake::StoreKey(NETWORK_TIME_KEY, 1); },
        {},
        {},
        true,

@@ -16,15 +16,15 @@ namespace {
 
 using Row = std::vector<std::string>;
 
-const std::vector<std::string> kColumns = {
-    "package_id", "app_id",      "widget_id",   "service_id",  "version",
-    "variables",  "extra_data1", "extra_data2", "extra_data3", "extra_data4"};
+const std::vector<std::string> COLUMNS = {"package_id",  "app_id",     "widget_id",   "service_id",
+                                          "version",     "variables",  "extra_data1", "extra_data2",
+                                          "extra_data3", "extra_data4"};
 
 class Connection {
  public:
   explicit Connection(int flags) {
     // By name: the default VFS may be the one with faults.
-    if (sqlite3_open_v2((kDataDirectory + "appinfo.db").c_str(), &m_db, flags, "unix") !=
+    if (sqlite3_open_v2((DATA_DIRECTORY + "appinfo.db").c_str(), &m_db, flags, "unix") !=
         SQLITE_OK) {
       Throw("cannot be opened");
     }
@@ -106,7 +106,7 @@ void CheckColumns(Connection& store, std::vector<std::string>& wrong) {
   for (const Row& row : store.Run("PRAGMA table_info('appinfo')")) {
     columns.push_back(row.at(1));
   }
-  if (columns != kColumns) {
+  if (columns != COLUMNS) {
     wrong.push_back("store: " + std::to_string(columns.size()) + " columns instead of the ten");
   }
 }
@@ -116,9 +116,9 @@ void CheckColumns(Connection& store, std::vector<std::string>& wrong) {
 void StoreRows(const std::vector<fake::Package>& packages) {
   Connection store(SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
   std::string columns;
-  for (const std::string& column : kColumns) {
+  for (const std::string& column : COLUMNS) {
     columns += (columns.empty() ? "" : ",") + column + " TEXT" +
-               (column == kColumns.front() ? " PRIMARY KEY" : "");
+               (column == COLUMNS.front() ? " PRIMARY KEY" : "");
   }
   store.Run("CREATE TABLE appinfo (" + columns + ")");
   for (const fake::Package& package : packages) {
@@ -130,7 +130,7 @@ StoreLock::StoreLock(bool held) {
   if (!held) {
     return;
   }
-  const std::string path = kDataDirectory + "appinfo.db";
+  const std::string path = DATA_DIRECTORY + "appinfo.db";
   if (sqlite3_open_v2(path.c_str(), &m_db, SQLITE_OPEN_READWRITE, "unix") != SQLITE_OK ||
       sqlite3_exec(m_db, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr) != SQLITE_OK) {
     throw std::runtime_error("store: cannot be locked");

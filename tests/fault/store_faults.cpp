@@ -11,7 +11,7 @@
 namespace fault {
 namespace {
 
-constexpr char kPrefix[] = "sqlite3.";  // in use before static initialisers have run
+constexpr char PREFIX[] = "sqlite3.";  // in use before static initialisers have run
 
 struct StoreFault {
   std::string name;
@@ -37,7 +37,7 @@ State& GetState() {
 
 /// Counts one use of an operation. The result of its fault, or nothing if it should be carried out.
 std::optional<int> Use(const char* operation) {
-  const std::string name = std::string(kPrefix) + operation;
+  const std::string name = std::string(PREFIX) + operation;
   State& state = GetState();
   const std::lock_guard<std::mutex> lock(state.mutex);
   ++state.operations[name];
@@ -168,7 +168,7 @@ void WatchTheStore() {
 }
 
 bool IsStoreOperation(const std::string& name) {
-  return name.find(kPrefix) == 0;
+  return name.find(PREFIX) == 0;
 }
 
 std::map<std::string, int> StoreOperations() {

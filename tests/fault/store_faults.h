@@ -18,7 +18,7 @@ bool IsStoreOperation(const std::string& name);
 std::map<std::string, int> StoreOperations();
 void ForgetStoreOperations();
 
-/// Lets the operation return this SQLite result `times` times (fake::kForever: always) after it
+/// Lets the operation return this SQLite result `times` times (fake::FOREVER: always) after it
 /// succeeded `after` times. A failing operation does not read, write or lock anything.
 void FailStore(const std::string& name, int result, int times, int after);
 void ClearStoreFaults();

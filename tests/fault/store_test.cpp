@@ -34,7 +34,7 @@ class AWriteOfTheStore : public testing::TestWithParam<Write> {
 };
 
 TEST_P(AWriteOfTheStore, FailsWhileAnotherProgramHasItLockedAndNoLonger) {
-  const Report report = RunWith(StoreState::kLocked);
+  const Report report = RunWith(StoreState::Locked);
   EXPECT_THAT(report.end, IsEmpty());
   EXPECT_THAT(report.log, HasLog(GetParam().error));
   EXPECT_THAT(report.problems, IsEmpty());
@@ -42,7 +42,7 @@ TEST_P(AWriteOfTheStore, FailsWhileAnotherProgramHasItLockedAndNoLonger) {
 }
 
 TEST_P(AWriteOfTheStore, FailsWhileItIsReadOnlyUntilARestart) {
-  const Report report = RunWith(StoreState::kReadOnly);
+  const Report report = RunWith(StoreState::ReadOnly);
   EXPECT_THAT(report.end, IsEmpty());
   EXPECT_THAT(report.log, HasLog(GetParam().error));
   EXPECT_THAT(report.problems,

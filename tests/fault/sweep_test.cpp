@@ -97,7 +97,7 @@ TEST_P(AFailingCall, IsLoggedAndLeavesAWorkingDaemonAndStore) {
   for (const int result : ResultsOf(GetParam().call)) {
     for (int after = 0; after < GetParam().count; ++after) {
       RunWith({GetParam().call, result, 1, after});
-      RunWith({GetParam().call, result, fake::kForever, after});
+      RunWith({GetParam().call, result, fake::FOREVER, after});
     }
   }
 }
@@ -131,7 +131,7 @@ TEST_P(APath, EndsWellWithoutAFault) {
 
 TEST_P(APath, IsTheSameWhenEveryLogRecordIsLost) {
   const Report report =
-      RunInChild({GetParam(), Fault{"__dlog_print", -1, fake::kForever, 0}, false});
+      RunInChild({GetParam(), Fault{"__dlog_print", -1, fake::FOREVER, 0}, false});
   EXPECT_THAT(report.end, IsEmpty());
   EXPECT_THAT(report.log, IsEmpty());
   EXPECT_THAT(report.problems, IsEmpty());
@@ -144,8 +144,8 @@ INSTANTIATE_TEST_SUITE_P(Sweep, APath, testing::ValuesIn(FindPathNames(false)),
 class ARace : public testing::TestWithParam<std::string> {};
 
 TEST_P(ARace, EndsWellEveryTime) {
-  constexpr int kTimes = 60;
-  for (int i = 0; i < kTimes; ++i) {
+  constexpr int TIMES = 60;
+  for (int i = 0; i < TIMES; ++i) {
     const Report report = RunInChild({GetParam(), std::nullopt, false});
     ASSERT_THAT(report.end, IsEmpty()) << "time " << i;
     ASSERT_THAT(report.problems, IsEmpty()) << "time " << i;

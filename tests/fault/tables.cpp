@@ -5,22 +5,22 @@
 namespace fault {
 namespace {
 
-const char kSubscribed[] = "a subscription is assumed to succeed";
-const char kStart[] =
+const char SUBSCRIBED[] = "a subscription is assumed to succeed";
+const char START[] =
     "the daemon starts with what is available; its supervisor sees what is missing";
-const char kTimer[] = "a timer is assumed to be set, as with every main loop";
-const char kTarget[] = "the launch refuses an incomplete request";
-const char kDestroyed[] = "results of releasing calls are ignored";
-const char kPath[] = "a missing path shows when a file is not found";
-const char kReply[] = "a reply is optional; the sender's timeout is the same as for a lost one";
-const char kIgnored[] = "what is removed may already be gone";
-const char kEnding[] = "whether an app has ended is checked at its next termination";
-const char kKeyDefault[] = "a key that cannot be read counts as 0";
-const char kParameter[] = "a value that cannot be read counts as empty, and the command as wrong";
-const char kEndOfRows[] = "a failed step ends the reading as the last row does";
-const char kNoSecondRepair[] =
+const char TIMER[] = "a timer is assumed to be set, as with every main loop";
+const char TARGET[] = "the launch refuses an incomplete request";
+const char DESTROYED[] = "results of releasing calls are ignored";
+const char PATH[] = "a missing path shows when a file is not found";
+const char REPLY[] = "a reply is optional; the sender's timeout is the same as for a lost one";
+const char IGNORED[] = "what is removed may already be gone";
+const char ENDING[] = "whether an app has ended is checked at its next termination";
+const char KEY_DEFAULT[] = "a key that cannot be read counts as 0";
+const char PARAMETER[] = "a value that cannot be read counts as empty, and the command as wrong";
+const char END_OF_ROWS[] = "a failed step ends the reading as the last row does";
+const char NO_SECOND_REPAIR[] =
     "there is no second repair: the daemon keeps running without a store";
-const char kNoEvents[] = "without the package manager's events no package is handled";
+const char NO_EVENTS[] = "without the package manager's events no package is handled";
 
 }  // namespace
 
@@ -28,11 +28,11 @@ const std::vector<LogException>& LogExceptions() {
   static const std::vector<LogException> s_exceptions = {
       // Logged, but not as an error.
       {"PS_Umount", "", "[Debug] UnMounting is done. ret[-4242]", "the data is already unpacked"},
-      {"app_context_destroy", "", "[Debug] app_context_destroy() failed = ", kDestroyed},
-      {"app_context_get_pid", "", "[Debug] Cannot get pid.(ret : -4242)", kEnding},
-      {"app_manager_terminate_app", "", "[Debug] app_manager_terminate_app() failed = ", kEnding},
+      {"app_context_destroy", "", "[Debug] app_context_destroy() failed = ", DESTROYED},
+      {"app_context_get_pid", "", "[Debug] Cannot get pid.(ret : -4242)", ENDING},
+      {"app_manager_terminate_app", "", "[Debug] app_manager_terminate_app() failed = ", ENDING},
       {"message_port_send_message", "", "[Debug] message_port_send_message() failed : -4242",
-       kReply},
+       REPLY},
       {"vconf_get_str", "db/boot/last_service", "[Info] key : db/boot/last_service is not valid",
        "a TV without a last service is new"},
       {"vconf_keynode_get_int", "", "[Debug] set_time value = -4242",
@@ -43,42 +43,42 @@ const std::vector<LogException>& LogExceptions() {
        "the service may know the app only later"},
 
       // Not logged.
-      {"FCEMSProxy::Subscribe", "", "", kSubscribed},
-      {"TCSignalSubscriber::Subscribe", "", "", kSubscribed},
-      {"FCList::Create", "", "", kStart},
-      {"FCStateAlarm::Create", "", "", kStart},
-      {"FCSyncDet::Create", "", "", kStart},
+      {"FCEMSProxy::Subscribe", "", "", SUBSCRIBED},
+      {"TCSignalSubscriber::Subscribe", "", "", SUBSCRIBED},
+      {"FCList::Create", "", "", START},
+      {"FCStateAlarm::Create", "", "", START},
+      {"FCSyncDet::Create", "", "", START},
       {"FCTaskList::FlagInitialize", "", "", "any result but 0 means that the list is usable"},
-      {"smart_deadlock_register_watchdog_service", "", "", kStart},
+      {"smart_deadlock_register_watchdog_service", "", "", START},
       {"smart_deadlock_watchdog_notify", "", "", "the next notification follows in ten seconds"},
       {"malloc_trim", "", "", "its result only says whether memory was released"},
       {"FCTask::Send", "ORVInstaller, 1004", "",
        "the alarm posts it, and the framework has no log"},
-      {"app_control_add_extra_data", "", "", kTarget},
-      {"app_control_set_app_id", "", "", kTarget},
-      {"app_control_set_operation", "", "", kTarget},
-      {"app_control_destroy", "", "", kDestroyed},
-      {"app_info_destroy", "", "", kDestroyed},
-      {"package_info_destroy", "", "", kDestroyed},
-      {"bundle_free", "", "", kDestroyed},
-      {"app_get_data_path", "", "", kPath},
-      {"app_get_shared_data_path", "", "", kPath},
-      {"tzplatform_getenv", "27", "", kPath},
-      {"app_manager_is_running", "", "", kEnding},
-      {"kill", "", "", kEnding},
-      {"bundle_add_str", "", "", kReply},
-      {"bundle_create", "", "", kReply},
-      {"bundle_foreach", "", "", kParameter},
-      {"bundle_keyval_get_basic_val", "", "", kParameter},
-      {"g_source_remove", "", "", kTimer},
-      {"g_timeout_add", "", "", kTimer},
-      {"g_timeout_add_seconds", "", "", kTimer},
-      {"vconf_get_int", "memory/menu/network/set_time", "", kKeyDefault},
-      {"vconf_get_int", "db/factory/", "", kKeyDefault},
-      {"vconf_ignore_key_changed", "", "", kIgnored},
+      {"app_control_add_extra_data", "", "", TARGET},
+      {"app_control_set_app_id", "", "", TARGET},
+      {"app_control_set_operation", "", "", TARGET},
+      {"app_control_destroy", "", "", DESTROYED},
+      {"app_info_destroy", "", "", DESTROYED},
+      {"package_info_destroy", "", "", DESTROYED},
+      {"bundle_free", "", "", DESTROYED},
+      {"app_get_data_path", "", "", PATH},
+      {"app_get_shared_data_path", "", "", PATH},
+      {"tzplatform_getenv", "27", "", PATH},
+      {"app_manager_is_running", "", "", ENDING},
+      {"kill", "", "", ENDING},
+      {"bundle_add_str", "", "", REPLY},
+      {"bundle_create", "", "", REPLY},
+      {"bundle_foreach", "", "", PARAMETER},
+      {"bundle_keyval_get_basic_val", "", "", PARAMETER},
+      {"g_source_remove", "", "", TIMER},
+      {"g_timeout_add", "", "", TIMER},
+      {"g_timeout_add_seconds", "", "", TIMER},
+      {"vconf_get_int", "memory/menu/network/set_time", "", KEY_DEFAULT},
+      {"vconf_get_int", "db/factory/", "", KEY_DEFAULT},
+      {"vconf_ignore_key_changed", "", "", IGNORED},
       {"vconf_set_str", "db/orv_channel/custom_ui_type", "", "the announcement is optional"},
-      {"sqlite3.xLock", "(at start)", "", kEndOfRows},
-      {"sqlite3.xRead", "(at start)", "", kEndOfRows},
+      {"sqlite3.xLock", "(at start)", "", END_OF_ROWS},
+      {"sqlite3.xRead", "(at start)", "", END_OF_ROWS},
   };
   return s_exceptions;
 }
@@ -86,15 +86,15 @@ const std::vector<LogException>& LogExceptions() {
 const std::vector<MissedPackage>& MissedPackages() {
   static const std::vector<MissedPackage> s_missed = {
       {"FCTask::Create", "ORVInstaller", false, "without its task no event is handled"},
-      {"package_manager_create", "", false, kNoEvents},
-      {"package_manager_set_event_cb", "", false, kNoEvents},
+      {"package_manager_create", "", false, NO_EVENTS},
+      {"package_manager_set_event_cb", "", false, NO_EVENTS},
       {"tzplatform_getenv", "61", false, "the store's path is read once"},
-      {"sqlite3.xDelete", "", true, kNoSecondRepair},
-      {"sqlite3.xLock", "", true, kNoSecondRepair},
-      {"sqlite3.xOpen", "", true, kNoSecondRepair},
-      {"sqlite3.xRead", "", true, kNoSecondRepair},
-      {"sqlite3.xSync", "", true, kNoSecondRepair},
-      {"sqlite3.xWrite", "", true, kNoSecondRepair},
+      {"sqlite3.xDelete", "", true, NO_SECOND_REPAIR},
+      {"sqlite3.xLock", "", true, NO_SECOND_REPAIR},
+      {"sqlite3.xOpen", "", true, NO_SECOND_REPAIR},
+      {"sqlite3.xRead", "", true, NO_SECOND_REPAIR},
+      {"sqlite3.xSync", "", true, NO_SECOND_REPAIR},
+      {"sqlite3.xWrite", "", true, NO_SECOND_REPAIR},
   };
   return s_missed;
 }

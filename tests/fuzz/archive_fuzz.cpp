@@ -24,16 +24,16 @@ void fuzz::SetUp() {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  constexpr int kAll = PACKAGED_TYPE_HBBTV_APP | PACKAGED_TYPE_META_DATA;
+  constexpr int ALL = PACKAGED_TYPE_HBBTV_APP | PACKAGED_TYPE_META_DATA;
   const std::string type = "ch_feeder_standard";
   g_archive = fuzz::Text(data, size);
   fuzz::Contain([&] {
-    FileSystemUtils::InstallPackagedData("fuzzpackag", "fuzzpackag.App", type, kAll, false);
+    FileSystemUtils::InstallPackagedData("fuzzpackag", "fuzzpackag.App", type, ALL, false);
     // The tree exists: adds another type, whatever list of types the archive contains.
     FileSystemUtils::InstallPackagedData("fuzzpackag", "fuzzpackag.App", "ch_feeder_custom",
                                          PACKAGED_TYPE_HBBTV_APP, false);
   });
-  fuzz::Contain([&] { FileSystemUtils::UninstallPackagedData("fuzzpackag", type, kAll); });
+  fuzz::Contain([&] { FileSystemUtils::UninstallPackagedData("fuzzpackag", type, ALL); });
   fuzz::Contain([&] {
     FileSystemUtils::UninstallPackagedData("fuzzpackag", "ch_feeder_custom",
                                            PACKAGED_TYPE_HBBTV_APP);

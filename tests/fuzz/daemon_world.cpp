@@ -12,20 +12,20 @@ namespace fuzz {
 
 namespace fs = std::filesystem;
 
-const std::string kDataDirectory = "/opt/usr/apps/com.kalmora.tv.orv-enabler/data/";
-const std::string kSharedDataDirectory = "/opt/usr/apps/com.kalmora.tv.orv-enabler/shared/data/";
+const std::string DATA_DIRECTORY = "/opt/usr/apps/com.kalmora.tv.orv-enabler/data/";
+const std::string SHARED_DATA_DIRECTORY = "/opt/usr/apps/com.kalmora.tv.orv-enabler/shared/data/";
 
 void MakeWorld() {
-  support::MakeDirectories(kDataDirectory);
-  support::MakeDirectories(kSharedDataDirectory);
+  support::MakeDirectories(DATA_DIRECTORY);
+  support::MakeDirectories(SHARED_DATA_DIRECTORY);
   fake::SetRecording(false);
   fake::SetTime(1700000000);
-  fake::SetWaits(fake::Waits::kTimeOut);
+  fake::SetWaits(fake::Waits::TimeOut);
   fake::StoreKey("db/orv_channel/custom_ui_type", "");
 }
 
 void ForgetInput() {
-  for (const auto& entry : fs::directory_iterator(kSharedDataDirectory)) {
+  for (const auto& entry : fs::directory_iterator(SHARED_DATA_DIRECTORY)) {
     fs::remove_all(entry.path());
   }
   fake::DropKeyChanges();

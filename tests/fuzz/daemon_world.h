@@ -8,8 +8,8 @@
 /// The environment of the targets that run parts of the daemon on the fake platform.
 namespace fuzz {
 
-extern const std::string kDataDirectory;
-extern const std::string kSharedDataDirectory;
+extern const std::string DATA_DIRECTORY;
+extern const std::string SHARED_DATA_DIRECTORY;
 
 /// Sets up directories, keys and clock, without recording and without real waits. For SetUp().
 void MakeWorld();

@@ -12,8 +12,8 @@
 namespace {
 
 /// Years of four digits, the only ones that the text can represent.
-constexpr long long kYearOneThousand = -30610224000;
-constexpr long long kYearTenThousand = 253402300800;
+constexpr long long YEAR_ONE_THOUSAND = -30610224000;
+constexpr long long YEAR_TEN_THOUSAND = 253402300800;
 
 }  // namespace
 
@@ -28,7 +28,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const long long number = std::strtoll(text.c_str(), nullptr, 10);
   const auto written = static_cast<std::time_t>(number);
   const std::string again = TimeUtils::GetUTCTimeString(&written);
-  if (number >= kYearOneThousand && number < kYearTenThousand) {
+  if (number >= YEAR_ONE_THOUSAND && number < YEAR_TEN_THOUSAND) {
     fuzz::Require(TimeUtils::GetEpochTime(again) == written, "a written time is read back");
   }
   fake::ClearLog();

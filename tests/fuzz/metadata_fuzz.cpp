@@ -12,13 +12,13 @@
 
 namespace {
 
-const char kPackage[] = "fuzzpackag";
+const char PACKAGE[] = "fuzzpackag";
 
 fake::Package NewPackage() {
-  return {kPackage,
+  return {PACKAGE,
           "1.0.0",
-          {{std::string(kPackage) + ".App", PACKAGE_INFO_UIAPP, {}},
-           {std::string(kPackage) + ".Feed", PACKAGE_INFO_SERVICEAPP, {}}}};
+          {{std::string(PACKAGE) + ".App", PACKAGE_INFO_UIAPP, {}},
+           {std::string(PACKAGE) + ".Feed", PACKAGE_INFO_SERVICEAPP, {}}}};
 }
 
 void AddLine(const std::string& line, fake::App& app) {
@@ -44,13 +44,13 @@ std::vector<fake::Package> Parse(const std::string& text) {
 }
 
 AppInfo* Record() {
-  return AppInfoCache::GetInstance()->GetAppInfo(kPackage);
+  return AppInfoCache::GetInstance()->GetAppInfo(PACKAGE);
 }
 
 void InstallAndRun(const fake::Package& package) {
   fake::AddPackage(package);
   fuzz::Contain([] {
-    if (ORVAppCreator::GetInstance()->CreateApp(kPackage)) {
+    if (ORVAppCreator::GetInstance()->CreateApp(PACKAGE)) {
       Record()->RunOperation(false);
     }
   });
@@ -59,9 +59,9 @@ void InstallAndRun(const fake::Package& package) {
 void Update(const fake::Package& package) {
   fake::AddPackage(package);
   fuzz::Contain([] {
-    if (ORVAppCreator::GetInstance()->UpdateApp(kPackage) == UPDATE_RESULT_UPDATE) {
+    if (ORVAppCreator::GetInstance()->UpdateApp(PACKAGE) == UPDATE_RESULT_UPDATE) {
       Record()->UpdateOperation();
-      AppInfoCache::GetInstance()->UpdateAppInfo(kPackage, Record());
+      AppInfoCache::GetInstance()->UpdateAppInfo(PACKAGE, Record());
     }
   });
 }
@@ -72,10 +72,10 @@ void Remove() {
       Record()->StopOperation();
     }
   });
-  fuzz::Contain([] { ORVAppCreator::GetInstance()->RemoveApp(kPackage); });
+  fuzz::Contain([] { ORVAppCreator::GetInstance()->RemoveApp(PACKAGE); });
   // The creator also forgets a package that cannot be read.
-  fake::RemovePackage(kPackage);
-  ORVAppCreator::GetInstance()->CreateApp(kPackage);
+  fake::RemovePackage(PACKAGE);
+  ORVAppCreator::GetInstance()->CreateApp(PACKAGE);
 }
 
 }  // namespace
@@ -89,8 +89,8 @@ extern "C" const char* __lsan_default_suppressions() {
 
 void fuzz::SetUp() {
   MakeWorld();
-  const std::string app = std::string(kPackage) + ".App";
-  fake::AddWasApp({kPackage, app, app});
+  const std::string app = std::string(PACKAGE) + ".App";
+  fake::AddWasApp({PACKAGE, app, app});
   ORVAppCreator::GetInstance();
 }
 

@@ -13,21 +13,21 @@
 
 namespace {
 
-const char kKey[] = "db/orv_channel/custom_ui_type";
-const char kType[] = "orv_type";
+const char KEY[] = "db/orv_channel/custom_ui_type";
+const char TYPE[] = "orv_type";
 
 /// Sets the key, then runs, updates and stops the record.
 void Live(AppInfo* record, const std::string& typeName, const std::string& newValue,
           const std::string& key) {
-  fake::StoreKey(kKey, key);
+  fake::StoreKey(KEY, key);
   fuzz::Contain([record] { record->RunOperation(false); });
-  record->SetMetadata(kType, {typeName, newValue}, true);
+  record->SetMetadata(TYPE, {typeName, newValue}, true);
   fuzz::Contain([record] { record->UpdateOperation(); });
   fuzz::Contain([record] { record->StopOperation(); });
   record->GetReleaseFunction()(record);
   // The daemon does not change the key, or writes a text that it can read again.
   Json::Value root;
-  const std::string left = fake::StringKey(kKey).value_or("");
+  const std::string left = fake::StringKey(KEY).value_or("");
   fuzz::Require(left == key || JsonText::Parse(left, root), "the key stays JSON");
 }
 

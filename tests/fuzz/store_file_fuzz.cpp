@@ -13,9 +13,9 @@ namespace fuzz {
 /// the rest of the process, so it is restored before the next input. It is private; explicit
 /// template instantiation is the one place that ignores access.
 auto& Columns();
-template <auto kMember>
+template <auto MEMBER>
 struct Reach {
-  friend auto& Columns() { return *kMember; }
+  friend auto& Columns() { return *MEMBER; }
 };
 template struct Reach<&AppInfoDB::s_mapColumnInfo>;
 
@@ -35,7 +35,7 @@ void fuzz::SetUp() {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const auto s_columns = fuzz::Columns();
-  support::WriteFile(fuzz::kDataDirectory + "appinfo.db", fuzz::Text(data, size));
+  support::WriteFile(fuzz::DATA_DIRECTORY + "appinfo.db", fuzz::Text(data, size));
   {
     AppInfoDB store;
     AppInfoDB::RowMap rows;

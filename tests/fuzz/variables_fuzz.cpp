@@ -27,7 +27,7 @@ void Store(const std::string& variables) {
 void fuzz::SetUp() {
   MakeWorld();
   ORVAppCreator::GetInstance();  // creates the store
-  const std::string path = kDataDirectory + "appinfo.db";
+  const std::string path = DATA_DIRECTORY + "appinfo.db";
   const char sql[] =
       "INSERT OR REPLACE INTO appinfo VALUES"
       "('fuzzpackag','fuzzpackag.App','fuzzpackag.App','fuzzpackag.Feed','1.0.0',?,'','','','')";

@@ -11,8 +11,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const char kArchive[] = "/home/owner/package.wgt";
-const char kDirectory[] = "/home/owner/around/package";
+const char ARCHIVE[] = "/home/owner/package.wgt";
+const char DIRECTORY[] = "/home/owner/around/package";
 
 std::size_t EntriesOf(const std::string& directory) {
   return static_cast<std::size_t>(
@@ -27,12 +27,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   desk::PackageLimits limits;
   limits.entries = 100;
   limits.bytes = 1 << 20;
-  support::WriteFile(kArchive, fuzz::Text(data, size));
-  support::MakeDirectories(kDirectory);
+  support::WriteFile(ARCHIVE, fuzz::Text(data, size));
+  support::MakeDirectories(DIRECTORY);
   try {
-    const desk::PackageFile package = desk::ReadPackage(kArchive, limits);
+    const desk::PackageFile package = desk::ReadPackage(ARCHIVE, limits);
     int last = 0;
-    desk::UnpackPackage(kArchive, package, kDirectory, [&last](int percent) {
+    desk::UnpackPackage(ARCHIVE, package, DIRECTORY, [&last](int percent) {
       fuzz::Require(percent >= last && percent <= 100, "progress rises to 100");
       last = percent;
     });

@@ -18,9 +18,9 @@ void __sanitizer_cov_trace_pc();
 
 namespace {
 
-constexpr std::uintptr_t kLargestLibrary = std::uintptr_t{1} << 24U;
+constexpr std::uintptr_t LARGEST_LIBRARY = std::uintptr_t{1} << 24U;
 
-std::atomic<bool> g_seen[kLargestLibrary];
+std::atomic<bool> g_seen[LARGEST_LIBRARY];
 std::atomic<int> g_file{-2};  // -2: not decided yet; -1: tracing is off
 
 int File() {
@@ -38,7 +38,7 @@ int File() {
 void __sanitizer_cov_trace_pc() {
   const auto begin = reinterpret_cast<std::uintptr_t>(&__ehdr_start);
   const auto offset = reinterpret_cast<std::uintptr_t>(__builtin_return_address(0)) - begin;
-  if (File() < 0 || offset >= kLargestLibrary || g_seen[offset].exchange(true)) {
+  if (File() < 0 || offset >= LARGEST_LIBRARY || g_seen[offset].exchange(true)) {
     return;
   }
   char line[32];

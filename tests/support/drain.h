@@ -15,7 +15,7 @@ namespace support {
 inline bool Drain(FCTask& task) {
   FSEvent event;
   event.pReceiver = task.GetHandler();
-  event.type = framework::kEventResume;  // the daemon's tasks ignore it
+  event.type = framework::EVENT_RESUME;  // the daemon's tasks ignore it
   return framework::TicketQueue::PushAndWait(*task.GetQueue(), event, false);
 }
 

@@ -16,8 +16,8 @@
 
 namespace {
 
-constexpr int kWarmUps = 3;
-constexpr int kRuns = 4;
+constexpr int WARM_UPS = 3;
+constexpr int RUNS = 4;
 
 std::atomic<long> g_heapBlocks{0};
 
@@ -86,16 +86,16 @@ testing::AssertionResult LeavesNothingBehind(const std::function<void()>& path,
     forget();
     return CountResources();
   };
-  run(kWarmUps);
+  run(WARM_UPS);
   const Resources before = run(1);
-  const Resources after = run(kRuns);
+  const Resources after = run(RUNS);
   Resources expected = before;
-  expected.descriptors += kRuns * growth.descriptors;
-  expected.sqliteBlocks += kRuns * growth.sqliteBlocks;
-  expected.heapBlocks += CountsHeapBlocks() ? kRuns * growth.heapBlocks : 0;
+  expected.descriptors += RUNS * growth.descriptors;
+  expected.sqliteBlocks += RUNS * growth.sqliteBlocks;
+  expected.heapBlocks += CountsHeapBlocks() ? RUNS * growth.heapBlocks : 0;
   if (after == expected) return testing::AssertionSuccess();
   return testing::AssertionFailure()
-         << kRuns << " runs left more or less behind than expected: before: " << before
+         << RUNS << " runs left more or less behind than expected: before: " << before
          << "; expected: " << expected << "; found: " << after;
 }
 

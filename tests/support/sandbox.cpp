@@ -18,7 +18,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kMark = "ORV_TEST_SANDBOX";
+constexpr const char* MARK = "ORV_TEST_SANDBOX";
 
 const std::vector<fs::path>& FreshDirectories() {
   static const std::vector<fs::path> s_directories = {"/tmp", "/opt/usr/apps", "/opt/share",
@@ -129,7 +129,7 @@ Arguments MakeArguments(char** argv) {
   arguments.AddBack("--bind", ORV_BINARY_DIR);
   arguments.Add({"--remount-ro", "/"});
   arguments.Add({"--chdir", reachable ? directory.string() : ORV_BINARY_DIR});
-  arguments.Add({"--setenv", kMark, "1", "--unsetenv", "TMPDIR", "--", program.string()});
+  arguments.Add({"--setenv", MARK, "1", "--unsetenv", "TMPDIR", "--", program.string()});
   for (char** argument = argv + 1; *argument != nullptr; ++argument) {
     arguments.Add({*argument});
   }
@@ -139,7 +139,7 @@ Arguments MakeArguments(char** argv) {
 }  // namespace
 
 bool InSandbox() {
-  return IsFlagSet(kMark);
+  return IsFlagSet(MARK);
 }
 
 void EnterSandbox(char** argv) {

@@ -16,7 +16,7 @@ ScratchDirectory::ScratchDirectory() {
   const char* base = getenv("TMPDIR");
   m_path = std::string(base == nullptr || *base == '\0' ? "/tmp" : base) + "/tv-check-XXXXXX";
   if (mkdtemp(m_path.data()) == nullptr) {
-    throw DeskError(DeskError::Failed, "cannot create " + m_path + ": " + std::strerror(errno));
+    throw DeskError(DeskError::FAILED, "cannot create " + m_path + ": " + std::strerror(errno));
   }
 }
 

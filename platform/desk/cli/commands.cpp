@@ -37,16 +37,16 @@ CommandTable MakeTable() {
 }
 
 Exit ExitOf(const DeskError& error) {
-  if (error.Code() == DeskError::Usage) {
+  if (error.Code() == DeskError::USAGE) {
     return Exit::Usage;
   }
-  if (error.Code() == DeskError::NotFound) {
+  if (error.Code() == DeskError::NOT_FOUND) {
     return Exit::NotFound;
   }
-  if (error.Code() == DeskError::Timeout) {
+  if (error.Code() == DeskError::TIMEOUT) {
     return Exit::TimedOut;
   }
-  if (error.Code() == DeskError::NoTv) {
+  if (error.Code() == DeskError::NO_TV) {
     return Exit::NotRunning;
   }
   return Exit::Failed;

@@ -38,7 +38,7 @@ Json::Value StatusOrNull(Session& session) {
   try {
     return session.Call("tv.status");
   } catch (const DeskError& error) {
-    if (error.Code() == DeskError::NoTv) {
+    if (error.Code() == DeskError::NO_TV) {
       return Json::Value();
     }
     throw;
@@ -187,7 +187,7 @@ int Down(Session& session, const Invocation&) {
     session.Call("tv.down");
   } catch (const DeskError& error) {
     // The bus may end before the reply is sent.
-    if (error.Code() != DeskError::NoTv) {
+    if (error.Code() != DeskError::NO_TV) {
       throw;
     }
   }
@@ -218,7 +218,7 @@ Run StartMethod(const std::string& method) {
     try {
       session.Tv().CallWithin(limit.Left(), method, Json::Value(Json::objectValue));
     } catch (const DeskError& error) {
-      if (error.Code() == DeskError::Timeout) {
+      if (error.Code() == DeskError::TIMEOUT) {
         throw limit.Passed();
       }
       throw;

@@ -61,7 +61,7 @@ class BusTelevision : public Television {
     auto answer = call.get_future();
     std::thread(std::move(call)).detach();
     if (answer.wait_for(most) != std::future_status::ready) {
-      throw DeskError(DeskError::Timeout, "the TV did not answer in time");
+      throw DeskError(DeskError::TIMEOUT, "the TV did not answer in time");
     }
     return answer.get();
   }
@@ -89,7 +89,7 @@ class BusTelevision : public Television {
       Iterate(left);
     }
     if (m_gone) {
-      throw DeskError(DeskError::NoTv, "the TV was switched off: start it again with `tv up`");
+      throw DeskError(DeskError::NO_TV, "the TV was switched off: start it again with `tv up`");
     }
   }
 

@@ -71,7 +71,7 @@ BusClient& Connection::Client() {
   if (m_client == nullptr) {
     const std::string& address = Environment::Get().busAddress;
     if (address.empty()) {
-      throw DeskError(DeskError::NoTv, "no TV: TV_BUS is not set; start this program from a desk");
+      throw DeskError(DeskError::NO_TV, "no TV: TV_BUS is not set; start this program from a desk");
     }
     m_client = std::make_unique<BusClient>(address);
     m_client->OnClosed(OnClosed);

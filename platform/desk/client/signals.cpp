@@ -63,7 +63,7 @@ std::vector<std::uint8_t> Payload(const std::string& hex) {
   for (std::size_t i = 0; i + 1 < hex.size(); i += 2) {
     bytes.push_back(static_cast<std::uint8_t>(std::stoul(hex.substr(i, 2), nullptr, 16)));
   }
-  bytes.resize(std::max(bytes.size(), framework::kShortestPayload));
+  bytes.resize(std::max(bytes.size(), framework::SHORTEST_PAYLOAD));
   return bytes;
 }
 

@@ -11,8 +11,8 @@
 using desk::client::Call;
 using desk::client::Connection;
 using desk::client::Request;
-using framework::kPackageIDField;
-using framework::kServiceIDField;
+using framework::PACKAGE_ID_FIELD;
+using framework::SERVICE_ID_FIELD;
 
 namespace {
 
@@ -32,11 +32,11 @@ bool Fill(const TCCriteriaHelper& criteria, std::uint64_t id, TCServiceData& dat
   if (!service["found"].asBool()) {
     return false;
   }
-  if (Wants(criteria, kServiceIDField)) {
-    data.Set(kServiceIDField, id);
+  if (Wants(criteria, SERVICE_ID_FIELD)) {
+    data.Set(SERVICE_ID_FIELD, id);
   }
-  if (Wants(criteria, kPackageIDField)) {
-    data.Set(kPackageIDField, service["package"].asString());
+  if (Wants(criteria, PACKAGE_ID_FIELD)) {
+    data.Set(PACKAGE_ID_FIELD, service["package"].asString());
   }
   return true;
 }
@@ -47,8 +47,8 @@ class Service final : public TCService {
     Call call("TCService::FindService", ServiceId(rCriteria), maxCount);
     return call.Run(FAILED, [&] {
       // A desk finds services by their id only.
-      const bool searchable =
-          rCriteria.GetConditions().size() == 1 && rCriteria.GetConditions().count(kServiceIDField);
+      const bool searchable = rCriteria.GetConditions().size() == 1 &&
+                              rCriteria.GetConditions().count(SERVICE_ID_FIELD);
       if (!searchable || maxCount < 1) {
         return NOT_FOUND;
       }
@@ -58,7 +58,7 @@ class Service final : public TCService {
 
  private:
   static std::uint64_t ServiceId(const TCCriteriaHelper& criteria) {
-    const auto found = criteria.GetConditions().find(kServiceIDField);
+    const auto found = criteria.GetConditions().find(SERVICE_ID_FIELD);
     return found == criteria.GetConditions().end() ? 0 : found->second;
   }
 };
@@ -87,11 +87,11 @@ class Navigation final : public TCServiceNavigation {
       }
       const std::uint64_t id = current["id"].asUInt64();
       call.AddOutput(id);
-      if (Wants(rCriteria, kServiceIDField)) {
-        rData.Set(kServiceIDField, id);
+      if (Wants(rCriteria, SERVICE_ID_FIELD)) {
+        rData.Set(SERVICE_ID_FIELD, id);
       }
       // The current service need not be in the list. Only a listed service has a package.
-      if (Wants(rCriteria, kPackageIDField)) {
+      if (Wants(rCriteria, PACKAGE_ID_FIELD)) {
         Fill(rCriteria, id, rData);
       }
       return FOUND;

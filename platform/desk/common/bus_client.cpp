@@ -76,7 +76,7 @@ GVariant* CallVariant(const std::string& method, const Json::Value& request) {
 }
 
 DeskError Gone(const std::string& why) {
-  return DeskError(DeskError::NoTv, "no TV answers (" + why + "): start one with tv up");
+  return DeskError(DeskError::NO_TV, "no TV answers (" + why + "): start one with tv up");
 }
 
 DeskError FromRemote(GError* error) {
@@ -197,7 +197,7 @@ namespace {
 void RefuseForeignTv(const DeskPaths& paths) {
   const std::string owner = ForeignOwner(paths.Run());
   if (!owner.empty()) {
-    throw DeskError(DeskError::Failed, "the TV in " + paths.Root() + " belongs to " + owner +
+    throw DeskError(DeskError::FAILED, "the TV in " + paths.Root() + " belongs to " + owner +
                                            ": run tv as that user, or choose another TV with "
                                            "--root");
   }

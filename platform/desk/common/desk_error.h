@@ -11,13 +11,13 @@ namespace desk {
 /// last part of the error's name.
 class DeskError : public std::runtime_error {
  public:
-  static constexpr const char* Failed = "Failed";
-  static constexpr const char* Usage = "Usage";
-  static constexpr const char* NotFound = "NotFound";
-  static constexpr const char* Timeout = "Timeout";
-  static constexpr const char* NoSuchMethod = "NoSuchMethod";
+  static constexpr const char* FAILED = "Failed";
+  static constexpr const char* USAGE = "Usage";
+  static constexpr const char* NOT_FOUND = "NotFound";
+  static constexpr const char* TIMEOUT = "Timeout";
+  static constexpr const char* NO_SUCH_METHOD = "NoSuchMethod";
   /// desk-tv is not running or has ended. Never sent over the bus.
-  static constexpr const char* NoTv = "NoTv";
+  static constexpr const char* NO_TV = "NoTv";
 
   DeskError(std::string code, const std::string& message)
       : std::runtime_error(message), m_code(std::move(code)) {}

@@ -61,7 +61,7 @@ bool IsSystemDirectory(const std::string& path) {
 }
 
 DeskError Refused(const std::string& why) {
-  return DeskError(DeskError::Failed, why + "; " + CHOOSE);
+  return DeskError(DeskError::FAILED, why + "; " + CHOOSE);
 }
 
 // The format that the mark states; nothing when there is no mark, or none that can be read.
@@ -147,13 +147,13 @@ void WriteMark(const DeskPaths& paths) {
 void RequireOwnDirectory(const DeskPaths& paths) {
   const std::string root = Canonical(paths.Root());
   if (IsSystemDirectory(paths.Root()) || IsSystemDirectory(root)) {
-    throw DeskError(DeskError::Usage,
+    throw DeskError(DeskError::USAGE,
                     "a TV needs a directory of its own, not " + paths.Root() + ": " + CHOOSE);
   }
   for (const std::string& home : HomeDirectories()) {
     if (home.compare(0, root.size(), root) == 0 &&
         (home.size() == root.size() || home[root.size()] == '/')) {
-      throw DeskError(DeskError::Usage, "a TV needs a directory of its own, and " + paths.Root() +
+      throw DeskError(DeskError::USAGE, "a TV needs a directory of its own, and " + paths.Root() +
                                             " is or contains the home directory: " + CHOOSE);
     }
   }

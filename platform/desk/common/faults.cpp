@@ -72,7 +72,7 @@ FaultMemory* Map(const std::string& path, bool create) {
   const int flags = O_RDWR | O_CLOEXEC | (create ? O_CREAT | O_TRUNC : 0);
   const int fd = open(path.c_str(), flags, 0600);
   if (fd < 0) {
-    throw DeskError(DeskError::Failed, "cannot open " + path + ": " + std::strerror(errno));
+    throw DeskError(DeskError::FAILED, "cannot open " + path + ": " + std::strerror(errno));
   }
   struct stat status {};
   const bool sized =
@@ -83,7 +83,7 @@ FaultMemory* Map(const std::string& path, bool create) {
                      : MAP_FAILED;
   close(fd);
   if (memory == MAP_FAILED) {
-    throw DeskError(DeskError::Failed,
+    throw DeskError(DeskError::FAILED,
                     "cannot map " + path + ": it is not a fault table of this build");
   }
   // A new file reads as zeros, which is an empty table.
@@ -138,15 +138,15 @@ std::optional<int> FaultTable::Check(const char* call, int usualFailure) {
 
 void FaultTable::Add(const Fault& fault) {
   if (fault.call.empty() || fault.call.size() >= NAME_BYTES) {
-    throw DeskError(DeskError::Usage, "\"" + fault.call + "\" is not the name of a platform call");
+    throw DeskError(DeskError::USAGE, "\"" + fault.call + "\" is not the name of a platform call");
   }
   if (fault.after < 0 || fault.times < 0) {
-    throw DeskError(DeskError::Usage, "the numbers of uses of a fault must be 0 or more");
+    throw DeskError(DeskError::USAGE, "the numbers of uses of a fault must be 0 or more");
   }
   const Lock lock(*m_memory);
   const std::uint32_t count = m_memory->count.load();
   if (count == CAPACITY) {
-    throw DeskError(DeskError::Failed, "the fault table is full: clear it with tv fail --clear");
+    throw DeskError(DeskError::FAILED, "the fault table is full: clear it with tv fail --clear");
   }
   Slot slot{};
   fault.call.copy(slot.call, NAME_BYTES - 1);

@@ -21,7 +21,7 @@ std::string Write(const Json::Value& value, const char* indentation) {
 }
 
 DeskError WrongMember(const char* member, const char* wanted) {
-  return DeskError(DeskError::Usage, std::string("the request's member \"") + member + "\" is no " +
+  return DeskError(DeskError::USAGE, std::string("the request's member \"") + member + "\" is no " +
                                          wanted + ": see docs/desk-protocol.md");
 }
 
@@ -52,7 +52,7 @@ Json::Value ParseJson(const std::string& text) {
     errors = e.what();
   }
   if (!good) {
-    throw DeskError(DeskError::Failed, "not JSON: " + errors);
+    throw DeskError(DeskError::FAILED, "not JSON: " + errors);
   }
   return value;
 }

@@ -26,7 +26,7 @@ std::string DefaultRoot() {
   }
   const std::string home = Environment("HOME");
   if (home.empty()) {
-    throw DeskError(DeskError::Usage,
+    throw DeskError(DeskError::USAGE,
                     "no directory for the TV: HOME is not set; give one with --root or TV_ROOT");
   }
   return home + "/.local/state/tv-desk";
@@ -54,7 +54,7 @@ std::string FindProgramDirectory() {
   std::error_code error;
   const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
   if (error) {
-    throw DeskError(DeskError::Failed, "cannot find this program's directory: " + error.message());
+    throw DeskError(DeskError::FAILED, "cannot find this program's directory: " + error.message());
   }
   return program.parent_path().string();
 }

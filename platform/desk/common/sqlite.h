@@ -16,7 +16,7 @@ namespace desk {
 class SqliteError : public DeskError {
  public:
   SqliteError(int result, const std::string& message)
-      : DeskError(DeskError::Failed, message), m_result(result) {}
+      : DeskError(DeskError::FAILED, message), m_result(result) {}
 
   /// SQLITE_BUSY, SQLITE_CORRUPT, …
   int Result() const { return m_result; }

@@ -15,7 +15,7 @@ namespace desk {
 /// where.
 class PackageError : public DeskError {
  public:
-  explicit PackageError(const std::string& message) : DeskError(DeskError::Failed, message) {}
+  explicit PackageError(const std::string& message) : DeskError(DeskError::FAILED, message) {}
 };
 
 enum class Component { Ui, Service };

@@ -60,7 +60,7 @@ std::string ChooseSocket(const DeskPaths& paths) {
   }
   std::string directory = std::string(SHORT_DIRECTORY) + "XXXXXX";
   if (mkdtemp(directory.data()) == nullptr) {
-    throw DeskError(DeskError::Failed, "cannot create a directory for the bus's socket in /tmp: " +
+    throw DeskError(DeskError::FAILED, "cannot create a directory for the bus's socket in /tmp: " +
                                            std::string(std::strerror(errno)));
   }
   return directory + "/bus";
@@ -93,7 +93,7 @@ BusDaemon::BusDaemon(const DeskPaths& paths)
   std::ofstream file(paths.Address(), std::ios::trunc);
   file << m_address << '\n';
   if (!file.flush()) {
-    throw DeskError(DeskError::Failed, "cannot write " + paths.Address());
+    throw DeskError(DeskError::FAILED, "cannot write " + paths.Address());
   }
 }
 
@@ -118,20 +118,20 @@ void BusDaemon::WriteConfiguration(const std::string& path) const {
   file << CONFIGURATION_HEAD << "  <listen>" << EscapeXml(m_address) << "</listen>\n"
        << CONFIGURATION_TAIL;
   if (!file.flush()) {
-    throw DeskError(DeskError::Failed, "cannot write " + path);
+    throw DeskError(DeskError::FAILED, "cannot write " + path);
   }
 }
 
 void BusDaemon::Start(const std::string& configuration) {
   if (getpwuid(geteuid()) == nullptr) {
-    throw DeskError(DeskError::Failed, "the private bus cannot run as user " +
+    throw DeskError(DeskError::FAILED, "the private bus cannot run as user " +
                                            std::to_string(geteuid()) +
                                            ", who is not in the user database: run it as another "
                                            "user");
   }
   int ends[2] = {-1, -1};
   if (pipe2(ends, O_CLOEXEC) != 0) {
-    throw DeskError(DeskError::Failed,
+    throw DeskError(DeskError::FAILED,
                     "cannot start the bus: " + std::string(std::strerror(errno)));
   }
   ProcessSpec spec;
@@ -154,7 +154,7 @@ void BusDaemon::Start(const std::string& configuration) {
   if (!listens) {
     int status = 0;
     waitpid(m_pid, &status, 0);
-    throw DeskError(DeskError::Failed, "the private bus did not start (" + DescribeStatus(status) +
+    throw DeskError(DeskError::FAILED, "the private bus did not start (" + DescribeStatus(status) +
                                            "): see " + spec.output);
   }
 }

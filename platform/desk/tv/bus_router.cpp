@@ -39,7 +39,7 @@ std::string Text(GVariant* array) {
 
 DeskError Take(GError* error) {
   const ErrorPtr owner(error);
-  return DeskError(DeskError::Failed, std::string("the private bus: ") + error->message);
+  return DeskError(DeskError::FAILED, std::string("the private bus: ") + error->message);
 }
 
 GDBusConnection* Connect(const std::string& address) {
@@ -79,7 +79,7 @@ guint32 AskBusForNumber(GDBusConnection* bus, const char* method, GVariant* argu
 class BusReply : public Reply {
  public:
   explicit BusReply(GDBusMethodInvocation* invocation) : m_invocation(invocation) {}
-  ~BusReply() override { Answer(DeskError::Failed, "the TV dropped the call without a reply"); }
+  ~BusReply() override { Answer(DeskError::FAILED, "the TV dropped the call without a reply"); }
 
   void Return(const Json::Value& value) override {
     GDBusMethodInvocation* invocation = m_invocation.exchange(nullptr);
@@ -179,7 +179,7 @@ void BusRouter::State::OnCall(const char* sender, GVariant* arguments,
   } catch (const DeskError& e) {
     reply->Fail(e.Code(), e.what());
   } catch (const std::exception& e) {
-    reply->Fail(DeskError::Failed, e.what());
+    reply->Fail(DeskError::FAILED, e.what());
   }
 }
 
@@ -187,10 +187,10 @@ void BusRouter::State::Run(const std::string& method, const Json::Value& request
                            const Caller& caller, const std::shared_ptr<Reply>& reply) {
   const auto found = methods.find(method);
   if (found == methods.end()) {
-    throw DeskError(DeskError::NoSuchMethod, "the TV has no method " + method);
+    throw DeskError(DeskError::NO_SUCH_METHOD, "the TV has no method " + method);
   }
   if (!request.isObject()) {
-    throw DeskError(DeskError::Usage, "the request must be a JSON object");
+    throw DeskError(DeskError::USAGE, "the request must be a JSON object");
   }
   found->second(request, caller, reply);
 }
@@ -238,7 +238,7 @@ BusRouter::BusRouter(const std::string& address, const CallerTable& callers)
   m_state->WatchConnections();
   if (AskBusForNumber(m_state->bus.get(), "RequestName",
                       g_variant_new("(su)", BUS_NAME, NAME_DO_NOT_QUEUE)) != NAME_IS_OURS) {
-    throw DeskError(DeskError::Failed,
+    throw DeskError(DeskError::FAILED,
                     "another desk-tv already owns " + std::string(BUS_NAME) + " on this bus");
   }
 }

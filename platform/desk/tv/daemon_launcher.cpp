@@ -26,9 +26,9 @@ std::string ChooseProgram(const std::string& tools) {
   std::string program = given != nullptr ? std::filesystem::absolute(given).lexically_normal()
                                          : std::filesystem::path(tools + "/orv-enabler");
   if (access(program.c_str(), X_OK) != 0) {
-    throw DeskError(DeskError::NotFound, "cannot run the daemon " + program + ": " +
-                                             std::strerror(errno) +
-                                             "; build it, or name its program in ORV_ENABLER");
+    throw DeskError(DeskError::NOT_FOUND, "cannot run the daemon " + program + ": " +
+                                              std::strerror(errno) +
+                                              "; build it, or name its program in ORV_ENABLER");
   }
   return program;
 }
@@ -53,13 +53,13 @@ DaemonLauncher::DaemonLauncher(const TvOptions& options, const std::string& busS
       m_program(ChooseProgram(m_tools)),
       m_clock(options.paths.ClockState(), options.speed, options.resetClock) {
   if (options.sandbox && FindProgram("bwrap").empty()) {
-    throw DeskError(DeskError::NotFound,
+    throw DeskError(DeskError::NOT_FOUND,
                     "the daemon's sandbox needs bubblewrap, which is not installed: install it, or "
                     "run the daemon without a sandbox with `tv up --no-sandbox`");
   }
   if (m_clock.Differs() && access((m_tools + "/" + CLOCK_LIBRARY).c_str(), R_OK) != 0) {
-    throw DeskError(DeskError::NotFound, "the TV's clock needs " + m_tools + "/" + CLOCK_LIBRARY +
-                                             ", which does not exist: build it");
+    throw DeskError(DeskError::NOT_FOUND, "the TV's clock needs " + m_tools + "/" + CLOCK_LIBRARY +
+                                              ", which does not exist: build it");
   }
 }
 
@@ -97,7 +97,7 @@ std::vector<std::string> DaemonLauncher::Environment(const std::string& root,
 DaemonProcess DaemonLauncher::LaunchInSandbox() const {
   int ends[2] = {-1, -1};
   if (pipe2(ends, O_CLOEXEC) != 0) {
-    throw DeskError(DeskError::Failed,
+    throw DeskError(DeskError::FAILED,
                     std::string("cannot start the daemon: ") + std::strerror(errno));
   }
   fcntl(ends[0], F_SETFL, O_NONBLOCK);

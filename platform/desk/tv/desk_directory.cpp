@@ -103,7 +103,7 @@ void DeskDirectory::MakeDirectories() {
     }
     fs::permissions(m_paths.Run(), fs::perms::owner_all);
   } catch (const fs::filesystem_error& e) {
-    throw DeskError(DeskError::Failed, "cannot create " + e.path1().string() + ": " +
+    throw DeskError(DeskError::FAILED, "cannot create " + e.path1().string() + ": " +
                                            e.code().message() +
                                            "; choose another directory with --root");
   }
@@ -113,12 +113,12 @@ void DeskDirectory::Lock() {
   const std::string path = m_paths.Run() + "/lock";
   m_lock = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
   if (m_lock < 0) {
-    throw DeskError(DeskError::Failed, "cannot open " + path + ": " + std::strerror(errno));
+    throw DeskError(DeskError::FAILED, "cannot open " + path + ": " + std::strerror(errno));
   }
   if (flock(m_lock, LOCK_EX | LOCK_NB) != 0) {
     const std::string pid = FirstLine(m_paths.PidFile());
     close(m_lock);
-    throw DeskError(DeskError::Failed, "a TV is already running in " + m_paths.Root() + " (pid " +
+    throw DeskError(DeskError::FAILED, "a TV is already running in " + m_paths.Root() + " (pid " +
                                            pid +
                                            "): end it with `tv down`, or choose another directory "
                                            "with --root");
@@ -129,7 +129,7 @@ void DeskDirectory::WritePid() {
   std::ofstream file(m_paths.PidFile(), std::ios::trunc);
   file << getpid() << '\n';
   if (!file.flush()) {
-    throw DeskError(DeskError::Failed, "cannot write " + m_paths.PidFile());
+    throw DeskError(DeskError::FAILED, "cannot write " + m_paths.PidFile());
   }
 }
 

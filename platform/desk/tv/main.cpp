@@ -122,7 +122,7 @@ void LeaveDirectory() {
     setenv("ORV_ENABLER", std::filesystem::absolute(daemon).c_str(), 1);
   }
   if (chdir("/") != 0) {
-    throw DeskError(DeskError::Failed, std::string("cannot enter /: ") + std::strerror(errno));
+    throw DeskError(DeskError::FAILED, std::string("cannot enter /: ") + std::strerror(errno));
   }
 }
 

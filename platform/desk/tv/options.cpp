@@ -14,7 +14,7 @@ namespace {
 constexpr int MAX_SPEED = 100000;
 
 DeskError Wrong(const std::string& why) {
-  return DeskError(DeskError::Usage, why + ": see desk-tv --help");
+  return DeskError(DeskError::USAGE, why + ": see desk-tv --help");
 }
 
 int Number(const std::string& option, const std::string& text, int least, int greatest) {

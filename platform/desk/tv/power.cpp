@@ -61,7 +61,7 @@ void Power::TurnOff(std::function<void()> done) {
 
 void Power::Cycle(const std::shared_ptr<Reply>& reply) {
   if (m_changing) {
-    throw DeskError(DeskError::Failed, "another power cycle is in progress: wait until it is done");
+    throw DeskError(DeskError::FAILED, "another power cycle is in progress: wait until it is done");
   }
   m_changing = true;
   m_log.Say("power cycle");
@@ -71,7 +71,7 @@ void Power::Cycle(const std::shared_ptr<Reply>& reply) {
       if (failure.empty()) {
         reply->Return(Json::Value());
       } else {
-        reply->Fail(DeskError::Failed, failure);
+        reply->Fail(DeskError::FAILED, failure);
       }
     });
   });
@@ -97,7 +97,7 @@ void Power::Reset(const std::string& kind) {
     return;
   }
   if (kind != "factory" && kind != "service") {
-    throw DeskError(DeskError::Usage,
+    throw DeskError(DeskError::USAGE,
                     "unknown reset \"" + kind + "\": use factory, service or apps");
   }
   const std::string key = "db/factory/" + kind + "_reset_count";

@@ -40,14 +40,14 @@ std::vector<std::string> MergeEnvironment(const std::vector<std::string>& change
 }
 
 DeskError CannotStart(const std::string& program, int reason) {
-  return DeskError(reason == ENOENT ? DeskError::NotFound : DeskError::Failed,
+  return DeskError(reason == ENOENT ? DeskError::NOT_FOUND : DeskError::FAILED,
                    "cannot start " + program + ": " + std::strerror(reason));
 }
 
 std::string Locate(const std::string& program) {
   std::string path = program.find('/') == std::string::npos ? FindProgram(program) : program;
   if (path.empty()) {
-    throw DeskError(DeskError::NotFound, program + " is not on the PATH: install it");
+    throw DeskError(DeskError::NOT_FOUND, program + " is not on the PATH: install it");
   }
   return path;
 }

@@ -47,7 +47,7 @@ std::string EarlyEnd(const std::string& reason, const std::string& lastLine) {
 
 void RequireDaemon(const Caller& caller, const char* method) {
   if (caller.kind != Caller::Kind::Daemon) {
-    throw DeskError(DeskError::Usage, "only the daemon may call " + std::string(method));
+    throw DeskError(DeskError::USAGE, "only the daemon may call " + std::string(method));
   }
 }
 
@@ -95,7 +95,8 @@ void Supervisor::AddMethods(Router& router) {
   });
   router.Add("daemon.kill", [this](const Json::Value&, const Caller&) {
     if (!IsRunning()) {
-      throw DeskError(DeskError::NotFound, "no daemon is running: start it with `tv daemon start`");
+      throw DeskError(DeskError::NOT_FOUND,
+                      "no daemon is running: start it with `tv daemon start`");
     }
     Json::Value reply;
     reply["pid"] = DaemonPid();
@@ -118,7 +119,7 @@ void Supervisor::AddMethods(Router& router) {
 
 void Supervisor::Answer(const std::shared_ptr<Reply>& reply, const std::string& failure) {
   if (!failure.empty()) {
-    reply->Fail(DeskError::Failed, failure);
+    reply->Fail(DeskError::FAILED, failure);
     return;
   }
   Json::Value answer(Json::objectValue);
@@ -244,7 +245,7 @@ void Supervisor::Restart() {
 
 void Supervisor::RegisterWatchdog(int seconds) {
   if (seconds <= 0) {
-    throw DeskError(DeskError::Usage, "the watchdog needs a number of seconds above 0");
+    throw DeskError(DeskError::USAGE, "the watchdog needs a number of seconds above 0");
   }
   const unsigned real = static_cast<unsigned>(std::min(seconds, 86400)) * 1000U;
   const unsigned scaled = real / m_times.speed;

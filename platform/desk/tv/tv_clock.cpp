@@ -101,12 +101,12 @@ void TvClock::Store(bool running) const {
     file << FormatJson(state) << '\n';
     file.close();
     if (!file) {
-      throw DeskError(DeskError::Failed,
+      throw DeskError(DeskError::FAILED,
                       "cannot write the TV's clock to " + draft + ": " + std::strerror(errno));
     }
   }
   if (std::rename(draft.c_str(), m_file.c_str()) != 0) {
-    throw DeskError(DeskError::Failed,
+    throw DeskError(DeskError::FAILED,
                     "cannot write the TV's clock to " + m_file + ": " + std::strerror(errno));
   }
 }

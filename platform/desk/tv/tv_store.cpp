@@ -24,7 +24,7 @@ TvStore::TvStore(std::string path) : m_path(std::move(path)), m_root(Json::objec
   try {
     m_root = ParseJson(text.str());
     if (!m_root.isObject()) {
-      throw DeskError(DeskError::Failed, "not an object");
+      throw DeskError(DeskError::FAILED, "not an object");
     }
   } catch (const DeskError&) {
     m_root = Json::Value(Json::objectValue);
@@ -53,11 +53,11 @@ void TvStore::Write(const Json::Value& root) const {
     if (!file) {
       const std::string reason = std::strerror(errno);
       std::remove(draft.c_str());
-      throw DeskError(DeskError::Failed, "cannot write " + draft + ": " + reason);
+      throw DeskError(DeskError::FAILED, "cannot write " + draft + ": " + reason);
     }
   }
   if (std::rename(draft.c_str(), m_path.c_str()) != 0) {
-    throw DeskError(DeskError::Failed, "cannot write " + m_path + ": " + std::strerror(errno));
+    throw DeskError(DeskError::FAILED, "cannot write " + m_path + ": " + std::strerror(errno));
   }
 }
 

@@ -14,7 +14,7 @@ namespace desk::tv {
 namespace {
 
 [[noreturn]] void ThrowShuttingDown() {
-  throw DeskError(DeskError::Failed, "the TV is shutting down");
+  throw DeskError(DeskError::FAILED, "the TV is shutting down");
 }
 
 }  // namespace

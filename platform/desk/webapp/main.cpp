@@ -18,7 +18,7 @@ namespace {
 int Run(const std::string& id, bool background) {
   const char* address = std::getenv("TV_BUS");
   if (address == nullptr) {
-    throw desk::DeskError(desk::DeskError::Usage,
+    throw desk::DeskError(desk::DeskError::USAGE,
                           "TV_BUS is not set: launch the app with `tv app launch`");
   }
   const desk::MainLoopPtr loop(g_main_loop_new(nullptr, FALSE));

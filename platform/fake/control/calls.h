@@ -43,7 +43,7 @@ void ClearCalls();
 /// Switch recording off where a test makes millions of calls. Faults work nevertheless.
 void SetRecording(bool enabled);
 
-constexpr int kForever = -1;
+constexpr int FOREVER = -1;
 
 /// Makes the call fail `times` times, after it has succeeded `after` times. A failed call does
 /// nothing, returns `result` and leaves its output parameters untouched (also for a result of 0:

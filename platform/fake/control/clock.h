@@ -15,9 +15,9 @@ void AdvanceTime(std::time_t seconds);
 void UseRealTime();
 
 enum class Waits {
-  kReal,     ///< as without the fake
-  kTimeOut,  ///< time out at once
-  kManual    ///< until a notification, or until AdvanceWaits() has passed the limit
+  Real,     ///< as without the fake
+  TimeOut,  ///< time out at once
+  Manual    ///< until a notification, or until AdvanceWaits() has passed the limit
 };
 
 /// For the waits that begin from now on. In the last two modes only the waits and AdvanceWaits()

@@ -41,8 +41,8 @@ struct Service {
   std::map<int, std::string> texts;
 };
 
-using framework::kPackageIDField;
-using framework::kServiceIDField;
+using framework::PACKAGE_ID_FIELD;
+using framework::SERVICE_ID_FIELD;
 
 /// A service with the two fields that the daemon fetches.
 Service MakeService(std::uint64_t id, const std::string& package);

@@ -229,13 +229,13 @@ TEST_F(SchedulingListTest, ADueTimeThatTheStoreRefusesIsAFailureAndStaysInTheRec
 TEST_F(SchedulingListTest, AddsAndPicksNeverWaitOnEachOther) {
   Add("a");
   Add("b");
-  constexpr int kRounds = 20000;
+  constexpr int ROUNDS = 20000;
   auto adding = std::async(std::launch::async, [this] {
-    for (int i = 0; i < kRounds; ++i) m_cache.AddSchedulingItem(i % 2 == 0 ? "a" : "b");
+    for (int i = 0; i < ROUNDS; ++i) m_cache.AddSchedulingItem(i % 2 == 0 ? "a" : "b");
   });
   auto picking = std::async(std::launch::async, [this] {
     SchedulingItem item;
-    for (int i = 0; i < kRounds; ++i) {
+    for (int i = 0; i < ROUNDS; ++i) {
       if (!m_cache.GetNextSchedulingItem(item)) m_cache.ResetSchedulingList();
     }
   });

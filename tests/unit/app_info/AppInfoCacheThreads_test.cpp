@@ -25,7 +25,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 /// Too long for a string without an allocation.
-const std::string kLong = "org.example.packages.of.considerable.length.";
+const std::string LONG = "org.example.packages.of.considerable.length.";
 
 class AppInfoCachePins : public testing::Test {
  protected:
@@ -159,7 +159,7 @@ TEST_F(AppInfoCacheThreads, ARecordThatAWalkLooksIntoIsPinned) {
 
 /// For the thread and address sanitizers: records are added and removed during iterations.
 TEST_F(AppInfoCacheThreads, WalksMeetRecordsThatComeAndGo) {
-  constexpr int kRounds = 3000;
+  constexpr int ROUNDS = 3000;
   fake::SetRecording(false);
   std::atomic<bool> ended{false};
   std::vector<std::unique_ptr<OtherThread>> walks;
@@ -175,9 +175,9 @@ TEST_F(AppInfoCacheThreads, WalksMeetRecordsThatComeAndGo) {
       }
     }));
   }
-  for (int i = 0; i < kRounds; ++i) {
-    const std::string id = kLong + std::to_string(i % 7);
-    m_cache.AddAppInfo(id, MakeLayer(id, "ch_feeder_custom", kLong, {"key"}).release(), false);
+  for (int i = 0; i < ROUNDS; ++i) {
+    const std::string id = LONG + std::to_string(i % 7);
+    m_cache.AddAppInfo(id, MakeLayer(id, "ch_feeder_custom", LONG, {"key"}).release(), false);
     AppInfo* const removed = m_cache.RemoveAppInfo(id);
     m_cache.WaitUntilUnpinned(removed);
     removed->GetReleaseFunction()(removed);

@@ -25,7 +25,7 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::Pair;
 
-constexpr char kInsertFailed[] = "[ERROR] AppInfoDB::InsertNewRecord() return false.";
+constexpr char INSERT_FAILED[] = "[ERROR] AppInfoDB::InsertNewRecord() return false.";
 
 class AppInfoCacheTest : public testing::Test {
  protected:
@@ -105,14 +105,14 @@ TEST_F(AppInfoCacheTest, AValueWithASingleQuoteIsInTheCacheAndHasNoRow) {
   EXPECT_THAT(StoredPackages(), IsEmpty());
   EXPECT_THAT(fake::LogTexts(),
               ElementsAre("[Info] start", "[Info] start", "[ERROR] insert error.", "[Info] start",
-                          "[Info] start", "[Info] start", "[ERROR] insert error.", kInsertFailed));
+                          "[Info] start", "[Info] start", "[ERROR] insert error.", INSERT_FAILED));
 }
 
 TEST_F(AppInfoCacheTest, AnAddWithoutADatabaseStaysInTheCache) {
   const auto record = MakeApp("pkg");
   EXPECT_FALSE(m_cache.AddAppInfo("pkg", record.get(), true));
   EXPECT_EQ(m_cache.GetAppInfo("pkg"), record.get());
-  EXPECT_THAT(fake::LogTexts(6), ElementsAre(kInsertFailed));
+  EXPECT_THAT(fake::LogTexts(6), ElementsAre(INSERT_FAILED));
 }
 
 // Update.
@@ -154,7 +154,7 @@ TEST_F(AppInfoCacheTest, AnUpdateThatTheStoreRefusesLosesTheRow) {
   EXPECT_FALSE(m_cache.UpdateAppInfo("pkg", record.get()));
   EXPECT_THAT(fake::LogTexts(),
               ElementsAre("[Info] start", "[ERROR] update error.", "[Info] start", "[Info] start",
-                          "[Info] start", "[ERROR] insert error.", kInsertFailed));
+                          "[Info] start", "[ERROR] insert error.", INSERT_FAILED));
   EXPECT_THAT(StoredPackages(), IsEmpty());
   EXPECT_EQ(m_cache.GetAppInfo("pkg"), record.get());
 }
@@ -164,7 +164,7 @@ TEST_F(AppInfoCacheTest, AnUpdateWithoutADatabaseTriesDeleteAndInsert) {
   m_cache.AddAppInfo("pkg", record.get(), false);
   EXPECT_FALSE(m_cache.UpdateAppInfo("pkg", record.get()));
   EXPECT_THAT(fake::LogTexts(),
-              ElementsAre("[Info] start", "[Info] start", "[Info] start", kInsertFailed));
+              ElementsAre("[Info] start", "[Info] start", "[Info] start", INSERT_FAILED));
 }
 
 TEST_F(AppInfoCacheTest, AChangedWidgetIdSurvivesInTheStore) {
@@ -349,9 +349,9 @@ TEST_F(AppInfoCacheTest, ClearingWithoutAFileIsHarmless) {
 
 TEST_F(AppInfoCacheTest, ChangesFromTwoThreadsAllReachTheStore) {
   Open();
-  constexpr int kCount = 100;
+  constexpr int COUNT = 100;
   const auto work = [this](const std::string& prefix, std::vector<AppInfo*>* removed) {
-    for (int i = 0; i < kCount; ++i) {
+    for (int i = 0; i < COUNT; ++i) {
       const std::string package = prefix + std::to_string(i);
       AppInfo* record = MakeApp(package).release();
       m_cache.AddAppInfo(package, record, true);
@@ -364,7 +364,7 @@ TEST_F(AppInfoCacheTest, ChangesFromTwoThreadsAllReachTheStore) {
   std::thread second(work, "y", &removed[1]);
   first.join();
   second.join();
-  EXPECT_EQ(IDs().size(), static_cast<std::size_t>(kCount));
+  EXPECT_EQ(IDs().size(), static_cast<std::size_t>(COUNT));
   EXPECT_EQ(StoredPackages(), IDs());
   for (const std::string& package : IDs()) removed[0].push_back(m_cache.RemoveAppInfo(package));
   for (const auto& list : removed) {

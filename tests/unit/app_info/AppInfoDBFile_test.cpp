@@ -38,16 +38,16 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
 
-constexpr char kRestore[] = "[Debug] DB will be removed and reopen DB";
-constexpr char kSchemaFault[] = "[ERROR] DB has been corrupted. error msg : query aborted";
-constexpr char kCreateQuery[] =
+constexpr char RESTORE[] = "[Debug] DB will be removed and reopen DB";
+constexpr char SCHEMA_FAULT[] = "[ERROR] DB has been corrupted. error msg : query aborted";
+constexpr char CREATE_QUERY[] =
     "[Debug] query =CREATE TABLE IF NOT EXISTS appinfo(package_id TEXT PRIMARY KEY, app_id TEXT, "
     "widget_id TEXT, service_id TEXT, version TEXT, variables TEXT, extra_data1 TEXT, "
     "extra_data2 TEXT, extra_data3 TEXT, extra_data4 TEXT);";
 
 /// The table with one column declared differently, and one row.
 void MakeTable(const std::string& declared, const std::string& instead) {
-  std::string sql = records::kCreateTable;
+  std::string sql = records::CREATE_TABLE;
   sql.replace(sql.find(declared), declared.size(), instead);
   ExecuteOnStore(sql);
   ExecuteOnStore("INSERT INTO appinfo(package_id) VALUES('a')");
@@ -76,7 +76,7 @@ TEST_F(AppInfoDBFile, AMissingFileIsMadeAndIsNoCorruption) {
   AppInfoDB db;
   db.OpenDB();
   EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] Start", "[Debug] length = -1", "[Info] start",
-                                            "[Debug] DB integrity check OK", kCreateQuery));
+                                            "[Debug] DB integrity check OK", CREATE_QUERY));
   EXPECT_THAT(StoredPackages(), IsEmpty());
   ExpectUsable(db);
 }
@@ -99,7 +99,7 @@ TEST_F(AppInfoDBFile, TheTableHasTenTextColumnsInTheirOrder) {
 
 TEST_F(AppInfoDBFile, ThePathOfTheFileIsTakenOnceAndStays) {
   records::MakeStoreDirectory();
-  fake::Fail("tzplatform_getenv", -1, fake::kForever);
+  fake::Fail("tzplatform_getenv", -1, fake::FOREVER);
   AppInfoDB db;
   db.OpenDB();
   ExpectUsable(db);
@@ -112,7 +112,7 @@ TEST_F(AppInfoDBFile, AGoodFileIsKeptWithItsRows) {
   StoreRow("b", "null\n");
   AppInfoDB db;
   db.OpenDB();
-  EXPECT_THAT(fake::LogTexts(), Not(HasLog(kRestore)));
+  EXPECT_THAT(fake::LogTexts(), Not(HasLog(RESTORE)));
   for (int cid = 0; cid < 10; ++cid) {
     EXPECT_THAT(fake::LogTexts(), HasLogTimes("[Debug] cid = " + std::to_string(cid), 1));
   }
@@ -125,7 +125,7 @@ TEST_F(AppInfoDBFile, AnEmptyFileIsRemovedAndCreatedAgain) {
   AppInfoDB db;
   db.OpenDB();
   EXPECT_THAT(fake::LogTexts(),
-              ElementsAre("[Info] Start", "[Debug] length = 0", kRestore, kCreateQuery));
+              ElementsAre("[Info] Start", "[Debug] length = 0", RESTORE, CREATE_QUERY));
   EXPECT_THAT(StoredPackages(), IsEmpty());
   ExpectUsable(db);
 }
@@ -134,7 +134,7 @@ TEST_F(AppInfoDBFile, AReplacedFileIsClosedBeforeTheNewOneIsOpened) {
   MakeTable("service_id TEXT", "other_name TEXT");
   AppInfoDB db;
   db.OpenDB();
-  ASSERT_THAT(fake::LogTexts(), HasLog(kRestore));
+  ASSERT_THAT(fake::LogTexts(), HasLog(RESTORE));
   EXPECT_EQ(records::OpenCount(), 1);
 }
 
@@ -146,7 +146,7 @@ TEST_F(AppInfoDBFile, AFileThatIsNoDatabaseIsReplaced) {
       fake::LogTexts(),
       HasLogsInOrder(Texts({"[Debug] length = 5000",
                             "[ERROR] integrity_check is failed. err_msg : file is not a database",
-                            kRestore, kCreateQuery})));
+                            RESTORE, CREATE_QUERY})));
   EXPECT_THAT(StoredPackages(), IsEmpty());
   ExpectUsable(db);
 }
@@ -155,7 +155,7 @@ TEST_F(AppInfoDBFile, AFileOfOneByteIsFilled) {
   WriteFile(StorePath(), "x");
   AppInfoDB db;
   db.OpenDB();
-  EXPECT_THAT(fake::LogTexts(), HasLogsInOrder(Texts({"[Debug] length = 1", kCreateQuery})));
+  EXPECT_THAT(fake::LogTexts(), HasLogsInOrder(Texts({"[Debug] length = 1", CREATE_QUERY})));
   EXPECT_THAT(StoredPackages(), IsEmpty());
   ExpectUsable(db);
 }
@@ -168,7 +168,7 @@ TEST_F(AppInfoDBFile, AFileOfTwoToTenBytesIsReplaced) {
     db.OpenDB();
     EXPECT_THAT(fake::LogTexts(),
                 HasLogsInOrder(Texts({"[Debug] length = " + std::to_string(length),
-                                      "[Debug] DB will be removed and reopen DB", kCreateQuery})));
+                                      "[Debug] DB will be removed and reopen DB", CREATE_QUERY})));
     EXPECT_THAT(StoredPackages(), IsEmpty());
   }
 }
@@ -181,7 +181,7 @@ TEST_F(AppInfoDBFile, AFileWithADestroyedPageIsReplaced) {
   WriteFile(StorePath(), content);
   AppInfoDB db;
   db.OpenDB();
-  EXPECT_THAT(fake::LogTexts(), HasLog(kRestore));
+  EXPECT_THAT(fake::LogTexts(), HasLog(RESTORE));
   EXPECT_THAT(fake::LogTexts(),
               Contains(StartsWith("[ERROR] integrity_check is failed. err_msg : ")));
   EXPECT_THAT(StoredPackages(), IsEmpty());
@@ -194,7 +194,7 @@ TEST_F(AppInfoDBFile, AFileCutShortIsReplaced) {
   WriteFile(StorePath(), content.substr(0, content.size() / 2));
   AppInfoDB db;
   db.OpenDB();
-  EXPECT_THAT(fake::LogTexts(), HasLog(kRestore));
+  EXPECT_THAT(fake::LogTexts(), HasLog(RESTORE));
   EXPECT_THAT(StoredPackages(), IsEmpty());
   ExpectUsable(db);
 }
@@ -211,7 +211,7 @@ TEST_F(AppInfoDBFile, AnIntegrityReportOtherThanOkReplacesTheFile) {
   EXPECT_THAT(fake::LogTexts(),
               HasLogsInOrder(Texts({"[Info] start", "[ERROR] DB integrity check failed",
                                     "[ERROR] integrity_check is failed. err_msg : query aborted",
-                                    kRestore, kCreateQuery})));
+                                    RESTORE, CREATE_QUERY})));
   EXPECT_THAT(StoredPackages(), IsEmpty());
   ExpectUsable(db);
 }
@@ -223,7 +223,7 @@ TEST_F(AppInfoDBFile, WithoutItsDirectoryTheStoreRefusesEverything) {
   db.OpenDB();
   const std::string fault = "[ERROR] Fail to sqlite3_open.(error : 14)";
   EXPECT_THAT(fake::LogTexts(),
-              ElementsAre("[Info] Start", "[Debug] length = -1", fault, kRestore, fault));
+              ElementsAre("[Info] Start", "[Debug] length = -1", fault, RESTORE, fault));
   ExpectRefusing(db);
 }
 
@@ -232,7 +232,7 @@ TEST_F(AppInfoDBFile, ADirectoryWithContentInItsPlaceCannotBeReplaced) {
   AppInfoDB db;
   db.OpenDB();
   EXPECT_THAT(fake::LogTexts(), HasLog("[ERROR] Fail to sqlite3_open.(error : 14)"));
-  EXPECT_THAT(fake::LogTexts(), HasLogTimes(kRestore, 1));
+  EXPECT_THAT(fake::LogTexts(), HasLogTimes(RESTORE, 1));
   EXPECT_EQ(ReadFile(StorePath() + "/file"), "content");
   ExpectRefusing(db);
 }
@@ -245,7 +245,7 @@ TEST_F(AppInfoDBFile, AnotherNameForAColumnLosesAllRows) {
       fake::LogTexts(),
       HasLogsInOrder(Texts({"[Debug] cid = 3",
                             "[Debug] Name is not matched.(cid = 3), argv[INDEX_TYPE] = other_id",
-                            kSchemaFault, kRestore, kCreateQuery})));
+                            SCHEMA_FAULT, RESTORE, CREATE_QUERY})));
   EXPECT_THAT(fake::LogTexts(), Not(HasLog("[Debug] cid = 4")));
   EXPECT_THAT(StoredPackages(), IsEmpty());
   ExpectUsable(db);
@@ -258,7 +258,7 @@ TEST_F(AppInfoDBFile, AnotherTypeForAColumnLosesAllRows) {
   EXPECT_THAT(
       fake::LogTexts(),
       HasLogsInOrder(Texts({"[Debug] Type is not matched.(cid = 4), argv[INDEX_TYPE] = INTEGER",
-                            kSchemaFault, kRestore})));
+                            SCHEMA_FAULT, RESTORE})));
   EXPECT_THAT(StoredPackages(), IsEmpty());
   ExpectUsable(db);
 }
@@ -267,7 +267,7 @@ TEST_F(AppInfoDBFile, APartOfTheTypesTextIsEnough) {
   MakeTable("version TEXT", "version TEX");
   AppInfoDB db;
   db.OpenDB();
-  EXPECT_THAT(fake::LogTexts(), Not(HasLog(kRestore)));
+  EXPECT_THAT(fake::LogTexts(), Not(HasLog(RESTORE)));
   EXPECT_THAT(StoredPackages(), ElementsAre("a"));
 }
 
@@ -275,7 +275,7 @@ TEST_F(AppInfoDBFile, AColumnWithoutATypePasses) {
   MakeTable("version TEXT", "version");
   AppInfoDB db;
   db.OpenDB();
-  EXPECT_THAT(fake::LogTexts(), Not(HasLog(kRestore)));
+  EXPECT_THAT(fake::LogTexts(), Not(HasLog(RESTORE)));
   EXPECT_THAT(StoredPackages(), ElementsAre("a"));
 }
 
@@ -286,7 +286,7 @@ TEST_F(AppInfoDBFile, AMissingPrimaryKeyLosesAllRows) {
   EXPECT_THAT(fake::LogTexts(),
               HasLogsInOrder(Texts({"[Debug] PRIMARY KEY option is not matched.(cid = 0), "
                                     "argv[INDEX_PRIMARY_KEY] = 0",
-                                    kSchemaFault, kRestore})));
+                                    SCHEMA_FAULT, RESTORE})));
   EXPECT_THAT(StoredPackages(), IsEmpty());
   ExpectUsable(db);
 }
@@ -302,7 +302,7 @@ TEST_F(AppInfoDBFile, AnotherColumnInFrontInThePrimaryKeyLosesAllRows) {
               HasLogsInOrder(Texts({"[Debug] cid = 0", "[Debug] cid = 1",
                                     "[Debug] PRIMARY KEY option is not matched.(cid = 1), "
                                     "argv[INDEX_PRIMARY_KEY] = 1",
-                                    kSchemaFault, kRestore})));
+                                    SCHEMA_FAULT, RESTORE})));
   ExpectUsable(db);
 }
 
@@ -313,7 +313,7 @@ TEST_F(AppInfoDBFile, ASecondPlaceInThePrimaryKeyPasses) {
       "extra_data4 TEXT, PRIMARY KEY(package_id, app_id))");
   AppInfoDB db;
   db.OpenDB();
-  EXPECT_THAT(fake::LogTexts(), Not(HasLog(kRestore)));
+  EXPECT_THAT(fake::LogTexts(), Not(HasLog(RESTORE)));
   ExpectUsable(db);
 }
 
@@ -325,7 +325,7 @@ TEST_F(AppInfoDBFile, AnEleventhColumnLeavesNoTable) {
               HasLogsInOrder(Texts(
                   {"[Debug] cid = 10",
                    "[Debug] Name is not matched.(cid = 10), argv[INDEX_TYPE] = extra_data5",
-                   kSchemaFault, kRestore,
+                   SCHEMA_FAULT, RESTORE,
                    "[Debug] query =CREATE TABLE IF NOT EXISTS appinfo(package_id TEXT PRIMARY KEY, "
                    "app_id TEXT, widget_id TEXT, service_id TEXT, version TEXT, variables TEXT, "
                    "extra_data1 TEXT, extra_data2 TEXT, extra_data3 TEXT, extra_data4 TEXT,  );",
@@ -357,7 +357,7 @@ TEST_F(AppInfoDBFile, TheStartAfterAnEleventhColumnFindsTheFileEmptyAndRestoresI
   AppInfoDB db;
   db.OpenDB();
   EXPECT_THAT(fake::LogTexts(),
-              ElementsAre("[Info] Start", "[Debug] length = 0", kRestore, kCreateQuery));
+              ElementsAre("[Info] Start", "[Debug] length = 0", RESTORE, CREATE_QUERY));
   ExpectUsable(db);
 }
 
@@ -368,7 +368,7 @@ TEST_F(AppInfoDBFile, ATableWithoutItsLastColumnRefusesAllButDeletes) {
   ExecuteOnStore("INSERT INTO appinfo VALUES('a','','','','','null','','','')");
   AppInfoDB db;
   db.OpenDB();
-  EXPECT_THAT(fake::LogTexts(), Not(HasLog(kRestore)));
+  EXPECT_THAT(fake::LogTexts(), Not(HasLog(RESTORE)));
 
   AppInfoDB::RowMap rows;
   EXPECT_FALSE(db.LoadData(rows));
@@ -387,7 +387,7 @@ TEST_F(AppInfoDBFile, ATableOfOneColumnPassesTheCheck) {
   ExecuteOnStore("CREATE TABLE appinfo(package_id TEXT PRIMARY KEY)");
   AppInfoDB db;
   db.OpenDB();
-  EXPECT_THAT(fake::LogTexts(), Not(HasLog(kRestore)));
+  EXPECT_THAT(fake::LogTexts(), Not(HasLog(RESTORE)));
   AppInfoDB::RowMap rows;
   EXPECT_FALSE(db.LoadData(rows));
   EXPECT_THAT(fake::LogTexts(),
@@ -398,7 +398,7 @@ TEST_F(AppInfoDBFile, AMissingTableIsMadeAndOtherTablesStay) {
   ExecuteOnStore("CREATE TABLE other(x); INSERT INTO other VALUES('kept')");
   AppInfoDB db;
   db.OpenDB();
-  EXPECT_THAT(fake::LogTexts(), Not(HasLog(kRestore)));
+  EXPECT_THAT(fake::LogTexts(), Not(HasLog(RESTORE)));
   EXPECT_THAT(QueryStore("SELECT x FROM other"), ElementsAre(ElementsAre("kept")));
   ExpectUsable(db);
 }
@@ -408,8 +408,8 @@ TEST_F(AppInfoDBFile, AFailedCreateStatementReplacesTheFile) {
   AppInfoDB db;
   db.OpenDB();
   EXPECT_THAT(fake::LogTexts(),
-              HasLogsInOrder(Texts({kCreateQuery, "[ERROR] fail to sqlite3_exec - error:1 ",
-                                    kRestore, kCreateQuery})));
+              HasLogsInOrder(Texts({CREATE_QUERY, "[ERROR] fail to sqlite3_exec - error:1 ",
+                                    RESTORE, CREATE_QUERY})));
   EXPECT_THAT(QueryStore("SELECT name FROM sqlite_master WHERE name='other'"), IsEmpty());
   ExpectUsable(db);
 }

@@ -58,7 +58,7 @@ Owned<AppInfo> MakeFeeder(const std::string& package) {
   return Owned<AppInfo>(layer.release());
 }
 
-constexpr char kFeederVariables[] =
+constexpr char FEEDER_VARIABLES[] =
     "{\"orv_data\":{\"channel_data_url\":\"http://x/ch\"},"
     "\"orv_type\":{\"ch_feeder_standard\":\"extended\"}}\n";
 
@@ -66,7 +66,7 @@ constexpr char kFeederVariables[] =
 
 TEST_F(AppInfoDBTest, ARecordIsOneTextPerColumn) {
   EXPECT_THAT(Values(*MakeFeeder("pkg")), ElementsAre("pkg", "pkg.app", "pkg-widget", "pkg.service",
-                                                      "1.2.3", kFeederVariables, "", "", "", ""));
+                                                      "1.2.3", FEEDER_VARIABLES, "", "", "", ""));
 }
 
 TEST_F(AppInfoDBTest, AnEmptyWidgetIdIsAnEmptyColumnAndTheRowIsWritten) {
@@ -118,7 +118,7 @@ TEST_F(AppInfoDBTest, AnInsertWritesTheRow) {
   EXPECT_TRUE(m_db.InsertNewRecord(MakeFeeder("pkg").get()));
   EXPECT_THAT(QueryStore("SELECT * FROM appinfo"),
               ElementsAre(ElementsAre("pkg", "pkg.app", "pkg-widget", "pkg.service", "1.2.3",
-                                      kFeederVariables, "", "", "", "")));
+                                      FEEDER_VARIABLES, "", "", "", "")));
   EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] start"));
 }
 
@@ -128,7 +128,7 @@ TEST_F(AppInfoDBTest, AnInsertOverARowStoresTheRecordAndReportsFailure) {
   EXPECT_THAT(fake::LogTexts(),
               ElementsAre("[Info] start", "[Info] start", "[ERROR] insert error."));
   EXPECT_THAT(QueryStore("SELECT variables FROM appinfo"),
-              ElementsAre(ElementsAre(kFeederVariables)));
+              ElementsAre(ElementsAre(FEEDER_VARIABLES)));
 }
 
 TEST_F(AppInfoDBTest, AValueWithASingleQuoteIsNotStoredAndTakesTheOldRowAlong) {
@@ -151,12 +151,12 @@ TEST_F(AppInfoDBTest, APackageIdWithASingleQuoteCannotEvenBeDeleted) {
 }
 
 /// Texts that would change a statement without escaping.
-const std::vector<std::string> kInjections = {
+const std::vector<std::string> INJECTIONS = {
     "x','','','',''); DELETE FROM appinfo; --", "x'; DROP TABLE appinfo; --",
     "x' || (SELECT package_id FROM appinfo) || '", "1''2", "'"};
 
 TEST_F(AppInfoDBTest, NoSqlInAnyValueReachesTheStore) {
-  for (const std::string& text : kInjections) {
+  for (const std::string& text : INJECTIONS) {
     for (const auto member : {&AppInfo::m_sAppID, &AppInfo::m_sWidgetID, &AppInfo::m_sServiceID,
                               &AppInfo::m_sVersion}) {
       StoreRow("pkg", "old");
@@ -178,7 +178,7 @@ TEST_F(AppInfoDBTest, NoSqlInAnyValueReachesTheStore) {
 }
 
 TEST_F(AppInfoDBTest, NoSqlInMetadataReachesTheStore) {
-  for (const std::string& text : kInjections) {
+  for (const std::string& text : INJECTIONS) {
     StoreRow("other", "old");
     const auto record = MakeFeeder("pkg");
     record->SetMetadata("orv_data", {"channel_data_url", text}, false);
@@ -190,7 +190,7 @@ TEST_F(AppInfoDBTest, NoSqlInMetadataReachesTheStore) {
 }
 
 TEST_F(AppInfoDBTest, NoSqlInAPackageIdReachesTheStore) {
-  for (const std::string& text : kInjections) {
+  for (const std::string& text : INJECTIONS) {
     StoreRow("other", "old");
     const auto record = MakeFeeder(text);
     EXPECT_FALSE(m_db.InsertNewRecord(record.get())) << text;
@@ -246,7 +246,7 @@ TEST_F(AppInfoDBTest, AnUpdateSetsEveryColumn) {
   EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] start"));
   EXPECT_THAT(QueryStore("SELECT * FROM appinfo WHERE package_id='pkg'"),
               ElementsAre(ElementsAre("pkg", "pkg.app", "new widget", "pkg.service", "2.0.0",
-                                      kFeederVariables, "", "", "", "")));
+                                      FEEDER_VARIABLES, "", "", "", "")));
   EXPECT_THAT(QueryStore("SELECT variables, extra_data3 FROM appinfo WHERE package_id='other'"),
               ElementsAre(ElementsAre("old", "x")));
 }

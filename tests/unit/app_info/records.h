@@ -186,7 +186,7 @@ inline void ExpectLevelsFitTheirWords() {
 }
 
 /// The table as the daemon creates it.
-constexpr char kCreateTable[] =
+constexpr char CREATE_TABLE[] =
     "CREATE TABLE IF NOT EXISTS appinfo(package_id TEXT PRIMARY KEY, app_id TEXT, widget_id TEXT, "
     "service_id TEXT, version TEXT, variables TEXT, extra_data1 TEXT, extra_data2 TEXT, "
     "extra_data3 TEXT, extra_data4 TEXT);";
@@ -194,7 +194,7 @@ constexpr char kCreateTable[] =
 /// Adds a row with these variables, without checking them.
 inline void StoreRow(const std::string& package, const std::string& variables) {
   Connection connection;
-  connection.Execute(kCreateTable);
+  connection.Execute(CREATE_TABLE);
   const AppBaseInfo info = Info(package);
   char* sql =
       sqlite3_mprintf("INSERT INTO appinfo VALUES(%Q,%Q,%Q,%Q,%Q,%Q,'','','','')",

@@ -17,8 +17,8 @@ std::string Json(const Value& value) {
 }
 
 void ACallback() {}
-enum Colour { kRed = 3 };
-enum class Sign : int { kMinus = -2 };
+enum Colour { RED = 3 };
+enum class Sign : int { Minus = -2 };
 
 TEST(Value, NumbersAreNumbersInBothFormats) {
   EXPECT_EQ("-5", FormatText(-5));
@@ -28,8 +28,8 @@ TEST(Value, NumbersAreNumbersInBothFormats) {
 }
 
 TEST(Value, AnEnumeratorIsItsNumber) {
-  EXPECT_EQ("3", Json(kRed));
-  EXPECT_EQ("-2", Json(Sign::kMinus));
+  EXPECT_EQ("3", Json(RED));
+  EXPECT_EQ("-2", Json(Sign::Minus));
 }
 
 TEST(Value, AFlagIsTrueOrFalse) {

@@ -34,14 +34,14 @@ TEST(SingleInstance, IsCreatedByTheFirstCallOnly) {
 }
 
 TEST(SingleInstance, OfSeveralCreatedAtOnceOneStays) {
-  constexpr int kThreads = 8;
+  constexpr int THREADS = 8;
   std::atomic<int> ready{0};
-  std::vector<Counted*> seen(kThreads);
+  std::vector<Counted*> seen(THREADS);
   std::vector<std::thread> threads;
-  for (int i = 0; i < kThreads; ++i) {
+  for (int i = 0; i < THREADS; ++i) {
     threads.emplace_back([&, i] {
       ++ready;
-      while (ready < kThreads) std::this_thread::yield();
+      while (ready < THREADS) std::this_thread::yield();
       seen[static_cast<unsigned>(i)] = SingleInstance<Counted>::Get();
     });
   }

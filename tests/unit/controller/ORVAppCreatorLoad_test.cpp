@@ -16,17 +16,17 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
 
-constexpr char kOther[] = "other";
-constexpr char kSecond[] = "second";
-constexpr char kGood[] = "{\"orv_data\":{\"key\":\"v\"},\"orv_type\":{\"other\":\"1\"}}\n";
-constexpr char kCaught[] = "[Debug] Exception Caught.";
+constexpr char OTHER[] = "other";
+constexpr char SECOND[] = "second";
+constexpr char GOOD[] = "{\"orv_data\":{\"key\":\"v\"},\"orv_type\":{\"other\":\"1\"}}\n";
+constexpr char CAUGHT[] = "[Debug] Exception Caught.";
 
 class LoadTest : public CreatorTest {
  protected:
   /// Call this when the rows are stored.
   void Load() {
-    RegisterLayer<kOther>();
-    RegisterLayer<kSecond>();
+    RegisterLayer<OTHER>();
+    RegisterLayer<SECOND>();
     Forget();
     Creator().LoadAndCreateAppInfo();
   }
@@ -48,24 +48,24 @@ TEST_F(LoadTest, ARecordComesBackAsItWas) {
   EXPECT_EQ(record->GetMetadata("orv_type", "second"), "2");
   EXPECT_EQ(record->GetMetadata("orv_data", "key"), "v");
   EXPECT_EQ(record->GetMetadata("orv_data", "stranger"), "");
-  EXPECT_THAT(Made<kOther>::s_layer->StagedType(), testing::Pair("other", ""));
+  EXPECT_THAT(Made<OTHER>::s_layer->StagedType(), testing::Pair("other", ""));
   EXPECT_THAT(TakeApart("pkg"), ElementsAre("second", "other", "orv_app"));
 }
 
 TEST_F(LoadTest, LoadingRunsNothingWritesNothingAndAsksNobody) {
-  StoreRow("pkg", "  " + std::string(kGood));
+  StoreRow("pkg", "  " + std::string(GOOD));
   Load();
   EXPECT_THAT(Cached(), ElementsAre("pkg"));
   EXPECT_THAT(records::Journal(), IsEmpty());
   EXPECT_THAT(fake::CallNames(), IsEmpty());
   EXPECT_THAT(QueryStore("SELECT variables FROM appinfo"),
-              ElementsAre(ElementsAre("  " + std::string(kGood))));
+              ElementsAre(ElementsAre("  " + std::string(GOOD))));
 }
 
 TEST_F(LoadTest, RowsAreLoadedInAscendingOrder) {
-  StoreRow("c", kGood);
-  StoreRow("a", kGood);
-  StoreRow("b", kGood);
+  StoreRow("c", GOOD);
+  StoreRow("a", GOOD);
+  StoreRow("b", GOOD);
   Load();
   EXPECT_THAT(fake::LogTexts(),
               HasLogsInOrder(Texts({"[Info] Target PackageID : a", "[Info] Target PackageID : b",
@@ -89,9 +89,9 @@ TEST_F(LoadTest, AnUnusableStoreIsAnErrorAndAnEmptyCache) {
 }
 
 TEST_F(LoadTest, ABrokenRowEndsTheLoadAndLeavesTheRows) {
-  StoreRow("a", kGood);
+  StoreRow("a", GOOD);
   StoreRow("b", "{broken");
-  StoreRow("c", kGood);
+  StoreRow("c", GOOD);
   Load();
   EXPECT_THAT(Cached(), ElementsAre("a"));
   EXPECT_THAT(fake::LogTexts(), HasLogTimes("[Debug] Invalid Json Str : {broken", 1));
@@ -100,14 +100,14 @@ TEST_F(LoadTest, ABrokenRowEndsTheLoadAndLeavesTheRows) {
 
 TEST_F(LoadTest, EmptyVariablesEndTheLoad) {
   StoreRow("a", "");
-  StoreRow("b", kGood);
+  StoreRow("b", GOOD);
   Load();
   EXPECT_THAT(fake::LogTexts(), HasLog("[Debug] Invalid Json Str : "));
   EXPECT_THAT(Cached(), IsEmpty());
 }
 
 TEST_F(LoadTest, NullVariablesOfTheStoreEndTheLoad) {
-  records::ExecuteOnStore(records::kCreateTable);
+  records::ExecuteOnStore(records::CREATE_TABLE);
   records::ExecuteOnStore("INSERT INTO appinfo(package_id) VALUES('a')");
   Load();
   EXPECT_THAT(fake::LogTexts(), HasLog("[Debug] Invalid Json Str : "));
@@ -115,7 +115,7 @@ TEST_F(LoadTest, NullVariablesOfTheStoreEndTheLoad) {
 
 TEST_F(LoadTest, TheWordNullMakesNoRecordAndTheLoadGoesOn) {
   StoreRow("a", "null");
-  StoreRow("b", kGood);
+  StoreRow("b", GOOD);
   Load();
   EXPECT_THAT(fake::LogTexts(), HasLogsInOrder(Texts({"[Info] Target PackageID : a",
                                                       "[ERROR] Cannot create app instance.",
@@ -124,36 +124,36 @@ TEST_F(LoadTest, TheWordNullMakesNoRecordAndTheLoadGoesOn) {
 }
 
 TEST_F(LoadTest, AValueThatIsAnObjectEndsTheLoad) {
-  StoreRow("a", kGood);
+  StoreRow("a", GOOD);
   StoreRow("b", "{\"orv_type\":{\"other\":{}}}");
-  StoreRow("c", kGood);
+  StoreRow("c", GOOD);
   Load();
   EXPECT_THAT(Cached(), ElementsAre("a"));
-  EXPECT_THAT(fake::LogTexts(), HasLogTimes(kCaught, 1));
+  EXPECT_THAT(fake::LogTexts(), HasLogTimes(CAUGHT, 1));
 }
 
 TEST_F(LoadTest, ACategoryThatIsNoObjectEndsTheLoad) {
   StoreRow("a", "{\"orv_type\":\"other\"}");
-  StoreRow("b", kGood);
+  StoreRow("b", GOOD);
   Load();
   EXPECT_THAT(Cached(), IsEmpty());
-  EXPECT_THAT(fake::LogTexts(), HasLog(kCaught));
+  EXPECT_THAT(fake::LogTexts(), HasLog(CAUGHT));
 }
 
 TEST_F(LoadTest, ARootThatIsNoObjectEndsTheLoad) {
   StoreRow("a", "[\"orv_type\"]");
-  StoreRow("b", kGood);
+  StoreRow("b", GOOD);
   Load();
   EXPECT_THAT(Cached(), IsEmpty());
-  EXPECT_THAT(fake::LogTexts(), HasLog(kCaught));
+  EXPECT_THAT(fake::LogTexts(), HasLog(CAUGHT));
 }
 
 TEST_F(LoadTest, NestingWithoutEndEndsTheLoad) {
   StoreRow("a", std::string(100000, '['));
-  StoreRow("b", kGood);
+  StoreRow("b", GOOD);
   Load();
   EXPECT_THAT(Cached(), IsEmpty());
-  EXPECT_THAT(fake::LogTexts(), HasLog(kCaught));
+  EXPECT_THAT(fake::LogTexts(), HasLog(CAUGHT));
 }
 
 TEST_F(LoadTest, PlainValuesBecomeTheirText) {
@@ -180,15 +180,15 @@ TEST_F(LoadTest, AStoredTypeThatNobodyRegisteredIsSkipped) {
 }
 
 TEST_F(LoadTest, TheMetadataOfALoadedPackageIsStillUnseen) {
-  StoreRow("pkg", kGood);
+  StoreRow("pkg", GOOD);
   Load();
   fake::AddPackage(MakePackage("pkg", {{TypeKey("other"), "changed"}}));
   EXPECT_EQ(Creator().UpdateApp("pkg"), UPDATE_RESULT_UPDATE);
-  EXPECT_THAT(Made<kOther>::s_layer->StagedType(), testing::Pair("other", "changed"));
+  EXPECT_THAT(Made<OTHER>::s_layer->StagedType(), testing::Pair("other", "changed"));
 }
 
 TEST_F(LoadTest, WhatWasInstalledComesBackAfterARestart) {
-  RegisterLayer<kOther>();
+  RegisterLayer<OTHER>();
   const std::string value = "\"quoted\"\n\\ \xc3\xa4\xf0\x9f\x93\xba" + std::string(64 * 1024, 'x');
   fake::AddPackage(MakePackage("pkg", {{TypeKey("other"), value}, {DataKey("key"), value}}));
   ASSERT_TRUE(Creator().CreateApp("pkg"));
@@ -201,11 +201,11 @@ TEST_F(LoadTest, WhatWasInstalledComesBackAfterARestart) {
 
 TEST_F(LoadTest, AThousandRowsAreLoaded) {
   records::Connection connection;
-  connection.Execute(records::kCreateTable);
+  connection.Execute(records::CREATE_TABLE);
   connection.Execute("BEGIN");
   for (int i = 0; i < 1000; ++i) {
     connection.Execute("INSERT INTO appinfo(package_id, variables) VALUES('p" + std::to_string(i) +
-                       "', '" + kGood + "')");
+                       "', '" + GOOD + "')");
   }
   connection.Execute("COMMIT");
   Load();

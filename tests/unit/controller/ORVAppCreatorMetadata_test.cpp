@@ -16,14 +16,14 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
 
-constexpr char kOther[] = "other";
-constexpr char kSecond[] = "second";
+constexpr char OTHER[] = "other";
+constexpr char SECOND[] = "second";
 
 class MetadataTest : public CreatorTest {
  protected:
   MetadataTest() {
-    RegisterLayer<kOther>();
-    RegisterLayer<kSecond>();
+    RegisterLayer<OTHER>();
+    RegisterLayer<SECOND>();
     Forget();
   }
 

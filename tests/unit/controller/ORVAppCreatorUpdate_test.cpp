@@ -20,16 +20,16 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::Pair;
 
-constexpr char kA[] = "a";
-constexpr char kB[] = "b";
-constexpr char kC[] = "c";
+constexpr char A[] = "a";
+constexpr char B[] = "b";
+constexpr char C[] = "c";
 
 class UpdateTest : public CreatorTest {
  protected:
   UpdateTest() {
-    RegisterLayer<kA>();
-    RegisterLayer<kB>();
-    RegisterLayer<kC>();
+    RegisterLayer<A>();
+    RegisterLayer<B>();
+    RegisterLayer<C>();
     Forget();
   }
 
@@ -105,9 +105,9 @@ TEST_F(UpdateTest, EqualTypesAreAllStagedAgain) {
   EXPECT_EQ(Update({{TypeKey("b"), "2"}, {TypeKey("a"), "1"}}), UPDATE_RESULT_UPDATE);
   EXPECT_THAT(Differences(), ElementsAre("[Debug] [Intersection] first : a, second : 1",
                                          "[Debug] [Intersection] first : b, second : 2"));
-  EXPECT_THAT(Made<kA>::s_layer->StagedType(), Pair("a", "1"));
-  EXPECT_THAT(Made<kB>::s_layer->StagedType(), Pair("b", "2"));
-  EXPECT_EQ(Find("pkg"), Made<kB>::s_layer);
+  EXPECT_THAT(Made<A>::s_layer->StagedType(), Pair("a", "1"));
+  EXPECT_THAT(Made<B>::s_layer->StagedType(), Pair("b", "2"));
+  EXPECT_EQ(Find("pkg"), Made<B>::s_layer);
   EXPECT_THAT(Journal(), IsEmpty());
 }
 
@@ -115,8 +115,8 @@ TEST_F(UpdateTest, AChangedValueStaysAttachedAndIsStaged) {
   Have({{"a", "old"}});
   EXPECT_EQ(Update({{TypeKey("a"), "new"}}), UPDATE_RESULT_UPDATE);
   EXPECT_THAT(Differences(), ElementsAre("[Debug] [Intersection] first : a, second : new"));
-  EXPECT_THAT(Made<kA>::s_layer->AppliedType(), Pair("a", "old"));
-  EXPECT_THAT(Made<kA>::s_layer->StagedType(), Pair("a", "new"));
+  EXPECT_THAT(Made<A>::s_layer->AppliedType(), Pair("a", "old"));
+  EXPECT_THAT(Made<A>::s_layer->StagedType(), Pair("a", "new"));
 }
 
 TEST_F(UpdateTest, TheStepsComeInTheirOrder) {
@@ -128,7 +128,7 @@ TEST_F(UpdateTest, TheStepsComeInTheirOrder) {
                                          "[Debug] [Intersection] first : b, second : new",
                                          "[Debug] [Intersection] first : key, second : v"));
   Cache().RemoveAppInfo("pkg");
-  const Owned<Layer> owner(Made<kC>::s_layer);
+  const Owned<Layer> owner(Made<C>::s_layer);
 }
 
 // Removed types.
@@ -138,7 +138,7 @@ TEST_F(UpdateTest, AnInnerLayerGoesAndTheCacheKeepsItsHead) {
   const std::string before = Variables();
   EXPECT_EQ(Update({{TypeKey("b"), "2"}}), UPDATE_RESULT_UPDATE);
   EXPECT_THAT(Journal(), ElementsAre("a release"));
-  EXPECT_EQ(Find("pkg"), Made<kB>::s_layer);
+  EXPECT_EQ(Find("pkg"), Made<B>::s_layer);
   // The row is written after the update's operation has run.
   EXPECT_EQ(Variables(), before);
   EXPECT_THAT(TakeApart("pkg"), ElementsAre("b", "orv_app"));
@@ -155,16 +155,16 @@ TEST_F(UpdateTest, WhenTheHeadGoesTheCacheHoldsTheNewOneBeforeTheOldIsDestroyed)
   EXPECT_EQ(Update({{TypeKey("a"), "1"}}), UPDATE_RESULT_UPDATE);
   records::ReleaseHook() = nullptr;
   EXPECT_THAT(Journal(), ElementsAre("b release"));
-  EXPECT_EQ(cached, Made<kA>::s_layer);
+  EXPECT_EQ(cached, Made<A>::s_layer);
   EXPECT_EQ(stored, "{\"orv_data\":{\"key\":\"\",\"key of a\":\"\"},\"orv_type\":{\"a\":\"1\"}}\n");
-  EXPECT_EQ(Find("pkg"), Made<kA>::s_layer);
+  EXPECT_EQ(Find("pkg"), Made<A>::s_layer);
 }
 
 TEST_F(UpdateTest, SeveralLayersGoInTheOrderOfTheirNames) {
   Have({{"a", "1"}, {"b", "2"}, {"c", "3"}});
   EXPECT_EQ(Update({{TypeKey("b"), "2"}}), UPDATE_RESULT_UPDATE);
   EXPECT_THAT(Journal(), ElementsAre("a release", "c release"));
-  EXPECT_EQ(Find("pkg"), Made<kB>::s_layer);
+  EXPECT_EQ(Find("pkg"), Made<B>::s_layer);
   EXPECT_THAT(TakeApart("pkg"), ElementsAre("b", "orv_app"));
 }
 
@@ -247,29 +247,29 @@ TEST_F(UpdateTest, ANewLayerIsStagedAndNeitherTheCacheNorTheUpdateGoesThroughIt)
   const std::string before = Variables();
   EXPECT_EQ(Update({{TypeKey("a"), "1"}, {TypeKey("b"), "2"}, {DataKey("key"), "v"}}),
             UPDATE_RESULT_UPDATE);
-  Layer* added = Made<kB>::s_layer;
-  EXPECT_EQ(added->Inner(), Made<kA>::s_layer);
+  Layer* added = Made<B>::s_layer;
+  EXPECT_EQ(added->Inner(), Made<A>::s_layer);
   EXPECT_THAT(added->AppliedType(), Pair("b", "2"));
   EXPECT_THAT(added->StagedType(), Pair("b", "2"));
   EXPECT_EQ(added->Staged().at("key"), "");
-  EXPECT_EQ(Made<kA>::s_layer->Staged().at("key"), "v");
-  EXPECT_EQ(Find("pkg"), Made<kA>::s_layer);
+  EXPECT_EQ(Made<A>::s_layer->Staged().at("key"), "v");
+  EXPECT_EQ(Find("pkg"), Made<A>::s_layer);
   EXPECT_EQ(Variables(), before);
   Cache().RemoveAppInfo("pkg");
   const Owned<Layer> owner(added);
 }
 
-constexpr char kCustom[] = "ch_feeder_custom";
+constexpr char CUSTOM[] = "ch_feeder_custom";
 
 TEST_F(UpdateTest, OnlyANewCustomFeederIsGivenTheSchedulersDoor) {
-  RegisterLayer<kCustom>();
+  RegisterLayer<CUSTOM>();
   Have({{"a", "1"}});
   EXPECT_EQ(Update({{TypeKey("a"), "1"}, {TypeKey("b"), "2"}, {TypeKey("ch_feeder_custom"), "3"}}),
             UPDATE_RESULT_UPDATE);
-  EXPECT_EQ(Made<kB>::s_callback, nullptr);
-  EXPECT_EQ(Made<kCustom>::s_callback, &ORVScheduler::RequestEvent);
+  EXPECT_EQ(Made<B>::s_callback, nullptr);
+  EXPECT_EQ(Made<CUSTOM>::s_callback, &ORVScheduler::RequestEvent);
   Cache().RemoveAppInfo("pkg");
-  const Owned<Layer> owner(Made<kCustom>::s_layer);
+  const Owned<Layer> owner(Made<CUSTOM>::s_layer);
 }
 
 TEST_F(UpdateTest, TheHeadGoesAndANewTypeComesAroundWhatIsLeft) {
@@ -277,12 +277,12 @@ TEST_F(UpdateTest, TheHeadGoesAndANewTypeComesAroundWhatIsLeft) {
   EXPECT_EQ(Update({{TypeKey("a"), "1"}, {TypeKey("c"), "3"}, {DataKey("key"), "v"}}),
             UPDATE_RESULT_UPDATE);
   EXPECT_THAT(Journal(), ElementsAre("b release"));
-  EXPECT_EQ(Made<kC>::s_layer->Inner(), Made<kA>::s_layer);
-  EXPECT_EQ(Find("pkg"), Made<kA>::s_layer);
-  EXPECT_EQ(Made<kA>::s_layer->Staged().at("key"), "v");
-  EXPECT_EQ(Made<kC>::s_layer->Staged().at("key"), "");
+  EXPECT_EQ(Made<C>::s_layer->Inner(), Made<A>::s_layer);
+  EXPECT_EQ(Find("pkg"), Made<A>::s_layer);
+  EXPECT_EQ(Made<A>::s_layer->Staged().at("key"), "v");
+  EXPECT_EQ(Made<C>::s_layer->Staged().at("key"), "");
   Cache().RemoveAppInfo("pkg");
-  const Owned<Layer> owner(Made<kC>::s_layer);
+  const Owned<Layer> owner(Made<C>::s_layer);
 }
 
 TEST_F(UpdateTest, AFailedUpdateIsForgottenAndTheNextOneReadsAgain) {
@@ -299,13 +299,13 @@ TEST_F(UpdateTest, SeveralNewLayersStandAroundEachOtherInTheOrderOfTheirNames) {
   Have({{"b", "1"}});
   EXPECT_EQ(Update({{TypeKey("c"), "3"}, {TypeKey("b"), "1"}, {TypeKey("a"), "2"}}),
             UPDATE_RESULT_UPDATE);
-  EXPECT_EQ(Made<kC>::s_layer->Inner(), Made<kA>::s_layer);
-  EXPECT_EQ(Made<kA>::s_layer->Inner(), Made<kB>::s_layer);
-  EXPECT_THAT(Made<kA>::s_layer->StagedType(), Pair("a", "2"));
-  EXPECT_THAT(Made<kC>::s_layer->StagedType(), Pair("c", "3"));
-  EXPECT_EQ(Find("pkg"), Made<kB>::s_layer);
+  EXPECT_EQ(Made<C>::s_layer->Inner(), Made<A>::s_layer);
+  EXPECT_EQ(Made<A>::s_layer->Inner(), Made<B>::s_layer);
+  EXPECT_THAT(Made<A>::s_layer->StagedType(), Pair("a", "2"));
+  EXPECT_THAT(Made<C>::s_layer->StagedType(), Pair("c", "3"));
+  EXPECT_EQ(Find("pkg"), Made<B>::s_layer);
   Cache().RemoveAppInfo("pkg");
-  const Owned<Layer> owner(Made<kC>::s_layer);
+  const Owned<Layer> owner(Made<C>::s_layer);
 }
 
 TEST_F(UpdateTest, ANewTypeThatNobodyRegisteredIsADebugLineOnly) {
@@ -334,7 +334,7 @@ TEST_F(UpdateTest, NewDataIsStagedInKeyOrderAndOldDataStays) {
   EXPECT_THAT(Differences(), ElementsAre("[Debug] [Intersection] first : a, second : 1",
                                          "[Debug] [Intersection] first : key, second : new",
                                          "[Debug] [Intersection] first : zzz, second : x"));
-  EXPECT_EQ(Made<kA>::s_layer->Staged().at("key"), "new");
+  EXPECT_EQ(Made<A>::s_layer->Staged().at("key"), "new");
   EXPECT_EQ(Find("pkg")->GetMetadata("orv_data", "key"), "old");
   EXPECT_EQ(Find("pkg")->GetMetadata("orv_data", "key of a"), "kept");
 }
@@ -342,7 +342,7 @@ TEST_F(UpdateTest, NewDataIsStagedInKeyOrderAndOldDataStays) {
 TEST_F(UpdateTest, DataIsStagedInTheNewHeadAfterTheOldOneWent) {
   Have({{"a", "1"}, {"b", "2"}});
   EXPECT_EQ(Update({{TypeKey("a"), "1"}, {DataKey("key"), "v"}}), UPDATE_RESULT_UPDATE);
-  EXPECT_EQ(Made<kA>::s_layer->Staged().at("key"), "v");
+  EXPECT_EQ(Made<A>::s_layer->Staged().at("key"), "v");
 }
 
 // Metadata read before.

@@ -20,12 +20,12 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
 
-constexpr char kFeederStandard[] = "ch_feeder_standard";
-constexpr char kFeederCustom[] = "ch_feeder_custom";
-constexpr char kUIStandard[] = "custom_ui_standard";
-constexpr char kUIExtended[] = "custom_ui_extended";
-constexpr char kOther[] = "other";
-constexpr char kVariables[] = "{\"orv_type\":{\"ch_feeder_standard\":\"1\"}}\n";
+constexpr char FEEDER_STANDARD[] = "ch_feeder_standard";
+constexpr char FEEDER_CUSTOM[] = "ch_feeder_custom";
+constexpr char UI_STANDARD[] = "custom_ui_standard";
+constexpr char UI_EXTENDED[] = "custom_ui_extended";
+constexpr char OTHER[] = "other";
+constexpr char VARIABLES[] = "{\"orv_type\":{\"ch_feeder_standard\":\"1\"}}\n";
 
 using ORVAppCreatorTest = CreatorTest;
 
@@ -45,7 +45,7 @@ TEST_F(ORVAppCreatorTest, ThereIsOneInstance) {
 }
 
 TEST_F(ORVAppCreatorTest, TheInstanceOpensTheStoreAndLoadsNothing) {
-  StoreRow("pkg", kVariables);
+  StoreRow("pkg", VARIABLES);
   Creator();
   EXPECT_THAT(fake::LogTexts(), HasLog("[Debug] DB integrity check OK"));
   EXPECT_THAT(fake::LogTexts(), Not(HasLog("[Debug] Factory Reset")));
@@ -54,7 +54,7 @@ TEST_F(ORVAppCreatorTest, TheInstanceOpensTheStoreAndLoadsNothing) {
 }
 
 TEST_F(ORVAppCreatorTest, AResetOfTheTvStartsWithAnEmptyStore) {
-  StoreRow("pkg", kVariables);
+  StoreRow("pkg", VARIABLES);
   fake::StoreKey("db/factory/service_reset_count", 1);
   Creator();
   EXPECT_THAT(
@@ -82,7 +82,7 @@ TEST_F(ORVAppCreatorTest, AResetLeavesPackagedDataSettingsKeysAndChannelsAlone) 
   fake::StoreKey("db/orv_channel/custom_ui_type", banner);
   fake::StoreKey("db/factory/service_reset_count", 1);
   fake::AddChannel("{\"pkg_id\":\"pkg\"}");
-  StoreRow("pkg", kVariables);
+  StoreRow("pkg", VARIABLES);
   Creator();
   EXPECT_THAT(fake::LogTexts(), HasLog("[Debug] Factory Reset"));
   EXPECT_THAT(support::ListTree(shared),
@@ -106,13 +106,13 @@ TEST_F(ORVAppCreatorTest, ATypeIsSupportedOnceHoweverOftenItIsNamed) {
 // Layers.
 
 TEST_F(ORVAppCreatorTest, ALayerIsPutAroundTheRecord) {
-  RegisterLayer<kOther>();
+  RegisterLayer<OTHER>();
   AppInfo* record = new ORVAppInfo(Info("pkg"));
   AppInfo* inner = record;
   Creator().AddAppTypeDecorator(record, "other", "value");
   const records::Owned<AppInfo> owner(record);
-  EXPECT_EQ(record, Made<kOther>::s_layer);
-  EXPECT_EQ(Made<kOther>::s_layer->Inner(), inner);
+  EXPECT_EQ(record, Made<OTHER>::s_layer);
+  EXPECT_EQ(Made<OTHER>::s_layer->Inner(), inner);
   EXPECT_EQ(record->GetMetadata("orv_type", "other"), "value");
 }
 
@@ -127,21 +127,21 @@ TEST_F(ORVAppCreatorTest, AnUnknownTypeChangesNothing) {
 }
 
 TEST_F(ORVAppCreatorTest, TheCustomFeederAloneReceivesTheSchedulersEntry) {
-  RegisterLayer<kFeederCustom>();
-  RegisterLayer<kFeederStandard>();
-  Made<kFeederStandard>::s_callback = &ORVScheduler::RequestEvent;
+  RegisterLayer<FEEDER_CUSTOM>();
+  RegisterLayer<FEEDER_STANDARD>();
+  Made<FEEDER_STANDARD>::s_callback = &ORVScheduler::RequestEvent;
   AppInfo* record = new ORVAppInfo(Info("pkg"));
   Creator().AddAppTypeDecorator(record, "ch_feeder_custom", "1");
   Creator().AddAppTypeDecorator(record, "ch_feeder_standard", "1");
   const records::Owned<AppInfo> owner(record);
-  EXPECT_EQ(Made<kFeederCustom>::s_callback, &ORVScheduler::RequestEvent);
-  EXPECT_EQ(Made<kFeederStandard>::s_callback, nullptr);
+  EXPECT_EQ(Made<FEEDER_CUSTOM>::s_callback, &ORVScheduler::RequestEvent);
+  EXPECT_EQ(Made<FEEDER_STANDARD>::s_callback, nullptr);
 }
 
 // A record from metadata.
 
 TEST_F(ORVAppCreatorTest, ARecordIsEnteredAndStoredWithItsData) {
-  RegisterLayer<kOther>();
+  RegisterLayer<OTHER>();
   Forget();
   EXPECT_TRUE(Creator().AddAppInfoToAppCache(
       Info("pkg"), {{"orv_type", {{"other", "1"}}}, {"orv_data", {{"key", "v"}, {"zzz", "x"}}}},
@@ -162,17 +162,17 @@ TEST_F(ORVAppCreatorTest, ARecordIsEnteredAndStoredWithItsData) {
 }
 
 TEST_F(ORVAppCreatorTest, ARecordFromTheStoreIsNotWritten) {
-  RegisterLayer<kOther>();
+  RegisterLayer<OTHER>();
   EXPECT_TRUE(Creator().AddAppInfoToAppCache(Info("pkg"), {{"orv_type", {{"other", "1"}}}}, false));
   EXPECT_THAT(Cached(), ElementsAre("pkg"));
   EXPECT_THAT(StoredPackages(), IsEmpty());
 }
 
 TEST_F(ORVAppCreatorTest, LayersStandInTheOrderOfTheirNamesWhateverTheMetadatasOrder) {
-  RegisterLayer<kFeederStandard>();
-  RegisterLayer<kFeederCustom>();
-  RegisterLayer<kUIStandard>();
-  RegisterLayer<kUIExtended>();
+  RegisterLayer<FEEDER_STANDARD>();
+  RegisterLayer<FEEDER_CUSTOM>();
+  RegisterLayer<UI_STANDARD>();
+  RegisterLayer<UI_EXTENDED>();
   fake::AddPackage(MakePackage("pkg", {{TypeKey("custom_ui_standard"), "1"},
                                        {TypeKey("ch_feeder_standard"), "2"},
                                        {TypeKey("custom_ui_extended"), "3"},
@@ -184,8 +184,8 @@ TEST_F(ORVAppCreatorTest, LayersStandInTheOrderOfTheirNamesWhateverTheMetadatasO
 }
 
 TEST_F(ORVAppCreatorTest, OfTwoTypesTheUserInterfaceIsOutsideTheFeeder) {
-  RegisterLayer<kFeederStandard>();
-  RegisterLayer<kUIStandard>();
+  RegisterLayer<FEEDER_STANDARD>();
+  RegisterLayer<UI_STANDARD>();
   Creator().AddAppInfoToAppCache(
       Info("pkg"), {{"orv_type", {{"ch_feeder_standard", "1"}, {"custom_ui_standard", "2"}}}},
       true);
@@ -193,7 +193,7 @@ TEST_F(ORVAppCreatorTest, OfTwoTypesTheUserInterfaceIsOutsideTheFeeder) {
 }
 
 TEST_F(ORVAppCreatorTest, TypesThatNobodyRegisteredAreSkipped) {
-  RegisterLayer<kOther>();
+  RegisterLayer<OTHER>();
   EXPECT_TRUE(Creator().AddAppInfoToAppCache(
       Info("pkg"), {{"orv_type", {{"aaa", "1"}, {"other", "2"}, {"zzz", "3"}}}}, false));
   EXPECT_THAT(TakeApart("pkg"), ElementsAre("other", "orv_app"));
@@ -220,7 +220,7 @@ TEST_F(ORVAppCreatorTest, DataAloneMakesNoRecord) {
 }
 
 TEST_F(ORVAppCreatorTest, ARecordThatTheStoreRefusesStaysInTheCache) {
-  RegisterLayer<kOther>();
+  RegisterLayer<OTHER>();
   EXPECT_FALSE(
       Creator().AddAppInfoToAppCache(Info("pkg"), {{"orv_type", {{"other", "it's"}}}}, true));
   EXPECT_THAT(fake::LogTexts(6), ElementsAre("[ERROR] insert error.", "[ERROR] insert error.",
@@ -233,8 +233,8 @@ TEST_F(ORVAppCreatorTest, ARecordThatTheStoreRefusesStaysInTheCache) {
 // Removal.
 
 TEST_F(ORVAppCreatorTest, ARemovedAppIsGoneFromCacheAndStoreAndItsChainIsReleased) {
-  RegisterLayer<kOther>();
-  RegisterLayer<kFeederStandard>();
+  RegisterLayer<OTHER>();
+  RegisterLayer<FEEDER_STANDARD>();
   Creator().AddAppInfoToAppCache(
       Info("pkg"), {{"orv_type", {{"ch_feeder_standard", "1"}, {"other", "1"}}}}, true);
   Forget();
@@ -267,7 +267,7 @@ TEST_F(ORVAppCreatorTest, ARecordOfAnUnregisteredTypeStaysUndestroyed) {
 class ValidationTest : public CreatorTest {
  protected:
   ValidationTest() {
-    RegisterLayer<kOther>();
+    RegisterLayer<OTHER>();
     for (const char* package : {"absent", "gone", "here"}) {
       Creator().AddAppInfoToAppCache(Info(package), {{"orv_type", {{"other", "1"}}}}, true);
     }

@@ -16,11 +16,11 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::SizeIs;
 
-const char kReadyFile[] = "/tmp/hbb_ready";
-const char kStatusKey[] = "memory/hbbtv_status";
-const char kLastServiceKey[] = "db/boot/last_service";
-const char kFirstScreenApp[] = "com.kalmora.tv.csfs";
-constexpr std::uint64_t kService = 0x1122334455667788;
+const char READY_FILE[] = "/tmp/hbb_ready";
+const char STATUS_KEY[] = "memory/hbbtv_status";
+const char LAST_SERVICE_KEY[] = "db/boot/last_service";
+const char FIRST_SCREEN_APP[] = "com.kalmora.tv.csfs";
+constexpr std::uint64_t SERVICE = 0x1122334455667788;
 
 class BoostTest : public InstallerTest {
  protected:
@@ -36,7 +36,7 @@ class BoostTest : public InstallerTest {
   /// A service of the package, and a record that says whether it boosts.
   void AddBoostingService(const std::string& value) {
     m_app.Put("orv_data", "ch.app.boosting", value);
-    fake::AddService(fake::MakeService(kService, "p"));
+    fake::AddService(fake::MakeService(SERVICE, "p"));
   }
 
   RecordingApp m_app{"p"};
@@ -46,18 +46,17 @@ class BoostingApp : public BoostTest {};
 
 TEST_F(BoostingApp, IsOneWhoseMetadataSaysTrue) {
   AddBoostingService("true");
-  EXPECT_TRUE(Installer().m_IsBoostingApp(kService));
+  EXPECT_TRUE(Installer().m_IsBoostingApp(SERVICE));
   EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] ch.app.boosting value is true"));
 }
 
 TEST_F(BoostingApp, AsksForThePackageOfOneService) {
   AddBoostingService("true");
-  EXPECT_TRUE(Installer().m_IsBoostingApp(kService));
+  EXPECT_TRUE(Installer().m_IsBoostingApp(SERVICE));
   EXPECT_THAT(fake::CallNames(), ElementsAre("TVServiceAPI::CreateService",
                                              "TCService::FindService", "TVServiceAPI::Destroy"));
-  EXPECT_THAT(
-      fake::CallTexts({"TCService::FindService"}),
-      ElementsAre("TCService::FindService(12=" + std::to_string(kService) + " 179, 1) = 1"));
+  EXPECT_THAT(fake::CallTexts({"TCService::FindService"}),
+              ElementsAre("TCService::FindService(12=" + std::to_string(SERVICE) + " 179, 1) = 1"));
   EXPECT_EQ(fake::OpenHandles("TCService"), 0u);
 }
 
@@ -66,15 +65,15 @@ TEST_F(BoostingApp, OtherValuesAreNotBoosting) {
   for (const char* value : {"TRUE", "True", "1", "yes", "true ", ""}) {
     m_app.Put("orv_data", "ch.app.boosting", value);
     fake::ClearLog();
-    EXPECT_FALSE(Installer().m_IsBoostingApp(kService)) << value;
+    EXPECT_FALSE(Installer().m_IsBoostingApp(SERVICE)) << value;
     EXPECT_THAT(fake::LogTexts(),
                 ElementsAre(std::string("[Info] ch.app.boosting value is ") + value));
   }
 }
 
 TEST_F(BoostingApp, ARecordWithoutTheKeyIsNotBoosting) {
-  fake::AddService(fake::MakeService(kService, "p"));
-  EXPECT_FALSE(Installer().m_IsBoostingApp(kService));
+  fake::AddService(fake::MakeService(SERVICE, "p"));
+  EXPECT_FALSE(Installer().m_IsBoostingApp(SERVICE));
   EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] ch.app.boosting value is "));
 }
 
@@ -82,27 +81,27 @@ TEST_F(BoostingApp, NulBytesOfTheFieldAreDroppedWhereverTheyStand) {
   m_app.Put("orv_data", "ch.app.boosting", "true");
   RecordingApp other("ab");
   other.Put("orv_data", "ch.app.boosting", "true");
-  fake::AddService(fake::MakeService(kService, std::string("\0a\0\0b\0", 6)));
-  EXPECT_TRUE(Installer().m_IsBoostingApp(kService));
+  fake::AddService(fake::MakeService(SERVICE, std::string("\0a\0\0b\0", 6)));
+  EXPECT_TRUE(Installer().m_IsBoostingApp(SERVICE));
 }
 
 TEST_F(BoostingApp, AFieldOfNulBytesOnlyIsEmpty) {
-  fake::AddService(fake::MakeService(kService, std::string(8, '\0')));
-  EXPECT_FALSE(Installer().m_IsBoostingApp(kService));
+  fake::AddService(fake::MakeService(SERVICE, std::string(8, '\0')));
+  EXPECT_FALSE(Installer().m_IsBoostingApp(SERVICE));
   EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] PACKAGE_ID is empty"));
 }
 
 TEST_F(BoostingApp, AServiceWithoutTheFieldIsEmptyToo) {
   fake::Service service;
-  service.numbers[fake::kServiceIDField] = kService;
+  service.numbers[fake::SERVICE_ID_FIELD] = SERVICE;
   fake::AddService(service);
-  EXPECT_FALSE(Installer().m_IsBoostingApp(kService));
+  EXPECT_FALSE(Installer().m_IsBoostingApp(SERVICE));
   EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] PACKAGE_ID is empty"));
 }
 
 TEST_F(BoostingApp, APackageWithoutARecordIsInvalid) {
-  fake::AddService(fake::MakeService(kService, "unknown"));
-  EXPECT_FALSE(Installer().m_IsBoostingApp(kService));
+  fake::AddService(fake::MakeService(SERVICE, "unknown"));
+  EXPECT_FALSE(Installer().m_IsBoostingApp(SERVICE));
   EXPECT_THAT(fake::LogTexts(),
               ElementsAre("[Debug] Cannot find target AppInfo.", "[Info] invalid app"));
 }
@@ -117,7 +116,7 @@ TEST_F(BoostingApp, AnUnknownServiceIsAnErrorAndNothingStaysOpen) {
 TEST_F(BoostingApp, ATvServiceThatCannotBeMadeIsAnError) {
   AddBoostingService("true");
   fake::Fail("TVServiceAPI::CreateService");
-  EXPECT_FALSE(Installer().m_IsBoostingApp(kService));
+  EXPECT_FALSE(Installer().m_IsBoostingApp(SERVICE));
   EXPECT_THAT(fake::LogTexts(), ElementsAre("[ERROR] [Error] pService is null"));
   EXPECT_EQ(fake::CallCount("TVServiceAPI::Destroy"), 0u);
 }
@@ -125,14 +124,14 @@ TEST_F(BoostingApp, ATvServiceThatCannotBeMadeIsAnError) {
 class CurrentChannel : public BoostTest {
  protected:
   void Tune(const fake::Service& service) {
-    fake::StoreKey(kLastServiceKey, std::string("vc-service"));
+    fake::StoreKey(LAST_SERVICE_KEY, std::string("vc-service"));
     fake::SetCurrentService(service);
   }
 };
 
 TEST_F(CurrentChannel, BoostsWhenItsAppDoes) {
   AddBoostingService("true");
-  Tune(fake::MakeService(kService, "p"));
+  Tune(fake::MakeService(SERVICE, "p"));
   EXPECT_TRUE(Installer().m_IsBoostingAppOnCurrentCh());
   EXPECT_THAT(fake::CallTexts({"TVServiceAPI::CreateServiceNavigation"}),
               ElementsAre("TVServiceAPI::CreateServiceNavigation(1, 0) = 0"));
@@ -141,7 +140,7 @@ TEST_F(CurrentChannel, BoostsWhenItsAppDoes) {
 
 TEST_F(CurrentChannel, IsAskedForInTheModeThatTheTvIsIn) {
   AddBoostingService("true");
-  Tune(fake::MakeService(kService, "p"));
+  Tune(fake::MakeService(SERVICE, "p"));
   fake::SetTvMode(3, 4);
   EXPECT_TRUE(Installer().m_IsBoostingAppOnCurrentCh());
   EXPECT_THAT(fake::CallTexts({"TCServiceNavigation::GetCurrentServiceInfo"}),
@@ -150,8 +149,8 @@ TEST_F(CurrentChannel, IsAskedForInTheModeThatTheTvIsIn) {
 
 TEST_F(CurrentChannel, AnotherLastServiceIsNoVirtualChannel) {
   AddBoostingService("true");
-  Tune(fake::MakeService(kService, "p"));
-  fake::StoreKey(kLastServiceKey, std::string("dvb"));
+  Tune(fake::MakeService(SERVICE, "p"));
+  fake::StoreKey(LAST_SERVICE_KEY, std::string("dvb"));
   EXPECT_FALSE(Installer().m_IsBoostingAppOnCurrentCh());
   EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] Not Virtual ch."));
 }
@@ -163,14 +162,14 @@ TEST_F(CurrentChannel, AnUnreadableLastServiceIsNoVirtualChannel) {
 }
 
 TEST_F(CurrentChannel, ANavigationThatCannotBeMadeIsAnError) {
-  Tune(fake::MakeService(kService, "p"));
+  Tune(fake::MakeService(SERVICE, "p"));
   fake::Fail("TVServiceAPI::CreateServiceNavigation");
   EXPECT_FALSE(Installer().m_IsBoostingAppOnCurrentCh());
   EXPECT_THAT(fake::LogTexts(), ElementsAre("[ERROR] pServiceNavigation is NULL."));
 }
 
 TEST_F(CurrentChannel, AnUnknownModeIsAnErrorAndTheNavigationDestroyed) {
-  Tune(fake::MakeService(kService, "p"));
+  Tune(fake::MakeService(SERVICE, "p"));
   fake::Fail("TCServiceNavigation::GetTVMode", 0);
   EXPECT_FALSE(Installer().m_IsBoostingAppOnCurrentCh());
   EXPECT_THAT(fake::LogTexts(), ElementsAre("[ERROR] GetTVMode() failed"));
@@ -179,7 +178,7 @@ TEST_F(CurrentChannel, AnUnknownModeIsAnErrorAndTheNavigationDestroyed) {
 }
 
 TEST_F(CurrentChannel, AnUnknownServiceIsAnErrorAndTheNavigationDestroyed) {
-  fake::StoreKey(kLastServiceKey, std::string("vc-service"));
+  fake::StoreKey(LAST_SERVICE_KEY, std::string("vc-service"));
   EXPECT_FALSE(Installer().m_IsBoostingAppOnCurrentCh());
   EXPECT_THAT(fake::LogTexts(), ElementsAre("[ERROR] GetCurrentServiceInfo() failed"));
   EXPECT_EQ(fake::OpenHandles("TCServiceNavigation"), 0u);
@@ -187,7 +186,7 @@ TEST_F(CurrentChannel, AnUnknownServiceIsAnErrorAndTheNavigationDestroyed) {
 
 TEST_F(CurrentChannel, AServiceWithoutAnIdIsLookedForAsAllOnes) {
   fake::Service nameless;
-  nameless.texts[fake::kPackageIDField] = "p";
+  nameless.texts[fake::PACKAGE_ID_FIELD] = "p";
   Tune(nameless);
   AddBoostingService("true");
   EXPECT_FALSE(Installer().m_IsBoostingAppOnCurrentCh());
@@ -201,13 +200,13 @@ class TimeTimer : public BoostTest {
  protected:
   void MakeCurrentChannelBoost() {
     AddBoostingService("true");
-    fake::StoreKey(kLastServiceKey, std::string("vc-service"));
-    fake::SetCurrentService(fake::MakeService(kService, "p"));
+    fake::StoreKey(LAST_SERVICE_KEY, std::string("vc-service"));
+    fake::SetCurrentService(fake::MakeService(SERVICE, "p"));
   }
   /// The effect of status 6 shows the value of the first-screen flag.
   bool FirstScreenMayStillRun() {
     fake::ClearLog();
-    fake::StoreKey(kStatusKey, 2);
+    fake::StoreKey(STATUS_KEY, 2);
     vconf_hbbtv_status_cb(nullptr, &Installer());
     const auto logs = fake::LogTexts();
     return std::find(logs.begin(), logs.end(), "[Debug] first screen already run") == logs.end();
@@ -224,7 +223,7 @@ TEST_F(TimeTimer, ABoostingChannelWithoutAFlagGetsOne) {
   EXPECT_TRUE(Exists(BoostFlag()));
   EXPECT_EQ(support::ReadFile(BoostFlag()), "");
   EXPECT_FALSE(Exists(BoostFlag() + "_dummy"));
-  EXPECT_FALSE(Exists(kReadyFile));
+  EXPECT_FALSE(Exists(READY_FILE));
   EXPECT_THAT(LaunchedApps(), IsEmpty());
   EXPECT_TRUE(FirstScreenMayStillRun());
 }
@@ -233,7 +232,7 @@ TEST_F(TimeTimer, NoFlagAndNoBoostingChannelOnlyEndsTheFirstScreen) {
   EXPECT_TRUE(Handle(1004));
   EXPECT_THAT(fake::LogTexts(), HasLog("[Info] isBoostFile : 0, isBoostChApp : 0"));
   EXPECT_FALSE(Exists(BoostFlag()));
-  EXPECT_FALSE(Exists(kReadyFile));
+  EXPECT_FALSE(Exists(READY_FILE));
   EXPECT_THAT(LaunchedApps(), IsEmpty());
   EXPECT_FALSE(FirstScreenMayStillRun());
 }
@@ -244,7 +243,7 @@ TEST_F(TimeTimer, AFlagAndABoostingChannelStayAsTheyAre) {
   EXPECT_TRUE(Handle(1004));
   EXPECT_THAT(fake::LogTexts(), HasLog("[Info] isBoostFile : 1, isBoostChApp : 1"));
   EXPECT_TRUE(Exists(BoostFlag()));
-  EXPECT_FALSE(Exists(kReadyFile));
+  EXPECT_FALSE(Exists(READY_FILE));
   EXPECT_THAT(LaunchedApps(), IsEmpty());
   EXPECT_TRUE(FirstScreenMayStillRun());
 }
@@ -254,7 +253,7 @@ TEST_F(TimeTimer, AFlagWithoutABoostingChannelReleasesTheFirstScreen) {
   bool ready = false;
   bool flag = true;
   fake::SetLaunchHook([&](const fake::Launch&) {
-    ready = Exists(kReadyFile);
+    ready = Exists(READY_FILE);
     flag = Exists(BoostFlag());
     return 0;
   });
@@ -262,7 +261,7 @@ TEST_F(TimeTimer, AFlagWithoutABoostingChannelReleasesTheFirstScreen) {
   EXPECT_THAT(fake::LogTexts(), HasLog("[Info] isBoostFile : 1, isBoostChApp : 0"));
   EXPECT_TRUE(ready) << "the ready file is created before the launch";
   EXPECT_FALSE(flag) << "the flag is deleted before the launch";
-  EXPECT_THAT(LaunchedApps(), ElementsAre(kFirstScreenApp));
+  EXPECT_THAT(LaunchedApps(), ElementsAre(FIRST_SCREEN_APP));
   EXPECT_EQ(fake::Launches()[0].operation, "http://tizen.org/appcontrol/operation/default");
   EXPECT_THAT(fake::Launches()[0].extra, IsEmpty());
   EXPECT_FALSE(FirstScreenMayStillRun());
@@ -273,13 +272,13 @@ TEST_F(TimeTimer, AFailedLookUpReleasesTheFirstScreenToo) {
   MakeCurrentChannelBoost();
   fake::Fail("TCService::FindService", 0);
   EXPECT_TRUE(Handle(1004));
-  EXPECT_THAT(LaunchedApps(), ElementsAre(kFirstScreenApp));
+  EXPECT_THAT(LaunchedApps(), ElementsAre(FIRST_SCREEN_APP));
   EXPECT_FALSE(Exists(BoostFlag()));
 }
 
 TEST_F(TimeTimer, TheReadyFileComesFirstAndItsFailureKeepsFlagAndFirstScreen) {
   MakeBoostFlag();
-  support::MakeDirectories(std::string(kReadyFile) + "/not-empty");
+  support::MakeDirectories(std::string(READY_FILE) + "/not-empty");
   EXPECT_TRUE(Handle(1004));
   EXPECT_THAT(fake::LogTexts(6), ElementsAre(testing::StartsWith("[ERROR] exception : ")));
   EXPECT_TRUE(Exists(BoostFlag()));
@@ -306,11 +305,11 @@ TEST_F(TimeTimer, ANewFlagThatCouldNotBeOpenedIsRenamedAllTheSame) {
 
 TEST_F(TimeTimer, AStatusThatCameFirstDoesNotKeepTheFlagFromReleasing) {
   MakeBoostFlag();
-  fake::SetKey(kStatusKey, 6);
+  fake::SetKey(STATUS_KEY, 6);
   fake::DeliverKeyChanges();
-  EXPECT_THAT(LaunchedApps(), ElementsAre(kFirstScreenApp));
+  EXPECT_THAT(LaunchedApps(), ElementsAre(FIRST_SCREEN_APP));
   EXPECT_TRUE(Handle(1004));
-  EXPECT_THAT(LaunchedApps(), ElementsAre(kFirstScreenApp, kFirstScreenApp));
+  EXPECT_THAT(LaunchedApps(), ElementsAre(FIRST_SCREEN_APP, FIRST_SCREEN_APP));
   EXPECT_FALSE(Exists(BoostFlag()));
 }
 
@@ -342,7 +341,7 @@ TEST_F(TimeTimer, AFlagThatCannotBeMadeEndsInTheTaskAndKeepsTheAlarm) {
 class HbbtvStatus : public BoostTest {
  protected:
   void SetStatus(int value) {
-    fake::SetKey(kStatusKey, value);
+    fake::SetKey(STATUS_KEY, value);
     fake::DeliverKeyChanges();
   }
 };
@@ -354,11 +353,11 @@ TEST_F(HbbtvStatus, SixLaunchesTheFirstScreenOnce) {
       fake::LogTexts(),
       ElementsAre("[Debug] vconf_hbbtv_status_cb", "[Debug] VCONFKEY_HBBTV_CHANGED value 6",
                   "[Debug] LAUNCHING fisrtscreen app", "[Info] rAppID : com.kalmora.tv.csfs"));
-  EXPECT_THAT(LaunchedApps(), ElementsAre(kFirstScreenApp));
-  EXPECT_TRUE(Exists(kReadyFile));
-  EXPECT_FALSE(Exists(std::string(kReadyFile) + "_dummy"));
+  EXPECT_THAT(LaunchedApps(), ElementsAre(FIRST_SCREEN_APP));
+  EXPECT_TRUE(Exists(READY_FILE));
+  EXPECT_FALSE(Exists(std::string(READY_FILE) + "_dummy"));
   EXPECT_TRUE(Exists(BoostFlag())) << "this path must not delete the flag";
-  EXPECT_EQ(fake::KeySubscriptions(kStatusKey), 0u);
+  EXPECT_EQ(fake::KeySubscriptions(STATUS_KEY), 0u);
   SetStatus(6);
   EXPECT_THAT(LaunchedApps(), SizeIs(1));
 }
@@ -369,19 +368,19 @@ TEST_F(HbbtvStatus, AChangeThatIsUnderWayDuringTheLaunchFindsTheQuestionClosed) 
   vconf_hbbtv_status_cb(nullptr, &Installer());
   EXPECT_THAT(fake::LogTexts(),
               ElementsAre("[Debug] vconf_hbbtv_status_cb", "[Debug] first screen already run"));
-  EXPECT_THAT(LaunchedApps(), ElementsAre(kFirstScreenApp));
+  EXPECT_THAT(LaunchedApps(), ElementsAre(FIRST_SCREEN_APP));
 }
 
 TEST_F(HbbtvStatus, TenLaunchesTheFirstScreenToo) {
   SetStatus(10);
-  EXPECT_THAT(LaunchedApps(), ElementsAre(kFirstScreenApp));
-  EXPECT_EQ(fake::KeySubscriptions(kStatusKey), 0u);
+  EXPECT_THAT(LaunchedApps(), ElementsAre(FIRST_SCREEN_APP));
+  EXPECT_EQ(fake::KeySubscriptions(STATUS_KEY), 0u);
 }
 
 TEST_F(HbbtvStatus, TheReadyFileIsThereBeforeTheLaunch) {
   bool ready = false;
   fake::SetLaunchHook([&](const fake::Launch&) {
-    ready = Exists(kReadyFile);
+    ready = Exists(READY_FILE);
     return 0;
   });
   SetStatus(6);
@@ -397,8 +396,8 @@ TEST_F(HbbtvStatus, OtherValuesDoNothing) {
                             "[Debug] VCONFKEY_HBBTV_CHANGED value " + std::to_string(value)));
   }
   EXPECT_THAT(LaunchedApps(), IsEmpty());
-  EXPECT_FALSE(Exists(kReadyFile));
-  EXPECT_EQ(fake::KeySubscriptions(kStatusKey), 1u);
+  EXPECT_FALSE(Exists(READY_FILE));
+  EXPECT_EQ(fake::KeySubscriptions(STATUS_KEY), 1u);
 }
 
 TEST_F(HbbtvStatus, AnUnreadableKeyIsAnErrorAndTheCallbackStays) {
@@ -407,7 +406,7 @@ TEST_F(HbbtvStatus, AnUnreadableKeyIsAnErrorAndTheCallbackStays) {
   EXPECT_THAT(fake::LogTexts(),
               ElementsAre("[Debug] vconf_hbbtv_status_cb", "[ERROR] vconf_get_int() failed."));
   EXPECT_THAT(LaunchedApps(), IsEmpty());
-  EXPECT_EQ(fake::KeySubscriptions(kStatusKey), 1u);
+  EXPECT_EQ(fake::KeySubscriptions(STATUS_KEY), 1u);
 }
 
 TEST_F(HbbtvStatus, AfterTheDecisionTheNextChangeOnlyUnregisters) {
@@ -425,15 +424,15 @@ TEST_F(HbbtvStatus, AfterTheDecisionTheNextChangeOnlyUnregisters) {
 TEST_F(HbbtvStatus, ARefusedLaunchCountsAsLaunched) {
   fake::QueueLaunchResults({-13});
   SetStatus(6);
-  EXPECT_EQ(fake::KeySubscriptions(kStatusKey), 0u);
+  EXPECT_EQ(fake::KeySubscriptions(STATUS_KEY), 0u);
 }
 
 TEST_F(HbbtvStatus, AReadyFileThatCannotBeMadeEndsInTheCallback) {
-  support::MakeDirectories(std::string(kReadyFile) + "/not-empty");
+  support::MakeDirectories(std::string(READY_FILE) + "/not-empty");
   EXPECT_NO_THROW(SetStatus(6));
   EXPECT_THAT(fake::LogTexts(6), ElementsAre(testing::StartsWith("[ERROR] exception : ")));
   EXPECT_THAT(LaunchedApps(), IsEmpty());
-  EXPECT_EQ(fake::KeySubscriptions(kStatusKey), 1u) << "the next change tries again";
+  EXPECT_EQ(fake::KeySubscriptions(STATUS_KEY), 1u) << "the next change tries again";
 }
 
 class TvSignal : public BoostTest {
@@ -443,7 +442,7 @@ class TvSignal : public BoostTest {
 
 TEST_F(TvSignal, ATuneToABoostingServiceMakesTheFlag) {
   AddBoostingService("true");
-  Tune(kService);
+  Tune(SERVICE);
   EXPECT_TRUE(Exists(BoostFlag()));
   EXPECT_THAT(fake::LogTexts(),
               ElementsAre("[Info] signalType[103]", "[Info] SIGNAL_TUNE_TO_SERVICEID",
@@ -454,14 +453,14 @@ TEST_F(TvSignal, ATuneToABoostingServiceMakesTheFlag) {
 TEST_F(TvSignal, AFlagThatIsThereIsMadeAgain) {
   AddBoostingService("true");
   support::WriteFile(BoostFlag(), "old");
-  Tune(kService);
+  Tune(SERVICE);
   EXPECT_EQ(support::ReadFile(BoostFlag()), "");
 }
 
 TEST_F(TvSignal, ATuneToAnotherServiceRemovesTheFlag) {
   AddBoostingService("false");
   MakeBoostFlag();
-  Tune(kService);
+  Tune(SERVICE);
   EXPECT_FALSE(Exists(BoostFlag()));
   EXPECT_THAT(
       fake::LogTexts(),
@@ -473,13 +472,13 @@ TEST_F(TvSignal, AFailedLookUpOnATuneRemovesTheFlag) {
   AddBoostingService("true");
   MakeBoostFlag();
   fake::Fail("TVServiceAPI::CreateService");
-  Tune(kService);
+  Tune(SERVICE);
   EXPECT_FALSE(Exists(BoostFlag()));
 }
 
 TEST_F(TvSignal, OnlyTheFirstEightBytesOfATuneAreTheService) {
   AddBoostingService("true");
-  std::vector<std::uint8_t> payload = fake::Payload(kService);
+  std::vector<std::uint8_t> payload = fake::Payload(SERVICE);
   payload.insert(payload.end(), 16, 0xFF);
   fake::FireTvSignal(103, payload);
   EXPECT_TRUE(Exists(BoostFlag()));
@@ -539,14 +538,14 @@ TEST_F(TvSignal, EverySignalIsAnsweredWithOne) {
 TEST_F(TvSignal, AFlagThatCannotBeMadeEndsInTheCallback) {
   AddBoostingService("true");
   RemoveDataDirectory();
-  EXPECT_EQ(tvs_signal_callback(103, fake::Payload(kService).data(), nullptr), 1);
+  EXPECT_EQ(tvs_signal_callback(103, fake::Payload(SERVICE).data(), nullptr), 1);
   EXPECT_THAT(fake::LogTexts(6), ElementsAre(testing::StartsWith("[ERROR] exception : ")));
 }
 
 TEST_F(TvSignal, FlagsMadeOnTwoThreadsAtOnceAreBothMade) {
   AddBoostingService("true");
   const auto tune = [] {
-    const auto payload = fake::Payload(kService);
+    const auto payload = fake::Payload(SERVICE);
     for (int i = 0; i < 1000; ++i) tvs_signal_callback(103, payload.data(), nullptr);
   };
   std::thread other(tune);

@@ -21,14 +21,14 @@ using testing::IsNull;
 using testing::Not;
 using testing::NotNull;
 
-const char kPrefix[] = ORV_METADATA_PREFIX;
-const char kResetKey[] = "db/tellahub/reset/apps";
+const char PREFIX[] = ORV_METADATA_PREFIX;
+const char RESET_KEY[] = "db/tellahub/reset/apps";
 
 /// A package that is a channel-bound app of one type, with a UI app that the web-app service knows.
 fake::Package ChannelApp(const std::string& id, const std::string& value = "x") {
   fake::App ui;
   ui.id = id + ".ui";
-  ui.metadata = {{std::string(kPrefix) + "orv_type/ch_feeder_custom", value}};
+  ui.metadata = {{std::string(PREFIX) + "orv_type/ch_feeder_custom", value}};
   fake::Package package;
   package.id = id;
   package.apps = {ui};
@@ -70,9 +70,9 @@ TEST_F(ORVInstallerEvents, TheFrameworksOwnEventsAreConsumedSilently) {
   Installer();
   FSEvent event;
   event.pReceiver = &Installer();
-  event.type = framework::kEventSuspend;
+  event.type = framework::EVENT_SUSPEND;
   EXPECT_TRUE(Installer().t_OnEvent(&event));
-  event.type = framework::kEventResume;
+  event.type = framework::EVENT_RESUME;
   EXPECT_TRUE(Installer().t_OnEvent(&event));
   EXPECT_THAT(fake::LogTexts(), IsEmpty());
 }
@@ -260,7 +260,7 @@ TEST_F(ORVInstallerEvents, ThePayloadIsFreedBeforeTheWorkBegins) {
 class TellahubReset : public InstallerTest {
  protected:
   void SetResetKey(int value) {
-    fake::SetKey(kResetKey, value);
+    fake::SetKey(RESET_KEY, value);
     EXPECT_EQ(fake::DeliverKeyChanges(), 1u);
   }
 };
@@ -317,8 +317,8 @@ TEST_F(TellahubReset, AnUnreadableKeyIsAnError) {
 TEST_F(TellahubReset, ReadsTheKeyAndNotTheNode) {
   RecordingApp a("a");
   Installer();
-  fake::SetKey(kResetKey, 0);
-  fake::StoreKey(kResetKey, 1);
+  fake::SetKey(RESET_KEY, 0);
+  fake::StoreKey(RESET_KEY, 1);
   fake::DeliverKeyChanges();
   EXPECT_THAT(RecordingApp::Operations(), IsEmpty());
 }

@@ -24,9 +24,9 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::SizeIs;
 
-constexpr unsigned int kValidationMs = 1800 * 1000;
-const char kResetKey[] = "db/tellahub/reset/apps";
-const char kStatusKey[] = "memory/hbbtv_status";
+constexpr unsigned int VALIDATION_MS = 1800 * 1000;
+const char RESET_KEY[] = "db/tellahub/reset/apps";
+const char STATUS_KEY[] = "memory/hbbtv_status";
 
 /// Creation in steps: nothing is created before the test requests it.
 class ORVInstallerCreation : public InstallerTest {
@@ -96,11 +96,11 @@ TEST_F(ORVInstallerCreation, TheRecordsRunBeforeAnyPackageEventTimerOrResetCanCo
     EXPECT_EQ(fake::CallCount("package_manager_create"), 0u);
     EXPECT_EQ(fake::CallCount("package_manager_set_event_cb"), 0u);
     EXPECT_EQ(fake::CallCount("g_timeout_add_seconds"), 0u);
-    EXPECT_EQ(fake::KeySubscriptions(kResetKey), 0u);
+    EXPECT_EQ(fake::KeySubscriptions(RESET_KEY), 0u);
   });
   Create();
   EXPECT_THAT(RecordingApp::Operations(), ElementsAre("a.run(true)", "a.run(true)"));
-  EXPECT_EQ(fake::KeySubscriptions(kResetKey), 1u);
+  EXPECT_EQ(fake::KeySubscriptions(RESET_KEY), 1u);
 }
 
 TEST_F(ORVInstallerCreation, AFailedTaskIsLoggedAndTheRestIsDone) {
@@ -108,7 +108,7 @@ TEST_F(ORVInstallerCreation, AFailedTaskIsLoggedAndTheRestIsDone) {
   Create();
   EXPECT_THAT(fake::LogTexts(6), HasLog("[ERROR] FCTask::Create() is failed."));
   EXPECT_EQ(fake::PackageEventCallbacks(), 1u);
-  EXPECT_EQ(fake::KeySubscriptions(kResetKey), 1u);
+  EXPECT_EQ(fake::KeySubscriptions(RESET_KEY), 1u);
 }
 
 TEST_F(ORVInstallerCreation, StoredAppsRunTwiceAtStart) {
@@ -172,7 +172,7 @@ TEST_F(ORVInstallerCreation, ADecisionAboutTheFirstScreenBeforeTheEndIsForgotten
                                  "the end of the decision"));
   });
   Create();
-  fake::SetKey(kStatusKey, 2);
+  fake::SetKey(STATUS_KEY, 2);
   fake::DeliverKeyChanges();
   EXPECT_THAT(fake::LogTexts(), HasLog("[Debug] VCONFKEY_HBBTV_CHANGED value 2"));
   EXPECT_THAT(fake::LogTexts(), Not(HasLog("[Debug] first screen already run")));
@@ -183,25 +183,25 @@ TEST_F(ORVInstallerCreation, AFailedPackageManagerMeansNoTimerAndNoResetKey) {
   Create();
   EXPECT_THAT(fake::LogTexts(6), HasLog("[ERROR] failed to package_manager_create : -12"));
   EXPECT_EQ(fake::CallCount("package_manager_set_event_cb"), 0u);
-  EXPECT_THAT(fake::TimersOf(kValidationMs), IsEmpty());
-  EXPECT_EQ(fake::KeySubscriptions(kResetKey), 0u);
+  EXPECT_THAT(fake::TimersOf(VALIDATION_MS), IsEmpty());
+  EXPECT_EQ(fake::KeySubscriptions(RESET_KEY), 0u);
 }
 
 TEST_F(ORVInstallerCreation, AFailedEventCallbackMeansNoTimerAndNoResetKey) {
   fake::Fail("package_manager_set_event_cb", -5);
   Create();
   EXPECT_THAT(fake::LogTexts(6), HasLog("[ERROR] failed to package_manager_set_event_cb : -5"));
-  EXPECT_THAT(fake::TimersOf(kValidationMs), IsEmpty());
-  EXPECT_EQ(fake::KeySubscriptions(kResetKey), 0u);
+  EXPECT_THAT(fake::TimersOf(VALIDATION_MS), IsEmpty());
+  EXPECT_EQ(fake::KeySubscriptions(RESET_KEY), 0u);
 }
 
 TEST_F(ORVInstallerCreation, ARefusedResetKeyIsALogLine) {
   // The task reads its own key on its own thread: every read fails here.
-  fake::Fail("vconf_notify_key_changed", -1, fake::kForever);
+  fake::Fail("vconf_notify_key_changed", -1, fake::FOREVER);
   CreateAndWaitForTheTask();
   EXPECT_THAT(fake::LogTexts(6),
               support::HasLogTimes("[ERROR] failed to vconf_notify_key_changed().", 2));
-  EXPECT_THAT(fake::TimersOf(kValidationMs), SizeIs(1));
+  EXPECT_THAT(fake::TimersOf(VALIDATION_MS), SizeIs(1));
   EXPECT_THAT(fake::Alarms(), SizeIs(1));
 }
 
@@ -214,7 +214,7 @@ TEST_F(ORVInstallerCreation, TheTaskSubscribesInOrderAndStartsItsAlarm) {
   }
   EXPECT_THAT(signals, ElementsAre(75, 135, 103, 170, 25, 2560));
   EXPECT_THAT(fake::ProxySubscriptions(), ElementsAre(90014));
-  EXPECT_EQ(fake::KeySubscriptions(kStatusKey), 1u);
+  EXPECT_EQ(fake::KeySubscriptions(STATUS_KEY), 1u);
   ASSERT_THAT(fake::Alarms(), SizeIs(1));
   EXPECT_EQ(fake::Alarms()[0].task, "ORVInstaller");
   EXPECT_EQ(fake::Alarms()[0].type, 1004u);
@@ -268,7 +268,7 @@ TEST_F(ORVInstallerCreation, WithoutAProxyTheTaskSubscribesToNothing) {
   CreateAndWaitForTheTask();
   EXPECT_THAT(fake::LogTexts(6), HasLog("[ERROR] pTvmesaSignalSubscriber is NULL"));
   EXPECT_THAT(fake::TvSubscriptions(), IsEmpty());
-  EXPECT_EQ(fake::KeySubscriptions(kStatusKey), 0u);
+  EXPECT_EQ(fake::KeySubscriptions(STATUS_KEY), 0u);
   EXPECT_THAT(fake::Alarms(), IsEmpty());
 }
 
@@ -278,7 +278,7 @@ TEST_F(ORVInstallerCreation, AFailedTvServiceLeavesTheProxySubscribed) {
   EXPECT_THAT(fake::LogTexts(6), HasLog("[ERROR] pSignalSubscriber is NULL"));
   EXPECT_THAT(fake::ProxySubscriptions(), ElementsAre(90014));
   EXPECT_THAT(fake::TvSubscriptions(), IsEmpty());
-  EXPECT_EQ(fake::KeySubscriptions(kStatusKey), 0u);
+  EXPECT_EQ(fake::KeySubscriptions(STATUS_KEY), 0u);
   EXPECT_THAT(fake::Alarms(), IsEmpty());
 }
 
@@ -491,10 +491,10 @@ TEST_F(ORVInstallerSending, TheProxyCallsBackThroughItsSubscription) {
 
 TEST_F(ORVInstallerSending, TheValidationTimerFiresOnceAfterHalfAnHour) {
   Installer();
-  EXPECT_EQ(fake::AdvanceTimers(kValidationMs - 1), 0u);
+  EXPECT_EQ(fake::AdvanceTimers(VALIDATION_MS - 1), 0u);
   EXPECT_EQ(fake::AdvanceTimers(1), 1u);
   EXPECT_THAT(Sent(), ElementsAre("FCTask::Send(ORVInstaller, 1003, false, false) = true"));
-  EXPECT_THAT(fake::TimersOf(kValidationMs), IsEmpty());
+  EXPECT_THAT(fake::TimersOf(VALIDATION_MS), IsEmpty());
   Drain();
 }
 

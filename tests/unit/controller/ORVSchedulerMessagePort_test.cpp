@@ -13,8 +13,8 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::SizeIs;
 
-const char kPort[] = "orv_scheduler_command_port";
-const char kSender[] = "a.service";
+const char PORT[] = "orv_scheduler_command_port";
+const char SENDER[] = "a.service";
 
 /// Messages of service apps, handled on the test's thread as on the main loop's. Package "a" has a
 /// record that accepts any value; its store is not open, so a write of its row fails unless a
@@ -23,14 +23,14 @@ class MessagePort : public SchedulerTest {
  protected:
   using Pairs = std::vector<std::pair<std::string, std::string>>;
 
-  void Send(const Pairs& message, const char* app = kSender, const char* replyPort = "reply") {
+  void Send(const Pairs& message, const char* app = SENDER, const char* replyPort = "reply") {
     SendEntries(fake::Strings(message), app, replyPort);
   }
-  void SendEntries(const std::vector<fake::BundleEntry>& message, const char* app = kSender,
+  void SendEntries(const std::vector<fake::BundleEntry>& message, const char* app = SENDER,
                    const char* replyPort = "reply") {
     Scheduler();
     fake::Incoming incoming;
-    incoming.port = kPort;
+    incoming.port = PORT;
     incoming.app = app;
     incoming.replyPort = replyPort;
     incoming.message = message;
@@ -70,7 +70,7 @@ TEST_F(MessagePort, ADueTimeIsStoredInTheRecordAndItsRow) {
   ASSERT_TRUE(AppInfoCache::GetInstance()->LoadData(rows));
   EXPECT_THAT(rows["a"]["variables"], testing::HasSubstr("2023-11-14T22:25:20Z"));
   EXPECT_THAT(Results(), ElementsAre("result_success"));
-  EXPECT_EQ(fake::SentMessages()[0].app, kSender);
+  EXPECT_EQ(fake::SentMessages()[0].app, SENDER);
   EXPECT_EQ(fake::SentMessages()[0].port, "reply");
   EXPECT_THAT(fake::LogTexts(),
               support::HasLogsInOrder(support::Texts(
@@ -269,7 +269,7 @@ TEST_F(MessagePort, RepliesAreFreedOnEveryOtherPath) {
 
 TEST_F(MessagePort, AReplyWithoutAPortIsLoggedAndTheTimeIsStored) {
   OpenStore();
-  Send(SetTime("720"), kSender, nullptr);
+  Send(SetTime("720"), SENDER, nullptr);
   EXPECT_THAT(fake::LogTexts().back(), "[Debug] message_port_send_message() failed : -22");
   EXPECT_THAT(Sets(), SizeIs(1));
 }
@@ -315,7 +315,7 @@ TEST_F(MessagePort, AnExceptionEndsInTheHandler) {
   Scheduler();
   bundle* message = bundle_create();
   allocations::FailNext();
-  EXPECT_NO_THROW(MessagePortCommandCallback(1, kSender, "reply", false, message, nullptr));
+  EXPECT_NO_THROW(MessagePortCommandCallback(1, SENDER, "reply", false, message, nullptr));
   EXPECT_FALSE(allocations::CancelFailure());
   EXPECT_THAT(fake::LogTexts(6), ElementsAre("[ERROR] exception : std::bad_alloc"));
   bundle_free(message);

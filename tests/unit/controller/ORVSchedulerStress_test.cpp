@@ -40,10 +40,10 @@ class Feeder {
 
 class SchedulerStress : public SchedulerTest {
  protected:
-  static constexpr int kRounds = 200;  // of the main loop
-  static constexpr int kAdds = 2 * kRounds;
-  static constexpr int kKeyChanges = 100;  // each is a start and adds a timer
-  static constexpr long kQueueLimit = 256;
+  static constexpr int ROUNDS = 200;  // of the main loop
+  static constexpr int ADDS = 2 * ROUNDS;
+  static constexpr int KEY_CHANGES = 100;  // each is a start and adds a timer
+  static constexpr long QUEUE_LIMIT = 256;
 
   SchedulerStress() {
     support::MakeDirectories("/opt/usr/apps/com.kalmora.tv.orv-enabler/data");
@@ -84,13 +84,13 @@ class SchedulerStress : public SchedulerTest {
 
   /// The main loop: commands of service apps and ticks. It sets the pace.
   void RunMainLoop() {
-    for (unsigned i = 0; i < kRounds; ++i) {
+    for (unsigned i = 0; i < ROUNDS; ++i) {
       ++m_round;
       SendCommand(m_dated[i % 4], SetTime());
       SendCommand(m_picked[i % 4], Complete());
       EXPECT_EQ(FireFirstTimer(), 1);
       // The queue never fills up: every post counts.
-      EXPECT_TRUE(support::WaitFor([this] { return Scheduler().GetQueue()->Size() < kQueueLimit; },
+      EXPECT_TRUE(support::WaitFor([this] { return Scheduler().GetQueue()->Size() < QUEUE_LIMIT; },
                                    "room in the queue"));
     }
   }
@@ -99,7 +99,7 @@ class SchedulerStress : public SchedulerTest {
     while (m_round < round) std::this_thread::yield();
   }
   static int FireFirstTimer() {
-    const auto timers = fake::TimersOf(kTickMs);
+    const auto timers = fake::TimersOf(TICK_MS);
     return !timers.empty() && fake::FireTimer(timers.front().id) ? 1 : 0;
   }
 
@@ -107,8 +107,8 @@ class SchedulerStress : public SchedulerTest {
   /// a pick take the cache's two locks in opposite orders; if they waited for each other, the test
   /// would not end.
   void RunInstaller() {
-    for (int i = 0; i < kAdds; ++i) {
-      WaitForRound(i * kRounds / kAdds);
+    for (int i = 0; i < ADDS; ++i) {
+      WaitForRound(i * ROUNDS / ADDS);
       m_picked[static_cast<unsigned>(i) % 4]->RunOperation(false);
       m_picked[static_cast<unsigned>(i + 1) % 4]->StopOperation();
       m_dated[static_cast<unsigned>(i) % 4]->GetMetadata("orv_data", "expiration_date_str");
@@ -117,8 +117,8 @@ class SchedulerStress : public SchedulerTest {
 
   /// Network time is set again and again.
   void RunKeyCallbacks() {
-    for (int i = 0; i < kKeyChanges; ++i) {
-      WaitForRound(i * kRounds / kKeyChanges);
+    for (int i = 0; i < KEY_CHANGES; ++i) {
+      WaitForRound(i * ROUNDS / KEY_CHANGES);
       fake::SetKey("memory/menu/network/set_time", 1);
       fake::DeliverKeyChanges();
     }
@@ -153,19 +153,19 @@ TEST_F(SchedulerStress, NothingIsLostWhenAllFourThreadsAreBusy) {
 
   RunAll();
 
-  EXPECT_EQ(Logged("[Debug] [EVENT_APP_TERMINATED]"), kRounds);
-  EXPECT_EQ(Logged("[Debug] [EVENT_RESET_SCHEDULER]"), kRounds);
+  EXPECT_EQ(Logged("[Debug] [EVENT_APP_TERMINATED]"), ROUNDS);
+  EXPECT_EQ(Logged("[Debug] [EVENT_RESET_SCHEDULER]"), ROUNDS);
   // The timer was always running, so an add is not a start.
-  EXPECT_EQ(Logged("[Debug] [EVENT_LAUNCH_NEXT_ITEM]"), kAdds);
-  EXPECT_EQ(Logged("[Debug] [EVENT_START_SCHEDULER]"), kKeyChanges);
-  EXPECT_EQ(fake::TimersOf(kTickMs).size(), 1u + kKeyChanges);
+  EXPECT_EQ(Logged("[Debug] [EVENT_LAUNCH_NEXT_ITEM]"), ADDS);
+  EXPECT_EQ(Logged("[Debug] [EVENT_START_SCHEDULER]"), KEY_CHANGES);
+  EXPECT_EQ(fake::TimersOf(TICK_MS).size(), 1u + KEY_CHANGES);
   // When two threads end the same app, one of them is too late or finds the item cleared.
   EXPECT_THAT(fake::LogTexts(6),
               Each(AnyOf("[ERROR] app_manager_get_app_context() failed = App is not running",
                          "[ERROR] app_manager_get_app_context() failed = No such application")));
 
   const auto replies = fake::SentMessages();
-  EXPECT_THAT(replies, SizeIs(kRounds));
+  EXPECT_THAT(replies, SizeIs(ROUNDS));
   for (const fake::Outgoing& reply : replies) {
     EXPECT_EQ(reply.result, 0);
     EXPECT_THAT(reply.message.at(0).values, testing::ElementsAre("result_success"));
@@ -177,7 +177,7 @@ TEST_F(SchedulerStress, NothingIsLostWhenAllFourThreadsAreBusy) {
 
 TEST_F(SchedulerStress, AfterwardsAStopComesToRest) {
   RunAll();
-  const std::size_t timers = fake::TimersOf(kTickMs).size();
+  const std::size_t timers = fake::TimersOf(TICK_MS).size();
 
   EXPECT_TRUE(Scheduler().t_SendEvent(EVENT_STOP_SCHEDULER));
   Drain();
@@ -185,7 +185,7 @@ TEST_F(SchedulerStress, AfterwardsAStopComesToRest) {
   EXPECT_EQ(AppInfoCache::GetInstance()->GetSchedulingListSize(), 0);
   EXPECT_EQ(g_nSchedulerTimerID, 0u);
   // Every start except the last lost its timer's id.
-  EXPECT_EQ(fake::TimersOf(kTickMs).size(), timers - 1);
+  EXPECT_EQ(fake::TimersOf(TICK_MS).size(), timers - 1);
   Forget();
   EXPECT_TRUE(Scheduler().TerminateCurrentServiceApp());
   EXPECT_THAT(fake::LogTexts(), IsEmpty());  // there is no current item

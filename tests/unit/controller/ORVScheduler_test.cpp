@@ -18,8 +18,8 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::SizeIs;
 
-const char kTimeKey[] = "memory/menu/network/set_time";
-const char kPort[] = "orv_scheduler_command_port";
+const char TIME_KEY[] = "memory/menu/network/set_time";
+const char PORT[] = "orv_scheduler_command_port";
 
 class SchedulerCreation : public SchedulerTest {};
 
@@ -46,49 +46,49 @@ TEST_F(SchedulerCreation, AFailedTaskIsLoggedAndTheRestIsDone) {
   fake::Fail("FCTask::Create", 0);
   ORVScheduler::GetInstance();
   EXPECT_THAT(fake::LogTexts(6), ElementsAre("[ERROR] FCTask::Create() return false."));
-  EXPECT_THAT(fake::LocalPorts(), ElementsAre(kPort));
-  EXPECT_EQ(fake::KeySubscriptions(kTimeKey), 1u);
+  EXPECT_THAT(fake::LocalPorts(), ElementsAre(PORT));
+  EXPECT_EQ(fake::KeySubscriptions(TIME_KEY), 1u);
 }
 
 TEST_F(SchedulerCreation, AFailedPortLeavesTheSchedulerIdle) {
-  fake::StoreKey(kTimeKey, 1);
+  fake::StoreKey(TIME_KEY, 1);
   fake::Fail("message_port_register_local_port", -22);
   ORVScheduler::GetInstance();
   EXPECT_THAT(fake::LogTexts(),
               ElementsAre("[Info] ", "[Info] ", "[ERROR] Port register error: -22",
                           "[ERROR] CreateMessagePortChannel return false."));
   EXPECT_EQ(fake::CallCount("vconf_get_int"), 0u);
-  EXPECT_EQ(fake::KeySubscriptions(kTimeKey), 0u);
+  EXPECT_EQ(fake::KeySubscriptions(TIME_KEY), 0u);
   EXPECT_THAT(Sent(), IsEmpty());
 }
 
 TEST_F(SchedulerCreation, NetworkTimeThatIsThereAlreadyStartsAtOnceAndIsNotWatched) {
-  fake::StoreKey(kTimeKey, 1);
+  fake::StoreKey(TIME_KEY, 1);
   ORVScheduler::GetInstance();
   EXPECT_THAT(Sent(), ElementsAre("1002"));
-  EXPECT_EQ(fake::KeySubscriptions(kTimeKey), 0u);
+  EXPECT_EQ(fake::KeySubscriptions(TIME_KEY), 0u);
   Drain();
   EXPECT_THAT(fake::LogTexts(),
               HasLogsInOrder(Texts({"[Info] pEvent : 1002", "[Debug] [EVENT_START_SCHEDULER]"})));
-  EXPECT_THAT(fake::TimersOf(kTickMs), SizeIs(1));
-  fake::SetKey(kTimeKey, 0);
-  fake::SetKey(kTimeKey, 1);
+  EXPECT_THAT(fake::TimersOf(TICK_MS), SizeIs(1));
+  fake::SetKey(TIME_KEY, 0);
+  fake::SetKey(TIME_KEY, 1);
   EXPECT_EQ(fake::DeliverKeyChanges(), 0u);
   EXPECT_THAT(Sent(), ElementsAre("1002"));
 }
 
 TEST_F(SchedulerCreation, AnyOtherValueOfTheKeyIsWatched) {
-  fake::StoreKey(kTimeKey, 2);
+  fake::StoreKey(TIME_KEY, 2);
   ORVScheduler::GetInstance();
-  EXPECT_EQ(fake::KeySubscriptions(kTimeKey), 1u);
+  EXPECT_EQ(fake::KeySubscriptions(TIME_KEY), 1u);
   EXPECT_THAT(Sent(), IsEmpty());
 }
 
 TEST_F(SchedulerCreation, AKeyThatCannotBeReadIsWatched) {
-  fake::StoreKey(kTimeKey, 1);
+  fake::StoreKey(TIME_KEY, 1);
   fake::Fail("vconf_get_int");
   ORVScheduler::GetInstance();
-  EXPECT_EQ(fake::KeySubscriptions(kTimeKey), 1u);
+  EXPECT_EQ(fake::KeySubscriptions(TIME_KEY), 1u);
   EXPECT_THAT(Sent(), IsEmpty());
 }
 
@@ -102,14 +102,14 @@ TEST_F(SchedulerCreation, TheDestructorEndsTheThreadAndUnregistersNothing) {
   Scheduler();
   delete ORVScheduler::GetInstance();
   EXPECT_EQ(fake::CallNames().at(0), "FCTask::Destroy");
-  EXPECT_THAT(fake::LocalPorts(), ElementsAre(kPort));
-  EXPECT_EQ(fake::KeySubscriptions(kTimeKey), 1u);
+  EXPECT_THAT(fake::LocalPorts(), ElementsAre(PORT));
+  EXPECT_EQ(fake::KeySubscriptions(TIME_KEY), 1u);
 }
 
 class NetworkTime : public SchedulerTest {
  protected:
   void Set(int value) {
-    fake::SetKey(kTimeKey, value);
+    fake::SetKey(TIME_KEY, value);
     EXPECT_EQ(fake::DeliverKeyChanges(), 1u);
   }
 };
@@ -121,7 +121,7 @@ TEST_F(NetworkTime, OneStarts) {
   EXPECT_EQ(fake::LogTexts().at(0), "[Debug] set_time value = 1");
   Drain();
   EXPECT_THAT(fake::LogTexts(), Not(HasLog("[Debug] Network Time is not enabled.")));
-  EXPECT_THAT(fake::TimersOf(kTickMs), SizeIs(1));
+  EXPECT_THAT(fake::TimersOf(TICK_MS), SizeIs(1));
 }
 
 TEST_F(NetworkTime, AnotherValueIsOnlyLogged) {
@@ -141,8 +141,8 @@ TEST_F(NetworkTime, AFallToZeroStopsNothingAndAReturnStartsAgain) {
   EXPECT_THAT(Sent(), ElementsAre("1002", "1002"));
   Drain();
   // A second source; only the last id is known.
-  ASSERT_THAT(fake::TimersOf(kTickMs), SizeIs(2));
-  EXPECT_EQ(g_nSchedulerTimerID, fake::TimersOf(kTickMs)[1].id);
+  ASSERT_THAT(fake::TimersOf(TICK_MS), SizeIs(2));
+  EXPECT_EQ(g_nSchedulerTimerID, fake::TimersOf(TICK_MS)[1].id);
 }
 
 TEST_F(NetworkTime, AStartWithoutItIsDropped) {
@@ -173,9 +173,9 @@ TEST_F(SchedulerEvents, TheFrameworksOwnEventsAreConsumedSilently) {
   Scheduler();
   FSEvent event;
   event.pReceiver = &Scheduler();
-  event.type = framework::kEventSuspend;
+  event.type = framework::EVENT_SUSPEND;
   EXPECT_TRUE(Scheduler().t_OnEvent(&event));
-  event.type = framework::kEventResume;
+  event.type = framework::EVENT_RESUME;
   EXPECT_TRUE(Scheduler().t_OnEvent(&event));
   EXPECT_THAT(fake::LogTexts(), IsEmpty());
 }
@@ -189,7 +189,7 @@ TEST_F(SchedulerEvents, AStartFillsTheListStartsTheTimerAndTriesOneItem) {
   EXPECT_EQ(AppInfoCache::GetInstance()->GetSchedulingListSize(), 1);
   ASSERT_THAT(fake::Timers(), SizeIs(1));
   EXPECT_TRUE(fake::Timers()[0].inSeconds);
-  EXPECT_EQ(fake::Timers()[0].intervalMs, kTickMs);
+  EXPECT_EQ(fake::Timers()[0].intervalMs, TICK_MS);
   EXPECT_EQ(fake::Timers()[0].data, nullptr);
   EXPECT_EQ(g_nSchedulerTimerID, fake::Timers()[0].id);
 }
@@ -210,7 +210,7 @@ TEST_F(SchedulerEvents, AStartWithoutServiceAppsRunsTheTimerUntilTheFirstTick) {
   EXPECT_THAT(fake::LogTexts(), Not(HasLog("[Debug] LaunchNextItem() return false.")));
   EXPECT_NE(g_nSchedulerTimerID, 0u);
   Forget();
-  EXPECT_EQ(fake::AdvanceTimers(kTickMs), 1u);
+  EXPECT_EQ(fake::AdvanceTimers(TICK_MS), 1u);
   Drain();
   EXPECT_THAT(fake::LogTexts(),
               HasLogsInOrder(Texts({"[Info] pEvent : 1004", "[Debug] [EVENT_RESET_SCHEDULER]",
@@ -227,16 +227,16 @@ TEST_F(SchedulerEvents, AFailedLaunchOnAStartIsNotLoggedASecondTimeAndTheTimerRu
   StartedScheduler();
   EXPECT_THAT(fake::LogTexts(), HasLog("[ERROR] AppControlUtils::LaunchApp() return false."));
   EXPECT_THAT(fake::LogTexts(), Not(HasLog("[Debug] LaunchNextItem() return false.")));
-  EXPECT_THAT(fake::TimersOf(kTickMs), SizeIs(1));
+  EXPECT_THAT(fake::TimersOf(TICK_MS), SizeIs(1));
 }
 
 TEST_F(SchedulerEvents, TheTimerPostsAResetAndRepeats) {
   CustomFeeder a("a");
   StartedScheduler();
   Forget();
-  EXPECT_EQ(fake::AdvanceTimers(kTickMs - 1), 0u);
+  EXPECT_EQ(fake::AdvanceTimers(TICK_MS - 1), 0u);
   EXPECT_EQ(fake::AdvanceTimers(1), 1u);
-  EXPECT_EQ(fake::AdvanceTimers(kTickMs), 1u);
+  EXPECT_EQ(fake::AdvanceTimers(TICK_MS), 1u);
   EXPECT_THAT(Sent(), ElementsAre("1004", "1004"));
   Drain();
 }
@@ -246,7 +246,7 @@ TEST_F(SchedulerEvents, ATickRefillsAListThatHasRunOut) {
   CustomFeeder b("b");
   StartedScheduler();
   for (int tick = 0; tick < 2; ++tick) {
-    fake::AdvanceTimers(kTickMs);
+    fake::AdvanceTimers(TICK_MS);
     Drain();
   }
   EXPECT_THAT(LaunchedApps(), ElementsAre("a.service", "b.service", "a.service"));
@@ -369,7 +369,7 @@ TEST_F(SchedulerEvents, AnExceptionEndsInTheCallbacks) {
   allocations::FailNext();
   EXPECT_NO_THROW(EXPECT_EQ(OnSchedulerTimer(nullptr), 1)) << "the timer still repeats";
   EXPECT_FALSE(allocations::CancelFailure());
-  fake::SetKey(kTimeKey, 1);
+  fake::SetKey(TIME_KEY, 1);
   std::atomic<bool> flag{false};
   allocations::FailNext();
   EXPECT_NO_THROW(OnSetTimeChanged(nullptr, &flag));

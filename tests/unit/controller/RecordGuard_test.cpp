@@ -80,8 +80,8 @@ class GatedLayer final : public AppTypeDecorator {
 /// A record with two layers, one of them gated, while another thread is inside its Stop.
 class RecordInUse : public CreatorTest {
  protected:
-  static constexpr char kOuter[] = "outer";
-  static inline const std::string kPackage = "com.example.a-package-whose-id-is-long";
+  static constexpr char OUTER[] = "outer";
+  static inline const std::string PACKAGE = "com.example.a-package-whose-id-is-long";
 
   void SetUp() override {
     Journal().clear();
@@ -91,12 +91,12 @@ class RecordInUse : public CreatorTest {
                     return new GatedLayer(inner, value);
                   },
                   GatedLayer::Release});
-    RegisterLayer<kOuter>();
+    RegisterLayer<OUTER>();
     const MetadataMap metadata = {
         {"orv_type", {{"gated", "a value that is too long for a small string"}, {"outer", "x"}}}};
-    ASSERT_TRUE(Creator().AddAppInfoToAppCache(records::Info(kPackage), metadata, true));
+    ASSERT_TRUE(Creator().AddAppInfoToAppCache(records::Info(PACKAGE), metadata, true));
     m_stop.emplace(
-        [] { ORVAppOperator::GetInstance()->DoOperation(kPackage, OPERATION_TYPE_STOP); });
+        [] { ORVAppOperator::GetInstance()->DoOperation(PACKAGE, OPERATION_TYPE_STOP); });
     ASSERT_TRUE(m_gate.WaitUntilReached());
   }
   void TearDown() override {
@@ -114,23 +114,23 @@ class RecordInUse : public CreatorTest {
     m_gate.Open();
   }
 
-  static inline const std::string kStopped = "stopped a value that is too long for a small string";
+  static inline const std::string STOPPED = "stopped a value that is too long for a small string";
   Gate m_gate;
   std::optional<support::OtherThread> m_stop;
 };
 
 TEST_F(RecordInUse, IsDestroyedOnlyWhenTheOtherThreadHasLeftIt) {
-  RunsAfterTheStop([this] { Creator().RemoveApp(kPackage); });
-  EXPECT_THAT(Journal(), ElementsAre("stop", kStopped, "release"));
-  EXPECT_THAT(Find(kPackage), IsNull());
+  RunsAfterTheStop([this] { Creator().RemoveApp(PACKAGE); });
+  EXPECT_THAT(Journal(), ElementsAre("stop", STOPPED, "release"));
+  EXPECT_THAT(Find(PACKAGE), IsNull());
   EXPECT_THAT(records::StoredPackages(), IsEmpty());
 }
 
 TEST_F(RecordInUse, LosesALayerOnlyWhenTheOtherThreadHasLeftIt) {
-  fake::AddPackage(MakePackage(kPackage, {{TypeKey("outer"), "x"}}));
-  RunsAfterTheStop([this] { EXPECT_EQ(Creator().UpdateApp(kPackage), UPDATE_RESULT_UPDATE); });
-  EXPECT_THAT(Journal(), ElementsAre("stop", kStopped, "release"));
-  EXPECT_THAT(TakeApart(kPackage), ElementsAre("outer", "orv_app"));
+  fake::AddPackage(MakePackage(PACKAGE, {{TypeKey("outer"), "x"}}));
+  RunsAfterTheStop([this] { EXPECT_EQ(Creator().UpdateApp(PACKAGE), UPDATE_RESULT_UPDATE); });
+  EXPECT_THAT(Journal(), ElementsAre("stop", STOPPED, "release"));
+  EXPECT_THAT(TakeApart(PACKAGE), ElementsAre("outer", "orv_app"));
 }
 
 TEST_F(RecordInUse, RunsOneOperationAtATime) {
@@ -138,7 +138,7 @@ TEST_F(RecordInUse, RunsOneOperationAtATime) {
     std::vector<std::string> ids;
     ORVAppOperator::GetInstance()->RunAllApps(ids);
   });
-  EXPECT_THAT(Journal(), ElementsAre("stop", kStopped, "run"));
+  EXPECT_THAT(Journal(), ElementsAre("stop", STOPPED, "run"));
 }
 
 TEST_F(RecordInUse, IsReadMeanwhileByWalksUnderTheCachesLock) {

@@ -22,7 +22,7 @@ using support::HasLog;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-const char kInstallKey[] = "memory/was/app_install";
+const char INSTALL_KEY[] = "memory/was/app_install";
 
 std::vector<std::string> KeyCalls() {
   return fake::CallTexts({"vconf_ignore_key_changed", "vconf_notify_key_changed"});
@@ -47,7 +47,7 @@ TEST(WidgetIDWait, ARunWithoutAWidgetIdWaitsForTheKey) {
   EXPECT_THAT(KeyCalls(),
               ElementsAre("vconf_ignore_key_changed(memory/was/app_install, set) = -1",
                           "vconf_notify_key_changed(memory/was/app_install, set, set) = 0"));
-  EXPECT_EQ(fake::KeySubscriptions(kInstallKey), 1u);
+  EXPECT_EQ(fake::KeySubscriptions(INSTALL_KEY), 1u);
 }
 
 TEST(WidgetIDWait, AFailedWaitIsLogged) {
@@ -70,13 +70,13 @@ TEST(WidgetIDWait, TheFirstChangeOfTheKeyIsTheWidgetIdOfWhoWaits) {
   Operator().DoOperation("a", OPERATION_TYPE_RUN);
   fake::ClearCalls();
   fake::ClearLog();
-  fake::SetKey(kInstallKey, "widget-of-another-app");
+  fake::SetKey(INSTALL_KEY, "widget-of-another-app");
   fake::DeliverKeyChanges();
   EXPECT_EQ(app.m_sWidgetID, "widget-of-another-app");
   EXPECT_THAT(RecordingApp::Operations(), ElementsAre("a.run(false)"));
   EXPECT_EQ(fake::LogTexts().at(0), "[Debug] sWidgetID = widget-of-another-app");
   EXPECT_THAT(KeyCalls(), ElementsAre("vconf_ignore_key_changed(memory/was/app_install, set) = 0"));
-  EXPECT_EQ(fake::KeySubscriptions(kInstallKey), 0u);
+  EXPECT_EQ(fake::KeySubscriptions(INSTALL_KEY), 0u);
 }
 
 TEST(WidgetIDWait, TheRowIsWrittenBeforeTheAppRuns) {
@@ -85,7 +85,7 @@ TEST(WidgetIDWait, TheRowIsWrittenBeforeTheAppRuns) {
   RecordingApp app("a", "");
   app.Throw("running");
   Operator().DoOperation("a", OPERATION_TYPE_RUN);
-  fake::SetKey(kInstallKey, "widget");
+  fake::SetKey(INSTALL_KEY, "widget");
   fake::DeliverKeyChanges();
   EXPECT_THAT(
       fake::LogTexts(),
@@ -99,9 +99,9 @@ TEST(WidgetIDWait, OnlyOneRecordCanWait) {
   RecordingApp second("b", "");
   Operator().DoOperation("a", OPERATION_TYPE_RUN);
   Operator().DoOperation("b", OPERATION_TYPE_RUN);
-  EXPECT_EQ(fake::KeySubscriptions(kInstallKey), 1u);
-  fake::SetKey(kInstallKey, "one");
-  fake::SetKey(kInstallKey, "two");
+  EXPECT_EQ(fake::KeySubscriptions(INSTALL_KEY), 1u);
+  fake::SetKey(INSTALL_KEY, "one");
+  fake::SetKey(INSTALL_KEY, "two");
   fake::DeliverKeyChanges();
   EXPECT_EQ(first.m_sWidgetID, "");
   EXPECT_EQ(second.m_sWidgetID, "one");
@@ -111,12 +111,12 @@ TEST(WidgetIDWait, OnlyOneRecordCanWait) {
 TEST(WidgetIDWait, AKeyThatWasRemovedBringsNoWidgetIdAndTheWaitGoesOn) {
   RecordingApp app("a", "");
   Operator().DoOperation("a", OPERATION_TYPE_RUN);
-  fake::StoreKey(kInstallKey, std::string("old"));
-  fake::UnsetKey(kInstallKey);
+  fake::StoreKey(INSTALL_KEY, std::string("old"));
+  fake::UnsetKey(INSTALL_KEY);
   fake::DeliverKeyChanges();
   EXPECT_THAT(RecordingApp::Operations(), IsEmpty());
   EXPECT_THAT(fake::LogTexts(6), ElementsAre("[ERROR] exception : the key holds no widget id"));
-  fake::SetKey(kInstallKey, "widget");
+  fake::SetKey(INSTALL_KEY, "widget");
   fake::DeliverKeyChanges();
   EXPECT_THAT(RecordingApp::Operations(), ElementsAre("a.run(false)"));
 }
@@ -126,23 +126,23 @@ TEST(WidgetIDWait, ARecordThatLeftTheCacheWhileItWaitedIsNotTouched) {
   RecordingApp other("b", "");
   Operator().DoOperation("a", OPERATION_TYPE_RUN);
   AppInfoCache::GetInstance()->RemoveAppInfo("a");
-  fake::SetKey(kInstallKey, "widget");
+  fake::SetKey(INSTALL_KEY, "widget");
   fake::DeliverKeyChanges();
   EXPECT_THAT(RecordingApp::Operations(), IsEmpty());
   EXPECT_EQ(app.m_sWidgetID, "");
   EXPECT_EQ(other.m_sWidgetID, "");
-  EXPECT_EQ(fake::KeySubscriptions(kInstallKey), 0u);
+  EXPECT_EQ(fake::KeySubscriptions(INSTALL_KEY), 0u);
 }
 
 TEST(WidgetIDWait, AnExceptionOfTheRunEndsInTheCallback) {
   RecordingApp app("a", "");
   app.Throw("broken");
   Operator().DoOperation("a", OPERATION_TYPE_RUN);
-  fake::SetKey(kInstallKey, "widget");
+  fake::SetKey(INSTALL_KEY, "widget");
   EXPECT_NO_THROW(fake::DeliverKeyChanges());
   EXPECT_THAT(fake::LogTexts(6), HasLog("[ERROR] exception : broken"));
-  EXPECT_EQ(fake::KeySubscriptions(kInstallKey), 0u);
-  fake::SetKey(kInstallKey, "widget-of-another-app");
+  EXPECT_EQ(fake::KeySubscriptions(INSTALL_KEY), 0u);
+  fake::SetKey(INSTALL_KEY, "widget-of-another-app");
   EXPECT_EQ(fake::DeliverKeyChanges(), 0u);
   EXPECT_EQ(app.m_sWidgetID, "widget");
   EXPECT_THAT(RecordingApp::Operations(), ElementsAre("a.run(false)"));
@@ -154,22 +154,22 @@ TEST(WidgetIDWait, AnExceptionOfTheWriteEndsTheWaitToo) {
   RecordingApp app("a", "");
   app.SetReadHook([] { throw std::runtime_error("a cannot be read"); });
   Operator().DoOperation("a", OPERATION_TYPE_RUN);
-  fake::SetKey(kInstallKey, "widget");
+  fake::SetKey(INSTALL_KEY, "widget");
   EXPECT_NO_THROW(fake::DeliverKeyChanges());
   EXPECT_THAT(fake::LogTexts(6), ElementsAre("[ERROR] exception : a cannot be read"));
   EXPECT_THAT(RecordingApp::Operations(), IsEmpty());
-  EXPECT_EQ(fake::KeySubscriptions(kInstallKey), 0u);
+  EXPECT_EQ(fake::KeySubscriptions(INSTALL_KEY), 0u);
 }
 
 TEST(WidgetIDWait, TheKeyIsLetGoAfterTheRun) {
   RecordingApp app("a", "");
   std::size_t subscriptionsOfTheRun = 0;
-  app.SetHook([&] { subscriptionsOfTheRun = fake::KeySubscriptions(kInstallKey); });
+  app.SetHook([&] { subscriptionsOfTheRun = fake::KeySubscriptions(INSTALL_KEY); });
   Operator().DoOperation("a", OPERATION_TYPE_RUN);
-  fake::SetKey(kInstallKey, "widget");
+  fake::SetKey(INSTALL_KEY, "widget");
   fake::DeliverKeyChanges();
   EXPECT_EQ(subscriptionsOfTheRun, 1u);
-  EXPECT_EQ(fake::KeySubscriptions(kInstallKey), 0u);
+  EXPECT_EQ(fake::KeySubscriptions(INSTALL_KEY), 0u);
 }
 
 TEST(WidgetIDWait, EndsWithItsRecordAlsoWhenANewOneTakesItsAddress) {
@@ -182,11 +182,11 @@ TEST(WidgetIDWait, EndsWithItsRecordAlsoWhenANewOneTakesItsAddress) {
   app.reset();
   app.emplace("com.example.other", "");
   ASSERT_EQ(&*app, address);
-  fake::SetKey(kInstallKey, "widget");
+  fake::SetKey(INSTALL_KEY, "widget");
   fake::DeliverKeyChanges();
   EXPECT_EQ(app->m_sWidgetID, "") << "the widget id of another app";
   EXPECT_THAT(RecordingApp::Operations(), IsEmpty());
-  EXPECT_EQ(fake::KeySubscriptions(kInstallKey), 0u);
+  EXPECT_EQ(fake::KeySubscriptions(INSTALL_KEY), 0u);
 }
 
 TEST(WidgetIDWait, IsNotEndedByTheRemovalOfAnotherRecord) {
@@ -195,7 +195,7 @@ TEST(WidgetIDWait, IsNotEndedByTheRemovalOfAnotherRecord) {
   RecordingApp other("b", "");
   Operator().DoOperation("a", OPERATION_TYPE_RUN);
   Creator().RemoveApp("b");
-  fake::SetKey(kInstallKey, "widget");
+  fake::SetKey(INSTALL_KEY, "widget");
   fake::DeliverKeyChanges();
   EXPECT_EQ(app.m_sWidgetID, "widget");
   EXPECT_THAT(RecordingApp::Operations(), ElementsAre("a.run(false)"));
@@ -205,7 +205,7 @@ TEST(WidgetIDWait, EndsWhenItsRecordIsRemovedWhileTheCallbackWaits) {
   Creator();
   RecordingApp app("a", "");
   Operator().DoOperation("a", OPERATION_TYPE_RUN);
-  fake::SetKey(kInstallKey, "widget");
+  fake::SetKey(INSTALL_KEY, "widget");
   {
     std::optional<RecordGuard> guard("a");
     support::OtherThread mainLoop([] { fake::DeliverKeyChanges(); });
@@ -222,7 +222,7 @@ TEST(WidgetIDWait, IsOverOnceItHasBeenEnded) {
   RecordingApp app("a", "");
   Operator().DoOperation("a", OPERATION_TYPE_RUN);
   WidgetIDWait::End(&app);
-  fake::SetKey(kInstallKey, "widget");
+  fake::SetKey(INSTALL_KEY, "widget");
   fake::DeliverKeyChanges();
   EXPECT_EQ(app.m_sWidgetID, "");
 }

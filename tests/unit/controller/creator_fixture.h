@@ -36,24 +36,24 @@ inline fake::Package MakePackage(const std::string& id, const Metadata& metadata
   return package;
 }
 
-/// The arguments with which a layer of kType was last created.
-template <const char* kType>
+/// The arguments with which a layer of TYPE was last created.
+template <const char* TYPE>
 struct Made {
   static inline records::Layer* s_layer = nullptr;
   static inline RequestEventCallback s_callback = nullptr;
 };
 
 /// Registers test layers under a type name. They have the keys "key" and "key of <type>".
-template <const char* kType>
+template <const char* TYPE>
 void RegisterLayer() {
   const auto decorate = [](AppInfo* inner, const std::string& value,
                            RequestEventCallback callback) -> AppInfo* {
-    const std::vector<std::string> keys = {"key", std::string("key of ") + kType};
-    Made<kType>::s_layer = new records::Layer(inner, kType, value, keys, keys);
-    Made<kType>::s_callback = callback;
-    return Made<kType>::s_layer;
+    const std::vector<std::string> keys = {"key", std::string("key of ") + TYPE};
+    Made<TYPE>::s_layer = new records::Layer(inner, TYPE, value, keys, keys);
+    Made<TYPE>::s_callback = callback;
+    return Made<TYPE>::s_layer;
   };
-  ORVAppCreator::GetInstance()->RegisterAppType(kType, {decorate, records::Layer::Release});
+  ORVAppCreator::GetInstance()->RegisterAppType(TYPE, {decorate, records::Layer::Release});
 }
 
 /// A creator with its store.

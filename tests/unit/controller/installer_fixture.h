@@ -22,7 +22,7 @@
 class InstallerTest : public testing::Test {
  protected:
   InstallerTest() {
-    support::MakeDirectories(kDataDirectory);
+    support::MakeDirectories(DATA_DIRECTORY);
     support::MakeDirectories("/opt/usr/apps/com.kalmora.tv.orv-enabler/shared/data");
   }
 
@@ -61,11 +61,11 @@ class InstallerTest : public testing::Test {
     ASSERT_TRUE(Installer().Send(event, false, true));
   }
 
-  static std::string DataFile(const std::string& name) { return kDataDirectory + name; }
+  static std::string DataFile(const std::string& name) { return DATA_DIRECTORY + name; }
   /// Lets nothing be created in it. Not for a test that still uses the store.
-  static void RemoveDataDirectory() { std::filesystem::remove_all(kDataDirectory); }
+  static void RemoveDataDirectory() { std::filesystem::remove_all(DATA_DIRECTORY); }
 
  private:
-  inline static const std::string kDataDirectory = "/opt/usr/apps/com.kalmora.tv.orv-enabler/data/";
+  inline static const std::string DATA_DIRECTORY = "/opt/usr/apps/com.kalmora.tv.orv-enabler/data/";
   bool m_started = false;
 };

@@ -19,11 +19,11 @@
 /// thread, which then acts as the task's. The store is not open.
 class SchedulerTest : public testing::Test {
  protected:
-  static constexpr time_t kNow = 1700000000;  // 2023-11-14T22:13:20Z
-  static constexpr unsigned int kTickMs = 720 * 1000;
+  static constexpr time_t NOW = 1700000000;  // 2023-11-14T22:13:20Z
+  static constexpr unsigned int TICK_MS = 720 * 1000;
 
   SchedulerTest() {
-    fake::SetTime(kNow);
+    fake::SetTime(NOW);
     fake::ClearCalls();  // static initialisers have already read their paths
   }
 

@@ -104,7 +104,7 @@ TEST_F(Faults, LeaveTheStateUntouched) {
 }
 
 TEST_F(Faults, LastUntilTheyAreClearedWhenForEver) {
-  fake::Fail("vconf_get_int", -1, fake::kForever);
+  fake::Fail("vconf_get_int", -1, fake::FOREVER);
   fake::StoreKey("db/a", 1);
   int value = 9;
   for (int i = 0; i < 5; ++i) {
@@ -189,7 +189,7 @@ class Reset : public FakeTest {};
 
 TEST_F(Reset, PutsEverythingBack) {
   fake::SetKey("db/a", 1);
-  fake::Fail("vconf_set_int", -1, fake::kForever);
+  fake::Fail("vconf_set_int", -1, fake::FOREVER);
   fake::SetRunning("app", 12);
   fake::SetTime(5);
   app_control_h handle = nullptr;

@@ -65,14 +65,14 @@ TEST_F(Time, StandsWhereItWasSet) {
 class Waits : public FakeTest {};
 
 TEST_F(Waits, TimeOutAtOnce) {
-  fake::SetWaits(fake::Waits::kTimeOut);
+  fake::SetWaits(fake::Waits::TimeOut);
   Wait wait;
   EXPECT_TRUE(WaitFor([&] { return wait.Done(); }, "the end of the wait"));
   EXPECT_TRUE(wait.TimedOut());
 }
 
 TEST_F(Waits, WithAPredicateTimeOutAtOnceToo) {
-  fake::SetWaits(fake::Waits::kTimeOut);
+  fake::SetWaits(fake::Waits::TimeOut);
   std::mutex mutex;
   std::condition_variable condition;
   std::unique_lock<std::mutex> lock(mutex);
@@ -80,7 +80,7 @@ TEST_F(Waits, WithAPredicateTimeOutAtOnceToo) {
 }
 
 TEST_F(Waits, LastInManualModeUntilANotification) {
-  fake::SetWaits(fake::Waits::kManual);
+  fake::SetWaits(fake::Waits::Manual);
   Wait wait;
   ASSERT_TRUE(WaitFor([] { return fake::WaitingThreads() == 1; }, "the thread in its wait"));
   wait.Notify();
@@ -90,7 +90,7 @@ TEST_F(Waits, LastInManualModeUntilANotification) {
 }
 
 TEST_F(Waits, LastInManualModeUntilTheTimeHasPassed) {
-  fake::SetWaits(fake::Waits::kManual);
+  fake::SetWaits(fake::Waits::Manual);
   Wait wait;
   ASSERT_TRUE(WaitFor([] { return fake::WaitingThreads() == 1; }, "the thread in its wait"));
   EXPECT_EQ(0U, fake::AdvanceWaits(19999));
@@ -101,7 +101,7 @@ TEST_F(Waits, LastInManualModeUntilTheTimeHasPassed) {
 }
 
 TEST_F(Waits, OfSeveralThreadsPassTogether) {
-  fake::SetWaits(fake::Waits::kManual);
+  fake::SetWaits(fake::Waits::Manual);
   Wait one;
   Wait two;
   ASSERT_TRUE(WaitFor([] { return fake::WaitingThreads() == 2; }, "both threads in their waits"));
@@ -121,10 +121,10 @@ TEST_F(Waits, AreRealWhenNothingIsSet) {
 }
 
 TEST_F(Waits, AreRealAgainAfterAManualTime) {
-  fake::SetWaits(fake::Waits::kManual);
+  fake::SetWaits(fake::Waits::Manual);
   fake::AdvanceWaits(3600 * 1000);
   const auto manual = std::chrono::steady_clock::now();
-  fake::SetWaits(fake::Waits::kReal);
+  fake::SetWaits(fake::Waits::Real);
   EXPECT_GE(std::chrono::steady_clock::now(), manual);
   std::mutex mutex;
   std::condition_variable condition;

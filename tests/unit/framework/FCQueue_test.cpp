@@ -137,25 +137,25 @@ TEST(FCQueue, WakesItsReaderWhenItIsClosed) {
 }
 
 TEST(FCQueue, LosesNothingBetweenManyWritersAndAReader) {
-  constexpr unsigned int kWriters = 4;
-  constexpr unsigned int kEvents = 5000;
+  constexpr unsigned int WRITERS = 4;
+  constexpr unsigned int EVENTS = 5000;
   FCQueue queue(64);
   std::vector<std::thread> writers;
-  for (unsigned int writer = 0; writer < kWriters; ++writer) {
+  for (unsigned int writer = 0; writer < WRITERS; ++writer) {
     writers.emplace_back([&queue, writer] {
-      for (unsigned int i = 0; i < kEvents; ++i) {
-        while (!queue.Push(Event(writer * kEvents + i), false)) {
+      for (unsigned int i = 0; i < EVENTS; ++i) {
+        while (!queue.Push(Event(writer * EVENTS + i), false)) {
           std::this_thread::yield();
         }
       }
     });
   }
-  std::vector<unsigned int> next(kWriters, 0);
-  for (unsigned int i = 0; i < kWriters * kEvents; ++i) {
+  std::vector<unsigned int> next(WRITERS, 0);
+  for (unsigned int i = 0; i < WRITERS * EVENTS; ++i) {
     FSEvent event;
     ASSERT_TRUE(queue.Pop(event));
     // The events of each writer arrive in order.
-    ASSERT_EQ(next[event.type / kEvents]++, event.type % kEvents);
+    ASSERT_EQ(next[event.type / EVENTS]++, event.type % EVENTS);
   }
   for (std::thread& writer : writers) {
     writer.join();

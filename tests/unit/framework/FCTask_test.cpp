@@ -49,18 +49,18 @@ TEST(FCTask, HandlesEventsOneAtATimeInOrder) {
 
 TEST(FCTask, HandlesAnUrgentEventNext) {
   RecordingTask task;
-  task.Post(RecordingTask::kHold);
+  task.Post(RecordingTask::HOLD);
   ASSERT_TRUE(WaitFor([&] { return task.IsHeld(); }, "the task in its event"));
   task.Post(5);
   task.Post(6, true);
   task.LetGo();
   task.Post(7, false, true);
-  EXPECT_THAT(task.Types(), ElementsAre(0, RecordingTask::kHold, 6, 5, 7));
+  EXPECT_THAT(task.Types(), ElementsAre(0, RecordingTask::HOLD, 6, 5, 7));
 }
 
 TEST(FCTask, TakesNoEventWhenItsQueueIsFull) {
   RecordingTask task(2);
-  task.Post(RecordingTask::kHold);
+  task.Post(RecordingTask::HOLD);
   ASSERT_TRUE(WaitFor([&] { return task.IsHeld(); }, "the task in its event"));
   EXPECT_TRUE(task.Post(5));
   EXPECT_TRUE(task.Post(6));
@@ -92,7 +92,7 @@ TEST(FCTask, IsCreatedOnceUntilItIsDestroyed) {
 
 TEST(FCTask, EndsAfterTheEventInHandAndDropsTheRest) {
   RecordingTask task;
-  task.Post(RecordingTask::kHold);
+  task.Post(RecordingTask::HOLD);
   ASSERT_TRUE(WaitFor([&] { return task.IsHeld(); }, "the task in its event"));
   task.Post(5);
   std::atomic<bool> ended{false};
@@ -157,7 +157,7 @@ TEST(FCTask, OnItsOwnThreadOnlyAsksForTheEnd) {
 
 TEST(FCTask, ASynchronousSendWaitsUntilTheEventWasHandled) {
   RecordingTask task;
-  task.Post(RecordingTask::kHold);
+  task.Post(RecordingTask::HOLD);
   ASSERT_TRUE(WaitFor([&] { return task.IsHeld(); }, "the task in its event"));
   std::atomic<bool> sent{false};
   std::thread sender([&] {
@@ -168,12 +168,12 @@ TEST(FCTask, ASynchronousSendWaitsUntilTheEventWasHandled) {
   EXPECT_FALSE(sent);
   task.LetGo();
   sender.join();
-  EXPECT_THAT(task.Types(), ElementsAre(0, RecordingTask::kHold, 5));
+  EXPECT_THAT(task.Types(), ElementsAre(0, RecordingTask::HOLD, 5));
 }
 
 TEST(FCTask, ASynchronousSendFailsWhenItsEventIsDropped) {
   RecordingTask task;
-  task.Post(RecordingTask::kHold);
+  task.Post(RecordingTask::HOLD);
   ASSERT_TRUE(WaitFor([&] { return task.IsHeld(); }, "the task in its event"));
   std::thread sender([&] { EXPECT_FALSE(task.Post(5, false, true)); });
   ASSERT_TRUE(WaitFor([&] { return task.GetQueue()->Size() == 1; }, "the waiting event"));
@@ -219,9 +219,9 @@ class SuspendableTask : public FCTask {
 TEST(FCTask, ConsumesTheFrameworksOwnEvents) {
   SuspendableTask task;
   FSEvent event;
-  event.type = framework::kEventSuspend;
+  event.type = framework::EVENT_SUSPEND;
   EXPECT_TRUE(task.t_OnEvent(&event));
-  event.type = framework::kEventResume;
+  event.type = framework::EVENT_RESUME;
   EXPECT_TRUE(task.t_OnEvent(&event));
   event.type = 1000;
   EXPECT_FALSE(task.t_OnEvent(&event));

@@ -14,7 +14,7 @@
 /// A task that records the types of its events, in order, and can be held in one of them.
 class RecordingTask : public FCTask {
  public:
-  static constexpr unsigned int kHold = 1;  ///< stays in this event until LetGo()
+  static constexpr unsigned int HOLD = 1;  ///< stays in this event until LetGo()
 
   explicit RecordingTask(int queueSize = 64) { Create("RecordingTaskLong", 1000, queueSize); }
   ~RecordingTask() override {
@@ -59,7 +59,7 @@ class RecordingTask : public FCTask {
     }
     std::unique_lock<std::mutex> lock(m_mutex);
     m_types.push_back(pEvent->type);
-    if (pEvent->type == kHold) {
+    if (pEvent->type == HOLD) {
       m_held = true;
       m_changed.wait(lock, [this] { return m_free; });
       m_held = false;

@@ -23,13 +23,13 @@ using fault::With;
 
 /// Ids that are prefixes of each other, or differ in case or in a character with a special meaning
 /// in SQL.
-const std::vector<std::string> kLookAlikes = {"look_alike", "lookXalike", "look%alike",
+const std::vector<std::string> LOOK_ALIKES = {"look_alike", "lookXalike", "look%alike",
                                               "Look_alike", "look_alik",  "look_alike2",
                                               "look alike"};
 
 std::vector<fake::Package> LookAlikes() {
   std::vector<fake::Package> packages;
-  for (const std::string& id : kLookAlikes) packages.push_back(ServiceFeeder(id));
+  for (const std::string& id : LOOK_ALIKES) packages.push_back(ServiceFeeder(id));
   return packages;
 }
 

@@ -17,7 +17,7 @@ namespace {
 using support::LeavesNothingBehind;
 using support::Resources;
 
-constexpr int kTuned = 103;
+constexpr int TUNED = 103;
 
 void Forget() {
   fake::ClearLog();
@@ -46,7 +46,7 @@ class PathResources : public testing::Test {
     fault::Settle();
   }
   static void Tune(std::uint64_t service) {
-    fake::FireTvSignalOnThread(kTuned, fake::Payload(service));
+    fake::FireTvSignalOnThread(TUNED, fake::Payload(service));
     fault::Settle();
   }
   static void Tick() {
@@ -169,12 +169,12 @@ TEST_F(PathResources, GrowByOneBundleWithEachMessageOfCompletion) {
     fault::Install(fault::ServiceFeeder("servicefda"));
     SetNetworkTime();
     const std::size_t before = fake::OpenHandles("bundle");
-    constexpr int kMessages = 5;
+    constexpr int MESSAGES = 5;
     const Resources resources = support::CountResources();
-    for (int i = 0; i < kMessages; ++i) {
+    for (int i = 0; i < MESSAGES; ++i) {
       Say({{"orv_scheduler_command", "command_complete_operation"}});
     }
-    EXPECT_EQ(fake::OpenHandles("bundle"), before + kMessages);
+    EXPECT_EQ(fake::OpenHandles("bundle"), before + MESSAGES);
     EXPECT_EQ(support::CountResources().descriptors, resources.descriptors);
     EXPECT_EQ(support::CountResources().sqliteBlocks, resources.sqliteBlocks);
   });

@@ -29,10 +29,10 @@ namespace {
 /// Calls and log records by their place in the common order.
 using Steps = std::map<unsigned long, std::string>;
 
-const char kMainLoop[] = "main loop";
+const char MAIN_LOOP[] = "main loop";
 
 std::string ThreadName(const std::string& name, const std::string& mainName) {
-  return name == mainName ? kMainLoop : name;
+  return name == mainName ? MAIN_LOOP : name;
 }
 
 /// Addresses differ from run to run.

@@ -19,14 +19,14 @@
 namespace {
 
 #if defined(__SANITIZE_THREAD__)
-constexpr int kOperations = 100000;
+constexpr int OPERATIONS = 100000;
 #else
-constexpr int kOperations = 4000;
+constexpr int OPERATIONS = 4000;
 #endif
-constexpr int kTuned = 103;
-constexpr long kQueueLimit = 64;
+constexpr int TUNED = 103;
+constexpr long QUEUE_LIMIT = 64;
 /// The package manager's thread, two threads of the TV service, the web runtime.
-constexpr int kKinds = 8;
+constexpr int KINDS = 8;
 
 /// An id of 40 characters: too long for a string without an allocation, so a torn copy is freed.
 std::string LongId(const std::string& name) {
@@ -69,8 +69,8 @@ class Stress : public testing::Test {
   static void WaitForRoom() {
     EXPECT_TRUE(support::WaitFor(
         [] {
-          return ORVInstaller::GetInstance()->GetQueue()->Size() < kQueueLimit &&
-                 ORVScheduler::GetInstance()->GetQueue()->Size() < kQueueLimit;
+          return ORVInstaller::GetInstance()->GetQueue()->Size() < QUEUE_LIMIT &&
+                 ORVScheduler::GetInstance()->GetQueue()->Size() < QUEUE_LIMIT;
         },
         "room in the tasks' queues"));
   }
@@ -88,8 +88,8 @@ class Stress : public testing::Test {
 
   /// One event on the main loop.
   void Happen(int number) const {
-    const int turn = number / kKinds;
-    switch (number % kKinds) {
+    const int turn = number / KINDS;
+    switch (number % KINDS) {
       case 0:
         fake::FirePackageEvent(At(turn).id, PACKAGE_MANAGER_EVENT_TYPE_INSTALL);
         return;
@@ -121,7 +121,7 @@ class Stress : public testing::Test {
   }
 
   void RunMainLoop() {
-    for (int i = 0; i < kOperations; ++i) {
+    for (int i = 0; i < OPERATIONS; ++i) {
       Happen(i);
       fake::DeliverKeyChanges();
       WaitForRoom();
@@ -140,7 +140,7 @@ class Stress : public testing::Test {
   /// Threads of the TV-service library: tunes, concurrent with each other and the installer's task.
   void RunTunes(std::uint64_t first) const {
     for (std::uint64_t i = first; !m_done; ++i) {
-      fake::FireTvSignal(kTuned, fake::Payload(i % 6));
+      fake::FireTvSignal(TUNED, fake::Payload(i % 6));
       std::this_thread::yield();
     }
   }

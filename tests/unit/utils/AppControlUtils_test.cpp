@@ -25,13 +25,13 @@ using testing::IsEmpty;
 using testing::Pair;
 using testing::SizeIs;
 
-const char kDefault[] = "http://tizen.org/appcontrol/operation/default";
-const char kOperation[] = "http://example.org/operation";
+const char DEFAULT[] = "http://tizen.org/appcontrol/operation/default";
+const char OPERATION[] = "http://example.org/operation";
 
 using ExtraData = std::map<std::string, std::string>;
 
 TEST(AppControlUtils, ALaunchNamesTheAppAndTheOperationAndNoCallback) {
-  EXPECT_TRUE(LaunchApp("com.example.app", kOperation));
+  EXPECT_TRUE(LaunchApp("com.example.app", OPERATION));
   EXPECT_THAT(
       fake::CallNames(),
       ElementsAre("app_control_create", "app_control_set_app_id", "app_control_set_operation",
@@ -40,14 +40,14 @@ TEST(AppControlUtils, ALaunchNamesTheAppAndTheOperationAndNoCallback) {
               ElementsAre("app_control#1", "null", "null"));
   ASSERT_THAT(fake::Launches(), SizeIs(1));
   EXPECT_EQ(fake::Launches()[0].app, "com.example.app");
-  EXPECT_EQ(fake::Launches()[0].operation, kOperation);
+  EXPECT_EQ(fake::Launches()[0].operation, OPERATION);
   EXPECT_THAT(fake::Launches()[0].extra, IsEmpty());
   EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] rAppID : com.example.app"));
 }
 
 TEST(AppControlUtils, AFailedCreateIsLoggedAndTheHandleDestroyedAllTheSame) {
   fake::Fail("app_control_create", APP_CONTROL_ERROR_OUT_OF_MEMORY);
-  EXPECT_FALSE(LaunchApp("com.example.app", kOperation));
+  EXPECT_FALSE(LaunchApp("com.example.app", OPERATION));
   EXPECT_THAT(fake::CallNames(), ElementsAre("app_control_create", "app_control_destroy"));
   EXPECT_THAT(fake::Calls("app_control_destroy").at(0).args, ElementsAre("null"));
   EXPECT_THAT(
@@ -58,13 +58,13 @@ TEST(AppControlUtils, AFailedCreateIsLoggedAndTheHandleDestroyedAllTheSame) {
 TEST(AppControlUtils, RefusedSettersDoNotStopALaunch) {
   fake::Fail("app_control_set_app_id", APP_CONTROL_ERROR_INVALID_PARAMETER);
   fake::Fail("app_control_set_operation", APP_CONTROL_ERROR_INVALID_PARAMETER);
-  LaunchApp("com.example.app", kOperation);
+  LaunchApp("com.example.app", OPERATION);
   EXPECT_EQ(fake::CallCount("app_control_send_launch_request"), 1u);
 }
 
 TEST(AppControlUtils, AFailedRequestIsLoggedAfterTheHandleIsGone) {
   fake::QueueLaunchResults({APP_CONTROL_ERROR_LAUNCH_FAILED});
-  EXPECT_FALSE(LaunchApp("com.example.app", kOperation));
+  EXPECT_FALSE(LaunchApp("com.example.app", OPERATION));
   EXPECT_EQ(fake::OpenHandles("app_control"), 0u);
   ASSERT_THAT(fake::Logs(), SizeIs(2));
   EXPECT_GT(fake::Logs()[1].seq, fake::Calls("app_control_destroy").at(0).seq);
@@ -85,8 +85,8 @@ class AppControlError : public testing::TestWithParam<ErrorText> {};
 TEST_P(AppControlError, IsLoggedWithItsText) {
   const std::string code = std::to_string(GetParam().code);
   fake::QueueLaunchResults({GetParam().code, GetParam().code});
-  EXPECT_FALSE(LaunchApp("a", kOperation));
-  EXPECT_EQ(LaunchApp("a", kOperation, ExtraData{}), GetParam().code);
+  EXPECT_FALSE(LaunchApp("a", OPERATION));
+  EXPECT_EQ(LaunchApp("a", OPERATION, ExtraData{}), GetParam().code);
   EXPECT_THAT(fake::LogTexts(6),
               testing::Each("[ERROR] app_control_send_launch_request() failed. (Error Message[" +
                             code + "] : " + GetParam().text));
@@ -106,7 +106,7 @@ INSTANTIATE_TEST_SUITE_P(Table, AppControlError,
                                          ErrorText{-4711, ""}));
 
 TEST(AppControlUtils, ExtraDataIsAddedInKeyOrder) {
-  EXPECT_EQ(LaunchApp("app", kOperation, ExtraData{{"b", "2"}, {"a", "1"}}), 0);
+  EXPECT_EQ(LaunchApp("app", OPERATION, ExtraData{{"b", "2"}, {"a", "1"}}), 0);
   EXPECT_THAT(
       fake::CallNames(),
       ElementsAre("app_control_create", "app_control_set_app_id", "app_control_set_operation",
@@ -120,14 +120,14 @@ TEST(AppControlUtils, ExtraDataIsAddedInKeyOrder) {
 }
 
 TEST(AppControlUtils, AnEmptyMapAddsNothingAndGivesACode) {
-  EXPECT_EQ(LaunchApp("app", kOperation, ExtraData{}), 0);
+  EXPECT_EQ(LaunchApp("app", OPERATION, ExtraData{}), 0);
   EXPECT_EQ(fake::CallCount("app_control_add_extra_data"), 0u);
   EXPECT_EQ(fake::CallCount("app_control_send_launch_request"), 1u);
 }
 
 TEST(AppControlUtils, TheCodeOfAFailedCreateIsHandedBackAndNothingIsDestroyed) {
   fake::Fail("app_control_create", APP_CONTROL_ERROR_PERMISSION_DENIED);
-  EXPECT_EQ(LaunchApp("app", kOperation, ExtraData{{"a", "1"}}), -13);
+  EXPECT_EQ(LaunchApp("app", OPERATION, ExtraData{{"a", "1"}}), -13);
   EXPECT_THAT(fake::CallNames(), ElementsAre("app_control_create"));
   EXPECT_THAT(
       fake::LogTexts(6),
@@ -140,34 +140,34 @@ TEST(AppControlUtils, APreloadIsABackgroundLaunchOfTheDefaultOperation) {
   EXPECT_EQ(PreloadWebApp("com.example.ui"), APP_CONTROL_ERROR_LAUNCH_REJECTED);
   ASSERT_THAT(fake::Launches(), SizeIs(2));  // and no further attempt
   EXPECT_EQ(fake::Launches()[0].app, "com.example.ui");
-  EXPECT_EQ(fake::Launches()[0].operation, kDefault);
+  EXPECT_EQ(fake::Launches()[0].operation, DEFAULT);
   EXPECT_THAT(fake::Launches()[0].extra,
               ElementsAre(Pair(ORV_LAUNCH_MODE_KEY, "backgroundAtStartup")));
 }
 
 TEST(AppControlUtils, TheCurrentAppIsTold) {
-  fake::SetOperationApp(kOperation, "com.example.app");
-  EXPECT_EQ(GetCurrentAppIDOfAppOperation(kOperation), "com.example.app");
+  fake::SetOperationApp(OPERATION, "com.example.app");
+  EXPECT_EQ(GetCurrentAppIDOfAppOperation(OPERATION), "com.example.app");
   EXPECT_THAT(fake::LogTexts(), ElementsAre("[Debug] Current AppID : com.example.app"));
 }
 
 TEST(AppControlUtils, AnUnreadableCurrentAppIsEmpty) {
-  fake::SetOperationApp(kOperation, "com.example.app");
+  fake::SetOperationApp(OPERATION, "com.example.app");
   fake::Fail("app_operation_get_current_app", APP_CONTROL_ERROR_IO_ERROR);
-  EXPECT_EQ(GetCurrentAppIDOfAppOperation(kOperation), "");
+  EXPECT_EQ(GetCurrentAppIDOfAppOperation(OPERATION), "");
   EXPECT_THAT(
       fake::LogTexts(6),
       ElementsAre("[ERROR] app_control_get_current_app() failed. (error type[-5] : IO error)"));
 }
 
 TEST(AppControlUtils, AnOperationThatNobodyServesHasAnEmptyApp) {
-  EXPECT_EQ(GetCurrentAppIDOfAppOperation(kOperation), "");
+  EXPECT_EQ(GetCurrentAppIDOfAppOperation(OPERATION), "");
   EXPECT_THAT(fake::LogTexts(6), ElementsAre("[ERROR] pAppID is NULL"));
 }
 
 TEST(AppControlUtils, EnablingTheAppThatIsSetAlreadyWritesNothing) {
-  fake::SetOperationApp(kOperation, "com.example.app");
-  EXPECT_TRUE(SetCurrentAppOfAppOperation(kOperation, "com.example.app", true));
+  fake::SetOperationApp(OPERATION, "com.example.app");
+  EXPECT_TRUE(SetCurrentAppOfAppOperation(OPERATION, "com.example.app", true));
   EXPECT_THAT(fake::CallNames(), ElementsAre("app_operation_get_current_app"));
   EXPECT_THAT(fake::LogTexts(),
               ElementsAre("[Info] rOperation : http://example.org/operation, rAppID : "
@@ -176,31 +176,31 @@ TEST(AppControlUtils, EnablingTheAppThatIsSetAlreadyWritesNothing) {
 }
 
 TEST(AppControlUtils, EnablingSetsTheApp) {
-  fake::SetOperationApp(kOperation, "com.example.other");
-  EXPECT_TRUE(SetCurrentAppOfAppOperation(kOperation, "com.example.app", true));
-  EXPECT_EQ(fake::OperationApp(kOperation), "com.example.app");
+  fake::SetOperationApp(OPERATION, "com.example.other");
+  EXPECT_TRUE(SetCurrentAppOfAppOperation(OPERATION, "com.example.app", true));
+  EXPECT_EQ(fake::OperationApp(OPERATION), "com.example.app");
   EXPECT_THAT(fake::LogTexts(), testing::Not(HasLog("[Debug] Skipped!!")));
 }
 
 TEST(AppControlUtils, EnablingGoesOnWhenTheCurrentAppCannotBeRead) {
-  fake::SetOperationApp(kOperation, "com.example.app");
+  fake::SetOperationApp(OPERATION, "com.example.app");
   fake::Fail("app_operation_get_current_app");
-  EXPECT_TRUE(SetCurrentAppOfAppOperation(kOperation, "com.example.app", true));
+  EXPECT_TRUE(SetCurrentAppOfAppOperation(OPERATION, "com.example.app", true));
   EXPECT_EQ(fake::CallCount("app_operation_set_current_app"), 1u);
 }
 
 TEST(AppControlUtils, ARefusedEnableIsLoggedAndFalse) {
   fake::Fail("app_operation_set_current_app", APP_CONTROL_ERROR_PERMISSION_DENIED);
-  EXPECT_FALSE(SetCurrentAppOfAppOperation(kOperation, "com.example.app", true));
+  EXPECT_FALSE(SetCurrentAppOfAppOperation(OPERATION, "com.example.app", true));
   EXPECT_THAT(fake::LogTexts(6), HasLog("[ERROR] app_operation_set_current_app() failed. (error "
                                         "type[-13] : Permission denied)"));
 }
 
 TEST(AppControlUtils, DisablingGivesTheOperationBack) {
-  fake::SetOperationApp(kOperation, "com.example.app");
-  fake::SetPlatformOperationApp(kOperation, "com.example.platform");
-  EXPECT_TRUE(SetCurrentAppOfAppOperation(kOperation, "com.example.app", false));
-  EXPECT_EQ(fake::OperationApp(kOperation), "com.example.platform");
+  fake::SetOperationApp(OPERATION, "com.example.app");
+  fake::SetPlatformOperationApp(OPERATION, "com.example.platform");
+  EXPECT_TRUE(SetCurrentAppOfAppOperation(OPERATION, "com.example.app", false));
+  EXPECT_EQ(fake::OperationApp(OPERATION), "com.example.platform");
   EXPECT_THAT(fake::LogTexts(),
               ElementsAre("[Info] rOperation : http://example.org/operation, rAppID : "
                           "com.example.app, bEnable : 0",
@@ -208,25 +208,25 @@ TEST(AppControlUtils, DisablingGivesTheOperationBack) {
 }
 
 TEST(AppControlUtils, DisablingNeverTakesAwayAnotherAppsPlace) {
-  fake::SetOperationApp(kOperation, "com.example.other");
-  EXPECT_TRUE(SetCurrentAppOfAppOperation(kOperation, "com.example.app", false));
+  fake::SetOperationApp(OPERATION, "com.example.other");
+  EXPECT_TRUE(SetCurrentAppOfAppOperation(OPERATION, "com.example.app", false));
   EXPECT_THAT(fake::CallNames(), ElementsAre("app_operation_get_current_app"));
-  EXPECT_EQ(fake::OperationApp(kOperation), "com.example.other");
+  EXPECT_EQ(fake::OperationApp(OPERATION), "com.example.other");
   EXPECT_THAT(fake::LogTexts(), HasLog("[Debug] Skipped!!"));
 }
 
 TEST(AppControlUtils, ARefusedDisableIsLoggedAndFalse) {
-  fake::SetOperationApp(kOperation, "com.example.app");
+  fake::SetOperationApp(OPERATION, "com.example.app");
   fake::Fail("app_operation_reset_current_app", APP_CONTROL_ERROR_INVALID_PARAMETER);
-  EXPECT_FALSE(SetCurrentAppOfAppOperation(kOperation, "com.example.app", false));
+  EXPECT_FALSE(SetCurrentAppOfAppOperation(OPERATION, "com.example.app", false));
   EXPECT_THAT(fake::LogTexts(6), HasLog("[ERROR] app_operation_reset_current_app() failed. (error "
                                         "type[-22] : Invalid parameter)"));
 }
 
 TEST(AppControlUtils, DisablingTheEmptyIdMatchesAnAppThatCannotBeRead) {
-  fake::SetOperationApp(kOperation, "com.example.app");
+  fake::SetOperationApp(OPERATION, "com.example.app");
   fake::Fail("app_operation_get_current_app");
-  EXPECT_TRUE(SetCurrentAppOfAppOperation(kOperation, "", false));
+  EXPECT_TRUE(SetCurrentAppOfAppOperation(OPERATION, "", false));
   EXPECT_EQ(fake::CallCount("app_operation_reset_current_app"), 1u);
 }
 

@@ -33,13 +33,13 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
 
-constexpr unsigned int kRetryPeriodMs = 5000;
-constexpr unsigned int kCheckPeriodMs = 2000;
+constexpr unsigned int RETRY_PERIOD_MS = 5000;
+constexpr unsigned int CHECK_PERIOD_MS = 2000;
 
-const std::string kApp = "AbCdEfGhIj.app";
-const std::string kKey = "rtc/memory/WebApp/" + kApp;
-const std::string kOther = "ZyXwVuTsRq.other";
-const std::string kOtherKey = "rtc/memory/WebApp/" + kOther;
+const std::string APP = "AbCdEfGhIj.app";
+const std::string KEY = "rtc/memory/WebApp/" + APP;
+const std::string OTHER = "ZyXwVuTsRq.other";
+const std::string OTHER_KEY = "rtc/memory/WebApp/" + OTHER;
 
 /// What the callbacks received: "name status".
 std::vector<std::string>& Told() {
@@ -57,7 +57,7 @@ WebAppStatusCallback Teller(const char* pName) {
 
 class AppPreloadingUtilsTest : public testing::Test {
  protected:
-  bool Preload(const std::string& rApp = kApp, const std::string& rType = "type",
+  bool Preload(const std::string& rApp = APP, const std::string& rType = "type",
                const char* pName = "told") {
     return PreloadAppAndRegisterAppStatusChangedCB(rApp, rType, Teller(pName));
   }
@@ -66,7 +66,7 @@ class AppPreloadingUtilsTest : public testing::Test {
     Forget();
   }
   /// The web runtime writes the status, and the main loop delivers it.
-  void Enter(const std::string& rWord, const std::string& rKey = kKey) {
+  void Enter(const std::string& rWord, const std::string& rKey = KEY) {
     fake::SetKey(rKey, rWord);
     fake::DeliverKeyChanges();
   }
@@ -74,7 +74,7 @@ class AppPreloadingUtilsTest : public testing::Test {
   void Reject() {
     fake::QueueLaunchResults({APP_CONTROL_ERROR_LAUNCH_REJECTED});
     ASSERT_TRUE(Preload());
-    ASSERT_EQ(fake::TimersOf(kRetryPeriodMs).size(), 1u);
+    ASSERT_EQ(fake::TimersOf(RETRY_PERIOD_MS).size(), 1u);
     Forget();
   }
   void Forget() {
@@ -101,29 +101,29 @@ class AppPreloadingUtilsTest : public testing::Test {
 TEST_F(AppPreloadingUtilsTest, APreloadLaunchesInTheBackgroundAndSubscribesToTheAppsKey) {
   EXPECT_TRUE(Preload());
   ASSERT_EQ(fake::Launches().size(), 1u);
-  EXPECT_EQ(fake::Launches()[0].app, kApp);
+  EXPECT_EQ(fake::Launches()[0].app, APP);
   EXPECT_EQ(fake::Launches()[0].operation, APP_CONTROL_OPERATION_DEFAULT);
   EXPECT_THAT(fake::Launches()[0].extra,
               ElementsAre(std::make_pair(std::string(ORV_LAUNCH_MODE_KEY),
                                          std::string("backgroundAtStartup"))));
-  EXPECT_THAT(KeyCalls(), ElementsAre(Notify(kKey)));
+  EXPECT_THAT(KeyCalls(), ElementsAre(Notify(KEY)));
   char aCallback[128];
   std::snprintf(aCallback, sizeof(aCallback),
                 "pCallbackFuncPtr : %p, pUserData : ", reinterpret_cast<void*>(&Tell));
   std::vector<std::string> texts = fake::LogTexts();
   ASSERT_GE(texts.size(), 2u);
-  EXPECT_EQ(texts.back(), "[Debug] sVconfKey = " + kKey);
+  EXPECT_EQ(texts.back(), "[Debug] sVconfKey = " + KEY);
   EXPECT_THAT(texts[texts.size() - 2],
-              testing::StartsWith("[Info] rAppID : " + kApp + ", rAppType : type, " + aCallback));
+              testing::StartsWith("[Info] rAppID : " + APP + ", rAppType : type, " + aCallback));
   EXPECT_THAT(fake::Timers(), IsEmpty());
 }
 
 TEST_F(AppPreloadingUtilsTest, ACallbackOfTwoNullPointersIsLoggedAsSuch) {
-  EXPECT_TRUE(PreloadAppAndRegisterAppStatusChangedCB(kApp, "type", WebAppStatusCallback()));
+  EXPECT_TRUE(PreloadAppAndRegisterAppStatusChangedCB(APP, "type", WebAppStatusCallback()));
   char aText[256];
   std::snprintf(aText, sizeof(aText),
                 "[Info] rAppID : %s, rAppType : type, pCallbackFuncPtr : %p, pUserData : %p",
-                kApp.c_str(), static_cast<void*>(nullptr), static_cast<void*>(nullptr));
+                APP.c_str(), static_cast<void*>(nullptr), static_cast<void*>(nullptr));
   EXPECT_THAT(fake::LogTexts(), HasLog(aText));
 }
 
@@ -153,7 +153,7 @@ TEST_F(AppPreloadingUtilsTest, AnAppInAnyOtherStateIsLaunchedAgain) {
 TEST_F(AppPreloadingUtilsTest, AnAppThatIsUpTakesOneMoreCallback) {
   Follow();
   Enter("resume");
-  EXPECT_TRUE(Preload(kApp, "another", "second"));
+  EXPECT_TRUE(Preload(APP, "another", "second"));
   Forget();
   Enter("pause");
   EXPECT_THAT(Told(), ElementsAre("second 4", "told 4"));
@@ -163,9 +163,9 @@ TEST_F(AppPreloadingUtilsTest, AnotherAppIsLaunchedAlthoughTheFirstIsUp) {
   Follow();
   Enter("resume");
   Forget();
-  EXPECT_TRUE(Preload(kOther));
+  EXPECT_TRUE(Preload(OTHER));
   ASSERT_EQ(fake::Launches().size(), 1u);
-  EXPECT_EQ(fake::Launches()[0].app, kOther);
+  EXPECT_EQ(fake::Launches()[0].app, OTHER);
 }
 
 TEST_F(AppPreloadingUtilsTest, ARejectedLaunchIsASuccessThatIsTriedAgainLater) {
@@ -179,7 +179,7 @@ TEST_F(AppPreloadingUtilsTest, ASecondRejectedLaunchStartsNoSecondTimer) {
   Reject();
   fake::QueueLaunchResults({APP_CONTROL_ERROR_LAUNCH_REJECTED});
   EXPECT_TRUE(Preload());
-  EXPECT_EQ(fake::TimersOf(kRetryPeriodMs).size(), 1u);
+  EXPECT_EQ(fake::TimersOf(RETRY_PERIOD_MS).size(), 1u);
 }
 
 TEST_F(AppPreloadingUtilsTest, AnAppThatIsNotThereIsAFailure) {
@@ -189,7 +189,7 @@ TEST_F(AppPreloadingUtilsTest, AnAppThatIsNotThereIsAFailure) {
   EXPECT_THAT(KeyCalls(), IsEmpty());
   EXPECT_THAT(fake::Timers(), IsEmpty());
   // The callback was not entered.
-  RemoveWebStatusChangedCallback(kApp, "type");
+  RemoveWebStatusChangedCallback(APP, "type");
   EXPECT_EQ(fake::LogTexts().back(), "[Debug] Cannot find target callback function.");
 }
 
@@ -208,7 +208,7 @@ TEST_F(AppPreloadingUtilsTest, AKeyThatCannotBeSubscribedToIsAFailureWithTheCall
   fake::Fail("vconf_notify_key_changed", -1);
   EXPECT_FALSE(Preload());
   EXPECT_THAT(Errors(), ElementsAre("[ERROR] Error, vconf_notify_key_changed() return -1."));
-  RemoveWebStatusChangedCallback(kApp, "type");
+  RemoveWebStatusChangedCallback(APP, "type");
   EXPECT_THAT(fake::LogTexts(), Not(HasLog("[Debug] Cannot find target callback function.")));
 }
 
@@ -216,23 +216,22 @@ TEST_F(AppPreloadingUtilsTest, AKeyThatCannotBeSubscribedToIsAFailureWithTheCall
 
 TEST_F(AppPreloadingUtilsTest, ARetryThatWorksSubscribesAndEndsTheTimer) {
   Reject();
-  EXPECT_EQ(fake::FireTimersOf(kRetryPeriodMs), 1u);
+  EXPECT_EQ(fake::FireTimersOf(RETRY_PERIOD_MS), 1u);
   ASSERT_EQ(fake::Launches().size(), 1u);
   EXPECT_EQ(fake::Launches()[0].extra.size(), 1u);
-  EXPECT_THAT(KeyCalls(), ElementsAre(Notify(kKey)));
+  EXPECT_THAT(KeyCalls(), ElementsAre(Notify(KEY)));
   EXPECT_THAT(fake::Timers(), IsEmpty());
-  EXPECT_THAT(
-      fake::LogTexts(),
-      HasLogsInOrder(Texts({"[Info] ", "[Info] count = 0", "[Debug] sVconfKey = " + kKey})));
+  EXPECT_THAT(fake::LogTexts(),
+              HasLogsInOrder(Texts({"[Info] ", "[Info] count = 0", "[Debug] sVconfKey = " + KEY})));
 }
 
 TEST_F(AppPreloadingUtilsTest, ARetryThatFailsIsCountedAndTheTimerGoesOn) {
   Reject();
   fake::QueueLaunchResults({APP_CONTROL_ERROR_LAUNCH_REJECTED, APP_CONTROL_ERROR_IO_ERROR});
-  fake::FireTimersOf(kRetryPeriodMs);
-  fake::FireTimersOf(kRetryPeriodMs);
-  EXPECT_EQ(fake::TimersOf(kRetryPeriodMs).size(), 1u);
-  fake::FireTimersOf(kRetryPeriodMs);
+  fake::FireTimersOf(RETRY_PERIOD_MS);
+  fake::FireTimersOf(RETRY_PERIOD_MS);
+  EXPECT_EQ(fake::TimersOf(RETRY_PERIOD_MS).size(), 1u);
+  fake::FireTimersOf(RETRY_PERIOD_MS);
   EXPECT_THAT(fake::LogTexts(),
               HasLogsInOrder(Texts({"[Info] count = 0", "[Info] count = 1", "[Info] count = 2"})));
   EXPECT_THAT(fake::Timers(), IsEmpty());
@@ -241,9 +240,9 @@ TEST_F(AppPreloadingUtilsTest, ARetryThatFailsIsCountedAndTheTimerGoesOn) {
 TEST_F(AppPreloadingUtilsTest, ARetryThatCannotSubscribeIsCountedAndTheTimerGoesOn) {
   Reject();
   fake::Fail("vconf_notify_key_changed", -1);
-  fake::FireTimersOf(kRetryPeriodMs);
-  EXPECT_EQ(fake::TimersOf(kRetryPeriodMs).size(), 1u);
-  fake::FireTimersOf(kRetryPeriodMs);
+  fake::FireTimersOf(RETRY_PERIOD_MS);
+  EXPECT_EQ(fake::TimersOf(RETRY_PERIOD_MS).size(), 1u);
+  fake::FireTimersOf(RETRY_PERIOD_MS);
   EXPECT_THAT(fake::LogTexts(), HasLog("[Info] count = 1"));
   EXPECT_THAT(fake::Timers(), IsEmpty());
 }
@@ -251,14 +250,14 @@ TEST_F(AppPreloadingUtilsTest, ARetryThatCannotSubscribeIsCountedAndTheTimerGoes
 TEST_F(AppPreloadingUtilsTest, AnAppThatIsNotThereEndsTheRetriesQuietly) {
   Reject();
   fake::QueueLaunchResults({APP_CONTROL_ERROR_LAUNCH_REJECTED, APP_CONTROL_ERROR_APP_NOT_FOUND});
-  fake::FireTimersOf(kRetryPeriodMs);
-  fake::FireTimersOf(kRetryPeriodMs);
+  fake::FireTimersOf(RETRY_PERIOD_MS);
+  fake::FireTimersOf(RETRY_PERIOD_MS);
   EXPECT_THAT(fake::Timers(), IsEmpty());
   EXPECT_THAT(Errors(), Not(HasLog("[ERROR] Cannot find target app.")));
   EXPECT_THAT(KeyCalls(), IsEmpty());
   // The next rejection starts counting from 0.
   Reject();
-  fake::FireTimersOf(kRetryPeriodMs);
+  fake::FireTimersOf(RETRY_PERIOD_MS);
   EXPECT_THAT(fake::LogTexts(), HasLog("[Info] count = 0"));
 }
 
@@ -267,22 +266,22 @@ TEST_F(AppPreloadingUtilsTest, TheTwentySecondTickLaunchesInTheForegroundAndEnds
   fake::SetLaunchHook([](const fake::Launch& rLaunch) {
     return rLaunch.extra.empty() ? 0 : int(APP_CONTROL_ERROR_LAUNCH_REJECTED);
   });
-  for (int i = 0; i < 21; ++i) fake::FireTimersOf(kRetryPeriodMs);
+  for (int i = 0; i < 21; ++i) fake::FireTimersOf(RETRY_PERIOD_MS);
   EXPECT_EQ(fake::Launches().size(), 21u);
   EXPECT_EQ(fake::Launches().back().extra.size(), 1u);
-  EXPECT_EQ(fake::TimersOf(kRetryPeriodMs).size(), 1u);
+  EXPECT_EQ(fake::TimersOf(RETRY_PERIOD_MS).size(), 1u);
   Forget();
-  fake::FireTimersOf(kRetryPeriodMs);
+  fake::FireTimersOf(RETRY_PERIOD_MS);
   ASSERT_EQ(fake::Launches().size(), 1u);
-  EXPECT_EQ(fake::Launches()[0].app, kApp);
+  EXPECT_EQ(fake::Launches()[0].app, APP);
   EXPECT_EQ(fake::Launches()[0].operation, APP_CONTROL_OPERATION_DEFAULT);
   EXPECT_THAT(fake::Launches()[0].extra, IsEmpty());
   EXPECT_THAT(fake::Timers(), IsEmpty());
-  EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] ", "[Info] rAppID : " + kApp));
+  EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] ", "[Info] rAppID : " + APP));
   fake::SetLaunchHook(nullptr);
   // The next rejection starts counting from 0.
   Reject();
-  fake::FireTimersOf(kRetryPeriodMs);
+  fake::FireTimersOf(RETRY_PERIOD_MS);
   EXPECT_THAT(fake::LogTexts(), HasLog("[Info] count = 0"));
 }
 
@@ -325,7 +324,7 @@ TEST_F(AppPreloadingUtilsTest, PreloadWithARunningCheckTellsAtOnce) {
   Enter("preload");
   Enter("preload");
   EXPECT_THAT(Told(), ElementsAre("told 2"));
-  EXPECT_EQ(fake::TimersOf(kCheckPeriodMs).size(), 1u);
+  EXPECT_EQ(fake::TimersOf(CHECK_PERIOD_MS).size(), 1u);
 }
 
 TEST_F(AppPreloadingUtilsTest, ResumeEndsTheCheckAndTells) {
@@ -337,7 +336,7 @@ TEST_F(AppPreloadingUtilsTest, ResumeEndsTheCheckAndTells) {
   EXPECT_THAT(fake::Timers(), IsEmpty());
   // The id is forgotten: the next "preload" starts a check again.
   Enter("preload");
-  EXPECT_EQ(fake::TimersOf(kCheckPeriodMs).size(), 1u);
+  EXPECT_EQ(fake::TimersOf(CHECK_PERIOD_MS).size(), 1u);
   EXPECT_THAT(Told(), ElementsAre("told 3"));
 }
 
@@ -383,7 +382,7 @@ TEST_F(AppPreloadingUtilsTest, AKeyThatWasRemovedHasNoWord) {
   Follow();
   Enter("resume");
   Forget();
-  fake::UnsetKey(kKey);
+  fake::UnsetKey(KEY);
   EXPECT_EQ(fake::DeliverKeyChanges(), 1u);
   EXPECT_THAT(fake::LogTexts(),
               ElementsAre("[Debug] sAppStatus = ", "[Debug] m_iCurrentWebAppStatus is invalid."));
@@ -406,7 +405,7 @@ TEST_F(AppPreloadingUtilsTest, AnAppThatLivesThroughThePeriodIsToldAndTheCheckEn
 TEST_F(AppPreloadingUtilsTest, TheIdOfACheckThatEndedSoIsKept) {
   Follow();
   Enter("preload");
-  fake::FireTimersOf(kCheckPeriodMs);
+  fake::FireTimersOf(CHECK_PERIOD_MS);
   Forget();
   Enter("preload");  // finds a running check
   EXPECT_THAT(Told(), ElementsAre("told 2"));
@@ -422,7 +421,7 @@ TEST_F(AppPreloadingUtilsTest, AnInvalidStatusCountsAsAlive) {
   Follow();
   Enter("preload");
   Enter("no word");
-  fake::FireTimersOf(kCheckPeriodMs);
+  fake::FireTimersOf(CHECK_PERIOD_MS);
   EXPECT_THAT(Told(), ElementsAre("told -1"));
   EXPECT_THAT(fake::Launches(), IsEmpty());
 }
@@ -433,20 +432,20 @@ TEST_F(AppPreloadingUtilsTest, AnAppThatWasDestroyedIsLaunchedAgainAtTheTick) {
   Enter("destroy");
   EXPECT_THAT(fake::Launches(), IsEmpty());
   Forget();
-  fake::FireTimersOf(kCheckPeriodMs);
+  fake::FireTimersOf(CHECK_PERIOD_MS);
   ASSERT_EQ(fake::Launches().size(), 1u);
-  EXPECT_EQ(fake::Launches()[0].app, kApp);
+  EXPECT_EQ(fake::Launches()[0].app, APP);
   EXPECT_EQ(fake::Launches()[0].extra.size(), 1u);
   EXPECT_EQ(fake::LogTexts().front(), "[Info] m_iCurrentWebAppStatus : 5, count : 0");
   EXPECT_THAT(Told(), IsEmpty());
-  EXPECT_EQ(fake::TimersOf(kCheckPeriodMs).size(), 1u);
+  EXPECT_EQ(fake::TimersOf(CHECK_PERIOD_MS).size(), 1u);
 }
 
 TEST_F(AppPreloadingUtilsTest, AnAppThatQuitDuringTheCheckIsLaunchedAgainToo) {
   Follow();
   Enter("preload");
   Enter("quit");
-  fake::FireTimersOf(kCheckPeriodMs);
+  fake::FireTimersOf(CHECK_PERIOD_MS);
   EXPECT_EQ(fake::Launches().size(), 1u);
 }
 
@@ -454,10 +453,10 @@ TEST_F(AppPreloadingUtilsTest, ACheckThatGoesOnHasForgottenItsId) {
   Follow();
   Enter("preload");
   Enter("destroy");
-  fake::FireTimersOf(kCheckPeriodMs);
+  fake::FireTimersOf(CHECK_PERIOD_MS);
   Forget();
   Enter("preload");  // does not recognise the running check
-  EXPECT_EQ(fake::TimersOf(kCheckPeriodMs).size(), 2u);
+  EXPECT_EQ(fake::TimersOf(CHECK_PERIOD_MS).size(), 2u);
   EXPECT_THAT(Told(), IsEmpty());
 }
 
@@ -465,11 +464,11 @@ TEST_F(AppPreloadingUtilsTest, AfterTwentyOneRelaunchesTheAppIsGivenUp) {
   Follow();
   Enter("preload");
   Enter("destroy");
-  for (int i = 0; i < 21; ++i) fake::FireTimersOf(kCheckPeriodMs);
+  for (int i = 0; i < 21; ++i) fake::FireTimersOf(CHECK_PERIOD_MS);
   EXPECT_EQ(fake::Launches().size(), 21u);
-  EXPECT_EQ(fake::TimersOf(kCheckPeriodMs).size(), 1u);
+  EXPECT_EQ(fake::TimersOf(CHECK_PERIOD_MS).size(), 1u);
   Forget();
-  fake::FireTimersOf(kCheckPeriodMs);
+  fake::FireTimersOf(CHECK_PERIOD_MS);
   EXPECT_THAT(fake::Launches(), IsEmpty());
   EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] m_iCurrentWebAppStatus : 5, count : 21"));
   EXPECT_THAT(fake::Timers(), IsEmpty());
@@ -477,7 +476,7 @@ TEST_F(AppPreloadingUtilsTest, AfterTwentyOneRelaunchesTheAppIsGivenUp) {
   // The next check starts counting from 0.
   Enter("preload");
   Enter("destroy");
-  fake::FireTimersOf(kCheckPeriodMs);
+  fake::FireTimersOf(CHECK_PERIOD_MS);
   EXPECT_THAT(fake::LogTexts(), HasLog("[Info] m_iCurrentWebAppStatus : 5, count : 0"));
   EXPECT_EQ(fake::Launches().size(), 1u);
 }
@@ -487,95 +486,95 @@ TEST_F(AppPreloadingUtilsTest, TheResultOfARelaunchIsNotLookedAt) {
   Enter("preload");
   Enter("destroy");
   fake::QueueLaunchResults({APP_CONTROL_ERROR_APP_NOT_FOUND});
-  fake::FireTimersOf(kCheckPeriodMs);
-  EXPECT_EQ(fake::TimersOf(kCheckPeriodMs).size(), 1u);
+  fake::FireTimersOf(CHECK_PERIOD_MS);
+  EXPECT_EQ(fake::TimersOf(CHECK_PERIOD_MS).size(), 1u);
 }
 
 // The callbacks.
 
 TEST_F(AppPreloadingUtilsTest, CallbacksAreToldInTheOrderOfTheirTypes) {
-  ASSERT_TRUE(Preload(kApp, "b", "second"));
-  ASSERT_TRUE(Preload(kApp, "c", "third"));
-  ASSERT_TRUE(Preload(kApp, "a", "first"));
+  ASSERT_TRUE(Preload(APP, "b", "second"));
+  ASSERT_TRUE(Preload(APP, "c", "third"));
+  ASSERT_TRUE(Preload(APP, "a", "first"));
   Enter("resume");
   EXPECT_THAT(Told(), ElementsAre("first 3", "second 3", "third 3"));
 }
 
 TEST_F(AppPreloadingUtilsTest, ACallbackWithANullFunctionIsPassedOver) {
-  ASSERT_TRUE(PreloadAppAndRegisterAppStatusChangedCB(kApp, "a", WebAppStatusCallback()));
-  ASSERT_TRUE(Preload(kApp, "b", "second"));
+  ASSERT_TRUE(PreloadAppAndRegisterAppStatusChangedCB(APP, "a", WebAppStatusCallback()));
+  ASSERT_TRUE(Preload(APP, "b", "second"));
   Enter("resume");
   EXPECT_THAT(Told(), ElementsAre("second 3"));
 }
 
 TEST_F(AppPreloadingUtilsTest, ASecondCallbackOfATypeReplacesTheFirst) {
-  ASSERT_TRUE(Preload(kApp, "type", "old"));
-  ASSERT_TRUE(Preload(kApp, "type", "new"));
+  ASSERT_TRUE(Preload(APP, "type", "old"));
+  ASSERT_TRUE(Preload(APP, "type", "new"));
   Enter("resume");
   EXPECT_THAT(Told(), ElementsAre("new 3"));
 }
 
 TEST_F(AppPreloadingUtilsTest, TwoTypesThatFollowOneAppShareOneSubscription) {
-  ASSERT_TRUE(Preload(kApp, "a", "first"));
-  ASSERT_TRUE(Preload(kApp, "b", "second"));
-  EXPECT_THAT(KeyCalls(), ElementsAre(Notify(kKey)));
-  RemoveWebStatusChangedCallback(kApp, "a");
-  EXPECT_EQ(fake::KeySubscriptions(kKey), 1u);
+  ASSERT_TRUE(Preload(APP, "a", "first"));
+  ASSERT_TRUE(Preload(APP, "b", "second"));
+  EXPECT_THAT(KeyCalls(), ElementsAre(Notify(KEY)));
+  RemoveWebStatusChangedCallback(APP, "a");
+  EXPECT_EQ(fake::KeySubscriptions(KEY), 1u);
   Enter("resume");
   EXPECT_THAT(Told(), ElementsAre("second 3"));
 }
 
 TEST_F(AppPreloadingUtilsTest, TheRemovalOfTheLastCallbackEndsTheSubscription) {
   Follow();
-  RemoveWebStatusChangedCallback(kApp, "type");
-  EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] rAppID : " + kApp + ", rAppType : type",
-                                            "[Info] rAppID : " + kApp));
-  EXPECT_THAT(KeyCalls(), ElementsAre(Ignore(kKey)));
-  EXPECT_EQ(fake::KeySubscriptions(kKey), 0u);
+  RemoveWebStatusChangedCallback(APP, "type");
+  EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] rAppID : " + APP + ", rAppType : type",
+                                            "[Info] rAppID : " + APP));
+  EXPECT_THAT(KeyCalls(), ElementsAre(Ignore(KEY)));
+  EXPECT_EQ(fake::KeySubscriptions(KEY), 0u);
   // No app is followed now, so the next app removes no subscription.
   Forget();
-  EXPECT_TRUE(Preload(kOther));
-  EXPECT_THAT(KeyCalls(), ElementsAre(Notify(kOtherKey)));
+  EXPECT_TRUE(Preload(OTHER));
+  EXPECT_THAT(KeyCalls(), ElementsAre(Notify(OTHER_KEY)));
 }
 
 TEST_F(AppPreloadingUtilsTest, TheRemovalOfATypeThatIsNotThereIsLogged) {
   Follow();
-  RemoveWebStatusChangedCallback(kApp, "another");
-  EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] rAppID : " + kApp + ", rAppType : another",
+  RemoveWebStatusChangedCallback(APP, "another");
+  EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] rAppID : " + APP + ", rAppType : another",
                                             "[Debug] Cannot find target callback function."));
-  EXPECT_EQ(fake::KeySubscriptions(kKey), 1u);
+  EXPECT_EQ(fake::KeySubscriptions(KEY), 1u);
 }
 
 TEST_F(AppPreloadingUtilsTest, AnotherAppLosesTheCallbacksAndKeepsTheOldSubscription) {
   Follow();
-  EXPECT_TRUE(Preload(kOther, "second type", "other"));
+  EXPECT_TRUE(Preload(OTHER, "second type", "other"));
   // It unsubscribes from the new app's key, which has no subscription.
-  EXPECT_THAT(KeyCalls(), ElementsAre(Ignore(kOtherKey, -1)));
+  EXPECT_THAT(KeyCalls(), ElementsAre(Ignore(OTHER_KEY, -1)));
   EXPECT_EQ(fake::LogTexts().back(), "[Debug] Already regitered.");
-  EXPECT_EQ(fake::KeySubscriptions(kKey), 1u);
-  EXPECT_EQ(fake::KeySubscriptions(kOtherKey), 0u);
+  EXPECT_EQ(fake::KeySubscriptions(KEY), 1u);
+  EXPECT_EQ(fake::KeySubscriptions(OTHER_KEY), 0u);
   Enter("resume");  // of the old app
   EXPECT_THAT(Told(), ElementsAre("other 3"));
 }
 
 TEST_F(AppPreloadingUtilsTest, TheFirstAppIgnoresNoKey) {
-  AddWebStatusChangedCallback(kApp, "type", Teller("told"));
+  AddWebStatusChangedCallback(APP, "type", Teller("told"));
   EXPECT_THAT(KeyCalls(), IsEmpty());
 }
 
 TEST_F(AppPreloadingUtilsTest, ASubscriptionThatIsThereIsNotMadeAgain) {
-  EXPECT_TRUE(RegisterAppStatusVconfCallback(kApp));
-  EXPECT_TRUE(RegisterAppStatusVconfCallback(kOther));
-  EXPECT_THAT(KeyCalls(), ElementsAre(Notify(kKey)));
+  EXPECT_TRUE(RegisterAppStatusVconfCallback(APP));
+  EXPECT_TRUE(RegisterAppStatusVconfCallback(OTHER));
+  EXPECT_THAT(KeyCalls(), ElementsAre(Notify(KEY)));
   EXPECT_THAT(fake::LogTexts(),
-              ElementsAre("[Debug] sVconfKey = " + kKey, "[Debug] Already regitered."));
+              ElementsAre("[Debug] sVconfKey = " + KEY, "[Debug] Already regitered."));
 }
 
 TEST_F(AppPreloadingUtilsTest, TheEndOfASubscriptionThatIsNotThereOnlyLogs) {
-  AddWebStatusChangedCallback(kApp, "type", Teller("told"));
+  AddWebStatusChangedCallback(APP, "type", Teller("told"));
   Forget();
-  UnregisterAppStatusVconfCallback(kApp);
-  EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] rAppID : " + kApp));
+  UnregisterAppStatusVconfCallback(APP);
+  EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] rAppID : " + APP));
   EXPECT_THAT(fake::CallNames(), IsEmpty());
   // The callbacks are kept.
   AppPreloadingUtils::NotifyWebAppStatus();
@@ -584,9 +583,9 @@ TEST_F(AppPreloadingUtilsTest, TheEndOfASubscriptionThatIsNotThereOnlyLogs) {
 
 TEST_F(AppPreloadingUtilsTest, ACallbackMayTurnToAnotherAppDuringTheWalk) {
   const WebAppStatusCallback turning(
-      [](int, void*) { AddWebStatusChangedCallback(kOther, "c", Teller("turned")); }, nullptr);
-  ASSERT_TRUE(PreloadAppAndRegisterAppStatusChangedCB(kApp, "a", turning));
-  ASSERT_TRUE(Preload(kApp, "b", "dropped"));
+      [](int, void*) { AddWebStatusChangedCallback(OTHER, "c", Teller("turned")); }, nullptr);
+  ASSERT_TRUE(PreloadAppAndRegisterAppStatusChangedCB(APP, "a", turning));
+  ASSERT_TRUE(Preload(APP, "b", "dropped"));
   Enter("resume");
   EXPECT_THAT(Told(), ElementsAre("turned 3"));
 }
@@ -594,7 +593,7 @@ TEST_F(AppPreloadingUtilsTest, ACallbackMayTurnToAnotherAppDuringTheWalk) {
 TEST_F(AppPreloadingUtilsTest, AnExceptionOfACallbackEndsInTheKeysCallback) {
   const WebAppStatusCallback throwing([](int, void*) { throw std::runtime_error("boom"); },
                                       nullptr);
-  ASSERT_TRUE(PreloadAppAndRegisterAppStatusChangedCB(kApp, "a", throwing));
+  ASSERT_TRUE(PreloadAppAndRegisterAppStatusChangedCB(APP, "a", throwing));
   Enter("resume");
   EXPECT_THAT(Errors(), ElementsAre("[ERROR] exception : boom"));
 }
@@ -602,19 +601,19 @@ TEST_F(AppPreloadingUtilsTest, AnExceptionOfACallbackEndsInTheKeysCallback) {
 TEST_F(AppPreloadingUtilsTest, AnExceptionOfACallbackEndsInTheTimer) {
   const WebAppStatusCallback throwing([](int, void*) { throw std::runtime_error("boom"); },
                                       nullptr);
-  ASSERT_TRUE(PreloadAppAndRegisterAppStatusChangedCB(kApp, "a", throwing));
+  ASSERT_TRUE(PreloadAppAndRegisterAppStatusChangedCB(APP, "a", throwing));
   Enter("preload");
-  fake::FireTimersOf(kCheckPeriodMs);
+  fake::FireTimersOf(CHECK_PERIOD_MS);
   EXPECT_THAT(Errors(), ElementsAre("[ERROR] exception : boom"));
-  EXPECT_EQ(fake::TimersOf(kCheckPeriodMs).size(), 1u);
+  EXPECT_EQ(fake::TimersOf(CHECK_PERIOD_MS).size(), 1u);
 }
 
 TEST_F(AppPreloadingUtilsTest, AnExceptionOfALaunchEndsInTheRetryTimer) {
   Reject();
   fake::SetLaunchHook([](const fake::Launch&) -> int { throw std::runtime_error("boom"); });
-  fake::FireTimersOf(kRetryPeriodMs);
+  fake::FireTimersOf(RETRY_PERIOD_MS);
   EXPECT_THAT(Errors(), ElementsAre("[ERROR] exception : boom"));
-  EXPECT_EQ(fake::TimersOf(kRetryPeriodMs).size(), 1u);
+  EXPECT_EQ(fake::TimersOf(RETRY_PERIOD_MS).size(), 1u);
 }
 
 }  // namespace

@@ -210,7 +210,7 @@ TEST_F(FileSystemUtilsTest, ASharedDataPathThatIsNotToBeHadIsEmpty) {
 
 TEST_F(FileSystemUtilsTest, TheDirectoriesAreReadOnceAndStay) {
   const std::string sBefore = FileSystemUtils::GetHbbTvDirectoryPath();
-  fake::Fail("app_get_shared_data_path", -1, fake::kForever);
+  fake::Fail("app_get_shared_data_path", -1, fake::FOREVER);
   EXPECT_EQ(FileSystemUtils::GetHbbTvDirectoryPath(), sBefore);
   EXPECT_EQ(fake::CallCount("app_get_shared_data_path"), 0u);
 }

@@ -22,7 +22,7 @@ using FileSystemUtils::UninstallPackagedData;
 using support::OtherThread;
 using testing::ElementsAre;
 
-const std::string kType = "ch_feeder_standard";
+const std::string TYPE = "ch_feeder_standard";
 
 class PackagedDataThreads : public testing::Test {
  protected:
@@ -57,8 +57,8 @@ class PackagedDataThreads : public testing::Test {
 };
 
 TEST_F(PackagedDataThreads, ASecondInstallWaitsForTheEndOfTheFirst) {
-  m_interruption = [] { EXPECT_TRUE(InstallPackagedData("second", "w", kType, 1, false)); };
-  EXPECT_TRUE(InstallPackagedData("first", "w", kType, 1, false));
+  m_interruption = [] { EXPECT_TRUE(InstallPackagedData("second", "w", TYPE, 1, false)); };
+  EXPECT_TRUE(InstallPackagedData("first", "w", TYPE, 1, false));
   m_other->Join();
   EXPECT_FALSE(m_interrupted);
   EXPECT_THAT(fake::CallNames(),
@@ -68,8 +68,8 @@ TEST_F(PackagedDataThreads, ASecondInstallWaitsForTheEndOfTheFirst) {
 }
 
 TEST_F(PackagedDataThreads, AnUninstallWaitsForTheEndOfAnInstall) {
-  m_interruption = [] { UninstallPackagedData("first", kType, 1); };
-  EXPECT_TRUE(InstallPackagedData("first", "w", kType, 1, false));
+  m_interruption = [] { UninstallPackagedData("first", TYPE, 1); };
+  EXPECT_TRUE(InstallPackagedData("first", "w", TYPE, 1, false));
   m_other->Join();
   EXPECT_FALSE(m_interrupted);
   EXPECT_FALSE(support::Exists(Tree("first")));

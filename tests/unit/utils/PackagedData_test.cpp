@@ -31,11 +31,11 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
 
-const std::string kPackage = "org.example.pkg";
-const std::string kWidget = "AbCdEfGhIj.pkg";
-const std::string kStandard = "ch_feeder_standard";
-const std::string kCustom = "ch_feeder_custom";
-constexpr int kBoth = PACKAGED_TYPE_HBBTV_APP | PACKAGED_TYPE_META_DATA;
+const std::string PACKAGE = "org.example.pkg";
+const std::string WIDGET = "AbCdEfGhIj.pkg";
+const std::string STANDARD = "ch_feeder_standard";
+const std::string CUSTOM = "ch_feeder_custom";
+constexpr int BOTH = PACKAGED_TYPE_HBBTV_APP | PACKAGED_TYPE_META_DATA;
 
 /// An existing file that cannot be opened, not even by root.
 class ClosedFile {
@@ -98,7 +98,7 @@ class PackagedDataTest : public testing::Test {
     });
   }
   bool Install(int iDataType = PACKAGED_TYPE_HBBTV_APP, bool bStarted = false) {
-    return InstallPackagedData(kPackage, kWidget, kStandard, iDataType, bStarted);
+    return InstallPackagedData(PACKAGE, WIDGET, STANDARD, iDataType, bStarted);
   }
   /// The functions that logged, in order; consecutive lines of a function count once.
   std::vector<std::string> LoggingFunctions() {
@@ -116,9 +116,9 @@ class PackagedDataTest : public testing::Test {
   const std::string m_hbbtv = FileSystemUtils::GetHbbTvDirectoryPath();
   const std::string m_metadata = FileSystemUtils::GetMetaDataDirectoryPath();
   const std::string m_mountPoint = m_hbbtv + "temp_app";
-  const std::string m_tree = m_hbbtv + kPackage;
+  const std::string m_tree = m_hbbtv + PACKAGE;
   const std::string m_list = m_tree + "/app_type_file.txt";
-  const std::string m_image = "/opt/usr/apps/" + kPackage + "/res/" + kWidget + ".tmg";
+  const std::string m_image = "/opt/usr/apps/" + PACKAGE + "/res/" + WIDGET + ".tmg";
   const std::string m_command = "-o loop,nosuid,nodev,noexec " + m_image + " " + m_mountPoint;
   const std::string m_fallback = "/home/owner/share/tmp/sdk_tools//orv_app.zip";
 };
@@ -175,9 +175,9 @@ TEST_F(PackagedDataTest, ThePlaceOfThePackagesIsTakenOnceAndStays) {
   PutIntoImage({{"index.html", "x"}});
   Install();
   const std::vector<std::string> before = fake::CallTexts({"PS_Mount"});
-  UninstallPackagedData(kPackage, kStandard, PACKAGED_TYPE_HBBTV_APP);
+  UninstallPackagedData(PACKAGE, STANDARD, PACKAGED_TYPE_HBBTV_APP);
   fake::ClearCalls();
-  fake::Fail("tzplatform_getenv", -1, fake::kForever);
+  fake::Fail("tzplatform_getenv", -1, fake::FOREVER);
   EXPECT_TRUE(Install());
   EXPECT_EQ(fake::CallTexts({"PS_Mount"}), before);
   EXPECT_EQ(fake::CallCount("tzplatform_getenv"), 0u);
@@ -185,7 +185,7 @@ TEST_F(PackagedDataTest, ThePlaceOfThePackagesIsTakenOnceAndStays) {
 
 TEST_F(PackagedDataTest, ATreeThatExistsIsEnoughForARunAtStart) {
   support::WriteFile(m_tree + "/anything", "x");
-  EXPECT_TRUE(Install(kBoth, true));
+  EXPECT_TRUE(Install(BOTH, true));
   EXPECT_THAT(support::ListTree(m_tree), ElementsAre("anything"));
   EXPECT_THAT(fake::CallNames(), IsEmpty());
   EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] rPackageID : org.example.pkg, bStarted : 1, "
@@ -201,7 +201,7 @@ TEST_F(PackagedDataTest, ARunAtStartUnpacksWhatIsNotThere) {
 
 TEST_F(PackagedDataTest, ASecondAppTypeIsListedWithoutMountAndUnpacking) {
   support::WriteFile(m_list, "{\"app_type\":[\"ch_feeder_standard\"]}\n");
-  EXPECT_TRUE(InstallPackagedData(kPackage, kWidget, kCustom, PACKAGED_TYPE_HBBTV_APP, false));
+  EXPECT_TRUE(InstallPackagedData(PACKAGE, WIDGET, CUSTOM, PACKAGED_TYPE_HBBTV_APP, false));
   EXPECT_EQ(support::ReadFile(m_list),
             "{\"app_type\":[\"ch_feeder_standard\",\"ch_feeder_custom\"]}\n");
   EXPECT_THAT(support::ListTree(m_tree), ElementsAre("app_type_file.txt"));
@@ -211,7 +211,7 @@ TEST_F(PackagedDataTest, ASecondAppTypeIsListedWithoutMountAndUnpacking) {
 TEST_F(PackagedDataTest, ASecondAppTypeWhoseListCannotBeWrittenIsAFailure) {
   support::MakeDirectories(m_tree);
   const SealedFile list(m_list, "{\"app_type\":[\"ch_feeder_standard\"]}\n");
-  EXPECT_FALSE(InstallPackagedData(kPackage, kWidget, kCustom, PACKAGED_TYPE_HBBTV_APP, false));
+  EXPECT_FALSE(InstallPackagedData(PACKAGE, WIDGET, CUSTOM, PACKAGED_TYPE_HBBTV_APP, false));
   EXPECT_THAT(Errors(), ElementsAre("[ERROR] filePath is empty."));
   EXPECT_THAT(MountCalls(), IsEmpty());
 }
@@ -331,10 +331,10 @@ TEST_F(PackagedDataTest, MetadataFilesMoveAndSubdirectoriesStay) {
                 {"metadata/schedule.json", "s"},
                 {"metadata/channel.json", "c"},
                 {"metadata/logo/1.png", "p"}});
-  EXPECT_TRUE(Install(kBoth));
-  EXPECT_THAT(support::ListTree(m_metadata + kPackage),
+  EXPECT_TRUE(Install(BOTH));
+  EXPECT_THAT(support::ListTree(m_metadata + PACKAGE),
               ElementsAre("channel.json", "schedule.json"));
-  EXPECT_EQ(support::ReadFile(m_metadata + kPackage + "/channel.json"), "c");
+  EXPECT_EQ(support::ReadFile(m_metadata + PACKAGE + "/channel.json"), "c");
   EXPECT_THAT(support::ListTree(m_tree), ElementsAre("app_type_file.txt", "index.html", "metadata/",
                                                      "metadata/logo/", "metadata/logo/1.png"));
 }
@@ -343,7 +343,7 @@ TEST_F(PackagedDataTest, EachMoveIsLoggedInTheOrderOfTheNames) {
   PutIntoImage({{"metadata/b", "2"}, {"metadata/c/x", "3"}, {"metadata/a", "1"}});
   EXPECT_TRUE(Install(PACKAGED_TYPE_META_DATA));
   const std::string sSource = m_tree + "/metadata";
-  const std::string sTarget = m_metadata + kPackage;
+  const std::string sTarget = m_metadata + PACKAGE;
   std::vector<std::string> texts = fake::LogTexts();
   texts.erase(texts.begin(),
               std::find(texts.begin(), texts.end(), "[Info] sOldDirectoryPath : " + sSource));
@@ -366,18 +366,18 @@ TEST_F(PackagedDataTest, MetadataMovesAfterTheUnmount) {
 
 TEST_F(PackagedDataTest, MovedFilesReplaceFilesOfTheSameName) {
   PutIntoImage({{"metadata/channel.json", "new"}});
-  support::WriteFile(m_metadata + kPackage + "/channel.json", "old");
-  support::WriteFile(m_metadata + kPackage + "/other.json", "stays");
+  support::WriteFile(m_metadata + PACKAGE + "/channel.json", "old");
+  support::WriteFile(m_metadata + PACKAGE + "/other.json", "stays");
   EXPECT_TRUE(Install(PACKAGED_TYPE_META_DATA));
-  EXPECT_EQ(support::ReadFile(m_metadata + kPackage + "/channel.json"), "new");
-  EXPECT_EQ(support::ReadFile(m_metadata + kPackage + "/other.json"), "stays");
+  EXPECT_EQ(support::ReadFile(m_metadata + PACKAGE + "/channel.json"), "new");
+  EXPECT_EQ(support::ReadFile(m_metadata + PACKAGE + "/other.json"), "stays");
 }
 
 TEST_F(PackagedDataTest, WithoutMetadataInTheArchiveTheTargetStaysEmpty) {
   PutIntoImage({{"index.html", "x"}});
-  EXPECT_TRUE(Install(kBoth));
-  EXPECT_TRUE(support::Exists(m_metadata + kPackage));
-  EXPECT_THAT(support::ListTree(m_metadata + kPackage), IsEmpty());
+  EXPECT_TRUE(Install(BOTH));
+  EXPECT_TRUE(support::Exists(m_metadata + PACKAGE));
+  EXPECT_THAT(support::ListTree(m_metadata + PACKAGE), IsEmpty());
   EXPECT_THAT(Errors(), IsEmpty());
 }
 
@@ -405,11 +405,11 @@ TEST_F(PackagedDataTest, AMetadataTargetThatCannotBeMadeLeavesTheTreeWithoutALis
 
 TEST_F(PackagedDataTest, AMoveThatFailsIsAnExceptionThatEndsTheInstall) {
   PutIntoImage({{"metadata/a", "x"}, {"metadata/b", "y"}});
-  support::MakeDirectories(m_metadata + kPackage + "/a");
+  support::MakeDirectories(m_metadata + PACKAGE + "/a");
   EXPECT_FALSE(Install(PACKAGED_TYPE_META_DATA));
   EXPECT_EQ(fake::LogTexts().back(),
             "[Info] exception : boost::filesystem::rename: Is a directory: \"" + m_tree +
-                "/metadata/a\", \"" + m_metadata + kPackage + "/a\"");
+                "/metadata/a\", \"" + m_metadata + PACKAGE + "/a\"");
   EXPECT_FALSE(support::Exists(m_list));
   EXPECT_TRUE(support::Exists(m_tree + "/metadata/b"));
 }
@@ -442,9 +442,9 @@ TEST_F(PackagedDataTest, AnExceptionWithAnEmptyTextHasTheStandingOne) {
 
 TEST_F(PackagedDataTest, AListIsCreatedOnlyOnRequest) {
   support::MakeDirectories(m_tree);
-  EXPECT_FALSE(AddAppTypeToFile(m_list, kStandard, false));
+  EXPECT_FALSE(AddAppTypeToFile(m_list, STANDARD, false));
   EXPECT_FALSE(support::Exists(m_list));
-  EXPECT_TRUE(AddAppTypeToFile(m_list, kStandard, true));
+  EXPECT_TRUE(AddAppTypeToFile(m_list, STANDARD, true));
   EXPECT_EQ(support::ReadFile(m_list), "{\"app_type\":[\"ch_feeder_standard\"]}\n");
 }
 
@@ -492,7 +492,7 @@ TEST_F(PackagedDataTest, AListThatCannotBeReadCountsAsMissing) {
 TEST_F(PackagedDataTest, UninstallOfOneOfTwoTypesLeavesTheTreeToTheOther) {
   support::WriteFile(m_tree + "/index.html", "x");
   support::WriteFile(m_list, "{\"app_type\":[\"ch_feeder_standard\",\"ch_feeder_custom\"]}\n");
-  UninstallPackagedData(kPackage, kStandard, PACKAGED_TYPE_HBBTV_APP);
+  UninstallPackagedData(PACKAGE, STANDARD, PACKAGED_TYPE_HBBTV_APP);
   EXPECT_EQ(support::ReadFile(m_list), "{\"app_type\":[\"ch_feeder_custom\"]}\n");
   EXPECT_TRUE(support::Exists(m_tree + "/index.html"));
   EXPECT_THAT(fake::CallNames(), ElementsAre("sync"));
@@ -505,7 +505,7 @@ TEST_F(PackagedDataTest, UninstallOfOneOfTwoTypesLeavesTheTreeToTheOther) {
 TEST_F(PackagedDataTest, UninstallOfTheLastTypeTakesTheTree) {
   support::WriteFile(m_tree + "/index.html", "x");
   support::WriteFile(m_list, "{\"app_type\":[\"ch_feeder_standard\"]}\n");
-  UninstallPackagedData(kPackage, kStandard, PACKAGED_TYPE_HBBTV_APP);
+  UninstallPackagedData(PACKAGE, STANDARD, PACKAGED_TYPE_HBBTV_APP);
   EXPECT_FALSE(support::Exists(m_tree));
   EXPECT_TRUE(support::Exists(m_hbbtv));
   EXPECT_THAT(fake::CallNames(), IsEmpty());
@@ -513,34 +513,34 @@ TEST_F(PackagedDataTest, UninstallOfTheLastTypeTakesTheTree) {
 
 TEST_F(PackagedDataTest, UninstallWithoutTheHbbTvBitLeavesTheTreeAlone) {
   support::WriteFile(m_list, "{\"app_type\":[\"ch_feeder_standard\"]}\n");
-  UninstallPackagedData(kPackage, kStandard, PACKAGED_TYPE_META_DATA);
+  UninstallPackagedData(PACKAGE, STANDARD, PACKAGED_TYPE_META_DATA);
   EXPECT_EQ(support::ReadFile(m_list), "{\"app_type\":[\"ch_feeder_standard\"]}\n");
 }
 
 TEST_F(PackagedDataTest, UninstallRemovesTheMetadataEvenIfItIsStillUsed) {
-  support::WriteFile(m_metadata + kPackage + "/channel.json", "c");
+  support::WriteFile(m_metadata + PACKAGE + "/channel.json", "c");
   support::WriteFile(m_metadata + "org.example.other/channel.json", "c");
   support::WriteFile(m_list, "{\"app_type\":[\"ch_feeder_standard\",\"ch_feeder_custom\"]}\n");
-  UninstallPackagedData(kPackage, kStandard, kBoth);
-  EXPECT_FALSE(support::Exists(m_metadata + kPackage));
+  UninstallPackagedData(PACKAGE, STANDARD, BOTH);
+  EXPECT_FALSE(support::Exists(m_metadata + PACKAGE));
   EXPECT_TRUE(support::Exists(m_metadata + "org.example.other/channel.json"));
   EXPECT_EQ(support::ReadFile(m_list), "{\"app_type\":[\"ch_feeder_custom\"]}\n");
   EXPECT_THAT(fake::LogTexts(),
               ElementsAre("[Info] rPackageID : org.example.pkg, rAppType : ch_feeder_standard, "
                           "rDataType : 3",
                           "[Info] [PACKAGED_TYPE_META_DATA] sTargetDirectory : " + m_metadata +
-                              kPackage + "/",
+                              PACKAGE + "/",
                           "[Info] [PACKAGED_TYPE_HBBTV_APP] sTargetDirectory : " + m_tree + "/"));
 }
 
 TEST_F(PackagedDataTest, UninstallWithoutTheMetadataBitLeavesTheMetadata) {
-  support::WriteFile(m_metadata + kPackage + "/channel.json", "c");
-  UninstallPackagedData(kPackage, kStandard, PACKAGED_TYPE_HBBTV_APP);
-  EXPECT_TRUE(support::Exists(m_metadata + kPackage + "/channel.json"));
+  support::WriteFile(m_metadata + PACKAGE + "/channel.json", "c");
+  UninstallPackagedData(PACKAGE, STANDARD, PACKAGED_TYPE_HBBTV_APP);
+  EXPECT_TRUE(support::Exists(m_metadata + PACKAGE + "/channel.json"));
 }
 
 TEST_F(PackagedDataTest, UninstallOfWhatIsNotThereOnlyLogs) {
-  UninstallPackagedData(kPackage, kStandard, kBoth);
+  UninstallPackagedData(PACKAGE, STANDARD, BOTH);
   EXPECT_EQ(fake::LogTexts().size(), 3u);
   EXPECT_THAT(Errors(), IsEmpty());
   EXPECT_THAT(fake::CallNames(), IsEmpty());
@@ -548,7 +548,7 @@ TEST_F(PackagedDataTest, UninstallOfWhatIsNotThereOnlyLogs) {
 
 TEST_F(PackagedDataTest, UninstallWithoutAListTakesTheTree) {
   support::WriteFile(m_tree + "/index.html", "x");
-  UninstallPackagedData(kPackage, kStandard, PACKAGED_TYPE_HBBTV_APP);
+  UninstallPackagedData(PACKAGE, STANDARD, PACKAGED_TYPE_HBBTV_APP);
   EXPECT_FALSE(support::Exists(m_tree));
   EXPECT_THAT(Errors(), IsEmpty());
 }
@@ -556,46 +556,46 @@ TEST_F(PackagedDataTest, UninstallWithoutAListTakesTheTree) {
 TEST_F(PackagedDataTest, UninstallWithAListThatCannotBeReadTakesTheTree) {
   support::MakeDirectories(m_tree);
   const ClosedFile list(m_list);
-  UninstallPackagedData(kPackage, kStandard, PACKAGED_TYPE_HBBTV_APP);
+  UninstallPackagedData(PACKAGE, STANDARD, PACKAGED_TYPE_HBBTV_APP);
   EXPECT_FALSE(support::Exists(m_tree));
   EXPECT_THAT(Errors(), ElementsAre("[ERROR] file is not existed."));
 }
 
 TEST_F(PackagedDataTest, UninstallWithAListThatIsNoJsonTakesTheTree) {
   support::WriteFile(m_list, "garbage");
-  UninstallPackagedData(kPackage, kStandard, PACKAGED_TYPE_HBBTV_APP);
+  UninstallPackagedData(PACKAGE, STANDARD, PACKAGED_TYPE_HBBTV_APP);
   EXPECT_FALSE(support::Exists(m_tree));
 }
 
 TEST_F(PackagedDataTest, UninstallWithAnEmptyListTakesTheTree) {
   support::WriteFile(m_list, "{\"app_type\":[]}");
-  UninstallPackagedData(kPackage, kStandard, PACKAGED_TYPE_HBBTV_APP);
+  UninstallPackagedData(PACKAGE, STANDARD, PACKAGED_TYPE_HBBTV_APP);
   EXPECT_FALSE(support::Exists(m_tree));
 }
 
 TEST_F(PackagedDataTest, UninstallOfATypeThatIsNotListedRewritesTheList) {
   support::WriteFile(m_list, "{\"z\":1,\"app_type\":[\"ch_feeder_custom\"]}");
-  UninstallPackagedData(kPackage, kStandard, PACKAGED_TYPE_HBBTV_APP);
+  UninstallPackagedData(PACKAGE, STANDARD, PACKAGED_TYPE_HBBTV_APP);
   EXPECT_EQ(support::ReadFile(m_list), "{\"app_type\":[\"ch_feeder_custom\"],\"z\":1}\n");
 }
 
 TEST_F(PackagedDataTest, UninstallSkipsTheEntryThatSlidIntoTheGap) {
   support::WriteFile(m_list, "{\"app_type\":[\"a\",\"a\",\"b\",\"a\"]}");
-  UninstallPackagedData(kPackage, "a", PACKAGED_TYPE_HBBTV_APP);
+  UninstallPackagedData(PACKAGE, "a", PACKAGED_TYPE_HBBTV_APP);
   EXPECT_EQ(support::ReadFile(m_list), "{\"app_type\":[\"a\",\"b\"]}\n");
 }
 
 TEST_F(PackagedDataTest, UninstallWhoseListCannotBeWrittenTakesTheTreeAllTheSame) {
   support::MakeDirectories(m_tree);
   const SealedFile list(m_list, "{\"app_type\":[\"ch_feeder_standard\",\"ch_feeder_custom\"]}\n");
-  UninstallPackagedData(kPackage, kStandard, PACKAGED_TYPE_HBBTV_APP);
+  UninstallPackagedData(PACKAGE, STANDARD, PACKAGED_TYPE_HBBTV_APP);
   EXPECT_FALSE(support::Exists(m_tree));
   EXPECT_THAT(Errors(), ElementsAre("[ERROR] filePath is empty."));
 }
 
 TEST_F(PackagedDataTest, UninstallLetsTheExceptionOfAMisshapenListPass) {
   support::WriteFile(m_list, "[1]");
-  EXPECT_THROW(UninstallPackagedData(kPackage, kStandard, PACKAGED_TYPE_HBBTV_APP), std::exception);
+  EXPECT_THROW(UninstallPackagedData(PACKAGE, STANDARD, PACKAGED_TYPE_HBBTV_APP), std::exception);
   EXPECT_TRUE(support::Exists(m_list));
 }
 

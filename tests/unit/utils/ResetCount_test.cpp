@@ -32,9 +32,9 @@ using testing::IsEmpty;
 using testing::Pair;
 using testing::StartsWith;
 
-constexpr char kFactoryKey[] = "db/factory/factory_reset_count";
-constexpr char kServiceKey[] = "db/factory/service_reset_count";
-constexpr char kReset[] = "[Debug] TV is restarted by facotry/service reset.";
+constexpr char FACTORY_KEY[] = "db/factory/factory_reset_count";
+constexpr char SERVICE_KEY[] = "db/factory/service_reset_count";
+constexpr char RESET[] = "[Debug] TV is restarted by facotry/service reset.";
 
 class ResetCount : public testing::Test {
  protected:
@@ -48,8 +48,8 @@ class ResetCount : public testing::Test {
   }
 
   static void SetCounters(int factory, int service) {
-    fake::StoreKey(kFactoryKey, factory);
-    fake::StoreKey(kServiceKey, service);
+    fake::StoreKey(FACTORY_KEY, factory);
+    fake::StoreKey(SERVICE_KEY, service);
   }
   static std::pair<int, int> Stored() {
     int factory = -1;
@@ -80,7 +80,7 @@ TEST_F(ResetCount, AFirstStartOfATvThatWasEverResetIsAReset) {
   SetCounters(1, 0);
   EXPECT_TRUE(CheckTVResetAndUpdateResetCountInfo());
   EXPECT_EQ(ReadFile(m_path), "{\"factory_reset_count\":1,\"service_reset_count\":0}\n");
-  EXPECT_THAT(fake::LogTexts(), ElementsAre(Counts(1, 0), Counts(0, 0), kReset));
+  EXPECT_THAT(fake::LogTexts(), ElementsAre(Counts(1, 0), Counts(0, 0), RESET));
 }
 
 TEST_F(ResetCount, UnchangedCountersAreNoReset) {
@@ -136,8 +136,8 @@ TEST_F(ResetCount, ARiseFromBelowZeroIsAResetAndAFallBelowIsNot) {
 
 TEST_F(ResetCount, ACounterThatCannotBeReadCountsAsZero) {
   SetFactoryAndServiceResetCount(3, 0);
-  fake::StoreKey(kFactoryKey, std::string("9"));
-  fake::StoreKey(kServiceKey, 1);
+  fake::StoreKey(FACTORY_KEY, std::string("9"));
+  fake::StoreKey(SERVICE_KEY, 1);
   EXPECT_TRUE(CheckTVResetAndUpdateResetCountInfo());
   EXPECT_THAT(fake::LogTexts(), HasLog(Counts(0, 1)));
   EXPECT_THAT(Stored(), Pair(0, 1));
@@ -147,8 +147,8 @@ TEST_F(ResetCount, TheFactoryCounterIsReadFirst) {
   CheckTVResetAndUpdateResetCountInfo();
   const std::vector<fake::Call> calls = fake::Calls("vconf_get_int");
   ASSERT_EQ(calls.size(), 2u);
-  EXPECT_EQ(calls[0].args[0], kFactoryKey);
-  EXPECT_EQ(calls[1].args[0], kServiceKey);
+  EXPECT_EQ(calls[0].args[0], FACTORY_KEY);
+  EXPECT_EQ(calls[1].args[0], SERVICE_KEY);
 }
 
 TEST_F(ResetCount, AResetWithoutAWritableFileIsFoundAgainAtTheNextStart) {
@@ -275,7 +275,7 @@ TEST_F(ResetCount, APathThatCannotBeExaminedIsAnExceptionAndIsNotWritten) {
 TEST_F(ResetCount, WithoutADataDirectoryThePathIsTheBareName) {
   const support::TempDir directory;
   ASSERT_EQ(chdir(directory.Path().c_str()), 0);
-  fake::Fail("app_get_data_path", 0, fake::kForever);
+  fake::Fail("app_get_data_path", 0, fake::FOREVER);
   SetFactoryAndServiceResetCount(5, 7);
   EXPECT_EQ(ReadFile(directory / "reset_count_info.txt"),
             "{\"factory_reset_count\":5,\"service_reset_count\":7}\n");

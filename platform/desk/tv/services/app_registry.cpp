@@ -90,15 +90,15 @@ std::vector<KnownApp> AppRegistry::All() const {
 
 void AppRegistry::Add(const std::string& id, const std::string& program) {
   if (!IsAppId(id)) {
-    throw DeskError(DeskError::Usage,
+    throw DeskError(DeskError::USAGE,
                     "\"" + id + "\" is not an app id: use letters, digits, \".\", \"_\", \"-\"");
   }
   if (m_catalogue.FindApp(id) != nullptr) {
-    throw DeskError(DeskError::Failed,
+    throw DeskError(DeskError::FAILED,
                     id + " is an app of an installed package: choose another id");
   }
   if (program.empty() || program.front() != '/' || access(program.c_str(), X_OK) != 0) {
-    throw DeskError(DeskError::Failed,
+    throw DeskError(DeskError::FAILED,
                     program + " cannot be run: give the path of an executable file");
   }
   std::map<std::string, std::string> programs = m_programs;

@@ -53,7 +53,7 @@ WebAppState ReadState(const Json::Value& request) {
   const std::string word = RequireString(request, "word");
   const std::optional<WebAppState> state = ParseState(word);
   if (!state) {
-    throw DeskError(DeskError::Usage, "a web app has no state \"" + word +
+    throw DeskError(DeskError::USAGE, "a web app has no state \"" + word +
                                           "\": use init, load, preload, resume, pause, destroy or "
                                           "quit");
   }
@@ -150,7 +150,7 @@ void Apps::AddStateMethods(Router& router) {
       if (failure.empty()) {
         reply->Return(Json::Value(Json::objectValue));
       } else {
-        reply->Fail(DeskError::Failed, failure);
+        reply->Fail(DeskError::FAILED, failure);
       }
     });
   });
@@ -295,14 +295,14 @@ void Apps::EndAll() {
 void Apps::RequestState(const std::string& id, WebAppState state, StateRequests::Done done) {
   const std::optional<KnownApp> app = m_registry.Find(id);
   if (!app) {
-    throw DeskError(DeskError::NotFound, "there is no app " + id + ": see `tv app list`");
+    throw DeskError(DeskError::NOT_FOUND, "there is no app " + id + ": see `tv app list`");
   }
   if (app->kind != KnownApp::Kind::Ui) {
-    throw DeskError(DeskError::Failed, id + " is not a web app: only web apps have states");
+    throw DeskError(DeskError::FAILED, id + " is not a web app: only web apps have states");
   }
   const auto process = m_processes.find(id);
   if (process == m_processes.end()) {
-    throw DeskError(DeskError::Failed, id + " is not running: use `tv app launch`");
+    throw DeskError(DeskError::FAILED, id + " is not running: use `tv app launch`");
   }
   process->second.requests.Add(state, std::move(done), SenderTo(id, process->second.pid));
 }
@@ -316,7 +316,7 @@ StateRequests::Send Apps::SenderTo(const std::string& id, pid_t pid) {
 void Apps::OnEntered(std::optional<WebAppState> state, const Caller& caller) {
   const auto found = m_processes.find(caller.appId);
   if (caller.kind != Caller::Kind::App || found == m_processes.end() || !state) {
-    throw DeskError(DeskError::Failed, "only a running web app can report one of its states");
+    throw DeskError(DeskError::FAILED, "only a running web app can report one of its states");
   }
   Process& process = found->second;
   process.state = state;

@@ -22,7 +22,7 @@ constexpr int BROADCAST_SOURCE = 0;
 
 std::uint64_t ReadId(const Json::Value& request) {
   if (!request["id"].isUInt64()) {
-    throw DeskError(DeskError::Usage, "a service id is a number from 0 to 18446744073709551615");
+    throw DeskError(DeskError::USAGE, "a service id is a number from 0 to 18446744073709551615");
   }
   return request["id"].asUInt64();
 }
@@ -49,7 +49,7 @@ SignalRequest ReadSignal(const Json::Value& request) {
   const bool hex =
       std::all_of(data.begin(), data.end(), [](unsigned char c) { return std::isxdigit(c) != 0; });
   if (!request["signal"].isInt() || !hex || data.size() % 2 != 0) {
-    throw DeskError(DeskError::Usage,
+    throw DeskError(DeskError::USAGE,
                     "a signal is a number, and its data has two hex digits per byte");
   }
   return {request["signal"].asInt(), data};
@@ -78,7 +78,7 @@ std::string HexBytes(std::uint64_t id) {
 }
 
 DeskError NoService(std::uint64_t id) {
-  return DeskError(DeskError::NotFound,
+  return DeskError(DeskError::NOT_FOUND,
                    "there is no service " + std::to_string(id) + ": see `tv service list`");
 }
 
@@ -177,7 +177,7 @@ void Broadcast::Store(List services) {
 
 void Broadcast::Add(const BroadcastService& service) {
   if (m_channels.PackageOfService(service.id)) {
-    throw DeskError(DeskError::Failed, "service " + std::to_string(service.id) +
+    throw DeskError(DeskError::FAILED, "service " + std::to_string(service.id) +
                                            " is a virtual channel: choose another id");
   }
   List services = Without(service.id);
@@ -187,7 +187,7 @@ void Broadcast::Add(const BroadcastService& service) {
 
 void Broadcast::Remove(std::uint64_t id) {
   if (m_channels.PackageOfService(id)) {
-    throw DeskError(DeskError::Failed, "service " + std::to_string(id) +
+    throw DeskError(DeskError::FAILED, "service " + std::to_string(id) +
                                            " is a virtual channel: uninstall its package instead");
   }
   List services = Without(id);

@@ -45,13 +45,13 @@ bool IsKey(const std::string& key) {
 
 void Check(const std::string& key, const KeyValue& value) {
   if (!IsKey(key)) {
-    throw DeskError(DeskError::Usage, "\"" + key +
+    throw DeskError(DeskError::USAGE, "\"" + key +
                                           "\" is not a settings key: a key begins with db/, "
                                           "memory/ or rtc/");
   }
   const auto* text = std::get_if<std::string>(&value);
   if (text != nullptr && text->find('\0') != std::string::npos) {
-    throw DeskError(DeskError::Usage, "the value of " + key + " contains a NUL byte: remove it");
+    throw DeskError(DeskError::USAGE, "the value of " + key + " contains a NUL byte: remove it");
   }
 }
 
@@ -65,7 +65,7 @@ KeyValue ReadValue(const Json::Value& request) {
   if (type == "string" && value.isString()) {
     return value.asString();
   }
-  throw DeskError(DeskError::Usage, "the value is not of the type \"" + type +
+  throw DeskError(DeskError::USAGE, "the value is not of the type \"" + type +
                                         "\": a value is an int of 32 bits or a string");
 }
 

@@ -23,7 +23,7 @@ std::string RealPath(const std::string& path) {
   const std::unique_ptr<char, decltype(&std::free)> real(realpath(path.c_str(), nullptr),
                                                          std::free);
   if (real == nullptr) {
-    throw DeskError(DeskError::Failed, path + ": " + std::strerror(errno));
+    throw DeskError(DeskError::FAILED, path + ": " + std::strerror(errno));
   }
   return real.get();
 }
@@ -43,7 +43,7 @@ std::vector<std::string> Words(const std::string& text) {
 MountCommand ParseMountCommand(const std::string& command, const DeskPaths& paths) {
   const std::vector<std::string> words = Words(command);
   if (words.size() != 4 || words[0] != "-o" || words[1].empty()) {
-    throw DeskError(DeskError::Failed,
+    throw DeskError(DeskError::FAILED,
                     "the command must be \"-o <options> <image> <directory>\": " + command);
   }
   return {words[1], ResolveMountPath(words[2], paths), ResolveMountPath(words[3], paths)};
@@ -53,7 +53,7 @@ std::string ResolveMountPath(const std::string& path, const DeskPaths& paths) {
   const bool sandboxed = !IsBelow(path, paths.Apps()) && IsBelow(path, APPS);
   std::string real = RealPath(sandboxed ? paths.Root() + path : path);
   if (path.empty() || path.front() != '/' || !IsBelow(real, RealPath(paths.Apps()))) {
-    throw DeskError(DeskError::Failed, path + " is not in the package directory of this desk");
+    throw DeskError(DeskError::FAILED, path + " is not in the package directory of this desk");
   }
   return real;
 }

@@ -23,7 +23,7 @@ constexpr char PREFIX[] = ".install-";
   const std::string why = error == ENOSPC || error == EDQUOT
                               ? "no space left on the device: make room and try again"
                               : std::strerror(error);
-  throw DeskError(DeskError::Failed, "cannot " + what + " " + path + ": " + why);
+  throw DeskError(DeskError::FAILED, "cannot " + what + " " + path + ": " + why);
 }
 
 void Rename(const std::string& from, const std::string& to) {

@@ -136,19 +136,19 @@ void Packages::Run(Job& job) {
       job.reply->Return(JsonObject({{"package", job.package}, {"version", job.version}}));
     }
   } catch (const DeskError& error) {
-    const bool missing = error.Code() == DeskError::NotFound;
+    const bool missing = error.Code() == DeskError::NOT_FOUND;
     SendEvent(job, JobState::Failed, 0,
               missing ? PACKAGE_MANAGER_ERROR_NO_SUCH_PACKAGE : PACKAGE_MANAGER_ERROR_SYSTEM_ERROR);
     job.reply->Fail(error.Code(), error.what());
   } catch (const std::exception& error) {
     SendEvent(job, JobState::Failed, 0, PACKAGE_MANAGER_ERROR_SYSTEM_ERROR);
-    job.reply->Fail(DeskError::Failed, error.what());
+    job.reply->Fail(DeskError::FAILED, error.what());
   }
 }
 
 void Packages::Install(Job& job) {
   if (!std::filesystem::exists(job.file)) {
-    throw DeskError(DeskError::NotFound, "there is no file " + job.file);
+    throw DeskError(DeskError::NOT_FOUND, "there is no file " + job.file);
   }
   const PackageFile package = ReadPackage(job.file);
   const PackageManifest& manifest = package.manifest;
@@ -195,10 +195,10 @@ void Packages::CallBeforeChange(const std::string& package) {
 void Packages::CheckInstallable(const Job& job, const PackageManifest& manifest) const {
   const bool installed = m_catalogue.Find(manifest.id) != nullptr;
   if (job.kind == JobKind::Install && installed) {
-    throw DeskError(DeskError::Failed, manifest.id + " is installed: use `tv pkg update`");
+    throw DeskError(DeskError::FAILED, manifest.id + " is installed: use `tv pkg update`");
   }
   if (job.kind == JobKind::Update && !installed) {
-    throw DeskError(DeskError::NotFound, manifest.id + " is not installed: use `tv pkg install`");
+    throw DeskError(DeskError::NOT_FOUND, manifest.id + " is not installed: use `tv pkg install`");
   }
 }
 
@@ -218,7 +218,7 @@ void Packages::Uninstall(Job& job) {
   m_worker.OnMainLoop([&] {
     const PackageManifest* row = m_catalogue.Find(job.package);
     if (row == nullptr) {
-      throw DeskError(DeskError::NotFound, job.package + " is not installed: see `tv pkg list`");
+      throw DeskError(DeskError::NOT_FOUND, job.package + " is not installed: see `tv pkg list`");
     }
     before = *row;
   });

@@ -16,7 +16,7 @@ std::string ReadSender(const Json::Value& request, const Caller& caller) {
 PortName ReadOwnPort(const Json::Value& request, const Caller& caller) {
   const std::string port = RequireString(request, "port");
   if (port.empty()) {
-    throw DeskError(DeskError::Usage, "the name of the port is empty: give it a name");
+    throw DeskError(DeskError::USAGE, "the name of the port is empty: give it a name");
   }
   return {ReadSender(request, caller), port};
 }

@@ -102,7 +102,7 @@ WebAppChange ReadChange(const Json::Value& request) {
 int ReadDelay(const Json::Value& request) {
   const int seconds = OptionalInt(request, "seconds", -1);
   if (seconds < 0) {
-    throw DeskError(DeskError::Usage, "the delay must be a number of seconds, 0 or more");
+    throw DeskError(DeskError::USAGE, "the delay must be a number of seconds, 0 or more");
   }
   return seconds;
 }

@@ -75,13 +75,13 @@ TEST(AppTypeLayer, AReleaseTakesNull) {
 
 /// The texts are long, so that the other thread can run while one is copied.
 TEST(AppTypeLayer, MetadataIsReadWholeWhileItIsSet) {
-  constexpr int kRounds = 20000;
+  constexpr int ROUNDS = 20000;
   const std::string early(20000, '1');
   const std::string late(20001, '2');
   const auto layer = MakeLayer("a", "type", early, {"key"});
   layer->SetMetadata("orv_data", {"key", early}, false);
   support::OtherThread writer([&] {
-    for (int i = 0; i < kRounds; ++i) {
+    for (int i = 0; i < ROUNDS; ++i) {
       layer->SetMetadata("orv_data", {"key", i % 2 == 0 ? late : early}, false);
       layer->SetMetadata("orv_type", {"type", i % 2 == 0 ? late : early}, true);
     }

@@ -56,9 +56,9 @@ class ChFeederCustomTest : public testing::Test {
     Forget();
   }
 
-  const std::string m_tree = FileSystemUtils::GetHbbTvDirectoryPath() + layers::kPackage;
-  const std::string m_addEvent = std::string("1000 ") + layers::kPackage;
-  const std::string m_deleteEvent = std::string("1001 ") + layers::kPackage;
+  const std::string m_tree = FileSystemUtils::GetHbbTvDirectoryPath() + layers::PACKAGE;
+  const std::string m_addEvent = std::string("1000 ") + layers::PACKAGE;
+  const std::string m_deleteEvent = std::string("1001 ") + layers::PACKAGE;
   layers::Chain<ChFeederCustom> m_feeder;
 };
 

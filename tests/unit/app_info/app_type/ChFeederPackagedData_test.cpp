@@ -29,7 +29,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 /// JSON that is not a list of texts, each with the message of the library.
-const std::vector<std::pair<std::string, std::string>> kMisshapen = {
+const std::vector<std::pair<std::string, std::string>> MISSHAPEN = {
     {"[1]", "in Json::Value::resolveReference(key, end): requires objectValue"},
     {"{\"app_type\":[{}]}", "Type is not convertible to string"}};
 
@@ -62,29 +62,29 @@ class ChFeederPackagedDataTest : public testing::Test {
            "\",\"widget_id\":\"AbCdEfGhIj.widget\"}\n";
   }
 
-  const std::string m_tree = FileSystemUtils::GetHbbTvDirectoryPath() + layers::kPackage;
+  const std::string m_tree = FileSystemUtils::GetHbbTvDirectoryPath() + layers::PACKAGE;
 };
 
 TEST_F(ChFeederPackagedDataTest, WhatTheRemovalThrowsIsLoggedAndEndsThere) {
-  for (const auto& [content, text] : kMisshapen) {
+  for (const auto& [content, text] : MISSHAPEN) {
     WriteList(content);
     Forget();
-    ChFeederPackagedData::RemoveForUpdate(layers::kPackage, "ch_feeder_custom", 1);
+    ChFeederPackagedData::RemoveForUpdate(layers::PACKAGE, "ch_feeder_custom", 1);
     EXPECT_THAT(Errors(), ElementsAre("[ERROR] exception : " + text)) << content;
   }
 }
 
 TEST_F(ChFeederPackagedDataTest, ARemovalThatDoesNotThrowTakesWhatItsTypeSays) {
   WriteList("{\"app_type\":[\"ch_feeder_custom\"]}");
-  ChFeederPackagedData::RemoveForUpdate(layers::kPackage, "ch_feeder_custom", 2);
+  ChFeederPackagedData::RemoveForUpdate(layers::PACKAGE, "ch_feeder_custom", 2);
   EXPECT_TRUE(support::Exists(m_tree));
-  ChFeederPackagedData::RemoveForUpdate(layers::kPackage, "ch_feeder_custom", 1);
+  ChFeederPackagedData::RemoveForUpdate(layers::PACKAGE, "ch_feeder_custom", 1);
   EXPECT_FALSE(support::Exists(m_tree));
   EXPECT_THAT(Errors(), IsEmpty());
 }
 
 TEST_F(ChFeederPackagedDataTest, AStandardUpdateWhoseRemovalThrowsInstallsAndClears) {
-  for (const auto& [content, text] : kMisshapen) {
+  for (const auto& [content, text] : MISSHAPEN) {
     const auto feeder = layers::Decorate<ChFeederStandard>("extended");
     layers::Apply(*feeder, "channel_data_url", "http://old/c");
     layers::Apply(*feeder, "schedule_data_url", "http://old/s");
@@ -112,7 +112,7 @@ TEST_F(ChFeederPackagedDataTest, AStandardUpdateWhoseRemovalThrowsInstallsAndCle
 }
 
 TEST_F(ChFeederPackagedDataTest, ACustomUpdateWhoseRemovalThrowsClearsTheStagedValue) {
-  for (const auto& [content, text] : kMisshapen) {
+  for (const auto& [content, text] : MISSHAPEN) {
     const auto feeder = layers::Decorate<ChFeederCustom>(layers::NewRecord(), "", nullptr);
     WriteList(content);
     layers::StageValue(*feeder, "basic");
@@ -132,7 +132,7 @@ TEST_F(ChFeederPackagedDataTest, AnUpdateWhoseRemovalThrowsReachesTheOuterLayer)
   WriteList("[1]");
   Forget();
   chain->UpdateOperation();
-  EXPECT_THAT(fake::LogTexts(), HasLogTimes("[ERROR] exception : " + kMisshapen[0].second, 2));
+  EXPECT_THAT(fake::LogTexts(), HasLogTimes("[ERROR] exception : " + MISSHAPEN[0].second, 2));
   EXPECT_THAT(Requests(), ElementsAre(UpdateRequest("", "")));
 }
 

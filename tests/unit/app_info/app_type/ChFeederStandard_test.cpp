@@ -77,8 +77,8 @@ class ChFeederStandardTest : public testing::Test {
   }
   std::vector<std::string> Errors() { return fake::LogTexts(DLOG_ERROR); }
 
-  const std::string m_directory = FileSystemUtils::GetMetaDataDirectoryPath() + layers::kPackage;
-  const std::string m_tree = FileSystemUtils::GetHbbTvDirectoryPath() + layers::kPackage;
+  const std::string m_directory = FileSystemUtils::GetMetaDataDirectoryPath() + layers::PACKAGE;
+  const std::string m_tree = FileSystemUtils::GetHbbTvDirectoryPath() + layers::PACKAGE;
   const std::string m_removeRecord = "{\"pkg_id\":\"org.example.pkg\"}\n";
   layers::Chain<ChFeederStandard> m_feeder;
 };
@@ -87,8 +87,8 @@ TEST_F(ChFeederStandardTest, TheFactoryLogsTheValueAndEntersThreeEmptyKeys) {
   m_feeder = layers::Decorate<ChFeederStandard>("some value");
   EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] rMetadataValue : some value"));
   EXPECT_EQ(m_feeder->GetAppType(), "ch_feeder_standard");
-  EXPECT_EQ(m_feeder->m_sPackageID, layers::kPackage);
-  EXPECT_EQ(m_feeder->m_sWidgetID, layers::kWidget);
+  EXPECT_EQ(m_feeder->m_sPackageID, layers::PACKAGE);
+  EXPECT_EQ(m_feeder->m_sWidgetID, layers::WIDGET);
   MetadataMap metadata;
   m_feeder->GetAllMetadata(metadata);
   EXPECT_EQ(metadata,

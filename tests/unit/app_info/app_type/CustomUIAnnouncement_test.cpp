@@ -15,7 +15,7 @@ namespace {
 
 using testing::ElementsAre;
 
-const std::string kKey = "db/orv_channel/custom_ui_type";
+const std::string KEY = "db/orv_channel/custom_ui_type";
 
 TEST(CustomUIAnnouncement, TheOptionIsDefaultWhenMissingOrEmpty) {
   const std::string option = "custom_ui_cold_boot_opt";
@@ -35,27 +35,27 @@ TEST(CustomUIAnnouncement, AnAnnouncementHasFourMembers) {
 }
 
 TEST(CustomUIAnnouncement, TheKeyIsReadAndWrittenOnceUnderTheNameOfTheOperation) {
-  fake::StoreKey(kKey, std::string("{\"B\":1}"));
+  fake::StoreKey(KEY, std::string("{\"B\":1}"));
   EXPECT_TRUE(CustomUIAnnouncement::WriteAppInfoVconfKey("A", Json::Value("x"), false));
-  EXPECT_EQ(fake::StringKey(kKey), "{\"A\":\"x\",\"B\":1}\n");
+  EXPECT_EQ(fake::StringKey(KEY), "{\"A\":\"x\",\"B\":1}\n");
   EXPECT_THAT(fake::CallNames(), ElementsAre("vconf_get_str", "vconf_set_str"));
   ASSERT_EQ(fake::Logs().size(), 1u);
   EXPECT_THAT(fake::Logs()[0].text, testing::HasSubstr(": WriteAppInfoVconfKey("));
 }
 
 TEST(CustomUIAnnouncement, AMemberIsEmptiedOrComesOutAsNull) {
-  fake::StoreKey(kKey, std::string("{\"A\":{\"a\":1}}"));
+  fake::StoreKey(KEY, std::string("{\"A\":{\"a\":1}}"));
   EXPECT_TRUE(CustomUIAnnouncement::WriteAppInfoVconfKey("A", Json::Value(), true));
-  EXPECT_EQ(fake::StringKey(kKey), "{\"A\":{}}\n");
+  EXPECT_EQ(fake::StringKey(KEY), "{\"A\":{}}\n");
   EXPECT_TRUE(CustomUIAnnouncement::WriteAppInfoVconfKey("B", Json::Value(), true));
-  EXPECT_EQ(fake::StringKey(kKey), "{\"A\":{},\"B\":null}\n");
+  EXPECT_EQ(fake::StringKey(KEY), "{\"A\":{},\"B\":null}\n");
 }
 
 TEST(CustomUIAnnouncement, JsonThatIsNestedTooDeeplyRaisesAndStays) {
   const std::string deep(5000, '[');
-  fake::StoreKey(kKey, deep);
+  fake::StoreKey(KEY, deep);
   EXPECT_FALSE(CustomUIAnnouncement::WriteAppInfoVconfKey("A", Json::Value(), true));
-  EXPECT_EQ(fake::StringKey(kKey), deep);
+  EXPECT_EQ(fake::StringKey(KEY), deep);
   EXPECT_THAT(fake::LogTexts(DLOG_ERROR), ElementsAre("[ERROR] Exception Caught"));
 }
 

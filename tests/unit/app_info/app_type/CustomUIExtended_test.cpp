@@ -36,23 +36,23 @@ using testing::IsEmpty;
 using testing::Not;
 using Screens = std::vector<CustomUIExtended::SupportedAppType>;
 
-constexpr auto kChannelList = CustomUIExtended::SUPPORTED_APP_TYPE_CHANNEL_LIST;
-constexpr auto kEpg = CustomUIExtended::SUPPORTED_APP_TYPE_EPG;
+constexpr auto CHANNEL_LIST = CustomUIExtended::SUPPORTED_APP_TYPE_CHANNEL_LIST;
+constexpr auto EPG = CustomUIExtended::SUPPORTED_APP_TYPE_EPG;
 
-const std::string kKey = "db/orv_channel/custom_ui_type";
-const std::string kStatusKey = std::string("rtc/memory/WebApp/") + layers::kApp;
-const std::string kOption = "custom_ui_cold_boot_opt";
-const std::string kFile = "/opt/share/orv_ch/replacement_ui_info.json";
-const std::string kBackground = "background_img";
-const std::string kLayout = "org.example.layout";
+const std::string KEY = "db/orv_channel/custom_ui_type";
+const std::string STATUS_KEY = std::string("rtc/memory/WebApp/") + layers::APP;
+const std::string OPTION = "custom_ui_cold_boot_opt";
+const std::string FILE_NAME = "/opt/share/orv_ch/replacement_ui_info.json";
+const std::string BACKGROUND = "background_img";
+const std::string LAYOUT = "org.example.layout";
 
 class CustomUIExtendedTest : public testing::Test {
  protected:
   CustomUIExtendedTest() {
-    fake::StoreKey(kKey, std::string());
+    fake::StoreKey(KEY, std::string());
     boost::filesystem::remove_all("/opt/share/orv_ch");
     // Every wait for the app lasts until the test ends it.
-    fake::SetWaits(fake::Waits::kManual);
+    fake::SetWaits(fake::Waits::Manual);
   }
 
   void Forget() {
@@ -62,10 +62,10 @@ class CustomUIExtendedTest : public testing::Test {
   }
   void Make(const std::string& rValue, const std::string& rOption = "default") {
     m_ui = layers::Decorate<CustomUIExtended>(rValue);
-    layers::Apply(*m_ui, kOption, rOption);
+    layers::Apply(*m_ui, OPTION, rOption);
     Forget();
   }
-  void WriteReplacementFile() { support::WriteFile(kFile, "{\"appid\":\"" + kLayout + "\"}"); }
+  void WriteReplacementFile() { support::WriteFile(FILE_NAME, "{\"appid\":\"" + LAYOUT + "\"}"); }
   /// Runs an operation of the layer on another thread, its caller; when this function returns, the
   /// operation's worker is waiting.
   void Begin(const std::function<void()>& operation) {
@@ -89,7 +89,7 @@ class CustomUIExtendedTest : public testing::Test {
     return "\"CustomApp\":{\"app_id\":\"AbCdEfGhIj.app\",\"cold_boot_opt\":\"" + rOption +
            "\",\"pkg_id\":\"org.example.pkg\",\"widget_id\":\"AbCdEfGhIj.widget\"}";
   }
-  std::string Key() { return fake::StringKey(kKey).value_or("no such key"); }
+  std::string Key() { return fake::StringKey(KEY).value_or("no such key"); }
   Screens Enabled(const std::string& rText) {
     Screens types;
     CustomUIExtended::GetEnabledAppTypes(rText, types);
@@ -112,7 +112,7 @@ class CustomUIExtendedTest : public testing::Test {
   }
   std::vector<std::string> Errors() { return fake::LogTexts(DLOG_ERROR); }
 
-  const std::string m_app = layers::kApp;
+  const std::string m_app = layers::APP;
   layers::Chain<CustomUIExtended> m_ui;
   std::atomic<bool> m_bReturned{false};
   std::thread m_caller;
@@ -133,15 +133,15 @@ TEST_F(CustomUIExtendedTest, TheReleaseOfNullDoesNothing) {
 }
 
 TEST_F(CustomUIExtendedTest, ScreensAreCutAtCommasAndKeepTheirOrderAndRepeats) {
-  EXPECT_EQ(Enabled("epg,channel_list,epg"), (Screens{kEpg, kChannelList, kEpg}));
+  EXPECT_EQ(Enabled("epg,channel_list,epg"), (Screens{EPG, CHANNEL_LIST, EPG}));
   EXPECT_THAT(Enabled("EPG, channel_list,info,,"), IsEmpty());
   EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] rMetadataValue : epg,channel_list,epg",
                                             "[Info] rMetadataValue : EPG, channel_list,info,,"));
 }
 
 TEST_F(CustomUIExtendedTest, TheNumbersOfTheScreensAreFixed) {
-  EXPECT_EQ(kChannelList, 0);
-  EXPECT_EQ(kEpg, 1);
+  EXPECT_EQ(CHANNEL_LIST, 0);
+  EXPECT_EQ(EPG, 1);
 }
 
 // The settings key.
@@ -153,7 +153,7 @@ TEST_F(CustomUIExtendedTest, ARunOverAnEmptyKeyWritesTheFourMembers) {
 }
 
 TEST_F(CustomUIExtendedTest, TheAnnouncementOfTheBannersStaysUntouched) {
-  fake::StoreKey(kKey, std::string("{\"CustomBanner\":{\"app_id\":\"b\"}}"));
+  fake::StoreKey(KEY, std::string("{\"CustomBanner\":{\"app_id\":\"b\"}}"));
   Make("epg", "invisible");
   m_ui->RunOperation(false);
   EXPECT_EQ(Key(), "{" + App("invisible") + ",\"CustomBanner\":{\"app_id\":\"b\"}}\n");
@@ -162,7 +162,7 @@ TEST_F(CustomUIExtendedTest, TheAnnouncementOfTheBannersStaysUntouched) {
 }
 
 TEST_F(CustomUIExtendedTest, AKeyWithBrokenJsonStaysAndNoOperationIsTouched) {
-  fake::StoreKey(kKey, std::string("{broken"));
+  fake::StoreKey(KEY, std::string("{broken"));
   Make("epg");
   m_ui->RunOperation(false);
   EXPECT_EQ(Key(), "{broken");
@@ -173,7 +173,7 @@ TEST_F(CustomUIExtendedTest, AKeyWithBrokenJsonStaysAndNoOperationIsTouched) {
 }
 
 TEST_F(CustomUIExtendedTest, AKeyOfAnotherKindOfJsonRaisesAndStays) {
-  fake::StoreKey(kKey, std::string("7"));
+  fake::StoreKey(KEY, std::string("7"));
   Make("epg");
   EXPECT_FALSE(m_ui->WriteAppInfoVconfKey(false));
   EXPECT_EQ(Key(), "7");
@@ -181,7 +181,7 @@ TEST_F(CustomUIExtendedTest, AKeyOfAnotherKindOfJsonRaisesAndStays) {
 }
 
 TEST_F(CustomUIExtendedTest, WithoutTheKeyAnExceptionLeavesTheRun) {
-  fake::UnsetKey(kKey);
+  fake::UnsetKey(KEY);
   Make("epg");
   EXPECT_THROW(m_ui->RunOperation(false), std::logic_error);
   EXPECT_THAT(OperationChanges(), IsEmpty());
@@ -197,7 +197,7 @@ TEST_F(CustomUIExtendedTest, ARunTakesTheOperationsInTheOrderOfTheTextAndPreload
   EXPECT_EQ(fake::OperationApp(ORV_OPERATION_CHANNEL_LIST), m_app);
   ASSERT_EQ(fake::Launches().size(), 1u);
   EXPECT_EQ(fake::Launches()[0].extra.size(), 1u);
-  EXPECT_EQ(fake::KeySubscriptions(kStatusKey), 1u);
+  EXPECT_EQ(fake::KeySubscriptions(STATUS_KEY), 1u);
   const std::vector<std::string> order = fake::CallNames();
   EXPECT_LT(std::find(order.begin(), order.end(), "vconf_set_str"),
             std::find(order.begin(), order.end(), "app_operation_set_current_app"));
@@ -213,7 +213,7 @@ TEST_F(CustomUIExtendedTest, AValueOfOneKnownScreenSetsOneOperation) {
 
 TEST_F(CustomUIExtendedTest, ARunOfAKnownAppLeavesTheKeyAndTakesTheOperations) {
   Make("epg");
-  fake::StoreKey(kKey, std::string("left from the earlier run"));
+  fake::StoreKey(KEY, std::string("left from the earlier run"));
   m_ui->RunOperation(true);
   EXPECT_EQ(Key(), "left from the earlier run");
   EXPECT_EQ(fake::CallCount("vconf_get_str"), 0u);
@@ -259,7 +259,7 @@ TEST_F(CustomUIExtendedTest, TheStatusCallbackIsEnteredWithTheLayer) {
   std::snprintf(aText, sizeof(aText),
                 "[Info] rAppID : %s, rAppType : custom_ui_extended, pCallbackFuncPtr : %p, "
                 "pUserData : %p",
-                layers::kApp, reinterpret_cast<void*>(&CustomUIExtended::OnAppStatusChanged),
+                layers::APP, reinterpret_cast<void*>(&CustomUIExtended::OnAppStatusChanged),
                 static_cast<void*>(static_cast<AppInfo*>(m_ui.get())));
   EXPECT_THAT(fake::LogTexts(), HasLog(aText));
 }
@@ -273,7 +273,7 @@ TEST_F(CustomUIExtendedTest, AStopOnTheDirectPathGivesBackWhatIsItsOwn) {
   EXPECT_EQ(fake::LogTexts().front(), "[Info] In");
   EXPECT_THAT(OperationChanges(), ElementsAre("channel-list reset"));
   EXPECT_EQ(fake::OperationApp(ORV_OPERATION_EPG), "somebody.else");
-  EXPECT_EQ(fake::KeySubscriptions(kStatusKey), 0u);
+  EXPECT_EQ(fake::KeySubscriptions(STATUS_KEY), 0u);
   EXPECT_EQ(Key(), "{\"CustomApp\":{}}\n");
   EXPECT_EQ(fake::CallNames().back(), "vconf_set_str");
 }
@@ -301,23 +301,23 @@ TEST_F(CustomUIExtendedTest, OtherOptionsAndNoneTakeTheDirectPath) {
 
 TEST_F(CustomUIExtendedTest, WithABackgroundImageTheReplacementServesUntilTheAppIsUp) {
   WriteReplacementFile();
-  Make("epg,channel_list", kBackground);
+  Make("epg,channel_list", BACKGROUND);
   Begin([this] { m_ui->RunOperation(false); });
-  EXPECT_THAT(OperationChanges(), ElementsAre("epg=" + kLayout, "channel-list=" + kLayout));
-  EXPECT_EQ(Key(), "{" + App(kBackground) + "}\n");
+  EXPECT_THAT(OperationChanges(), ElementsAre("epg=" + LAYOUT, "channel-list=" + LAYOUT));
+  EXPECT_EQ(Key(), "{" + App(BACKGROUND) + "}\n");
   EXPECT_EQ(fake::Launches().size(), 1u);
   Tell(3, m_ui.get());
   End();
-  EXPECT_THAT(OperationChanges(), ElementsAre("epg=" + kLayout, "channel-list=" + kLayout,
+  EXPECT_THAT(OperationChanges(), ElementsAre("epg=" + LAYOUT, "channel-list=" + LAYOUT,
                                               "epg=" + m_app, "channel-list=" + m_app));
   EXPECT_THAT(fake::LogTexts(), HasLogsInOrder(Texts({"[Info] rMetadataValue : epg,channel_list",
-                                                      "[Debug] sLayoutAppID : " + kLayout})));
+                                                      "[Debug] sLayoutAppID : " + LAYOUT})));
 }
 
 TEST_F(CustomUIExtendedTest, TheWorkRunsOnAnotherThreadWhileTheCallerWaits) {
   WriteReplacementFile();
-  fake::SetWaits(fake::Waits::kTimeOut);
-  Make("epg", kBackground);
+  fake::SetWaits(fake::Waits::TimeOut);
+  Make("epg", BACKGROUND);
   m_ui->RunOperation(false);
   const std::vector<fake::Call> calls = fake::Calls("app_operation_set_current_app");
   ASSERT_EQ(calls.size(), 2u);
@@ -328,19 +328,19 @@ TEST_F(CustomUIExtendedTest, TheWorkRunsOnAnotherThreadWhileTheCallerWaits) {
 
 TEST_F(CustomUIExtendedTest, AfterTwentySecondsTheAppServesReadyOrNot) {
   WriteReplacementFile();
-  Make("epg", kBackground);
+  Make("epg", BACKGROUND);
   Begin([this] { m_ui->RunOperation(false); });
   EXPECT_EQ(fake::AdvanceWaits(19999), 0u);
   EXPECT_EQ(fake::WaitingThreads(), 1u);
   EXPECT_EQ(fake::AdvanceWaits(1), 1u);
   End();
-  EXPECT_THAT(OperationChanges(), ElementsAre("epg=" + kLayout, "epg=" + m_app));
+  EXPECT_THAT(OperationChanges(), ElementsAre("epg=" + LAYOUT, "epg=" + m_app));
 }
 
 TEST_F(CustomUIExtendedTest, PreloadResumeAndPauseWakeTheWaiter) {
   WriteReplacementFile();
   for (const int iStatus : {2, 3, 4}) {
-    Make("epg", kBackground);
+    Make("epg", BACKGROUND);
     Begin([this] { m_ui->RunOperation(true); });
     Tell(iStatus, m_ui.get());
     End();
@@ -350,7 +350,7 @@ TEST_F(CustomUIExtendedTest, PreloadResumeAndPauseWakeTheWaiter) {
 
 TEST_F(CustomUIExtendedTest, InitLoadDestroyAndUnknownWakeNoThread) {
   WriteReplacementFile();
-  Make("epg", kBackground);
+  Make("epg", BACKGROUND);
   Begin([this] { m_ui->RunOperation(true); });
   for (const int iStatus : {-1, 0, 1, 5, 7}) Tell(iStatus, m_ui.get());
   // The wait was not notified: only the time limit ends it.
@@ -364,7 +364,7 @@ TEST_F(CustomUIExtendedTest, AStatusOfAnotherAppOfTheTypeWakesTheWaiterToo) {
   WriteReplacementFile();
   const auto pOther = layers::Decorate<CustomUIExtended>(
       layers::NewRecord("org.example.other", "other.app"), "epg");
-  Make("epg", kBackground);
+  Make("epg", BACKGROUND);
   Begin([this] { m_ui->RunOperation(true); });
   Tell(4, pOther.get());
   End();
@@ -373,7 +373,7 @@ TEST_F(CustomUIExtendedTest, AStatusOfAnotherAppOfTheTypeWakesTheWaiterToo) {
 
 TEST_F(CustomUIExtendedTest, AStatusThatComesBeforeTheWaitIsLost) {
   WriteReplacementFile();
-  Make("epg", kBackground);
+  Make("epg", BACKGROUND);
   fake::SetLaunchHook([this](const fake::Launch&) {
     Tell(3, m_ui.get());
     return 0;
@@ -384,25 +384,25 @@ TEST_F(CustomUIExtendedTest, AStatusThatComesBeforeTheWaitIsLost) {
 }
 
 TEST_F(CustomUIExtendedTest, WithoutAReplacementFileTheKeyIsWrittenAndNoOperationSet) {
-  Make("epg", kBackground);
+  Make("epg", BACKGROUND);
   m_ui->RunOperation(false);
-  EXPECT_EQ(Key(), "{" + App(kBackground) + "}\n");
+  EXPECT_EQ(Key(), "{" + App(BACKGROUND) + "}\n");
   EXPECT_THAT(Errors(), ElementsAre("[ERROR] Invalid Json String."));
   EXPECT_THAT(OperationChanges(), IsEmpty());
   EXPECT_THAT(fake::Launches(), IsEmpty());
 }
 
 TEST_F(CustomUIExtendedTest, AnEmptyReplacementFileIsNoJsonEither) {
-  support::WriteFile(kFile, "");
-  Make("epg", kBackground);
+  support::WriteFile(FILE_NAME, "");
+  Make("epg", BACKGROUND);
   m_ui->RunOperation(true);
   EXPECT_THAT(Errors(), ElementsAre("[ERROR] Invalid Json String."));
 }
 
 TEST_F(CustomUIExtendedTest, AReplacementFileOfAnotherKindOfJsonRaises) {
   for (const char* pText : {"[1]", "{\"appid\":{}}"}) {
-    support::WriteFile(kFile, pText);
-    Make("epg", kBackground);
+    support::WriteFile(FILE_NAME, pText);
+    Make("epg", BACKGROUND);
     m_ui->RunOperation(true);
     EXPECT_THAT(Errors(), ElementsAre("[ERROR] Exception Caught")) << pText;
     EXPECT_THAT(OperationChanges(), IsEmpty()) << pText;
@@ -410,20 +410,20 @@ TEST_F(CustomUIExtendedTest, AReplacementFileOfAnotherKindOfJsonRaises) {
 }
 
 TEST_F(CustomUIExtendedTest, AReplacementFileWithoutAnAppIDGoesOnWithAnEmptyOne) {
-  support::WriteFile(kFile, "{}");
+  support::WriteFile(FILE_NAME, "{}");
   fake::SetOperationApp(ORV_OPERATION_EPG, "somebody.else");
-  fake::SetWaits(fake::Waits::kTimeOut);
-  Make("epg", kBackground);
+  fake::SetWaits(fake::Waits::TimeOut);
+  Make("epg", BACKGROUND);
   m_ui->RunOperation(true);
   EXPECT_THAT(fake::LogTexts(), HasLog("[Debug] sLayoutAppID : "));
   EXPECT_THAT(OperationChanges(), ElementsAre("epg=", "epg=" + m_app));
 }
 
 TEST_F(CustomUIExtendedTest, WhiteSpaceInTheReplacementFileIsGoneAlsoInTexts) {
-  support::WriteFile(kFile,
+  support::WriteFile(FILE_NAME,
                      " {\n\t\"app id\" : \"x\",\n \"appid\" : \" org. example\\tlayout \" }\n");
-  fake::SetWaits(fake::Waits::kTimeOut);
-  Make("epg", kBackground);
+  fake::SetWaits(fake::Waits::TimeOut);
+  Make("epg", BACKGROUND);
   m_ui->RunOperation(true);
   // The two keys become the same key, and the tab is an escape, not whitespace of the file.
   EXPECT_THAT(fake::LogTexts(), HasLog("[Debug] sLayoutAppID : org.example\tlayout"));
@@ -431,26 +431,26 @@ TEST_F(CustomUIExtendedTest, WhiteSpaceInTheReplacementFileIsGoneAlsoInTexts) {
 
 TEST_F(CustomUIExtendedTest, APreloadThatFailsHandsOverAtOnceWithoutAWait) {
   WriteReplacementFile();
-  Make("epg", kBackground);
+  Make("epg", BACKGROUND);
   fake::QueueLaunchResults({APP_CONTROL_ERROR_APP_NOT_FOUND});
   m_ui->RunOperation(true);  // would otherwise wait forever
-  EXPECT_THAT(OperationChanges(), ElementsAre("epg=" + kLayout, "epg=" + m_app));
+  EXPECT_THAT(OperationChanges(), ElementsAre("epg=" + LAYOUT, "epg=" + m_app));
   EXPECT_EQ(fake::Launches().size(), 1u);
 }
 
 TEST_F(CustomUIExtendedTest, AfterAFailedPreloadTheNextWorkerIsNotLockedOut) {
   WriteReplacementFile();
-  Make("epg", kBackground);
+  Make("epg", BACKGROUND);
   fake::QueueLaunchResults({APP_CONTROL_ERROR_APP_NOT_FOUND});
   m_ui->RunOperation(true);
-  fake::SetWaits(fake::Waits::kTimeOut);
+  fake::SetWaits(fake::Waits::TimeOut);
   m_ui->RunOperation(true);
   EXPECT_EQ(OperationChanges().size(), 4u);
 }
 
 TEST_F(CustomUIExtendedTest, WithoutAFreeThreadTheWorkIsNeverDone) {
   WriteReplacementFile();
-  Make("epg", kBackground);
+  Make("epg", BACKGROUND);
   // No thread can have a stack of this size.
   pthread_attr_t attributes;
   ASSERT_EQ(pthread_getattr_default_np(&attributes), 0);
@@ -461,20 +461,20 @@ TEST_F(CustomUIExtendedTest, WithoutAFreeThreadTheWorkIsNeverDone) {
   m_ui->RunOperation(false);
   ASSERT_EQ(pthread_attr_setstacksize(&attributes, uSize), 0);
   ASSERT_EQ(pthread_setattr_default_np(&attributes), 0);
-  EXPECT_EQ(Key(), "{" + App(kBackground) + "}\n");
+  EXPECT_EQ(Key(), "{" + App(BACKGROUND) + "}\n");
   EXPECT_THAT(OperationChanges(), IsEmpty());
   EXPECT_THAT(fake::Launches(), IsEmpty());
 }
 
 TEST_F(CustomUIExtendedTest, AStopWithABackgroundImageTakesTheOperationsOver) {
   WriteReplacementFile();
-  fake::SetWaits(fake::Waits::kTimeOut);
-  Make("epg", kBackground);
+  fake::SetWaits(fake::Waits::TimeOut);
+  Make("epg", BACKGROUND);
   m_ui->RunOperation(false);
   Forget();
   m_ui->StopOperation();
-  EXPECT_THAT(OperationChanges(), ElementsAre("epg=" + kLayout, "epg=" + m_app));
-  EXPECT_EQ(fake::KeySubscriptions(kStatusKey), 1u);
+  EXPECT_THAT(OperationChanges(), ElementsAre("epg=" + LAYOUT, "epg=" + m_app));
+  EXPECT_EQ(fake::KeySubscriptions(STATUS_KEY), 1u);
   EXPECT_EQ(Key(), "{\"CustomApp\":{}}\n");
 }
 
@@ -482,12 +482,12 @@ TEST_F(CustomUIExtendedTest, AStopWithABackgroundImageTakesTheOperationsOver) {
 
 TEST_F(CustomUIExtendedTest, QuitPutsTheReplacementInPlaceAgainWhateverTheOptionSays) {
   WriteReplacementFile();
-  fake::SetWaits(fake::Waits::kTimeOut);
+  fake::SetWaits(fake::Waits::TimeOut);
   Make("epg", "default");
   m_ui->RunOperation(false);
   Forget();
   Tell(6, m_ui.get());
-  EXPECT_THAT(OperationChanges(), ElementsAre("epg=" + kLayout, "epg=" + m_app));
+  EXPECT_THAT(OperationChanges(), ElementsAre("epg=" + LAYOUT, "epg=" + m_app));
   EXPECT_EQ(fake::Launches().size(), 1u);
   EXPECT_EQ(fake::LogTexts().front(), "[Info] rMetadataValue : epg");
 }
@@ -497,21 +497,21 @@ TEST_F(CustomUIExtendedTest, QuitComesFromTheSettingsKeyAndBlocksItForTheWholeTi
   Make("epg", "default");
   m_ui->RunOperation(false);
   Forget();
-  fake::SetKey(kStatusKey, "quit");
+  fake::SetKey(STATUS_KEY, "quit");
   Begin([] { fake::DeliverKeyChanges(); });
   // The next status is queued behind the blocked callback, so it cannot end the wait.
-  fake::SetKey(kStatusKey, "resume");
+  fake::SetKey(STATUS_KEY, "resume");
   EXPECT_EQ(fake::WaitingThreads(), 1u);
   EXPECT_EQ(fake::AdvanceWaits(20000), 1u);
   End();
-  EXPECT_THAT(OperationChanges(), ElementsAre("epg=" + kLayout, "epg=" + m_app));
+  EXPECT_THAT(OperationChanges(), ElementsAre("epg=" + LAYOUT, "epg=" + m_app));
 }
 
 TEST_F(CustomUIExtendedTest, QuitWakesAWaiterBeforeItRearms) {
   WriteReplacementFile();
-  Make("epg", kBackground);
+  Make("epg", BACKGROUND);
   Begin([this] { m_ui->RunOperation(true); });
-  fake::SetWaits(fake::Waits::kTimeOut);  // for the worker that quit starts
+  fake::SetWaits(fake::Waits::TimeOut);  // for the worker that quit starts
   Tell(6, m_ui.get());
   End();
   // Two changes to the replacement and two to the app; operations already set are skipped.
@@ -521,13 +521,13 @@ TEST_F(CustomUIExtendedTest, QuitWakesAWaiterBeforeItRearms) {
 
 TEST_F(CustomUIExtendedTest, QuitOfAnAppThatWasRemovedSinceRearmsNothing) {
   WriteReplacementFile();
-  fake::SetWaits(fake::Waits::kTimeOut);
-  Make("epg", kBackground);
+  fake::SetWaits(fake::Waits::TimeOut);
+  Make("epg", BACKGROUND);
   m_ui->RunOperation(false);
   m_ui->StopOperation();  // keeps the callback
   m_ui.reset();
   Forget();
-  fake::SetKey(kStatusKey, "quit");
+  fake::SetKey(STATUS_KEY, "quit");
   EXPECT_EQ(fake::DeliverKeyChanges(), 1u);
   EXPECT_THAT(fake::LogTexts(), ElementsAre("[Debug] sAppStatus = quit"));
   EXPECT_THAT(fake::CallNames(), ElementsAre("vconf_keynode_get_str"));
@@ -585,27 +585,27 @@ TEST_F(CustomUIExtendedTest, AnUpdateHandsTheOldScreensBackAndTakesTheNewOnes) {
 TEST_F(CustomUIExtendedTest, TheFirstUpdateWipesAnOptionThatIsSetAndTheKeyKeepsIt) {
   Make("epg", "invisible");
   m_ui->RunOperation(false);
-  layers::Stage(*m_ui, kOption, "background_img");  // dropped: the key does not exist yet
+  layers::Stage(*m_ui, OPTION, "background_img");  // dropped: the key does not exist yet
   layers::StageValue(*m_ui, "epg");
   Forget();
   m_ui->UpdateOperation();
   EXPECT_THAT(OperationChanges(), ElementsAre("epg reset", "epg=" + m_app));
-  EXPECT_EQ(m_ui->GetMetadata("orv_data", kOption), "");
+  EXPECT_EQ(m_ui->GetMetadata("orv_data", OPTION), "");
   EXPECT_EQ(Key(), "{" + App("invisible") + "}\n");
 }
 
 TEST_F(CustomUIExtendedTest, AnOptionStagedAloneHandsBackDirectlyAndTakesOverByTheWorker) {
   WriteReplacementFile();
-  fake::SetWaits(fake::Waits::kTimeOut);
+  fake::SetWaits(fake::Waits::TimeOut);
   Make("epg", "");
   m_ui->RunOperation(false);
   layers::StageValue(*m_ui, "epg");
   m_ui->UpdateOperation();  // not a change, but the option can be staged now
-  layers::Stage(*m_ui, kOption, kBackground);
+  layers::Stage(*m_ui, OPTION, BACKGROUND);
   Forget();
   m_ui->UpdateOperation();
-  EXPECT_THAT(OperationChanges(), ElementsAre("epg reset", "epg=" + kLayout, "epg=" + m_app));
-  EXPECT_EQ(m_ui->GetMetadata("orv_data", kOption), kBackground);
+  EXPECT_THAT(OperationChanges(), ElementsAre("epg reset", "epg=" + LAYOUT, "epg=" + m_app));
+  EXPECT_EQ(m_ui->GetMetadata("orv_data", OPTION), BACKGROUND);
   EXPECT_EQ(Key(), "{" + App("default") + "}\n");
   // The staged option is kept, so staging the same text again is not a change.
   layers::StageValue(*m_ui, "epg");

@@ -27,18 +27,18 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
 
-const std::string kKey = "db/orv_channel/custom_ui_type";
-const std::string kStatusKey = std::string("rtc/memory/WebApp/") + layers::kApp;
-const std::string kOption = "custom_ui_cold_boot_opt";
-const std::string kLayout = "org.example.layout";
-const std::string kFile = "/opt/share/orv_ch/replacement_ui_info.json";
+const std::string KEY = "db/orv_channel/custom_ui_type";
+const std::string STATUS_KEY = std::string("rtc/memory/WebApp/") + layers::APP;
+const std::string OPTION = "custom_ui_cold_boot_opt";
+const std::string LAYOUT = "org.example.layout";
+const std::string FILE_NAME = "/opt/share/orv_ch/replacement_ui_info.json";
 
 class CustomUILayersTest : public testing::Test {
  protected:
   CustomUILayersTest() {
-    fake::StoreKey(kKey, std::string());
-    support::WriteFile(kFile, "{\"appid\":\"" + kLayout + "\"}");
-    fake::SetWaits(fake::Waits::kTimeOut);
+    fake::StoreKey(KEY, std::string());
+    support::WriteFile(FILE_NAME, "{\"appid\":\"" + LAYOUT + "\"}");
+    fake::SetWaits(fake::Waits::TimeOut);
   }
   ~CustomUILayersTest() override { boost::filesystem::remove_all("/opt/share/orv_ch"); }
 
@@ -61,9 +61,9 @@ class CustomUILayersTest : public testing::Test {
     }
     return changes;
   }
-  std::string Key() { return fake::StringKey(kKey).value_or("no such key"); }
+  std::string Key() { return fake::StringKey(KEY).value_or("no such key"); }
 
-  const std::string m_app = layers::kApp;
+  const std::string m_app = layers::APP;
   layers::Chain<CustomUIStandard> m_both;
 };
 
@@ -104,13 +104,13 @@ TEST_F(CustomUILayersTest, TheyShareOneSubscriptionWhichTheOuterOneKeeps) {
   EXPECT_EQ(fake::Launches().size(), 2u);  // the app's state is not known yet
   m_both->StopOperation();
   EXPECT_EQ(fake::CallCount("vconf_ignore_key_changed"), 0u);
-  EXPECT_EQ(fake::KeySubscriptions(kStatusKey), 1u);
+  EXPECT_EQ(fake::KeySubscriptions(STATUS_KEY), 1u);
 }
 
 TEST_F(CustomUILayersTest, AnAppThatIsUpIsLaunchedByNeither) {
   MakeBoth();
   m_both->RunOperation(false);
-  fake::SetKey(kStatusKey, "resume");
+  fake::SetKey(STATUS_KEY, "resume");
   fake::DeliverKeyChanges();
   Forget();
   m_both->RunOperation(true);
@@ -119,7 +119,7 @@ TEST_F(CustomUILayersTest, AnAppThatIsUpIsLaunchedByNeither) {
 
 TEST_F(CustomUILayersTest, BrokenJsonKeepsEachFromItsOwnWorkOnly) {
   MakeBoth();
-  fake::StoreKey(kKey, std::string("{broken"));
+  fake::StoreKey(KEY, std::string("{broken"));
   m_both->RunOperation(false);
   EXPECT_THAT(fake::LogTexts(),
               support::HasLogTimes("[Debug] WriteAppInfoVconfKey() return false.", 2));
@@ -128,7 +128,7 @@ TEST_F(CustomUILayersTest, BrokenJsonKeepsEachFromItsOwnWorkOnly) {
 
 TEST_F(CustomUILayersTest, WithoutTheKeyTheOuterOneDoesNotComeToItsTurn) {
   MakeBoth();
-  fake::UnsetKey(kKey);
+  fake::UnsetKey(KEY);
   EXPECT_THROW(m_both->RunOperation(false), std::logic_error);
   EXPECT_EQ(fake::CallCount("vconf_get_str"), 1u);
 }
@@ -136,10 +136,10 @@ TEST_F(CustomUILayersTest, WithoutTheKeyTheOuterOneDoesNotComeToItsTurn) {
 TEST_F(CustomUILayersTest, AnUpdateWithoutTheKeyLeavesTheStagedValue) {
   const auto ui = layers::Decorate<CustomUIStandard>("info");
   layers::StageValue(*ui, "channel");
-  fake::UnsetKey(kKey);
+  fake::UnsetKey(KEY);
   EXPECT_THROW(ui->UpdateOperation(), std::logic_error);
   EXPECT_EQ(ui->GetMetadata("orv_type", "custom_ui_standard"), "channel");
-  fake::StoreKey(kKey, std::string());
+  fake::StoreKey(KEY, std::string());
   Forget();
   ui->UpdateOperation();
   EXPECT_EQ(fake::LogTexts().front(),
@@ -149,7 +149,7 @@ TEST_F(CustomUILayersTest, AnUpdateWithoutTheKeyLeavesTheStagedValue) {
 TEST_F(CustomUILayersTest, ScreensAreUpdatedWithoutTheKey) {
   const auto ui = layers::Decorate<CustomUIExtended>("epg");
   layers::StageValue(*ui, "channel_list");
-  fake::UnsetKey(kKey);
+  fake::UnsetKey(KEY);
   ui->UpdateOperation();
   EXPECT_EQ(fake::OperationApp(ORV_OPERATION_CHANNEL_LIST), m_app);
   EXPECT_EQ(fake::CallCount("vconf_get_str"), 0u);
@@ -157,16 +157,16 @@ TEST_F(CustomUILayersTest, ScreensAreUpdatedWithoutTheKey) {
 
 TEST_F(CustomUILayersTest, AnOptionThatWasRemovedIsAnnouncedAsDefault) {
   const auto banner = layers::Decorate<CustomUIStandard>("info");
-  layers::Apply(*banner, kOption, "invisible");
-  banner->RemoveMetadata(kOption, kOption);
+  layers::Apply(*banner, OPTION, "invisible");
+  banner->RemoveMetadata(OPTION, OPTION);
   banner->RunOperation(false);
   EXPECT_THAT(Key(), testing::HasSubstr("\"cold_boot_opt\":\"default\""));
 }
 
 TEST_F(CustomUILayersTest, AnOptionThatWasRemovedTakesTheDirectPath) {
   const auto ui = layers::Decorate<CustomUIExtended>("epg");
-  layers::Apply(*ui, kOption, "background_img");
-  ui->RemoveMetadata(kOption, kOption);
+  layers::Apply(*ui, OPTION, "background_img");
+  ui->RemoveMetadata(OPTION, OPTION);
   ui->RunOperation(false);
   EXPECT_THAT(OperationChanges(), ElementsAre(m_app));
   EXPECT_THAT(Key(), testing::HasSubstr("\"cold_boot_opt\":\"default\""));
@@ -182,38 +182,38 @@ TEST_F(CustomUILayersTest, ScreensThatNobodyKnowsAreAnnouncedAndPreloadedAllTheS
 
 TEST_F(CustomUILayersTest, TheFirstUpdateOfABackgroundImageUsesTheReplacementAgain) {
   const auto ui = layers::Decorate<CustomUIExtended>("epg");
-  layers::Apply(*ui, kOption, "background_img");
+  layers::Apply(*ui, OPTION, "background_img");
   ui->RunOperation(false);
   layers::StageValue(*ui, "epg");
   Forget();
   ui->UpdateOperation();
   // Here the reset is a takeover; with the option cleared, the layer then takes over directly and
   // finds the app already set.
-  EXPECT_THAT(OperationChanges(), ElementsAre(kLayout, m_app));
-  EXPECT_EQ(ui->GetMetadata("orv_data", kOption), "");
+  EXPECT_THAT(OperationChanges(), ElementsAre(LAYOUT, m_app));
+  EXPECT_EQ(ui->GetMetadata("orv_data", OPTION), "");
   Forget();
   ui->StopOperation();
   EXPECT_THAT(OperationChanges(), ElementsAre("reset"));
-  EXPECT_EQ(fake::KeySubscriptions(kStatusKey), 0u);
+  EXPECT_EQ(fake::KeySubscriptions(STATUS_KEY), 0u);
 }
 
 TEST_F(CustomUILayersTest, ANewBackgroundOptionHandsBackAtOnceAndTakesOverByTheWorker) {
   const auto ui = layers::Decorate<CustomUIExtended>("epg");
   const auto update = [&ui](const std::string& option) {
     layers::StageValue(*ui, "epg");
-    layers::Stage(*ui, kOption, option);
+    layers::Stage(*ui, OPTION, option);
     Forget();
     ui->UpdateOperation();
   };
-  layers::Apply(*ui, kOption, "default");
+  layers::Apply(*ui, OPTION, "default");
   ui->RunOperation(false);
   update("default");  // is dropped and the option cleared: its key does not exist yet
-  ASSERT_EQ(ui->GetMetadata("orv_data", kOption), "");
+  ASSERT_EQ(ui->GetMetadata("orv_data", OPTION), "");
   update("default");
-  ASSERT_EQ(ui->GetMetadata("orv_data", kOption), "default");
+  ASSERT_EQ(ui->GetMetadata("orv_data", OPTION), "default");
   update("background_img");
-  EXPECT_THAT(OperationChanges(), ElementsAre("reset", kLayout, m_app));
-  EXPECT_EQ(ui->GetMetadata("orv_data", kOption), "background_img");
+  EXPECT_THAT(OperationChanges(), ElementsAre("reset", LAYOUT, m_app));
+  EXPECT_EQ(ui->GetMetadata("orv_data", OPTION), "background_img");
   EXPECT_THAT(fake::CallTexts({"vconf_ignore_key_changed", "vconf_notify_key_changed"}),
               testing::SizeIs(2));
   EXPECT_THAT(Key(), testing::HasSubstr("\"cold_boot_opt\":\"default\""));
@@ -221,7 +221,7 @@ TEST_F(CustomUILayersTest, ANewBackgroundOptionHandsBackAtOnceAndTakesOverByTheW
 
 TEST_F(CustomUILayersTest, AFailedOperationDoesNotStopTheReplacement) {
   const auto ui = layers::Decorate<CustomUIExtended>("channel_list,epg");
-  layers::Apply(*ui, kOption, "background_img");
+  layers::Apply(*ui, OPTION, "background_img");
   fake::Fail("app_operation_set_current_app", -5);
   ui->RunOperation(false);
   EXPECT_EQ(fake::OperationApp(ORV_OPERATION_CHANNEL_LIST), m_app);
@@ -233,14 +233,14 @@ TEST_F(CustomUILayersTest, AFailedOperationDoesNotStopTheReplacement) {
 
 TEST_F(CustomUILayersTest, AStopWithoutAReplacementFileLeavesOperationsAndKey) {
   const auto ui = layers::Decorate<CustomUIExtended>("epg");
-  layers::Apply(*ui, kOption, "background_img");
+  layers::Apply(*ui, OPTION, "background_img");
   ui->RunOperation(false);
-  boost::filesystem::remove(kFile);
+  boost::filesystem::remove(FILE_NAME);
   Forget();
   ui->StopOperation();
   EXPECT_THAT(OperationChanges(), IsEmpty());
   EXPECT_EQ(fake::OperationApp(ORV_OPERATION_EPG), m_app);
-  EXPECT_EQ(fake::KeySubscriptions(kStatusKey), 1u);
+  EXPECT_EQ(fake::KeySubscriptions(STATUS_KEY), 1u);
   EXPECT_EQ(Key(), "{\"CustomApp\":{}}\n");
 }
 

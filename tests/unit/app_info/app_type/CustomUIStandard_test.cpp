@@ -26,12 +26,12 @@ using testing::IsEmpty;
 using testing::Not;
 using Banners = std::vector<CustomUIStandard::BannerType>;
 
-const std::string kKey = "db/orv_channel/custom_ui_type";
-const std::string kOption = "custom_ui_cold_boot_opt";
+const std::string KEY = "db/orv_channel/custom_ui_type";
+const std::string OPTION = "custom_ui_cold_boot_opt";
 
 class CustomUIStandardTest : public testing::Test {
  protected:
-  CustomUIStandardTest() { fake::StoreKey(kKey, std::string()); }
+  CustomUIStandardTest() { fake::StoreKey(KEY, std::string()); }
 
   void Forget() {
     fake::ClearLog();
@@ -40,7 +40,7 @@ class CustomUIStandardTest : public testing::Test {
   }
   void Make(const std::string& rValue, const std::string& rOption = "") {
     m_ui = layers::Decorate<CustomUIStandard>(rValue);
-    layers::Apply(*m_ui, kOption, rOption);
+    layers::Apply(*m_ui, OPTION, rOption);
     Forget();
   }
   static std::string Banner(const std::string& rBanners, const std::string& rOption = "default") {
@@ -48,7 +48,7 @@ class CustomUIStandardTest : public testing::Test {
            "\",\"cold_boot_opt\":\"" + rOption +
            "\",\"pkg_id\":\"org.example.pkg\",\"widget_id\":\"AbCdEfGhIj.widget\"}";
   }
-  std::string Key() { return fake::StringKey(kKey).value_or("no such key"); }
+  std::string Key() { return fake::StringKey(KEY).value_or("no such key"); }
   Banners Enabled(const std::string& rText) {
     Banners types;
     CustomUIStandard::GetEnabledBannerTypes(rText, types);
@@ -117,7 +117,7 @@ TEST_F(CustomUIStandardTest, ARunAnnouncesFirstAndPreloadsThen) {
               HasLogsInOrder(Texts(
                   {"[Debug] str = ", "[Debug] sVconfKey = rtc/memory/WebApp/AbCdEfGhIj.app"})));
   ASSERT_EQ(fake::Launches().size(), 1u);
-  EXPECT_EQ(fake::Launches()[0].app, layers::kApp);
+  EXPECT_EQ(fake::Launches()[0].app, layers::APP);
   EXPECT_EQ(fake::Launches()[0].extra.size(), 1u);
 }
 
@@ -128,7 +128,7 @@ TEST_F(CustomUIStandardTest, TheLayerWantsToHearNothingBack) {
   std::snprintf(aText, sizeof(aText),
                 "[Info] rAppID : %s, rAppType : custom_ui_standard, pCallbackFuncPtr : %p, "
                 "pUserData : %p",
-                layers::kApp, static_cast<void*>(nullptr), static_cast<void*>(nullptr));
+                layers::APP, static_cast<void*>(nullptr), static_cast<void*>(nullptr));
   EXPECT_THAT(fake::LogTexts(), HasLog(aText));
 }
 
@@ -146,7 +146,7 @@ TEST_F(CustomUIStandardTest, UnknownBannersStillGoOutAsRawText) {
 
 TEST_F(CustomUIStandardTest, AnotherMemberOfTheKeyStaysUntouched) {
   const std::string sCustomApp = "\"CustomApp\":{\"app_id\":\"other\",\"z\":[1,true,null]}";
-  fake::StoreKey(kKey, "// a comment\n{ " + sCustomApp + ", \"CustomBanner\": 7 }");
+  fake::StoreKey(KEY, "// a comment\n{ " + sCustomApp + ", \"CustomBanner\": 7 }");
   Make("info");
   m_ui->RunOperation(false);
   EXPECT_EQ(Key(), "{" + sCustomApp + "," + Banner("info") + "}\n");
@@ -156,7 +156,7 @@ TEST_F(CustomUIStandardTest, AnotherMemberOfTheKeyStaysUntouched) {
 
 TEST_F(CustomUIStandardTest, ARunOfAKnownAppLeavesTheKeyAndPreloads) {
   Make("info");
-  fake::StoreKey(kKey, std::string("left from the earlier run"));
+  fake::StoreKey(KEY, std::string("left from the earlier run"));
   m_ui->RunOperation(true);
   EXPECT_EQ(Key(), "left from the earlier run");
   EXPECT_EQ(fake::CallCount("vconf_get_str"), 0u);
@@ -164,7 +164,7 @@ TEST_F(CustomUIStandardTest, ARunOfAKnownAppLeavesTheKeyAndPreloads) {
 }
 
 TEST_F(CustomUIStandardTest, AKeyWithBrokenJsonStaysAndTheAppIsNotPreloaded) {
-  fake::StoreKey(kKey, std::string("{broken"));
+  fake::StoreKey(KEY, std::string("{broken"));
   Make("info");
   m_ui->RunOperation(false);
   EXPECT_EQ(Key(), "{broken");
@@ -178,7 +178,7 @@ TEST_F(CustomUIStandardTest, AKeyWithBrokenJsonStaysAndTheAppIsNotPreloaded) {
 }
 
 TEST_F(CustomUIStandardTest, AKeyOfAnotherKindOfJsonRaisesAndStays) {
-  fake::StoreKey(kKey, std::string("[1]"));
+  fake::StoreKey(KEY, std::string("[1]"));
   Make("info");
   EXPECT_FALSE(m_ui->WriteAppInfoVconfKey(false));
   EXPECT_EQ(Key(), "[1]");
@@ -187,14 +187,14 @@ TEST_F(CustomUIStandardTest, AKeyOfAnotherKindOfJsonRaisesAndStays) {
 }
 
 TEST_F(CustomUIStandardTest, AMemberThatCannotBeEmptiedRaisesAndStays) {
-  fake::StoreKey(kKey, std::string("{\"CustomBanner\":\"text\"}"));
+  fake::StoreKey(KEY, std::string("{\"CustomBanner\":\"text\"}"));
   Make("info");
   EXPECT_FALSE(m_ui->WriteAppInfoVconfKey(true));
   EXPECT_EQ(Key(), "{\"CustomBanner\":\"text\"}");
 }
 
 TEST_F(CustomUIStandardTest, WithoutTheKeyAnExceptionLeavesTheRun) {
-  fake::UnsetKey(kKey);
+  fake::UnsetKey(KEY);
   Make("info");
   try {
     m_ui->RunOperation(false);
@@ -228,7 +228,7 @@ TEST_F(CustomUIStandardTest, AnUpdateWithNothingStagedEndsAtOnceWhateverTheOptio
   m_ui->UpdateOperation();
   EXPECT_THAT(fake::LogTexts(),
               ElementsAre("[Debug] Applied Metadata : info, Updatable Metadata : "));
-  EXPECT_EQ(m_ui->GetMetadata("orv_data", kOption), "invisible");
+  EXPECT_EQ(m_ui->GetMetadata("orv_data", OPTION), "invisible");
   EXPECT_THAT(fake::CallNames(), IsEmpty());
 }
 
@@ -291,11 +291,11 @@ TEST_F(CustomUIStandardTest, AnUnknownBannerMoreIsNoChangeAndStaysStaged) {
 
 TEST_F(CustomUIStandardTest, TheFirstUpdateWipesAnOptionThatIsSet) {
   Make("info", "invisible");
-  layers::Stage(*m_ui, kOption, "background_img");  // dropped: the key does not exist yet
+  layers::Stage(*m_ui, OPTION, "background_img");  // dropped: the key does not exist yet
   layers::StageValue(*m_ui, "info");
   m_ui->UpdateOperation();
   EXPECT_EQ(Key(), "{" + Banner("info", "default") + "}\n");
-  EXPECT_EQ(m_ui->GetMetadata("orv_data", kOption), "");
+  EXPECT_EQ(m_ui->GetMetadata("orv_data", OPTION), "");
 }
 
 TEST_F(CustomUIStandardTest, AChangeOfTheListWipesTheOptionToo) {
@@ -310,10 +310,10 @@ TEST_F(CustomUIStandardTest, AfterTheFirstUpdateTheOptionCanBeStaged) {
   layers::StageValue(*m_ui, "info");
   m_ui->UpdateOperation();  // not a change, but the key exists now
   EXPECT_EQ(Key(), "");
-  layers::Stage(*m_ui, kOption, "invisible");
+  layers::Stage(*m_ui, OPTION, "invisible");
   m_ui->UpdateOperation();
   EXPECT_EQ(Key(), "{" + Banner("info", "invisible") + "}\n");
-  EXPECT_EQ(m_ui->GetMetadata("orv_data", kOption), "invisible");
+  EXPECT_EQ(m_ui->GetMetadata("orv_data", OPTION), "invisible");
   // The staged option was cleared, so staging the same value again clears the option.
   layers::StageValue(*m_ui, "info");
   m_ui->UpdateOperation();
@@ -322,7 +322,7 @@ TEST_F(CustomUIStandardTest, AfterTheFirstUpdateTheOptionCanBeStaged) {
 
 TEST_F(CustomUIStandardTest, AnUpdateThatCannotWriteKeepsTheStagedValueAndAppliesIt) {
   Make("info");
-  fake::StoreKey(kKey, std::string("{broken"));
+  fake::StoreKey(KEY, std::string("{broken"));
   layers::StageValue(*m_ui, "channel");
   m_ui->UpdateOperation();
   EXPECT_EQ(fake::LogTexts().back(), "[Debug] WriteAppInfoVconfKey() return false.");

@@ -26,7 +26,7 @@ namespace {
 using support::WaitFor;
 using testing::ElementsAre;
 
-const std::string kFile = "/opt/share/orv_ch/replacement_ui_info.json";
+const std::string FILE_NAME = "/opt/share/orv_ch/replacement_ui_info.json";
 
 /// A layer that is running on another thread.
 class Runner {
@@ -54,8 +54,8 @@ class CustomUIWorkers : public testing::Test {
  protected:
   CustomUIWorkers() {
     fake::StoreKey("db/orv_channel/custom_ui_type", std::string());
-    support::WriteFile(kFile, "{\"appid\":\"layout\"}");
-    fake::SetWaits(fake::Waits::kManual);
+    support::WriteFile(FILE_NAME, "{\"appid\":\"layout\"}");
+    fake::SetWaits(fake::Waits::Manual);
   }
   ~CustomUIWorkers() override { boost::filesystem::remove_all("/opt/share/orv_ch"); }
 
@@ -107,7 +107,7 @@ TEST_F(CustomUIWorkers, OneStatusWakesAllThatWait) {
 TEST_F(CustomUIWorkers, AWaitThatTimesOutLeavesTheMarkForTheOtherOne) {
   const Runner first(*m_first);
   ASSERT_TRUE(Waiting(1));
-  fake::SetWaits(fake::Waits::kTimeOut);
+  fake::SetWaits(fake::Waits::TimeOut);
   m_second->RunOperation(true);
   ASSERT_TRUE(Waiting(1));
   // Without the mark no worker would be notified.
@@ -118,7 +118,7 @@ TEST_F(CustomUIWorkers, TheMutexIsHeldUntilTheWaitAndFreeAtTheHandOver) {
   const Runner first(*m_first);
   ASSERT_TRUE(Waiting(1));
   WatchTheMutex();
-  fake::SetWaits(fake::Waits::kTimeOut);
+  fake::SetWaits(fake::Waits::TimeOut);
   m_second->RunOperation(true);
   EXPECT_THAT(Notes(), ElementsAre("layout, held", "launch, held", "second, free"));
   fake::SetOperationHook(nullptr);
@@ -139,13 +139,13 @@ TEST_F(CustomUIWorkers, AfterAFailedPreloadTheMutexIsHeldAtTheHandOverToo) {
 
 /// The values are too long for a string without an allocation.
 TEST(CustomUIStates, AnAppMayQuitWhileAnUpdateChangesItsScreens) {
-  constexpr int kRounds = 300;
+  constexpr int ROUNDS = 300;
   const std::string values[] = {"channel_list,epg,and.a.screen.that.is.unknown",
                                 "epg,channel_list,and.another.screen.that.is.unknown"};
   const auto ui = layers::Decorate<CustomUIExtended>(values[0]);
   // Without a replacement file every worker ends at once.
   support::OtherThread mainLoop([&ui] {
-    for (int i = 0; i < kRounds; ++i) CustomUIExtended::OnAppStatusChanged(6, ui.get());
+    for (int i = 0; i < ROUNDS; ++i) CustomUIExtended::OnAppStatusChanged(6, ui.get());
   });
   for (int i = 1; !mainLoop.Done(); ++i) {
     layers::StageValue(*ui, values[i % 2]);

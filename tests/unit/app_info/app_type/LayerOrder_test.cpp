@@ -125,7 +125,7 @@ TEST_P(LayerOrder, TheInnerLayerActsBehindTheEntryLineAndBeforeTheTypesOwnWork) 
   EXPECT_GT(after.log.size() + after.calls.size() + after.events.size(), EntryLines().size());
 }
 
-const Type kTypes[] = {
+const Type TYPES[] = {
     {"ChFeederStandard", &ChFeederStandard::DecorateAppType, "basic", "other",
      "[Debug] Applied Metadata : basic, Updatable Metadata : other"},
     {"ChFeederCustom",
@@ -139,14 +139,16 @@ const Type kTypes[] = {
     {"CustomUIExtended", &CustomUIExtended::DecorateAppType, "epg", "channel_list",
      "[Debug] Applied Metadata : epg, Updatable Metadata : channel_list"}};
 
-const Operation kOperations[] = {
+const Operation OPERATIONS[] = {
     {"Run", [](AppInfo& layer) { layer.RunOperation(false); }, "run"},
     {"RunAtStart", [](AppInfo& layer) { layer.RunOperation(true); }, "run at start"},
     {"Update", [](AppInfo& layer) { layer.UpdateOperation(); }, "update"},
     {"Stop", [](AppInfo& layer) { layer.StopOperation(); }, "stop"}};
 
-INSTANTIATE_TEST_SUITE_P(
-    Types, LayerOrder, testing::Combine(testing::ValuesIn(kTypes), testing::ValuesIn(kOperations)),
-    [](const testing::TestParamInfo<Case>& which) { return NameOf(which.param); });
+INSTANTIATE_TEST_SUITE_P(Types, LayerOrder,
+                         testing::Combine(testing::ValuesIn(TYPES), testing::ValuesIn(OPERATIONS)),
+                         [](const testing::TestParamInfo<Case>& which) {
+                           return NameOf(which.param);
+                         });
 
 }  // namespace

@@ -10,18 +10,18 @@
 /// Real layers around a real record, as the tests of the app types need them.
 namespace layers {
 
-constexpr char kPackage[] = "org.example.pkg";
-constexpr char kApp[] = "AbCdEfGhIj.app";
-constexpr char kWidget[] = "AbCdEfGhIj.widget";
-constexpr char kService[] = "AbCdEfGhIj.service";
+constexpr char PACKAGE[] = "org.example.pkg";
+constexpr char APP[] = "AbCdEfGhIj.app";
+constexpr char WIDGET[] = "AbCdEfGhIj.widget";
+constexpr char SERVICE[] = "AbCdEfGhIj.service";
 
 /// Owned by the layer that wraps it.
-inline AppInfo* NewRecord(const std::string& package = kPackage, const std::string& app = kApp) {
+inline AppInfo* NewRecord(const std::string& package = PACKAGE, const std::string& app = APP) {
   AppBaseInfo info;
   info.m_sPackageID = package;
   info.m_sAppID = app;
-  info.m_sWidgetID = kWidget;
-  info.m_sServiceID = kService;
+  info.m_sWidgetID = WIDGET;
+  info.m_sServiceID = SERVICE;
   info.m_sVersion = "1.0.0";
   return new ORVAppInfo(info);
 }

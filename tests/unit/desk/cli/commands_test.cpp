@@ -74,7 +74,7 @@ TEST_F(CliCommands, KeyWatchPrintsTheSetsUnderItsPrefixUntilTheTvGoes) {
   struct Gone : ScriptedTv {
     explicit Gone(Script& script) : ScriptedTv(script), m_own(script) {}
     void Wait(std::chrono::milliseconds most) override {
-      if (m_own.events.empty()) throw DeskError(DeskError::NoTv, "the TV has gone");
+      if (m_own.events.empty()) throw DeskError(DeskError::NO_TV, "the TV has gone");
       ScriptedTv::Wait(most);
     }
     Script& m_own;

@@ -133,7 +133,7 @@ class CliUp : public CliLife {
       const Request request = ReadCommandLine(TvCommands(), {"up"});
       Session session(DeskPaths(root), m_out, m_err, false,
                       [](const DeskPaths&) -> std::unique_ptr<Television> {
-                        throw DeskError(DeskError::NoTv, "none");
+                        throw DeskError(DeskError::NO_TV, "none");
                       });
       request.command->run(session, request.words);
     } catch (const DeskError& error) {

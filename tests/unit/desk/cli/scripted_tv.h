@@ -63,7 +63,7 @@ class ScriptedTv : public Television {
                          const Json::Value& request) override {
     m_script.limits.push_back(most);
     if (m_script.silent.count(method) != 0) {
-      throw DeskError(DeskError::Timeout, "no answer");
+      throw DeskError(DeskError::TIMEOUT, "no answer");
     }
     return Call(method, request);
   }
@@ -73,7 +73,7 @@ class ScriptedTv : public Television {
   void Wait(std::chrono::milliseconds most) override {
     ++m_script.waits;
     if (m_script.events.empty()) {
-      if (most > std::chrono::seconds(1)) throw DeskError(DeskError::NoTv, "the TV has gone");
+      if (most > std::chrono::seconds(1)) throw DeskError(DeskError::NO_TV, "the TV has gone");
       return;
     }
     const auto event = m_script.events.front();

@@ -134,7 +134,7 @@ TEST_F(Bus, ANotificationToAnEndedTelevisionFails) {
         try {
           m_client->Tell("note", Json::Value());
         } catch (const DeskError& e) {
-          return e.Code() == DeskError::NoTv;
+          return e.Code() == DeskError::NO_TV;
         }
         return false;
       },
@@ -143,7 +143,7 @@ TEST_F(Bus, ANotificationToAnEndedTelevisionFails) {
 
 TEST_F(Bus, AFailureComesWithItsCodeAndText) {
   m_router->Add("fail", [](const Json::Value&, const Caller&) -> Json::Value {
-    throw DeskError(DeskError::NotFound, "no such thing: look elsewhere");
+    throw DeskError(DeskError::NOT_FOUND, "no such thing: look elsewhere");
   });
   try {
     Call("fail", Json::Value());
@@ -156,7 +156,7 @@ TEST_F(Bus, AFailureComesWithItsCodeAndText) {
 
 TEST_F(Bus, ATextThatIsNoUtf8StillComesAsAFailure) {
   m_router->Add("fail", [](const Json::Value&, const Caller&) -> Json::Value {
-    throw DeskError(DeskError::Usage, "bad \xff");
+    throw DeskError(DeskError::USAGE, "bad \xff");
   });
   try {
     Call("fail", Json::Value());
@@ -398,7 +398,7 @@ TEST_F(Bus, WithoutATelevisionACallFailsAsNoTv) {
     m_client->Call("x");
     FAIL() << "no error";
   } catch (const DeskError& e) {
-    EXPECT_EQ(e.Code(), DeskError::NoTv);
+    EXPECT_EQ(e.Code(), DeskError::NO_TV);
   }
 }
 
@@ -412,7 +412,7 @@ TEST(BusClient, ADeskThatIsNotRunningIsNoTv) {
     BusClient::Open(DeskPaths(dir.Path()));
     FAIL() << "no error";
   } catch (const DeskError& e) {
-    EXPECT_EQ(e.Code(), DeskError::NoTv);
+    EXPECT_EQ(e.Code(), DeskError::NO_TV);
     EXPECT_NE(std::string(e.what()).find(dir.Path()), std::string::npos);
   }
 }
@@ -422,7 +422,7 @@ TEST(BusClient, AnAddressWithoutABusIsNoTv) {
     BusClient("unix:path=/tmp/no-such-bus");
     FAIL() << "no error";
   } catch (const DeskError& e) {
-    EXPECT_EQ(e.Code(), DeskError::NoTv);
+    EXPECT_EQ(e.Code(), DeskError::NO_TV);
   }
 }
 
@@ -500,7 +500,7 @@ TEST(BusClientOpen, WithoutATvNoneIsRunning) {
     BusClient::Open(DeskPaths(dir / "tv"));
     FAIL() << "no error";
   } catch (const DeskError& error) {
-    EXPECT_EQ(error.Code(), DeskError::NoTv);
+    EXPECT_EQ(error.Code(), DeskError::NO_TV);
   }
 }
 

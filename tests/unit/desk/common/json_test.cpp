@@ -51,7 +51,7 @@ TEST(JsonMembers, AStringThatIsRequiredAndMissingIsAUsageError) {
     RequireString(request, "key");
     FAIL() << "no error";
   } catch (const DeskError& e) {
-    EXPECT_EQ(e.Code(), DeskError::Usage);
+    EXPECT_EQ(e.Code(), DeskError::USAGE);
   }
   EXPECT_THROW(RequireString(request, "number"), DeskError);
   EXPECT_THROW(RequireString(Json::Value(3), "key"), DeskError);

@@ -38,7 +38,7 @@ class Supervision : public testing::Test {
   DaemonProcess Launch() {
     ++m_launches;
     if (!m_refusal.empty()) {
-      throw DeskError(DeskError::Failed, m_refusal);
+      throw DeskError(DeskError::FAILED, m_refusal);
     }
     ProcessSpec spec;
     spec.arguments = {"sh", "-c", m_script};

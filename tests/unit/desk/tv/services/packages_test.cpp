@@ -33,7 +33,7 @@ class PackagesTest : public ::testing::Test {
     hooks.beforeChange = [this](const std::string& package) {
       m_calls.push_back("before " + package + (TreeOf(package) ? " with tree" : ""));
       if (!m_refusal.empty()) {
-        throw DeskError(DeskError::Failed, m_refusal);
+        throw DeskError(DeskError::FAILED, m_refusal);
       }
     };
     hooks.present = [this](const PackageManifest& now, const PackageManifest* before) {
@@ -250,7 +250,7 @@ TEST_F(PackagesTest, AnUninstallOfWhatIsNotInstalledFindsNothing) {
     Uninstall("missing001");
     FAIL() << "done";
   } catch (const DeskError& error) {
-    EXPECT_EQ(error.Code(), DeskError::NotFound);
+    EXPECT_EQ(error.Code(), DeskError::NOT_FOUND);
   }
   const auto events = m_router.Events("package");
   ASSERT_EQ(events.size(), 1u);

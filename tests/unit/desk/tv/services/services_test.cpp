@@ -30,7 +30,7 @@ class ServicesTest : public ::testing::Test {
                 m_directory.Path() + "/tools",
                 [this](const std::string& key, const std::string& value) {
                   if (m_keysFail) {
-                    throw DeskError(DeskError::Failed, "the disk is full");
+                    throw DeskError(DeskError::FAILED, "the disk is full");
                   }
                   m_router.Emit("key", key + "=" + value);
                 },
