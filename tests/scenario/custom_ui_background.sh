@@ -76,7 +76,7 @@ make_wgt "$work/ordinary.wgt" ordinary77 1.0.0 ''; tv pkg install "$work/ordinar
 reached "the app is launched again" "$(app_is "$app" ".status == \"preload\" and .pid != $pid")"
 reached "the app takes over" "$served"
 equal "all changes of the operations" "$changes" "$(op_changes)"
-equal "it takes the full 20 seconds: its statuses queue behind the callback that waits" 20 "$(waited | cut -d. -f1)"
+equal "the takeover waits the full 20 seconds: statuses queue behind the waiting callback" 20 "$(waited | cut -d. -f1)"
 main_loop_done
 in_order "a change of another key waits too" "rAppID : $app, bEnable : 1" "VCONFKEY_TELLAHUB_RESET value 1"
 in_order "a package event waits too" "rAppID : $app, bEnable : 1" "[Info] event_type[1000]"
@@ -93,7 +93,7 @@ main_loop_done
 passed "the main loop keeps running meanwhile"
 tv pkg update "$work/ordinary.wgt"
 reached "the app takes over nevertheless" "$served"
-equal "it takes over after 20 seconds" 20 "$(waited | cut -d. -f1)"
+equal "the app takes over after 20 seconds" 20 "$(waited | cut -d. -f1)"
 installer_done
 in_order "the next package event is queued" "[Info] event_type[1001]" "rAppID : $app, bEnable : 1"
 in_order "it is handled after the takeover" "rAppID : $app, bEnable : 1" "[Info] pEvent : 1001"
@@ -111,8 +111,8 @@ key_is "its announcement is empty" '"CustomApp":{}'
 equal "the daemon still listens to its status" "" "$(subscriptions)"
 forget_log; old=$(tv status --json | jq .daemon.pid)
 tv key set "rtc/memory/WebApp/$app" resume; tv key set "rtc/memory/WebApp/$app" quit; main_loop_done
-equal "its statuses are read" "resume quit" "$(statuses_read)"
-equal "but no layer handles them" "" "$(op_changes)$(launches)"
+equal "the app's statuses are read" "resume quit" "$(statuses_read)"
+equal "no layer handles the statuses" "" "$(op_changes)$(launches)"
 equal "the daemon keeps running" "$old" "$(tv status --json | jq .daemon.pid)"
 
 echo "contents of the file that names the replacement UI"

@@ -47,11 +47,11 @@ equal "the app of banners is not launched" "" "$(launches)"
 equal "each read is logged" 2 "$(count_log '[ERROR] Exception Caught')"
 holds_key '{broken'; forget_log; install "$ORV_SAMPLES/guide-default.wgt"
 equal "the app of screens is not launched" "" "$(launches)"
-equal "it owns no screen" "" "$(answers)"
+equal "the app owns no screen" "" "$(answers)"
 logged "the failed write is logged" "[Debug] WriteAppInfoVconfKey() return false."
 forget_log; tv daemon restart
 equal "as a known app it owns its screens, whatever the key holds" "channel-list=$app epg=$app" "$(answers)"
-equal "it is launched in both passes" "$(background $app; background $app)" "$(launches)"
+equal "the app is launched in both passes" "$(background $app; background $app)" "$(launches)"
 forget_log; uninstall guidedeflt
 equal "its removal resets the operations" "" "$(answers)"
 equal "its removal does not change the key" '{broken.' "$(ui_key)"

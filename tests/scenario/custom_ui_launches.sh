@@ -51,7 +51,7 @@ fresh "rejected twice"
 launch_fails "$REJECTED" --times 3
 install "$ORV_SAMPLES/guide-default.wgt"
 reached "the third retry loads it" "$(app_is "$app" '.status == "preload"')"
-logged "its status is read" "[Debug] sAppStatus = preload"
+logged "the app's status is read" "[Debug] sAppStatus = preload"
 equal "three retries" "0 1 2" "$(counts)"
 equal "the retry subscribes to its status" "+$app" "$(subscriptions)"
 
@@ -69,9 +69,9 @@ launch_fails "$NOT_FOUND" --times 1
 install "$ORV_SAMPLES/guide-default.wgt"
 logged "the error is logged" "[ERROR] Cannot find target app."
 equal "an app of screens is then launched in the foreground" "$(background "$app" "$NOT_FOUND"; foreground "$app")" "$(launches)"
-reached "it comes to the front" "$(app_is "$app" '.status == "resume"')"
+reached "the app comes to the front" "$(app_is "$app" '.status == "resume"')"
 equal "the daemon does not listen to its status" "" "$(subscriptions)"
-equal "it owns its operations nevertheless" "channel-list=$app epg=$app" "$(answers)"
+equal "the app owns its operations nevertheless" "channel-list=$app epg=$app" "$(answers)"
 forget_log; launch_fails "$NOT_FOUND" --times 1
 install "$ORV_SAMPLES/banner.wgt"
 equal "an app of banners is not launched again" "$(background bannerapp1.Banner "$NOT_FOUND")" "$(launches)"
@@ -81,7 +81,7 @@ fresh "a launch that fails"
 launch_fails "$FAILED" --times 1
 install "$ORV_SAMPLES/guide-default.wgt"
 logged "the error is logged" "[ERROR] SendRequestforPreloading() failed."
-equal "it is launched in the foreground" "$(background "$app" "$FAILED"; foreground "$app")" "$(launches)"
+equal "the app is launched in the foreground" "$(background "$app" "$FAILED"; foreground "$app")" "$(launches)"
 
 fresh "killed repeatedly by the low-memory killer"
 install "$ORV_SAMPLES/guide-default.wgt"
@@ -108,7 +108,7 @@ install "$ORV_SAMPLES/guide-default.wgt"
 logged "the check finds the app alive" "[Info] m_iCurrentWebAppStatus : 2, count : 0"
 forget_log; tv app status "$app" quit; main_loop_done
 logged "the check counts as still running" "[Debug] LMKTimer is running."
-equal "so no layer is notified" 0 "$(count_log '[Info] rMetadataValue : ')"
+equal "no layer is notified" 0 "$(count_log '[Info] rMetadataValue : ')"
 equal "the app is not launched again" "" "$(launches)"
 
 fresh "unknown statuses"
@@ -121,7 +121,7 @@ equal "each makes the status invalid" 5 "$(count_log '[Debug] m_iCurrentWebAppSt
 equal "they have no other effect" "" "$(launches)$(op_changes)$(checks_made)"
 forget_log; tv key set -t string "$status_key" resume; main_loop_done
 equal "a known status is read again" resume "$(statuses_read)"
-silent "it is valid" "m_iCurrentWebAppStatus is invalid."
+silent "a known status is valid" "m_iCurrentWebAppStatus is invalid."
 
 fresh "two layers that follow one app"
 install "$ORV_SAMPLES/banner-and-guide.wgt"
@@ -132,7 +132,7 @@ tv app status bannerguid.App quit; main_loop_done
 equal "the layer of the screens is notified" 1 "$(count_log '[Info] rMetadataValue : epg')"
 equal "the layer of the banners is not notified" 0 "$(count_log '[Info] rMetadataValue : info')"
 logged "without a replacement UI the layer stops there" "[ERROR] Invalid Json String."
-equal "so the app is not launched again" "" "$(launches)"
+equal "the app is not launched again" "" "$(launches)"
 
 fresh "a second app of screens"
 install "$ORV_SAMPLES/guide-default.wgt"
@@ -141,23 +141,23 @@ tv app status "$app" resume; main_loop_done
 forget_log; install "$ORV_SAMPLES/guide-invisible.wgt"
 reached "the second app is loaded" "$(app_is "$other" '.status == "preload"')"
 equal "the second app owns the operations" "channel-list=$other epg=$other" "$(answers)"
-equal "its status key is unsubscribed, though never subscribed" "-$other (-1)" "$(subscriptions)"
-equal "it counts as subscribed" 1 "$(count_log '[Debug] Already regitered.')"
+equal "the second app's key is unsubscribed, though never subscribed" "-$other (-1)" "$(subscriptions)"
+equal "the second app counts as subscribed" 1 "$(count_log '[Debug] Already regitered.')"
 main_loop_done
-equal "so none of its statuses is read" "" "$(statuses_read)"
+equal "no status of the second app is read" "" "$(statuses_read)"
 tv app status "$app" pause; main_loop_done
 equal "the status of the first app is read" pause "$(statuses_read)"
 forget_log; tv app status "$app" quit; main_loop_done
 equal "a status of the first app goes to the layer of the second" 1 "$(count_log '[Info] rMetadataValue : channel_list,epg')"
 logged "that layer looks for the replacement UI" "[ERROR] Invalid Json String."
 forget_log; uninstall guideinvis
-equal "its removal unsubscribes its own key again" "-$other (-1)" "$(subscriptions)"
-equal "its removal resets the operations" "" "$(answers)"
+equal "the second app's removal unsubscribes its key again" "-$other (-1)" "$(subscriptions)"
+equal "the second app's removal resets the operations" "" "$(answers)"
 tv key set -t string "$status_key" resume; main_loop_done
 equal "a status of the first app is now ignored" "" "$(statuses_read)"
 forget_log; uninstall guidedeflt
 equal "the removal of the first app resets no operation" "" "$(op_changes)"
-logged "it finds no callback" "[Debug] Cannot find target callback function."
+logged "the removal of the first app finds no callback" "[Debug] Cannot find target callback function."
 
 fresh "a status of the first app ends the wait for the second"
 replacement "{\"appid\":\"$LAYOUT\"}"
@@ -167,7 +167,7 @@ reached "the first app is loaded" "$(app_is "$app" '.status == "preload"')"
 forget_log; tv pkg install "$ORV_SAMPLES/guide-background.wgt"
 reached "the replacement UI owns the screens" ".operations | all(.app == \"$LAYOUT\")"
 reached "the second app is loaded" "$(app_is guidebackg.Guide '.status == "preload"')"
-holds "its own statuses do not end the wait" ".operations | all(.app == \"$LAYOUT\")"
+holds "the second app's statuses do not end the wait" ".operations | all(.app == \"$LAYOUT\")"
 tv app status "$app" resume
 reached "a status of the first app ends the wait" '.operations | all(.app == "guidebackg.Guide")' 10
 installer_done

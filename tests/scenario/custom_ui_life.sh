@@ -35,9 +35,9 @@ fresh() { # SAMPLE: with a new daemon process and an empty key
   forget_log; install "$ORV_SAMPLES/$1.wgt"
 }
 came_up() { # APP
-  reached "it is loaded in the background" "$(app_is "$1" '.status == "preload"')"
+  reached "the app is loaded in the background" "$(app_is "$1" '.status == "preload"')"
   logged "the check finds the app alive" "[Info] m_iCurrentWebAppStatus : 2, count : 0"
-  equal "it is launched once, in the background" "$(background "$1")" "$(launches)"
+  equal "the app is launched once, in the background" "$(background "$1")" "$(launches)"
   equal "the daemon listens to its status" "+$1" "$(subscriptions)"
   equal "all its statuses are read" "init load preload" "$(statuses_read)"
 }
@@ -84,7 +84,7 @@ key_is "the announcement is empty" '"CustomApp":{}'
 fresh banner-and-guide
 key_is "banner-and-guide: both announcements" \
   "$(screens bannerguid bannerguid.App default),$(banner bannerguid bannerguid.App info default)"
-reached "it is loaded" "$(app_is bannerguid.App '.status == "preload"')"
+reached "the app is loaded" "$(app_is bannerguid.App '.status == "preload"')"
 logged "the check finds the app alive" "[Info] m_iCurrentWebAppStatus : 2, count : 0"
 equal "one subscription for both layers" "+bannerguid.App" "$(subscriptions)"
 equal "each layer follows the app, the inner one first" \
@@ -95,7 +95,7 @@ forget_log; tv power-cycle
 equal "power-cycle: each layer launches it in each pass" \
   "$(background bannerguid.App; background bannerguid.App; background bannerguid.App; background bannerguid.App)" "$(launches)"
 equal "the app owns the guide again" "epg=bannerguid.App" "$(op_changes)"
-reached "it is loaded again" "$(app_is bannerguid.App '.status == "preload"')"
+reached "the app is loaded again" "$(app_is bannerguid.App '.status == "preload"')"
 forget_log; uninstall bannerguid
 key_is "uninstall: both announcements are empty" '"CustomApp":{},"CustomBanner":{}'
 equal "the guide is reset" "epg reset" "$(op_changes)"

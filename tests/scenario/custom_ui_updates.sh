@@ -29,10 +29,10 @@ equal "the staged value is the one read first" 1 \
   "$(count_log '[Debug] Applied Metadata : info,channel, Updatable Metadata : info,channel')"
 forget_log; banners 1.0.2 channel background_img
 banner_key "the second update stages the first option and applies it" info,channel invisible
-equal "it is stored" invisible "$(option bannerupd1)"
+equal "the option is stored" invisible "$(option bannerupd1)"
 forget_log; banners 1.0.3 channel background_img
 equal "the third update finds no change and writes nothing" "" "$(calls '^vconf_set_str$')"
-equal "it launches nothing" "" "$(launches)"
+equal "the third update launches nothing" "" "$(launches)"
 
 echo "banners, each update after a restart of the daemon"
 tv daemon restart; forget_log; banners 1.1.0 channel background_img
@@ -96,21 +96,21 @@ one() { ui_app "$work/both.wgt" bothtypes1 "$1" "$2" "$3"; }
 one 1.0.0 custom_ui_standard info; install "$work/both.wgt"
 tv daemon restart; forget_log; both 1.0.1; update "$work/both.wgt"
 logged "a new type is an addition" "[Debug] [Additional] first : custom_ui_extended, second : epg"
-equal "it is not part of the cached record, so it does not run" "" "$(op_changes)"
-equal "it is not stored" '{"custom_ui_standard":"info"}' "$(types bothtypes1)"
+equal "the new type is not in the cached record and does not run" "" "$(op_changes)"
+equal "the new type is not stored" '{"custom_ui_standard":"info"}' "$(types bothtypes1)"
 uninstall bothtypes1
 both 2.0.0; install "$work/both.wgt"
 is_loaded bothtypes1.App
 before=$(ui_key)
 tv daemon restart; forget_log; one 2.0.1 custom_ui_standard info; update "$work/both.wgt"
 logged "a missing type is removed" "[Debug] [Removable] first : custom_ui_extended, second : epg"
-equal "it is removed from the store" '{"custom_ui_standard":"info"}' "$(types bothtypes1)"
-equal "it is not stopped: its announcement stays" "$before" "$(ui_key)"
+equal "the missing type is removed from the store" '{"custom_ui_standard":"info"}' "$(types bothtypes1)"
+equal "the missing type is not stopped: the announcement stays" "$before" "$(ui_key)"
 equal "the app still owns its screen" "epg=bothtypes1.App" "$(answers)"
 pid=$(tv status --json | jq .daemon.pid)
 tv app launch bothtypes1.App; reached "the app comes to the front" "$(app_is bothtypes1.App '.status == "resume"')"
 forget_log; tv app status bothtypes1.App quit; main_loop_done
 equal "the status is still read for the removed layer" "quit" "$(statuses_read)"
-equal "it has no effect" "" "$(op_changes)$(launches)"
+equal "the status has no effect" "" "$(op_changes)$(launches)"
 equal "the daemon keeps running" "$pid" "$(tv status --json | jq .daemon.pid)"
 the_end

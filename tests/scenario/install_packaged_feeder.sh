@@ -26,7 +26,7 @@ there "the tree is unpacked" "$HBBTV/$package"
 equal "the list names the type" '{"app_type":["ch_feeder_standard"]}' "$(cat "$HBBTV/$package/app_type_file.txt")"
 there "the channel metadata was moved" "$METADATA/$package/channel.json"
 there "the schedule metadata was moved" "$METADATA/$package/schedule.json"
-absent "it is no longer in the tree" "$HBBTV/$package/metadata/channel.json"
+absent "the channel metadata is no longer in the tree" "$HBBTV/$package/metadata/channel.json"
 there "the mount point is kept" "$HBBTV/temp_app"
 holds "nothing is mounted any more" '.mounts | length == 0'
 
@@ -58,5 +58,5 @@ forget_log
 tv pkg install "$ORV_SAMPLES/ordinary.wgt"
 ordinary=$(tv pkg list --json | jq -r --arg known "$package" '.[] | .id | select(. != $known)')
 logged "an ordinary package is not a channel-bound app" "[Debug] $ordinary is not ORV Type."
-holds "it adds no row" '.store | length == 1'
+holds "an ordinary package adds no row" '.store | length == 1'
 the_end

@@ -35,6 +35,6 @@ equal "the default operation, no data" "$DEFAULT
 {}" "$(given com.kalmora.tv.csfs)"
 tv pkg install "$ORV_SAMPLES/banner.wgt"
 reached "a custom UI is preloaded" "$(runs bannerapp1.Banner)"
-equal "it is launched in the background" "$DEFAULT
+equal "the custom UI is launched in the background" "$DEFAULT
 {\"http://kalmora.com/appcontrol/data/launch_mode\":\"backgroundAtStartup\"}" "$(given bannerapp1.Banner)"
 the_end

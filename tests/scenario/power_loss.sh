@@ -28,7 +28,7 @@ gone() { [ ! -d "/proc/$desk" ] || grep -q '^State:.*Z' "/proc/$desk/status"; }
 comes_true "the end of desk-tv" gone
 there "the flag file remains after the kill of desk-tv" "$READY"
 tv up --offline
-absent "the next start deletes it" "$READY"
-holds "it is no longer in the dump" '.files | has("/tmp/hbb_ready") | not'
+absent "the next start deletes the flag file" "$READY"
+holds "the flag file is no longer in the dump" '.files | has("/tmp/hbb_ready") | not'
 holds "the app is still stored" "$(stored powerapp01)"
 the_end

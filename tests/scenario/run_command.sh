@@ -51,12 +51,12 @@ equal "the running TV is unchanged" "$television $daemon" "$(pid_of .pid) $(pid_
 grep -q "^== a TV at $work/tmp/" "$work/out" || die "--once did not use a directory of its own"
 equal "--once deletes its own directory" "" "$(ls -A "$work/tmp")"
 exits "--once without samples" 4 env "TMPDIR=$work/tmp" "$run" --built "$work/other" --once
-equal "it leaves nothing behind" "" "$(ls -A "$work/tmp")$(pgrep -f -- "$work/tmp/" || true)"
+equal "--once leaves nothing behind" "" "$(ls -A "$work/tmp")$(pgrep -f -- "$work/tmp/" || true)"
 exits "--once with the directory of a running TV" 1 try_once --root ../tv
 equal "the running TV is unchanged" "$television $daemon" "$(pid_of .pid) $(pid_of .daemon.pid)"
 exits "--once in a given directory" 0 try_once --root named
-there "it keeps the directory" "$work/caller/named/log/daemon.log"
-exits "it stops the TV in it" 3 tv --root named status
+there "--once keeps the given directory" "$work/caller/named/log/daemon.log"
+exits "--once stops the TV in the given directory" 3 tv --root named status
 exits "--once in the same directory again" 0 try_once --root named
 
 mkdir full && echo mine >full/file

@@ -41,14 +41,14 @@ reached "the app runs" "$(is_running launchone1)"
 forget_log
 tv key set $SET 0
 logged "a change of the key to 0 is read" "[Debug] set_time value = 0"
-reached "it does not end the app" "$(is_running launchone1)"
+reached "network time 0 does not end the app" "$(is_running launchone1)"
 
 echo "additions and removals of the running app"
 old=$(pid_of launchone1)
 forget_log
 tv signal 90014 >/dev/null # every record runs again
-logged "it is added again" "[Debug] [EVENT_ADD_ITEM]"
-logged "its process is killed" "[Debug] Tartget pid : $old"
+logged "the running app is added again" "[Debug] [EVENT_ADD_ITEM]"
+logged "the old process is killed" "[Debug] Tartget pid : $old"
 equal "the kill comes before the item is put first" \
 "[Debug] [EVENT_ADD_ITEM]
 [Info] Current ServiceApp ID : launchone1.Feed
@@ -64,7 +64,7 @@ reached "the running app is ended" "$(is_running launchone1) | not"
 forget_log
 tv pkg uninstall launchtwo2
 reached "a package is uninstalled while its app runs" "$(stored launchtwo2) | not"
-logged "it is removed from the list" "[Debug] [EVENT_DELETE_ITEM]" 2
+logged "the app is removed from the list" "[Debug] [EVENT_DELETE_ITEM]" 2
 equal "nothing is launched" "" "$(calls '^app_control_send_launch_request$')"
 
 echo "terminations"
@@ -72,22 +72,22 @@ install launchtri3 "$STUBBORN"
 reached "an app that ignores SIGTERM runs" "$(is_running launchtri3)"
 stubborn=$(pid_of launchtri3)
 complete "an app that ignores SIGTERM"
-reached "it is killed" "$(is_running launchtri3) | not"
-equal "it is terminated first, then killed" \
+reached "the app is killed" "$(is_running launchtri3) | not"
+equal "the app is terminated first, then killed" \
 "app_manager_is_running
 app_manager_get_app_context
 app_manager_terminate_app
 app_context_destroy
 app_context_get_pid" "$(calls '^app_(manager|context)_' | sed 's/(.*//')"
-logged "it is killed by its pid" "[Debug] Tartget pid : $stubborn"
+logged "the app is killed by its pid" "[Debug] Tartget pid : $stubborn"
 
 install launchfor4 'exit 3'
 logged "an app that exits by itself is launched" "[Info] rAppID : launchfor4.Feed"
-reached "it is gone" "$(is_running launchfor4) | not"
+reached "the exited app is gone" "$(is_running launchfor4) | not"
 complete "the exited app"
 equal "no termination is tried" "app_manager_is_running(launchfor4.Feed, false) = 0" "$(calls '^app_(manager|context)_')"
 complete "the exited app, again"
-equal "it is no longer the current app" "" "$(calls '^app_(manager|context)_')"
+equal "the exited app is no longer the current app" "" "$(calls '^app_(manager|context)_')"
 
 # spared WHAT CALL RESULT LINE: the app survives because the call fails.
 number=0
@@ -144,7 +144,7 @@ make_wgt "$work/none.wgt" launchnon6 1.0.0 "$(metadata orv_type ch_feeder_custom
 tv pkg install "$work/none.wgt"
 logged "a package without a service app cannot be launched" "[ERROR] AppControlUtils::LaunchApp() return false."
 complete "a package without a service app"
-equal "it has no app to terminate" "" "$(calls '^app_manager')"
+equal "there is no app to terminate" "" "$(calls '^app_manager')"
 forget_log
 install launchsev7 "$ENDLESS"
 reached "the next app is launched" "$(is_running launchsev7)"

@@ -25,7 +25,7 @@ tv up
 not_before "the next TV continues from there" "$before" "$(clock)"
 not_before "and so does its daemon" "$fast" "$(daemon_time)"
 tv status | grep -q '^clock .* ahead of this machine$' || die "tv status does not show the clock"
-passed "tv status shows how far ahead it is"
+passed "tv status shows how far ahead the clock is"
 tv down
 
 tv up --speed 3600

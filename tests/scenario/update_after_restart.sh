@@ -45,7 +45,7 @@ updated "an added type" gainedtyp1 "$(feeder 1)" "$(feeder 1; banner info)" \
 "UpdateAppInfo({$(urls 1 | sed 's/,/,"pkg_id":"gainedtyp1",/'),\"widget_id\":\"gainedtyp1.App\"})"
 equal "the added type is not announced" "" "$(tv key get -r db/orv_channel/custom_ui_type)"
 tv daemon restart
-equal "it is not loaded after a restart either" "" "$(log_texts | grep -F 'custom_ui_standard, iter->second' || true)"
+equal "the added type is not loaded after a restart either" "" "$(log_texts | grep -F 'custom_ui_standard, iter->second' || true)"
 
 updated "a removed inner type" lostinner1 "$(feeder 1; banner info)" "$(banner info)" \
 "[Debug] [Removable] first : ch_feeder_standard, second : standard
@@ -67,7 +67,7 @@ updated "a removed outermost type" lostouter1 "$(feeder 1; banner channel)" "$(f
 [Info] rPackageID : lostouter1, eType : 1" \
 "1.0.0 {\"orv_data\":{\"ch.app.boosting\":\"\",$(urls 1)},\"orv_type\":{\"ch_feeder_standard\":\"standard\"}}" \
 "UpdateAppInfo({$(urls 1 | sed 's/,/,"pkg_id":"lostouter1",/'),\"widget_id\":\"lostouter1.App\"})"
-equal "its announcement stays" channel "$(announced CustomBanner | jq -r .banner_types)"
+equal "the announcement of the removed type stays" channel "$(announced CustomBanner | jq -r .banner_types)"
 
 # The framework gets the new values; the record keeps those it was created with.
 updated "a feeder whose values changed" changedfee "$(feeder 1)" "$(feeder 2 other)" \

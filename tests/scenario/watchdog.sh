@@ -21,5 +21,5 @@ holds "the restart is counted" '.daemon.restarts == 1'
 old=$(tv status --json | jq .daemon.pid)
 kill -SEGV "$old"
 reached "a crashed daemon is replaced" ".daemon.running and .daemon.pid != $old and .daemon.state == \"ready\""
-holds "that restart is counted as well" '.daemon.restarts == 2'
+holds "the second restart is counted as well" '.daemon.restarts == 2'
 the_end

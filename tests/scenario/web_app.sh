@@ -44,12 +44,12 @@ for state in pause resume preload destroy init load pause; do tv app status $app
 walked "on request it enters each state in turn" "pause resume preload destroy init load pause"
 tv app launch $app
 walked "launched again, it comes to the front" resume
-equal "it is still the same process" "$first" "$(pid_of $app)"
+equal "the process is still the same" "$first" "$(pid_of $app)"
 tv app launch $app $LAUNCH_MODE=backgroundAtStartup
 equal "a launch in the background does not change its state" resume "$(tv key get -r "$status_key")"
 tv app status $app quit
-walked "it quits" quit
-reached "it is not running" "$(app_is $app '(.running | not) and .status == ""')"
+walked "the app quits" quit
+reached "the app is not running" "$(app_is $app '(.running | not) and .status == ""')"
 
 tv app launch $app $LAUNCH_MODE=backgroundAtStartup
 walked "launched in the background, it stays there" "init load preload"
@@ -57,7 +57,7 @@ tv app launch $app
 walked "a launch in the foreground brings it to the front" resume
 tv app kill $app
 walked "killed, it is destroyed without quitting" destroy
-reached "it is not running" "$(app_is $app '.running | not')"
+reached "the app is not running" "$(app_is $app '.running | not')"
 
 tv app launch $app; tv app status $app pause
 walked "on a request while it loads, it loads first" "init load resume pause"

@@ -22,49 +22,49 @@ echo "a service app before network time"
 tv up --offline
 service_wgt "$work/feed.wgt" whyfeed001 'echo starting; echo cannot reach the feed; exit 1'
 tv pkg install "$work/feed.wgt"
-reached "the daemon knows it" "$(stored whyfeed001)"
-equal "why names the key" "not launched: the TV has no network time ($SET is not 1)" "$(verdict whyfeed001)"
-equal "and so does the schedule" "network time: $SET is not 1" "$(waits_for)"
-equal "its status is printed" "not running" "$(tv app status $FEED)"
+reached "the daemon has stored the app" "$(stored whyfeed001)"
+equal "tv why names the key" "not launched: the TV has no network time ($SET is not 1)" "$(verdict whyfeed001)"
+equal "tv schedule names the key" "network time: $SET is not 1" "$(waits_for)"
+equal "tv app status prints its status" "not running" "$(tv app status $FEED)"
 exits "an unknown id" 4 tv why whynothing
 
 echo "an app that fails"
 tv key set $SET 1
-has_verdict "its end and its last words" whyfeed001 \
+has_verdict "the verdict has the exit status and the last output" whyfeed001 \
   '^launched, ended with exit status 1: starting | cannot reach the feed'
 tv why $FEED -n 0 >"$work/why"
 grep -v '^verdict' "$work/why" | cut -d' ' -f1 >"$work/times"
-sort -r -c "$work/times" || die "the account is not newest first"
-passed "the account is newest first"
-equal "it has every source" "call daemon desk-tv output" \
+sort -r -c "$work/times" || die "the entries are not newest first"
+passed "the entries are newest first"
+equal "the entries are from every source" "call daemon desk-tv output" \
   "$(grep -v '^verdict' "$work/why" | awk '{ print $2 }' | sort -u | paste -s -d' ')"
-equal "the schedule knows the end" "exit status 1" "$(tv schedule --json | jq -r '.apps[0].end')"
+equal "tv schedule shows the exit status" "exit status 1" "$(tv schedule --json | jq -r '.apps[0].end')"
 waits_for | grep -q '^the next tick, in 1[12] minutes$' || die "the schedule waits for $(waits_for)"
-passed "and waits for the next tick"
+passed "the schedule waits for the next tick"
 
 echo "an app that is not due"
 tv port send $PORT --from $FEED --reply-port answers $SET_TIME expiration_time=2525 >/dev/null
 has_verdict "the due time is part of the verdict" $FEED '; expiration_date_str is in 4[12] minutes$'
 tv schedule | grep -Eq "^$FEED +in 4[12] minutes +20.* +exit status 1\$" || die "the schedule: $(tv schedule)"
-passed "and of the schedule"
+passed "the schedule shows the due time and the exit status"
 
 echo "a feeder without its data"
 make_wgt "$work/nodata.wgt" whynodata1 1.0.0 "$(metadata orv_type ch_feeder_standard standard
   metadata orv_data channel_data_url file://channel.json
   metadata orv_data schedule_data_url file://schedule.json)"
 tv pkg install "$work/nodata.wgt"
-has_verdict "what is missing is named" whynodata1 '^not fed: the package has no image whynodata1.App.tmg$'
+has_verdict "the verdict names the missing image" whynodata1 '^not fed: the package has no image whynodata1.App.tmg$'
 
 echo "journal and wait"
 tv journal --since 1h --call 'app_control_*' --thread ORVScheduler >"$work/journal"
 grep -q "app_control_set_app_id(.*\"$FEED\")" "$work/journal" || die "the journal lacks the launch"
-passed "a call of a thread is found"
-equal "and no other" "" "$(grep -v app_control_ "$work/journal" || true)"
-equal "nothing is newer than tomorrow" "" "$(tv journal --since "$(date -u -d tomorrow +%Y-%m-%dT%H:%M:%SZ)")"
+passed "the journal finds the calls of a thread"
+equal "the journal prints no other calls" "" "$(grep -v app_control_ "$work/journal" || true)"
+equal "the journal has no entries since tomorrow" "" "$(tv journal --since "$(date -u -d tomorrow +%Y-%m-%dT%H:%M:%SZ)")"
 exits "a misspelt member is refused at once" 2 tv wait .chanels
-grep -q 'no member chanels (did you mean channels?)' "$work/err" || die "the refusal: $(cat "$work/err")"
+grep -q 'no member chanels (did you mean channels?)' "$work/err" || die "the error: $(cat "$work/err")"
 
-echo "an app that is waited for"
+echo "an app that the daemon waits for"
 tv pkg install "$ORV_SAMPLES/replacement-ui.wgt"
 mkdir -p "$TV_ROOT/opt/share/orv_ch"
 cp "$APPS/replaceui1/res/wgt/replacement_ui_info.json" "$TV_ROOT/opt/share/orv_ch/"
@@ -74,7 +74,7 @@ comes_true "the status shows the wait" is_busy
 passed "the status shows the wait"
 tv app status guidebackg.Guide resume
 reached "the app takes over" '.operations | all(.app == "guidebackg.Guide")'
-equal "and the wait is over" "[]" "$(tv status --json | jq -c .busy)"
+equal "the wait is over" "[]" "$(tv status --json | jq -c .busy)"
 tv down
 
 echo "a clean run"
@@ -92,9 +92,9 @@ errors_not_in_the_manual() {
     grep -qF -- "$text" "$(dirname "$0")/../../docs/tv.md" || echo "$text"
   done
 }
-equal "the manual explains each error of it" "" "$(errors_not_in_the_manual)"
-[ -n "$(tv log -l E)" ] || die "there is no such line: the manual need not explain any"
-passed "there are such lines"
+equal "the manual explains each error line of the run" "" "$(errors_not_in_the_manual)"
+[ -n "$(tv log -l E)" ] || die "the run logged no error line"
+passed "the run logged error lines"
 tv down
 
 echo "one clock on a faster TV"
@@ -108,5 +108,5 @@ apart=$(tv why whyfast001.Feed -n 0 --json | jq '
   | ([.account[] | select(.text | test(" launched: ")).time] | last | at) - $asked')
 echo "  request and launch are $apart s apart"
 [ "$apart" -ge -1 ] && [ "$apart" -lt $((600 * slow)) ] || die "request and launch are $apart s apart"
-passed "the daemon's calls and desk-tv's lines have one clock"
+passed "the daemon's calls and desk-tv's lines use the same clock"
 the_end
