@@ -30,10 +30,12 @@ struct State {
   std::atomic<bool> recording{true};
   std::atomic<unsigned long> sequence{0};
   std::atomic<int> faultNames{0};
+  std::atomic<int> lateFaultNames{0};
   std::mutex mutex;
   // Guarded by mutex.
   std::deque<Call> calls;
   std::map<std::string, std::deque<Fault>> faults;
+  std::map<std::string, std::deque<int>> lateFaults;
   std::map<std::string, std::size_t> failures;
   std::map<std::string, std::size_t> handles;
 };
@@ -216,11 +218,36 @@ void Fail(const std::string& name, int result, int times, int after) {
   state.faultNames = static_cast<int>(state.faults.size());
 }
 
+void FailAfterwards(const std::string& name, int result) {
+  State& state = GetState();
+  const std::lock_guard<std::mutex> lock(state.mutex);
+  state.lateFaults[name].push_back(result);
+  state.lateFaultNames = static_cast<int>(state.lateFaults.size());
+}
+
+std::optional<int> TakeLateFault(const char* name) {
+  State& state = GetState();
+  if (state.lateFaultNames == 0) {
+    return std::nullopt;
+  }
+  const std::lock_guard<std::mutex> lock(state.mutex);
+  const auto found = state.lateFaults.find(name);
+  if (found == state.lateFaults.end() || found->second.empty()) {
+    return std::nullopt;
+  }
+  const int result = found->second.front();
+  found->second.pop_front();
+  ++state.failures[name];
+  return result;
+}
+
 void ClearFaults() {
   State& state = GetState();
   const std::lock_guard<std::mutex> lock(state.mutex);
   state.faults.clear();
   state.faultNames = 0;
+  state.lateFaults.clear();
+  state.lateFaultNames = 0;
 }
 
 std::size_t FailureCount(const std::string& name) {

@@ -11,6 +11,9 @@
 /// How the fake's own sources record their calls and count their handles.
 namespace fake {
 
+/// Uses up one late fault of the name, see FailAfterwards().
+std::optional<int> TakeLateFault(const char* name);
+
 /// Calls are kept in memory, for Calls(). An exception of the work reaches the caller.
 platform::Backend& GetBackend();
 
@@ -22,7 +25,20 @@ class PlatformCall : public platform::Call {
  public:
   template <typename... Args>
   explicit PlatformCall(const char* name, const Args&... args)
-      : platform::Call(&GetBackend(), name, args...) {}
+      : platform::Call(&GetBackend(), name, args...), m_name(name) {}
+
+  using platform::Call::Run;
+  template <typename Work>
+  int Run(int failure, Work work) {
+    if (const std::optional<int> result = TakeLateFault(m_name)) {
+      work();
+      return Return(*result);
+    }
+    return platform::Call::Run(failure, work);
+  }
+
+ private:
+  const char* m_name;
 };
 
 /// Counts a kind of handle for OpenHandles().

@@ -45,6 +45,17 @@ TEST_F(Calls, StandInTheOrderInWhichTheyBegan) {
                           "vconf_get_str(db/none) = null"));
 }
 
+TEST_F(Calls, MayDoTheirWorkAndReturnAnotherResultOnce) {
+  fake::FailAfterwards("vconf_get_int", 7);
+  fake::StoreKey("db/a", 3);
+  int value = 0;
+  EXPECT_EQ(vconf_get_int("db/a", &value), 7);
+  EXPECT_EQ(value, 3);
+  EXPECT_EQ(vconf_get_int("db/a", &value), 0);
+  EXPECT_THAT(fake::CallTexts(), ElementsAre("vconf_get_int(db/a) = 7", "vconf_get_int(db/a) = 0"));
+  EXPECT_EQ(fake::FailureCount("vconf_get_int"), 1U);
+}
+
 TEST_F(Calls, CarryTheThreadThatMadeThem) {
   std::thread::id id;
   std::thread([&] {
