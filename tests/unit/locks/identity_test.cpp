@@ -16,14 +16,14 @@ namespace {
 
 using records::Layer;
 
-constexpr int kRounds = 1500;
+constexpr int ROUNDS = 1500;
 /// Forty characters and more: never inside the string object.
-const std::string kIDs[] = {"a.widget.identifier.of.more.than.forty.characters",
-                            "another.widget.identifier.that.is.longer.than.the.first.one"};
+const std::string IDS[] = {"a.widget.identifier.of.more.than.forty.characters",
+                           "another.widget.identifier.that.is.longer.than.the.first.one"};
 
 records::Owned<Layer> MakeChain(const std::string& suffix) {
   AppBaseInfo info = records::Info("a.package.identifier.of.more.than.forty.characters" + suffix);
-  info.m_sWidgetID = kIDs[0];
+  info.m_sWidgetID = IDS[0];
   auto* const inner =
       new Layer(new ORVAppInfo(info), "ch_feeder_custom", "standard", {"expiration_date_str"});
   auto* const middle = new Layer(inner, "ch_feeder_standard", "extended", {"channel_data_url"});
@@ -40,7 +40,7 @@ class IdentityAndChain : public testing::Test {
   void ChangeWidgetID(int round) {
     const auto lock = m_cache.LockAppList();
     ASSERT_TRUE(m_cache.HasAppInfo(m_record.get()));
-    m_record->m_sWidgetID = kIDs[round % 2];
+    m_record->m_sWidgetID = IDS[round % 2];
   }
   /// As the installer's task does: a record comes, loses its middle layer, and goes.
   void ComeAndGo(int round) {
@@ -65,9 +65,9 @@ class IdentityAndChain : public testing::Test {
     std::vector<PreloadingApp> apps;
     m_cache.GetPreloadingApps(apps);
     for (const auto& [app, widget] : apps) {
-      EXPECT_TRUE(widget == kIDs[0] || widget == kIDs[1]) << widget;
+      EXPECT_TRUE(widget == IDS[0] || widget == IDS[1]) << widget;
     }
-    m_cache.UpdateSchedulingItem({m_package, "", kIDs[0]});
+    m_cache.UpdateSchedulingItem({m_package, "", IDS[0]});
   }
 
   AppInfoCache& m_cache = *AppInfoCache::GetInstance();
@@ -81,9 +81,9 @@ TEST_F(IdentityAndChain, AreReadWhileTheyChange) {
     while (!ended) Read();
   });
   support::OtherThread mainLoop([&] {
-    for (int round = 0; round < kRounds; ++round) ChangeWidgetID(round);
+    for (int round = 0; round < ROUNDS; ++round) ChangeWidgetID(round);
   });
-  for (int round = 0; round < kRounds / 5; ++round) ComeAndGo(round);
+  for (int round = 0; round < ROUNDS / 5; ++round) ComeAndGo(round);
   mainLoop.Join();
   ended = true;
 }

@@ -24,9 +24,9 @@
 namespace {
 
 /// Longer than the characters that a string holds without an allocation.
-const std::string kLong = "an.identifier.of.more.than.forty.characters.";
+const std::string LONG = "an.identifier.of.more.than.forty.characters.";
 
-enum class Probe { CREATED, STARTED, CANCELLED };
+enum class Probe { Created, Started, Cancelled };
 
 /// Whether another thread has to wait for a lock of the operation at one of the moments when the
 /// operation allocates or releases memory. The probe takes that lock and no other one.
@@ -34,15 +34,15 @@ bool MakesWait(const std::function<void()>& operation, const std::function<void(
   std::vector<std::unique_ptr<support::OtherThread>> threads;
   bool waited = false;
   memory_hook::RunInterrupted(operation, [&] {
-    const auto state = std::make_shared<std::atomic<Probe>>(Probe::CREATED);
+    const auto state = std::make_shared<std::atomic<Probe>>(Probe::Created);
     threads.push_back(std::make_unique<support::OtherThread>([&probe, state] {
       fake::CallCount("");  // waits where the operation is inside the fake platform
-      Probe expected = Probe::CREATED;
-      if (state->compare_exchange_strong(expected, Probe::STARTED)) probe();
+      Probe expected = Probe::Created;
+      if (state->compare_exchange_strong(expected, Probe::Started)) probe();
     }));
     EXPECT_TRUE(threads.back()->WaitUntilItStops());
-    Probe expected = Probe::CREATED;
-    const bool isStarted = !state->compare_exchange_strong(expected, Probe::CANCELLED);
+    Probe expected = Probe::Created;
+    const bool isStarted = !state->compare_exchange_strong(expected, Probe::Cancelled);
     waited = waited || (isStarted && !threads.back()->Done());
   });
   return waited;
@@ -51,9 +51,9 @@ bool MakesWait(const std::function<void()>& operation, const std::function<void(
 /// Lets its tests into what the layers share with their base.
 class OpenLayer final : public AppTypeDecorator {
  public:
-  OpenLayer() : AppTypeDecorator(new ORVAppInfo(records::Info("pkg")), kLong + "type", kLong) {
-    m_mapAppliedData[kLong + "key"] = kLong;
-    m_mapUpdatableData[kLong + "key"] = kLong;
+  OpenLayer() : AppTypeDecorator(new ORVAppInfo(records::Info("pkg")), LONG + "type", LONG) {
+    m_mapAppliedData[LONG + "key"] = LONG;
+    m_mapUpdatableData[LONG + "key"] = LONG;
   }
   static void Release(AppInfo* layer) { delete static_cast<OpenLayer*>(layer); }
   ReleaseFunction GetReleaseFunction() const override { return &Release; }
@@ -72,10 +72,10 @@ class LeafLocks : public testing::Test {
 
 TEST_F(LeafLocks, GuardTheMetadataOfALayer) {
   const records::Owned<OpenLayer> layer(new OpenLayer);
-  const std::string type = kLong + "type";
-  const std::string key = kLong + "key";
+  const std::string type = LONG + "type";
+  const std::string key = LONG + "key";
   const auto probe = [&] { layer->GetMetadata("orv_type", type); };
-  std::string growing = kLong;
+  std::string growing = LONG;
   const auto set = [&](const char* category, const std::string& name, bool updatable) {
     growing += growing;
     const std::pair<std::string, std::string> entry(name, growing);
@@ -95,10 +95,10 @@ TEST_F(LeafLocks, GuardTheMetadataOfALayer) {
 }
 
 TEST_F(LeafLocks, GuardTheDirectoryThatAFeederInserts) {
-  support::MakeDirectories(FileSystemUtils::GetMetaDataDirectoryPath() + layers::kPackage);
+  support::MakeDirectories(FileSystemUtils::GetMetaDataDirectoryPath() + layers::PACKAGE);
   const auto feeder = layers::Decorate<ChFeederStandard>("extended");
-  layers::Apply(*feeder, "channel_data_url", "file://" + kLong);
-  layers::Apply(*feeder, "schedule_data_url", "file://" + kLong);
+  layers::Apply(*feeder, "channel_data_url", "file://" + LONG);
+  layers::Apply(*feeder, "schedule_data_url", "file://" + LONG);
   EXPECT_TRUE(MakesWait([&] { feeder->SetMetaDataDataList(false); },
                         [&] { feeder->GetMetadata("orv_type", "ch_feeder_standard"); }));
 }
@@ -107,7 +107,7 @@ TEST_F(LeafLocks, GuardTheListOfLayersWithScreens) {
   // Nobody's layer: the callback takes the lock and finds that it is gone.
   const auto probe = [] { CustomUIExtended::OnAppStatusChanged(6, nullptr); };
   layers::Chain<CustomUIExtended> screen;
-  EXPECT_TRUE(MakesWait([&] { screen = layers::Decorate<CustomUIExtended>(kLong); }, probe));
+  EXPECT_TRUE(MakesWait([&] { screen = layers::Decorate<CustomUIExtended>(LONG); }, probe));
   EXPECT_TRUE(MakesWait([&] { screen.reset(); }, probe));
 }
 
@@ -117,16 +117,16 @@ TEST_F(LeafLocks, GuardTheRecordsOfTheCache) {
     std::vector<std::string> ids;
     cache.GetAppIDList(ids);
   };
-  const auto record = records::MakeLayer(kLong, kLong, kLong);
-  EXPECT_TRUE(MakesWait([&] { cache.AddAppInfo(kLong, record.get(), false); }, probe));
+  const auto record = records::MakeLayer(LONG, LONG, LONG);
+  EXPECT_TRUE(MakesWait([&] { cache.AddAppInfo(LONG, record.get(), false); }, probe));
   EXPECT_TRUE(MakesWait(probe, probe));
   std::vector<std::string> ids;
-  EXPECT_TRUE(MakesWait([&] { cache.GetAppIDListByType(kLong, ids); }, probe));
+  EXPECT_TRUE(MakesWait([&] { cache.GetAppIDListByType(LONG, ids); }, probe));
   PinnedAppInfo pin;
-  EXPECT_TRUE(MakesWait([&] { pin = cache.PinAppInfo(kLong); }, probe));
+  EXPECT_TRUE(MakesWait([&] { pin = cache.PinAppInfo(LONG); }, probe));
   EXPECT_TRUE(MakesWait([&] { pin.reset(); }, probe));
-  EXPECT_TRUE(MakesWait([&] { cache.RemoveAppInfo(kLong); }, probe));
-  cache.AddAppInfo(kLong, record.get(), false);
+  EXPECT_TRUE(MakesWait([&] { cache.RemoveAppInfo(LONG); }, probe));
+  cache.AddAppInfo(LONG, record.get(), false);
   EXPECT_TRUE(MakesWait([&] { cache.ClearCacheAndDB(); }, probe));
 }
 
@@ -140,17 +140,17 @@ void Follow(const std::string& app, const std::string& type) {
 }
 
 TEST_F(LeafLocks, GuardTheAppThatIsFollowedAndItsCallbacks) {
-  EXPECT_TRUE(MakesWait([] { Follow(kLong, kLong); }, &WalkCallbacks));
+  EXPECT_TRUE(MakesWait([] { Follow(LONG, LONG); }, &WalkCallbacks));
   EXPECT_TRUE(MakesWait(&WalkCallbacks, &WalkCallbacks));
-  EXPECT_TRUE(MakesWait([] { AppPreloadingUtils::RemoveWebStatusChangedCallback(kLong, kLong); },
+  EXPECT_TRUE(MakesWait([] { AppPreloadingUtils::RemoveWebStatusChangedCallback(LONG, LONG); },
                         &WalkCallbacks));
-  Follow(kLong, kLong);
-  AppPreloadingUtils::RegisterAppStatusVconfCallback(kLong);
-  EXPECT_TRUE(MakesWait([] { AppPreloadingUtils::UnregisterAppStatusVconfCallback(kLong); },
+  Follow(LONG, LONG);
+  AppPreloadingUtils::RegisterAppStatusVconfCallback(LONG);
+  EXPECT_TRUE(MakesWait([] { AppPreloadingUtils::UnregisterAppStatusVconfCallback(LONG); },
                         &WalkCallbacks));
   // A preload compares its app with a copy of the followed one.
-  Follow(kLong, kLong);
-  fake::Fail("app_control_create", -1, fake::kForever);
+  Follow(LONG, LONG);
+  fake::Fail("app_control_create", -1, fake::FOREVER);
   EXPECT_TRUE(MakesWait(
       [] {
         AppPreloadingUtils::PreloadAppAndRegisterAppStatusChangedCB("a", "b", {nullptr, nullptr});
@@ -159,13 +159,13 @@ TEST_F(LeafLocks, GuardTheAppThatIsFollowedAndItsCallbacks) {
 }
 
 TEST_F(LeafLocks, KeepAddAndRemoveOfCallbacksApart) {
-  const auto add = [] { Follow(kLong, "b"); };
-  const auto remove = [] { AppPreloadingUtils::RemoveWebStatusChangedCallback(kLong, "c"); };
-  Follow(kLong, kLong);
+  const auto add = [] { Follow(LONG, "b"); };
+  const auto remove = [] { AppPreloadingUtils::RemoveWebStatusChangedCallback(LONG, "c"); };
+  Follow(LONG, LONG);
   // Each logs first, under the lock. So the lock is held at an allocation outside the other lock.
-  EXPECT_TRUE(MakesWait([] { Follow(kLong + "2", kLong); }, remove));
-  EXPECT_TRUE(MakesWait(
-      [] { AppPreloadingUtils::RemoveWebStatusChangedCallback(kLong + "2", kLong); }, add));
+  EXPECT_TRUE(MakesWait([] { Follow(LONG + "2", LONG); }, remove));
+  EXPECT_TRUE(
+      MakesWait([] { AppPreloadingUtils::RemoveWebStatusChangedCallback(LONG + "2", LONG); }, add));
 }
 
 }  // namespace

@@ -21,9 +21,9 @@
 
 namespace {
 
-constexpr char kUIKey[] = "db/orv_channel/custom_ui_type";
-constexpr char kUIFile[] = "/opt/share/orv_ch/replacement_ui_info.json";
-constexpr char kAppKey[] = "rtc/memory/WebApp/org.example.a_b.app";
+constexpr char UIKEY[] = "db/orv_channel/custom_ui_type";
+constexpr char UIFILE[] = "/opt/share/orv_ch/replacement_ui_info.json";
+constexpr char APP_KEY[] = "rtc/memory/WebApp/org.example.a_b.app";
 
 /// The five strings begin alike and differ.
 AppBaseInfo LookAlikes() {
@@ -77,8 +77,8 @@ void PrintChain(std::ostream& stream, const std::string& name, AppInfo* record) 
 void PrintState(std::ostream& stream) {
   PrintChain(stream, "layer ", Chains()[0]);
   PrintChain(stream, "extracted ", Chains()[1]);
-  traces::PrintKeys(stream, {kUIKey, kAppKey});
-  traces::PrintPlatform(stream, {kAppKey, kUIKey});
+  traces::PrintKeys(stream, {UIKEY, APP_KEY});
+  traces::PrintPlatform(stream, {APP_KEY, UIKEY});
   traces::PrintOperations(stream);
   traces::PrintFiles(stream, FileSystemUtils::GetSharedDataPath());
 }
@@ -118,8 +118,8 @@ class LayerTraces : public testing::Test {
       boost::filesystem::remove(directory + "/orv_app.zip");
       return 0;
     });
-    fake::SetWaits(fake::Waits::kTimeOut);
-    fake::StoreKey(kUIKey, std::string());
+    fake::SetWaits(fake::Waits::TimeOut);
+    fake::StoreKey(UIKEY, std::string());
   }
   void Create(const std::string& title, AppInfo* (*create)(const std::string&),
               const std::string& value) {
@@ -275,7 +275,7 @@ TEST_F(LayerTraces, CustomFeeder) {
 
 /// A banner or a screen through its life, over the contents that the key may have.
 void PutKey(const std::string& text) {
-  fake::StoreKey(kUIKey, text);
+  fake::StoreKey(UIKEY, text);
 }
 
 TEST_F(LayerTraces, Banner) {
@@ -325,14 +325,14 @@ TEST_F(LayerTraces, BannerOverKeys) {
   }
   for (const int result : {-1, 1, 0}) {
     Create("vconf_set_str gives " + std::to_string(result), &NewBanner, "info");
-    m_trace.Prepare([&] { fake::Fail("vconf_set_str", result, fake::kForever); });
+    m_trace.Prepare([&] { fake::Fail("vconf_set_str", result, fake::FOREVER); });
     RunNew();
     Stop();
     Release();
     Clean();
   }
   Create("no key", &NewBanner, "info");
-  m_trace.Prepare([] { fake::Fail("vconf_get_str", 0, fake::kForever); });
+  m_trace.Prepare([] { fake::Fail("vconf_get_str", 0, fake::FOREVER); });
   RunNew();
   RunKnown();
   StageValue("channel");
@@ -346,7 +346,7 @@ TEST_F(LayerTraces, BannerOverKeys) {
 TEST_F(LayerTraces, Screen) {
   for (const std::string option : {"", "default", "background_img2", "background_img"}) {
     Create("option \"" + option + "\"", &NewScreen, "epg,EPG,channel_list,epg ,channel_lists");
-    m_trace.Prepare([] { support::WriteFile(kUIFile, "{\"appid\" : \"lay out.app\"}"); });
+    m_trace.Prepare([] { support::WriteFile(UIFILE, "{\"appid\" : \"lay out.app\"}"); });
     Set({{"custom_ui_cold_boot_opt", option}}, false);
     RunNew();
     RunKnown();
@@ -391,8 +391,8 @@ TEST_F(LayerTraces, ScreenWithFaults) {
              "epg,channel_list");
       Set({{"custom_ui_cold_boot_opt", option}}, false);
       m_trace.Prepare([&call = call, result = result] {
-        support::WriteFile(kUIFile, "{\"appid\":\"layout\"}");
-        fake::Fail(call, result, fake::kForever);
+        support::WriteFile(UIFILE, "{\"appid\":\"layout\"}");
+        fake::Fail(call, result, fake::FOREVER);
       });
       RunNew();
       Stop();
@@ -408,7 +408,7 @@ TEST_F(LayerTraces, ScreenOverFilesAndKeys) {
                                  "{\"appid\":[]}", "\"text\"", "{\"appid\":\"a\\\"b\"} x"}) {
     Create("file " + file, &NewScreen, "epg");
     Set({{"custom_ui_cold_boot_opt", "background_img"}}, false);
-    m_trace.Prepare([&] { support::WriteFile(kUIFile, file); });
+    m_trace.Prepare([&] { support::WriteFile(UIFILE, file); });
     RunKnown();
     Stop();
     Release();
@@ -424,7 +424,7 @@ TEST_F(LayerTraces, ScreenOverFilesAndKeys) {
     Clean();
   }
   Create("no key", &NewScreen, "epg");
-  m_trace.Prepare([] { fake::Fail("vconf_get_str", 0, fake::kForever); });
+  m_trace.Prepare([] { fake::Fail("vconf_get_str", 0, fake::FOREVER); });
   RunNew();
   RunKnown();
   Stop();

@@ -22,7 +22,7 @@ void PrintPackagedData(std::ostream& stream) {
   traces::PrintPlatform(stream, {});
 }
 
-const std::string kFallback = "/home/owner/share/tmp/sdk_tools//orv_app.zip";
+const std::string FALLBACK = "/home/owner/share/tmp/sdk_tools//orv_app.zip";
 
 class PackagedDataTraces : public testing::Test {
  protected:
@@ -90,7 +90,7 @@ TEST_F(PackagedDataTraces, EveryResultOfTheMount) {
     const auto install = [&](const std::string& title, const std::function<void()>& fault) {
       Begin();
       m_trace.Prepare([&] {
-        if (hasFallback) support::WriteZip(kFallback, {{"index.html", fallbackEntry}});
+        if (hasFallback) support::WriteZip(FALLBACK, {{"index.html", fallbackEntry}});
         fault();
       });
       Install(title + (hasFallback ? ", fallback" : ""), "type", 3, false);
@@ -163,8 +163,9 @@ TEST_F(PackagedDataTraces, EveryList) {
   for (const std::string content :
        {"", "{", "{}", R"({"app_type":[]})", R"({"app_type":["type"]})",
         R"({"app_type":["type","type"]})", R"({"app_type":["type","type","type"]})",
-        R"({"app_type":["type_","type","Type"],"more":1})", R"({"app_type":["a", "type"]})",
-        R"({"app_type":"type"})", R"({"app_type":[1,null,true,"type"]})", "[]", "3", "null"}) {
+        R"({"app_type":["type_","type","Type"],"more":1})", R"({"app_type":["type_"]})",
+        R"({"app_type":["a", "type"]})", R"({"app_type":"type"})",
+        R"({"app_type":[1,null,true,"type"]})", "[]", "3", "null"}) {
     for (const bool create : {false, true}) {
       Begin();
       const std::string path = FileSystemUtils::GetHbbTvDirectoryPath() + "a.pkg/app_type_file.txt";

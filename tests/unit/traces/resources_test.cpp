@@ -28,8 +28,8 @@
 
 namespace {
 
-const std::string kLong = "an.identifier.of.more.than.forty.characters.";
-constexpr int kRejected = static_cast<int>(APP_CONTROL_ERROR_LAUNCH_REJECTED);
+const std::string LONG = "an.identifier.of.more.than.forty.characters.";
+constexpr int REJECTED = static_cast<int>(APP_CONTROL_ERROR_LAUNCH_REJECTED);
 
 void Forget() {
   fake::ClearLog();
@@ -48,7 +48,7 @@ class OperationResources : public testing::Test {
  protected:
   OperationResources() {
     boost::filesystem::remove_all(FileSystemUtils::GetSharedDataPath());
-    fake::SetWaits(fake::Waits::kTimeOut);
+    fake::SetWaits(fake::Waits::TimeOut);
     fake::StoreKey("db/orv_channel/custom_ui_type", std::string());
     fake::SetUmountHandler([](const std::string& directory) {
       boost::filesystem::remove(directory + "/orv_app.zip");
@@ -68,9 +68,9 @@ class OperationResources : public testing::Test {
 
 template <class Type>
 void Live(layers::Chain<Type> layer, const std::string& staged) {
-  layers::Apply(*layer, "channel_data_url", "file://" + kLong);
-  layers::Apply(*layer, "schedule_data_url", "file://" + kLong);
-  layers::Stage(*layer, "channel_data_url", "http://" + kLong);
+  layers::Apply(*layer, "channel_data_url", "file://" + LONG);
+  layers::Apply(*layer, "schedule_data_url", "file://" + LONG);
+  layers::Stage(*layer, "channel_data_url", "http://" + LONG);
   layer->RunOperation(false);
   layer->RunOperation(true);
   layers::StageValue(*layer, staged);
@@ -80,15 +80,15 @@ void Live(layers::Chain<Type> layer, const std::string& staged) {
 
 TEST_F(OperationResources, OfTheLayersAreGivenBack) {
   ExpectNothingLeft("a standard feeder",
-                    [] { Live(layers::Decorate<ChFeederStandard>("extended"), kLong); });
+                    [] { Live(layers::Decorate<ChFeederStandard>("extended"), LONG); });
   ExpectNothingLeft("a custom feeder", [] {
     Live(layers::Decorate<ChFeederCustom>(layers::NewRecord(), "extended",
                                           static_cast<RequestEventCallback>(nullptr)),
-         kLong);
+         LONG);
   });
   ExpectNothingLeft("a banner", [] {
-    Live(layers::Decorate<CustomUIStandard>("info"), "channel," + kLong);
-    AppPreloadingUtils::RemoveWebStatusChangedCallback(layers::kApp, "custom_ui_standard");
+    Live(layers::Decorate<CustomUIStandard>("info"), "channel," + LONG);
+    AppPreloadingUtils::RemoveWebStatusChangedCallback(layers::APP, "custom_ui_standard");
     fake::StoreKey("db/orv_channel/custom_ui_type", std::string());
   });
   for (const std::string option : {"default", "background_img"}) {
@@ -96,8 +96,8 @@ TEST_F(OperationResources, OfTheLayersAreGivenBack) {
     ExpectNothingLeft("a screen, " + option, [&] {
       auto screen = layers::Decorate<CustomUIExtended>("epg");
       layers::Apply(*screen, "custom_ui_cold_boot_opt", option);
-      Live(std::move(screen), "channel_list," + kLong);
-      AppPreloadingUtils::RemoveWebStatusChangedCallback(layers::kApp, "custom_ui_extended");
+      Live(std::move(screen), "channel_list," + LONG);
+      AppPreloadingUtils::RemoveWebStatusChangedCallback(layers::APP, "custom_ui_extended");
       fake::StoreKey("db/orv_channel/custom_ui_type", std::string());
     });
   }
@@ -107,34 +107,34 @@ TEST_F(OperationResources, OfLaunchesAndOperationsAreGivenBack) {
   for (const char* call : {"none", "app_control_create", "app_control_set_app_id",
                            "app_control_send_launch_request", "app_operation_set_current_app"}) {
     ExpectNothingLeft(call, [&] {
-      const auto fail = [&] { fake::Fail(call, kRejected); };
+      const auto fail = [&] { fake::Fail(call, REJECTED); };
       fail();
-      AppControlUtils::LaunchApp(kLong, ORV_OPERATION_EPG);
+      AppControlUtils::LaunchApp(LONG, ORV_OPERATION_EPG);
       fake::ClearFaults();
       fail();
-      AppControlUtils::PreloadWebApp(kLong);
+      AppControlUtils::PreloadWebApp(LONG);
       fake::ClearFaults();
       fail();
-      AppControlUtils::SetCurrentAppOfAppOperation(ORV_OPERATION_EPG, kLong, true);
-      AppControlUtils::SetCurrentAppOfAppOperation(ORV_OPERATION_EPG, kLong, false);
+      AppControlUtils::SetCurrentAppOfAppOperation(ORV_OPERATION_EPG, LONG, true);
+      AppControlUtils::SetCurrentAppOfAppOperation(ORV_OPERATION_EPG, LONG, false);
       EXPECT_EQ(fake::OpenHandles("app_control"), 0U);
     });
   }
   ExpectNothingLeft("following", [] {
-    fake::Fail("app_control_send_launch_request", kRejected, 3);
-    AppPreloadingUtils::PreloadAppAndRegisterAppStatusChangedCB(kLong, kLong, {nullptr, nullptr});
+    fake::Fail("app_control_send_launch_request", REJECTED, 3);
+    AppPreloadingUtils::PreloadAppAndRegisterAppStatusChangedCB(LONG, LONG, {nullptr, nullptr});
     for (int i = 0; i < 4; ++i) fake::FireTimersOf(5000);
-    AppPreloadingUtils::RemoveWebStatusChangedCallback(kLong, kLong);
+    AppPreloadingUtils::RemoveWebStatusChangedCallback(LONG, LONG);
     EXPECT_TRUE(fake::Timers().empty());
   });
 }
 
 TEST_F(OperationResources, OfTheSmallHelpersAreGivenBack) {
-  fake::AddWasApp({"pkg", "app", kLong, 2, 0});
+  fake::AddWasApp({"pkg", "app", LONG, 2, 0});
   ExpectNothingLeft("the web-app service", [] {
     WASAppList apps;
     EXPECT_TRUE(WASUtils::GetAllWASAppList(apps));
-    EXPECT_EQ(WASUtils::GetWidgetIDByAppID("app"), kLong);
+    EXPECT_EQ(WASUtils::GetWidgetIDByAppID("app"), LONG);
   });
   ExpectNothingLeft("the reset counters",
                     [] { FileSystemUtils::CheckTVResetAndUpdateResetCountInfo(); });
@@ -144,7 +144,7 @@ TEST_F(OperationResources, OfTheSmallHelpersAreGivenBack) {
   });
   ExpectNothingLeft("the files", [] {
     std::string content;
-    FileSystemUtils::WriteFile("/tmp/file", kLong);
+    FileSystemUtils::WriteFile("/tmp/file", LONG);
     FileSystemUtils::ReadFile("/tmp/file", content);
     FileSystemUtils::ReadFile("/tmp/absent", content);
     FileSystemUtils::GetPackagedMetaDataDirectoryPath("absent");
@@ -154,14 +154,14 @@ TEST_F(OperationResources, OfTheSmallHelpersAreGivenBack) {
 
 TEST_F(OperationResources, OfPackagedDataAreGivenBack) {
   const auto installAndUninstall = [] {
-    FileSystemUtils::InstallPackagedData(kLong, kLong, "type", 3, false);
-    FileSystemUtils::InstallPackagedData(kLong, kLong, "type2", 3, false);
-    FileSystemUtils::UninstallPackagedData(kLong, "type", 3);
-    FileSystemUtils::UninstallPackagedData(kLong, "type2", 3);
+    FileSystemUtils::InstallPackagedData(LONG, LONG, "type", 3, false);
+    FileSystemUtils::InstallPackagedData(LONG, LONG, "type2", 3, false);
+    FileSystemUtils::UninstallPackagedData(LONG, "type", 3);
+    FileSystemUtils::UninstallPackagedData(LONG, "type2", 3);
     boost::filesystem::remove_all(FileSystemUtils::GetSharedDataPath());
   };
   ExpectNothingLeft("a good archive", installAndUninstall);
-  PutIntoImage([](const std::string& path) { support::WriteFile(path, kLong); });
+  PutIntoImage([](const std::string& path) { support::WriteFile(path, LONG); });
   ExpectNothingLeft("a text", installAndUninstall);
   PutIntoImage([](const std::string& path) { support::WriteZip(path, {}); });
   ExpectNothingLeft("an empty archive", installAndUninstall);
@@ -173,8 +173,8 @@ TEST_F(OperationResources, OfPackagedDataAreGivenBack) {
 
 TEST_F(OperationResources, OfTheStoreAreGivenBack) {
   records::MakeStoreDirectory();
-  const auto record = records::MakeLayer("pkg", "type", kLong);
-  const auto quoted = records::MakeLayer("quo'ted", "type", kLong);
+  const auto record = records::MakeLayer("pkg", "type", LONG);
+  const auto quoted = records::MakeLayer("quo'ted", "type", LONG);
   const std::vector<std::string> contents = {"", "x", std::string(5000, 'x')};
   for (const std::string& content : contents) {
     ExpectNothingLeft("a file of " + std::to_string(content.size()) + " bytes", [&] {

@@ -17,7 +17,7 @@ using records::Layer;
 using records::Owned;
 
 /// Ids that are prefixes of each other, differ in case only, or contain what LIKE and blanks mean.
-const std::vector<std::string> kIDs = {"a.b", "a.bc", "A.b", "a_b", "a%b", "a b", "a", ""};
+const std::vector<std::string> IDS = {"a.b", "a.bc", "A.b", "a_b", "a%b", "a b", "a", ""};
 
 AppBaseInfo LookAlikes(const std::string& package, int generation) {
   AppBaseInfo info;
@@ -110,7 +110,7 @@ class CacheTraces : public testing::Test {
 };
 
 TEST_F(CacheTraces, Records) {
-  for (const std::string& id : kIDs) Add(id, 1, true);
+  for (const std::string& id : IDS) Add(id, 1, true);
   for (const std::string id : {"a.b", "A.b", "", "a.", "a.bcd"}) Find(id);
   for (const std::string id : {"a_b", "a%b", "a.b", "a b"}) Update(id, 2);
   Update("new", 1);
@@ -154,7 +154,7 @@ TEST_F(CacheTraces, Records) {
 }
 
 TEST_F(CacheTraces, Schedule) {
-  for (const std::string& id : kIDs) Add(id, 1, true);
+  for (const std::string& id : IDS) Add(id, 1, true);
   m_trace.Prepare([&] { m_cache.AddAppInfo("web", Keep(MakeRecord("web", 1, "")), false); });
   m_trace.Do("refill", [&] { return m_cache.ResetSchedulingList(); });
   m_trace.Do("refill again", [&] { return m_cache.ResetSchedulingList(); });
@@ -220,7 +220,7 @@ struct StoreFile {
   std::function<void()> make;
 };
 
-const std::string kColumns =
+const std::string COLUMNS =
     "package_id TEXT PRIMARY KEY, app_id TEXT, widget_id TEXT, service_id TEXT, version TEXT, "
     "variables TEXT, extra_data1 TEXT, extra_data2 TEXT, extra_data3 TEXT, extra_data4 TEXT";
 
@@ -242,21 +242,19 @@ const std::vector<StoreFile>& StoreFiles() {
       {"ten bytes", [] { support::WriteFile(records::StorePath(), "0123456789"); }},
       {"a text", [] { support::WriteFile(records::StorePath(), std::string(5000, 'x')); }},
       {"a directory", [] { support::MakeDirectories(records::StorePath()); }},
-      {"the daemon's table", [] { MakeTable(kColumns, 10); }},
+      {"the daemon's table", [] { MakeTable(COLUMNS, 10); }},
       {"another table", [] { records::ExecuteOnStore("CREATE TABLE appinfo2(x TEXT)"); }},
-      {"another name", [] { MakeTable(Replaced(kColumns, "service_id", "service_ids"), 10); }},
-      {"another case", [] { MakeTable(Replaced(kColumns, "version", "Version"), 10); }},
-      {"another type",
-       [] { MakeTable(Replaced(kColumns, "version TEXT", "version INTEGER"), 10); }},
-      {"no type", [] { MakeTable(Replaced(kColumns, "version TEXT", "version"), 10); }},
-      {"no key", [] { MakeTable(Replaced(kColumns, " PRIMARY KEY", ""), 10); }},
+      {"another name", [] { MakeTable(Replaced(COLUMNS, "service_id", "service_ids"), 10); }},
+      {"another case", [] { MakeTable(Replaced(COLUMNS, "version", "Version"), 10); }},
+      {"another type", [] { MakeTable(Replaced(COLUMNS, "version TEXT", "version INTEGER"), 10); }},
+      {"no type", [] { MakeTable(Replaced(COLUMNS, "version TEXT", "version"), 10); }},
+      {"no key", [] { MakeTable(Replaced(COLUMNS, " PRIMARY KEY", ""), 10); }},
       {"two keys",
        [] {
-         MakeTable(Replaced(kColumns, " PRIMARY KEY", "") + ", PRIMARY KEY(package_id, app_id)",
-                   10);
+         MakeTable(Replaced(COLUMNS, " PRIMARY KEY", "") + ", PRIMARY KEY(package_id, app_id)", 10);
        }},
-      {"nine columns", [] { MakeTable(Replaced(kColumns, ", extra_data4 TEXT", ""), 9); }},
-      {"eleven columns", [] { MakeTable(kColumns + ", more TEXT", 11); }},
+      {"nine columns", [] { MakeTable(Replaced(COLUMNS, ", extra_data4 TEXT", ""), 9); }},
+      {"eleven columns", [] { MakeTable(COLUMNS + ", more TEXT", 11); }},
   };
   return files;
 }

@@ -20,9 +20,9 @@
 
 namespace {
 
-const std::string kOperation = ORV_OPERATION_EPG;
-constexpr int kRejected = static_cast<int>(APP_CONTROL_ERROR_LAUNCH_REJECTED);
-constexpr int kNotFound = static_cast<int>(APP_CONTROL_ERROR_APP_NOT_FOUND);
+const std::string OPERATION = ORV_OPERATION_EPG;
+constexpr int REJECTED = static_cast<int>(APP_CONTROL_ERROR_LAUNCH_REJECTED);
+constexpr int NOT_FOUND = static_cast<int>(APP_CONTROL_ERROR_APP_NOT_FOUND);
 
 std::string WithResult(const std::string& call, int result) {
   return call + " gives " + std::to_string(result);
@@ -40,10 +40,10 @@ TEST(UtilTraces, Launches) {
   const std::map<std::string, std::string> extra = {{"b", "2"}, {"a", "1"}, {"A", ""}};
   const auto launch = [&](const std::string& title, const std::function<void()>& fault) {
     trace.Prepare(fault);
-    trace.Do(title + ": launch", [] { return AppControlUtils::LaunchApp("an.app", kOperation); });
+    trace.Do(title + ": launch", [] { return AppControlUtils::LaunchApp("an.app", OPERATION); });
     trace.Prepare(fault);
     trace.Do(title + ": launch with extra data",
-             [&] { return AppControlUtils::LaunchApp("an.app", kOperation, extra); });
+             [&] { return AppControlUtils::LaunchApp("an.app", OPERATION, extra); });
     trace.Prepare(fault);
     trace.Do(title + ": preload", [] { return AppControlUtils::PreloadWebApp("an.app"); });
     trace.Prepare([] { fake::ClearFaults(); });
@@ -55,8 +55,8 @@ TEST(UtilTraces, Launches) {
     for (const int result : {-22, 0, 1}) {
       launch(WithResult(call, result), [=] { fake::Fail(call, result); });
     }
-    launch(WithResult(call, kRejected) + " after its work",
-           [=] { fake::FailAfterwards(call, kRejected); });
+    launch(WithResult(call, REJECTED) + " after its work",
+           [=] { fake::FailAfterwards(call, REJECTED); });
   }
   trace.Compare("Launches");
 }
@@ -68,12 +68,12 @@ TEST(UtilTraces, AppOperations) {
       for (const bool enable : {true, false}) {
         trace.Prepare([&] {
           fake::ClearFaults();
-          fake::SetOperationApp(kOperation,
+          fake::SetOperationApp(OPERATION,
                                 current == "none" ? std::nullopt : std::make_optional(current));
           fault();
         });
         trace.Do(title + (enable ? ": enable over " : ": disable over ") + current, [&] {
-          return AppControlUtils::SetCurrentAppOfAppOperation(kOperation, "an.app", enable);
+          return AppControlUtils::SetCurrentAppOfAppOperation(OPERATION, "an.app", enable);
         });
       }
     }
@@ -95,10 +95,10 @@ TEST(UtilTraces, AppOperations) {
 
 // Preloading.
 
-constexpr char kFirst[] = "first.app";
-constexpr char kSecond[] = "first.app_";
-const std::vector<std::string> kWords = {"init",    "load", "preload", "resume",   "pause",
-                                         "destroy", "quit", "Quit",    "preloads", ""};
+constexpr char FIRST[] = "first.app";
+constexpr char SECOND[] = "first.app_";
+const std::vector<std::string> WORDS = {"init",    "load", "preload", "resume",   "pause",
+                                        "destroy", "quit", "Quit",    "preloads", ""};
 
 std::string StatusKey(const std::string& app) {
   return "rtc/memory/WebApp/" + app;
@@ -148,87 +148,87 @@ class PreloadingTraces : public testing::Test {
 };
 
 TEST_F(PreloadingTraces, EveryWordAfterEveryWord) {
-  Follow(kFirst, "type");
-  Follow(kFirst, "Type", false);
-  Follow(kFirst, "type_");
-  for (const std::string& before : kWords) {
-    for (const std::string& after : kWords) {
-      Enter(kFirst, before);
-      Enter(kFirst, after);
+  Follow(FIRST, "type");
+  Follow(FIRST, "Type", false);
+  Follow(FIRST, "type_");
+  for (const std::string& before : WORDS) {
+    for (const std::string& after : WORDS) {
+      Enter(FIRST, before);
+      Enter(FIRST, after);
       Fire(2000);
     }
   }
   m_trace.Do("the key is removed", [] {
-    fake::UnsetKey(StatusKey(kFirst));
+    fake::UnsetKey(StatusKey(FIRST));
     fake::DeliverKeyChanges();
   });
-  Enter(kFirst, "preload");
-  Enter(kFirst, "destroy");
+  Enter(FIRST, "preload");
+  Enter(FIRST, "destroy");
   for (int i = 0; i < 25; ++i) Fire(2000);
-  Enter(kFirst, "preload");
+  Enter(FIRST, "preload");
   Fire(2000);
-  Remove(kFirst, "typ");
-  Remove(kFirst, "type");
-  Remove(kFirst, "Type");
-  Remove(kSecond, "type_");
-  Remove(kSecond, "type_");
-  Enter(kFirst, "resume");
+  Remove(FIRST, "typ");
+  Remove(FIRST, "type");
+  Remove(FIRST, "Type");
+  Remove(SECOND, "type_");
+  Remove(SECOND, "type_");
+  Enter(FIRST, "resume");
   m_trace.Compare("PreloadingWords");
 }
 
 TEST_F(PreloadingTraces, EveryStatusBeforeAPreload) {
-  for (const std::string& word : kWords) {
-    Follow(kFirst, "type");
-    Enter(kFirst, word);
+  for (const std::string& word : WORDS) {
+    Follow(FIRST, "type");
+    Enter(FIRST, word);
     Fire(2000);
-    Follow(kFirst, "type2");
-    Follow(kSecond, "type");
-    Enter(kFirst, "load");
-    Enter(kSecond, "load");
-    Remove(kSecond, "type");
-    Remove(kFirst, "type");
-    m_trace.Do("unregister", [] { AppPreloadingUtils::UnregisterAppStatusVconfCallback(kFirst); });
+    Follow(FIRST, "type2");
+    Follow(SECOND, "type");
+    Enter(FIRST, "load");
+    Enter(SECOND, "load");
+    Remove(SECOND, "type");
+    Remove(FIRST, "type");
+    m_trace.Do("unregister", [] { AppPreloadingUtils::UnregisterAppStatusVconfCallback(FIRST); });
     m_trace.Do("notify", [] { AppPreloadingUtils::NotifyWebAppStatus(); });
     // The status outlives the following of the app.
-    Follow(kFirst, "type");
-    Enter(kFirst, word);
-    Remove(kFirst, "type");
-    Follow(kFirst, "type");
-    Follow(kFirst, "type");
-    Remove(kFirst, "type");
+    Follow(FIRST, "type");
+    Enter(FIRST, word);
+    Remove(FIRST, "type");
+    Follow(FIRST, "type");
+    Follow(FIRST, "type");
+    Remove(FIRST, "type");
   }
   m_trace.Compare("PreloadingStatuses");
 }
 
 TEST_F(PreloadingTraces, Results) {
   for (const int result :
-       {-5, 1, kRejected, kNotFound, static_cast<int>(APP_CONTROL_ERROR_LAUNCH_FAILED)}) {
+       {-5, 1, REJECTED, NOT_FOUND, static_cast<int>(APP_CONTROL_ERROR_LAUNCH_FAILED)}) {
     SetLaunchResult(result);
-    Follow(kFirst, "type");
-    for (const int retry : {-5, 1, kRejected, kNotFound, 0}) {
+    Follow(FIRST, "type");
+    for (const int retry : {-5, 1, REJECTED, NOT_FOUND, 0}) {
       SetLaunchResult(retry);
       Fire(5000);
     }
     Fire(5000);
-    Remove(kFirst, "type");
+    Remove(FIRST, "type");
   }
   for (const int result : {-1, 1, 0}) {
     SetLaunchResult(0);
     m_trace.Prepare([=] { fake::Fail("vconf_notify_key_changed", result, 2); });
-    Follow(kFirst, "type");
-    SetLaunchResult(kRejected);
-    Follow(kFirst, "type2");
+    Follow(FIRST, "type");
+    SetLaunchResult(REJECTED);
+    Follow(FIRST, "type2");
     SetLaunchResult(0);
     Fire(5000);
     Fire(5000);
     m_trace.Prepare([=] {
       fake::ClearFaults();
-      fake::Fail("vconf_ignore_key_changed", result, fake::kForever);
+      fake::Fail("vconf_ignore_key_changed", result, fake::FOREVER);
     });
-    Follow(kSecond, "type");
-    Remove(kSecond, "type");
+    Follow(SECOND, "type");
+    Remove(SECOND, "type");
     m_trace.Prepare([=] { fake::ClearFaults(); });
-    Remove(kFirst, "type");
+    Remove(FIRST, "type");
   }
   m_trace.Compare("PreloadingResults");
 }
@@ -236,12 +236,12 @@ TEST_F(PreloadingTraces, Results) {
 TEST_F(PreloadingTraces, RejectedForGood) {
   m_trace.Prepare([] {
     fake::SetLaunchHook(
-        [](const fake::Launch& launch) { return launch.extra.empty() ? 0 : kRejected; });
+        [](const fake::Launch& launch) { return launch.extra.empty() ? 0 : REJECTED; });
   });
-  Follow(kFirst, "type");
-  Follow(kFirst, "type2");
+  Follow(FIRST, "type");
+  Follow(FIRST, "type2");
   for (int i = 0; i < 24; ++i) Fire(5000);
-  Follow(kFirst, "type");
+  Follow(FIRST, "type");
   Fire(5000);
   m_trace.Compare("PreloadingRejectedForGood");
 }
@@ -326,7 +326,7 @@ TEST(UtilTraces, Times) {
 
 // Reset counters.
 
-const std::string kCounts = "reset_count_info.txt";
+const std::string COUNTS = "reset_count_info.txt";
 
 std::string DataPath() {
   char* path = app_get_data_path();
@@ -337,13 +337,13 @@ std::string DataPath() {
 
 void PrintDataFiles(std::ostream& stream) {
   traces::PrintFiles(stream, DataPath());
-  if (support::Exists(kCounts)) stream << "file here " << support::ReadFile(kCounts) << "\n";
+  if (support::Exists(COUNTS)) stream << "file here " << support::ReadFile(COUNTS) << "\n";
 }
 
 TEST(UtilTraces, ResetCounters) {
   boost::filesystem::create_directories(DataPath());
   Trace trace(&PrintDataFiles);
-  const std::string path = DataPath() + kCounts;
+  const std::string path = DataPath() + COUNTS;
   const auto check = [&](const std::string& title, const std::function<void()>& fault) {
     trace.Prepare(fault);
     trace.Do(title, [] { return FileSystemUtils::CheckTVResetAndUpdateResetCountInfo(); });
@@ -398,25 +398,25 @@ TEST(UtilTraces, ResetCounters) {
 
 // Files.
 
-const std::string kFiles = "/tmp/traces/";
+const std::string FILES = "/tmp/traces/";
 
 void PrintTestFiles(std::ostream& stream) {
-  traces::PrintFiles(stream, kFiles);
+  traces::PrintFiles(stream, FILES);
 }
 
 TEST(UtilTraces, Files) {
-  support::WriteFile(kFiles + "file", "first second");
-  support::WriteFile(kFiles + "blank", " \n\tword\n");
-  support::WriteFile(kFiles + "spaces", " \n");
-  support::MakeDirectories(kFiles + "dir");
-  boost::filesystem::create_symlink("nowhere", kFiles + "dangling");
-  boost::filesystem::create_symlink("dir", kFiles + "link");
-  boost::filesystem::current_path(kFiles);
+  support::WriteFile(FILES + "file", "first second");
+  support::WriteFile(FILES + "blank", " \n\tword\n");
+  support::WriteFile(FILES + "spaces", " \n");
+  support::MakeDirectories(FILES + "dir");
+  boost::filesystem::create_symlink("nowhere", FILES + "dangling");
+  boost::filesystem::create_symlink("dir", FILES + "link");
+  boost::filesystem::current_path(FILES);
   Trace trace(&PrintTestFiles);
   for (const std::string name :
        {"file", "blank", "spaces", "dir", "dangling", "link", "absent", "absent2/file",
         "file/below", "dir/", "dir/new/", "dir/x/y/z", "", "link/below/"}) {
-    const std::string path = name.empty() ? name : kFiles + "" + name;
+    const std::string path = name.empty() ? name : FILES + "" + name;
     trace.Do("exists " + name, [&] { return FileSystemUtils::Exists(path); });
     trace.Do("read " + name, [&] {
       std::string content = "before";
