@@ -29,7 +29,9 @@ class OtherThread {
   OtherThread& operator=(const OtherThread&) = delete;
 
   void Join() {
-    if (m_thread.joinable()) m_thread.join();
+    if (m_thread.joinable()) {
+      m_thread.join();
+    }
   }
   bool Done() const { return m_done; }
   /// Waits until the operation has ended or sleeps on a lock.

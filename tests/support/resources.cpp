@@ -82,7 +82,9 @@ testing::AssertionResult LeavesNothingBehind(const std::function<void()>& path,
                                              const std::function<void()>& forget,
                                              const Resources& growth) {
   const auto run = [&](int times) {
-    for (int i = 0; i < times; ++i) path();
+    for (int i = 0; i < times; ++i) {
+      path();
+    }
     forget();
     return CountResources();
   };
@@ -93,7 +95,9 @@ testing::AssertionResult LeavesNothingBehind(const std::function<void()>& path,
   expected.descriptors += RUNS * growth.descriptors;
   expected.sqliteBlocks += RUNS * growth.sqliteBlocks;
   expected.heapBlocks += CountsHeapBlocks() ? RUNS * growth.heapBlocks : 0;
-  if (after == expected) return testing::AssertionSuccess();
+  if (after == expected) {
+    return testing::AssertionSuccess();
+  }
   return testing::AssertionFailure()
          << RUNS << " runs left more or less behind than expected: before: " << before
          << "; expected: " << expected << "; found: " << after;

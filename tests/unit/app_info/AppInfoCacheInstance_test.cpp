@@ -23,7 +23,9 @@ void* operator new(std::size_t size) {
     s_ahead = AppInfoCache::GetInstance();
   }
   void* block = std::malloc(size == 0 ? 1 : size);
-  if (block == nullptr) throw std::bad_alloc();
+  if (block == nullptr) {
+    throw std::bad_alloc();
+  }
   return block;
 }
 

@@ -31,7 +31,9 @@ class SchedulingListTest : public testing::Test {
   std::vector<std::string> Drain() {
     std::vector<std::string> packages;
     SchedulingItem item;
-    while (m_cache.GetNextSchedulingItem(item)) packages.push_back(item.package_id);
+    while (m_cache.GetNextSchedulingItem(item)) {
+      packages.push_back(item.package_id);
+    }
     return packages;
   }
 
@@ -231,12 +233,16 @@ TEST_F(SchedulingListTest, AddsAndPicksNeverWaitOnEachOther) {
   Add("b");
   constexpr int ROUNDS = 20000;
   auto adding = std::async(std::launch::async, [this] {
-    for (int i = 0; i < ROUNDS; ++i) m_cache.AddSchedulingItem(i % 2 == 0 ? "a" : "b");
+    for (int i = 0; i < ROUNDS; ++i) {
+      m_cache.AddSchedulingItem(i % 2 == 0 ? "a" : "b");
+    }
   });
   auto picking = std::async(std::launch::async, [this] {
     SchedulingItem item;
     for (int i = 0; i < ROUNDS; ++i) {
-      if (!m_cache.GetNextSchedulingItem(item)) m_cache.ResetSchedulingList();
+      if (!m_cache.GetNextSchedulingItem(item)) {
+        m_cache.ResetSchedulingList();
+      }
     }
   });
   // A deadlocked thread can be neither ended nor abandoned.

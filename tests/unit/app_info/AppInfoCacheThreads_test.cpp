@@ -103,11 +103,15 @@ class Interrupted final : public AppTypeDecorator {
   ReleaseFunction GetReleaseFunction() const override { return &Release; }
   void SetMetadata(const std::string& type, const std::pair<std::string, std::string>& keyValue,
                    bool bUpdatable) override {
-    if (m_hook) m_hook();
+    if (m_hook) {
+      m_hook();
+    }
     AppTypeDecorator::SetMetadata(type, keyValue, bUpdatable);
   }
   std::string GetMetadata(const std::string& type, const std::string& key) const override {
-    if (m_hook) m_hook();
+    if (m_hook) {
+      m_hook();
+    }
     return AppTypeDecorator::GetMetadata(type, key);
   }
 
@@ -162,15 +166,20 @@ TEST_F(AppInfoCacheThreads, WalksMeetRecordsThatComeAndGo) {
   constexpr int ROUNDS = 3000;
   fake::SetRecording(false);
   std::atomic<bool> ended{false};
+  const auto readIfPresent = [this](const std::string& id) {
+    if (const PinnedAppInfo pin = m_cache.PinAppInfo(id)) {
+      pin->GetMetadata("orv_data", "key");
+    }
+  };
   std::vector<std::unique_ptr<OtherThread>> walks;
   for (int i = 0; i < 2; ++i) {
-    walks.push_back(std::make_unique<OtherThread>([this, &ended] {
+    walks.push_back(std::make_unique<OtherThread>([this, &ended, &readIfPresent] {
       while (!ended) {
         std::vector<std::string> ids;
         m_cache.GetAppIDList(ids);
         m_cache.GetAppIDListByType("ch_feeder_custom", ids);
         for (const std::string& id : ids) {
-          if (const PinnedAppInfo pin = m_cache.PinAppInfo(id)) pin->GetMetadata("orv_data", "key");
+          readIfPresent(id);
         }
       }
     }));

@@ -356,7 +356,9 @@ TEST_F(AppInfoCacheTest, ChangesFromTwoThreadsAllReachTheStore) {
       AppInfo* record = MakeApp(package).release();
       m_cache.AddAppInfo(package, record, true);
       m_cache.UpdateAppInfo(package, record);
-      if (i % 2 == 0) removed->push_back(m_cache.RemoveAppInfo(package));
+      if (i % 2 == 0) {
+        removed->push_back(m_cache.RemoveAppInfo(package));
+      }
     }
   };
   std::vector<AppInfo*> removed[2];
@@ -366,9 +368,13 @@ TEST_F(AppInfoCacheTest, ChangesFromTwoThreadsAllReachTheStore) {
   second.join();
   EXPECT_EQ(IDs().size(), static_cast<std::size_t>(COUNT));
   EXPECT_EQ(StoredPackages(), IDs());
-  for (const std::string& package : IDs()) removed[0].push_back(m_cache.RemoveAppInfo(package));
+  for (const std::string& package : IDs()) {
+    removed[0].push_back(m_cache.RemoveAppInfo(package));
+  }
   for (const auto& list : removed) {
-    for (AppInfo* record : list) Owned<AppInfo>(record).reset();
+    for (AppInfo* record : list) {
+      Owned<AppInfo>(record).reset();
+    }
   }
 }
 

@@ -174,7 +174,9 @@ TEST_F(AppInfoDBFile, AFileOfTwoToTenBytesIsReplaced) {
 }
 
 TEST_F(AppInfoDBFile, AFileWithADestroyedPageIsReplaced) {
-  for (int i = 0; i < 200; ++i) StoreRow("package" + std::to_string(i), std::string(300, 'v'));
+  for (int i = 0; i < 200; ++i) {
+    StoreRow("package" + std::to_string(i), std::string(300, 'v'));
+  }
   std::string content = ReadFile(StorePath());
   ASSERT_GT(content.size(), 4u * 4096);
   content.replace(4096, 2 * 4096, std::string(2 * 4096, '\xee'));
@@ -189,7 +191,9 @@ TEST_F(AppInfoDBFile, AFileWithADestroyedPageIsReplaced) {
 }
 
 TEST_F(AppInfoDBFile, AFileCutShortIsReplaced) {
-  for (int i = 0; i < 200; ++i) StoreRow("package" + std::to_string(i), std::string(300, 'v'));
+  for (int i = 0; i < 200; ++i) {
+    StoreRow("package" + std::to_string(i), std::string(300, 'v'));
+  }
   const std::string content = ReadFile(StorePath());
   WriteFile(StorePath(), content.substr(0, content.size() / 2));
   AppInfoDB db;

@@ -358,7 +358,9 @@ TEST_F(AppInfoDBTest, WhatWasWrittenIsReadBackByteForByte) {
 
 TEST_F(AppInfoDBTest, TenThousandEntriesSurvive) {
   std::vector<std::string> keys;
-  for (int i = 0; i < 10000; ++i) keys.push_back("key " + std::to_string(i) + " \"\xc3\xa4\"\n");
+  for (int i = 0; i < 10000; ++i) {
+    keys.push_back("key " + std::to_string(i) + " \"\xc3\xa4\"\n");
+  }
   const auto record = MakeLayer("pkg", "a", "1", keys);
   for (const std::string& key : keys) {
     record->SetMetadata("orv_data", {key, "value of " + key + "\"\\\xf0\x9f\x93\xba"}, false);

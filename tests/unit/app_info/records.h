@@ -52,14 +52,22 @@ class Layer final : public AppTypeDecorator {
         const std::vector<std::string>& applied = {},
         const std::vector<std::string>& updatable = {})
       : AppTypeDecorator(inner, type, value) {
-    for (const std::string& key : applied) m_mapAppliedData[key];
-    for (const std::string& key : updatable) m_mapUpdatableData[key];
+    for (const std::string& key : applied) {
+      m_mapAppliedData[key];
+    }
+    for (const std::string& key : updatable) {
+      m_mapUpdatableData[key];
+    }
   }
 
   static void Release(AppInfo* layer) {
-    if (layer == nullptr) return;
+    if (layer == nullptr) {
+      return;
+    }
     Journal().push_back(layer->GetAppType() + " release");
-    if (ReleaseHook()) ReleaseHook()(layer);
+    if (ReleaseHook()) {
+      ReleaseHook()(layer);
+    }
     delete static_cast<Layer*>(layer);
   }
 
@@ -116,7 +124,9 @@ inline int OpenCount() {
   for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
     std::error_code error;
     const std::string target = std::filesystem::read_symlink(entry.path(), error);
-    if (target == StorePath() || target == StorePath() + " (deleted)") ++count;
+    if (target == StorePath() || target == StorePath() + " (deleted)") {
+      ++count;
+    }
   }
   return count;
 }
@@ -131,14 +141,18 @@ class Connection {
  public:
   Connection() {
     MakeStoreDirectory();
-    if (sqlite3_open(StorePath().c_str(), &m_db) != SQLITE_OK) Throw("open");
+    if (sqlite3_open(StorePath().c_str(), &m_db) != SQLITE_OK) {
+      Throw("open");
+    }
   }
   ~Connection() { sqlite3_close(m_db); }
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
 
   void Execute(const std::string& sql) {
-    if (sqlite3_exec(m_db, sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) Throw(sql);
+    if (sqlite3_exec(m_db, sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) {
+      Throw(sql);
+    }
   }
   /// Rows of texts; null is "<null>".
   std::vector<std::vector<std::string>> Query(const std::string& sql) {
@@ -146,10 +160,14 @@ class Connection {
     const auto collect = [](void* context, int count, char** texts, char**) {
       auto* found = static_cast<std::vector<std::vector<std::string>>*>(context);
       found->emplace_back();
-      for (int i = 0; i < count; ++i) found->back().push_back(texts[i] ? texts[i] : "<null>");
+      for (int i = 0; i < count; ++i) {
+        found->back().push_back(texts[i] ? texts[i] : "<null>");
+      }
       return 0;
     };
-    if (sqlite3_exec(m_db, sql.c_str(), collect, &rows, nullptr) != SQLITE_OK) Throw(sql);
+    if (sqlite3_exec(m_db, sql.c_str(), collect, &rows, nullptr) != SQLITE_OK) {
+      Throw(sql);
+    }
     return rows;
   }
 

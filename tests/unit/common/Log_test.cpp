@@ -33,7 +33,9 @@ TEST(Log, ARecordOfAnyLevelIsALine) {
   ORV_LOG_DEBUG("[Debug] b");
   ORV_LOG_ERROR("[ERROR] c");
   std::string text;
-  for (const fake::LogRecord& log : fake::Logs()) text += log.text;
+  for (const fake::LogRecord& log : fake::Logs()) {
+    text += log.text;
+  }
   const std::string head = "tests/unit/common/Log_test.cpp: TestBody\\([0-9]+\\) > ";
   EXPECT_THAT(text, MatchesRegex(head + "\\[Info\\] a\n" + head + "\\[Debug\\] b\n" + head +
                                  "\\[ERROR\\] c\n"));

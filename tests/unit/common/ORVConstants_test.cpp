@@ -67,7 +67,9 @@ TEST(ORVConstants, TheSharedVocabularyIsFixed) {
       {SCHEDULER_RESULT_INVALID_PARAMETERS, "result_fail_invalid_parameters"},
       {SCHEDULER_RESULT_UNKNOWN_ERRORS, "result_fail_unknown_errors"},
   };
-  for (const auto& [constant, text] : vocabulary) EXPECT_EQ(constant, text);
+  for (const auto& [constant, text] : vocabulary) {
+    EXPECT_EQ(constant, text);
+  }
   EXPECT_EQ(EXPIRATION_TIME_FORMAT, L"%Y-%m-%dT%H:%M:%SZ");
 }
 

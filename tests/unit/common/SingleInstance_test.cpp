@@ -41,12 +41,18 @@ TEST(SingleInstance, OfSeveralCreatedAtOnceOneStays) {
   for (int i = 0; i < THREADS; ++i) {
     threads.emplace_back([&, i] {
       ++ready;
-      while (ready < THREADS) std::this_thread::yield();
+      while (ready < THREADS) {
+        std::this_thread::yield();
+      }
       seen[static_cast<unsigned>(i)] = SingleInstance<Counted>::Get();
     });
   }
-  for (std::thread& thread : threads) thread.join();
-  for (Counted* const instance : seen) EXPECT_EQ(instance, seen.front());
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  for (Counted* const instance : seen) {
+    EXPECT_EQ(instance, seen.front());
+  }
   EXPECT_EQ(Counted::s_created - Counted::s_deleted, 1);
 }
 
@@ -76,7 +82,9 @@ TEST(SingleInstance, IsPublishedOnlyOnceItsConstructorHasEnded) {
 
 struct Refusing {
   Refusing() {
-    if (++s_tries == 1) throw std::runtime_error("not yet");
+    if (++s_tries == 1) {
+      throw std::runtime_error("not yet");
+    }
   }
   static int s_tries;
 };

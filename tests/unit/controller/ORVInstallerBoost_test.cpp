@@ -30,7 +30,9 @@ class BoostTest : public InstallerTest {
   void MakeBoostFlag() { support::WriteFile(BoostFlag(), ""); }
   static std::vector<std::string> LaunchedApps() {
     std::vector<std::string> apps;
-    for (const fake::Launch& launch : fake::Launches()) apps.push_back(launch.app);
+    for (const fake::Launch& launch : fake::Launches()) {
+      apps.push_back(launch.app);
+    }
     return apps;
   }
   /// A service of the package, and a record that says whether it boosts.
@@ -546,7 +548,9 @@ TEST_F(TvSignal, FlagsMadeOnTwoThreadsAtOnceAreBothMade) {
   AddBoostingService("true");
   const auto tune = [] {
     const auto payload = fake::Payload(SERVICE);
-    for (int i = 0; i < 1000; ++i) tvs_signal_callback(103, payload.data(), nullptr);
+    for (int i = 0; i < 1000; ++i) {
+      tvs_signal_callback(103, payload.data(), nullptr);
+    }
   };
   std::thread other(tune);
   tune();

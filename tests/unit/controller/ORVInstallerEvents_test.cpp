@@ -134,7 +134,9 @@ TEST_F(ORVInstallerEvents, AnUpdateRunsTheOperationAndThenWritesTheRecordAgain) 
   Installer();
   AppInfoCache::GetInstance()->AddAppInfo("p", &app, true);
   app.SetHook([&app] {
-    if (RecordingApp::Operations().back() == "p.update") app.m_sVersion = "of the operation";
+    if (RecordingApp::Operations().back() == "p.update") {
+      app.m_sVersion = "of the operation";
+    }
   });
   EXPECT_TRUE(HandlePackageEvent(1001, "p"));
   EXPECT_THAT(RecordingApp::Operations(),

@@ -33,7 +33,9 @@ class ORVInstallerCreation : public InstallerTest {
  protected:
   // A thread that still works while the process ends would use freed texts.
   void TearDown() override {
-    if (m_starting != nullptr) support::Drain(*m_starting);  // false when there is no thread
+    if (m_starting != nullptr) {
+      support::Drain(*m_starting);  // false when there is no thread
+    }
   }
   void Create() { m_starting = ORVInstaller::GetInstance(); }
   void CreateAndWaitForTheTask() {

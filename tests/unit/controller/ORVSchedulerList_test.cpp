@@ -336,7 +336,9 @@ class SchedulingLocks : public SchedulerTest {
  protected:
   void SetUp() override {
     m_feeder.record.SetReadHook([this] {
-      if (!m_held.exchange(true)) m_gate.Pass();
+      if (!m_held.exchange(true)) {
+        m_gate.Pass();
+      }
     });
     m_walk = std::thread([] {
       std::vector<PreloadingApp> apps;
@@ -347,7 +349,9 @@ class SchedulingLocks : public SchedulerTest {
   void TearDown() override {
     m_gate.Open();
     for (std::thread* thread : {&m_walk, &m_operation, &m_reader}) {
-      if (thread->joinable()) thread->join();
+      if (thread->joinable()) {
+        thread->join();
+      }
     }
   }
 
@@ -465,7 +469,9 @@ class SchedulingLocksOfClearing : public SchedulingLocks {
     support::MakeDirectories("/opt/usr/apps/com.kalmora.tv.orv-enabler/data");
     AppInfoCache::GetInstance()->OpenDB();
     m_feeder.record.SetReadHook([this] {
-      if (m_held.exchange(true)) return;
+      if (m_held.exchange(true)) {
+        return;
+      }
       m_gate.Pass();
       AppInfoCache::GetInstance()->ClearCacheAndDB();
       m_ended = true;

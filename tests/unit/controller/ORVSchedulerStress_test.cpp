@@ -96,7 +96,9 @@ class SchedulerStress : public SchedulerTest {
   }
   /// Ensures that no thread ends before the others have started.
   void WaitForRound(int round) const {
-    while (m_round < round) std::this_thread::yield();
+    while (m_round < round) {
+      std::this_thread::yield();
+    }
   }
   static int FireFirstTimer() {
     const auto timers = fake::TimersOf(TICK_MS);
@@ -147,7 +149,9 @@ class SchedulerStress : public SchedulerTest {
 
 TEST_F(SchedulerStress, NothingIsLostWhenAllFourThreadsAreBusy) {
   // Once before the threads start: from here on the due times have a constant length.
-  for (const Feeder& feeder : m_dated) SendCommand(feeder, SetTime());
+  for (const Feeder& feeder : m_dated) {
+    SendCommand(feeder, SetTime());
+  }
   fake::ClearSentMessages();
   Forget();
 

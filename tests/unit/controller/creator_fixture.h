@@ -82,7 +82,9 @@ class CreatorTest : public testing::Test {
       AppInfo* next = nullptr;
       AppInfo* extracted = layer->ExtractTargetAppType(layer->GetAppType(), &next);
       layer->GetReleaseFunction()(layer);
-      if (extracted == nullptr) return types;
+      if (extracted == nullptr) {
+        return types;
+      }
       layer = next;
     }
   }

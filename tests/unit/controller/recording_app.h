@@ -56,20 +56,28 @@ class RecordingApp final : public AppInfo {
     m_metadata[type][keyValue.first] = keyValue.second;
   }
   std::string GetMetadata(const std::string& type, const std::string& key) const override {
-    if (const auto hook = m_readHook) hook();
+    if (const auto hook = m_readHook) {
+      hook();
+    }
     const auto category = m_metadata.find(type);
-    if (category == m_metadata.end()) return {};
+    if (category == m_metadata.end()) {
+      return {};
+    }
     const auto entry = category->second.find(key);
     return entry == category->second.end() ? std::string() : entry->second;
   }
   void GetAllMetadata(MetadataMap& metadata) const override {
-    if (const auto hook = m_readHook) hook();
+    if (const auto hook = m_readHook) {
+      hook();
+    }
     metadata = m_metadata;
   }
   void RemoveMetadata(const std::string&, const std::string&) override {}
   AppInfo* ExtractTargetAppType(const std::string&, AppInfo**) override { return nullptr; }
   const std::string& GetAppType() const override {
-    if (const auto hook = m_readHook) hook();
+    if (const auto hook = m_readHook) {
+      hook();
+    }
     return m_type;
   }
   ReleaseFunction GetReleaseFunction() const override {
@@ -82,8 +90,12 @@ class RecordingApp final : public AppInfo {
       const std::lock_guard<std::mutex> lock(s_mutex);
       s_operations.push_back(m_sPackageID + "." + operation);
     }
-    if (const auto hook = m_hook) hook();
-    if (!m_what.empty()) throw std::runtime_error(m_what);
+    if (const auto hook = m_hook) {
+      hook();
+    }
+    if (!m_what.empty()) {
+      throw std::runtime_error(m_what);
+    }
   }
 
   inline static std::mutex s_mutex;

@@ -81,19 +81,25 @@ class SchedulerTest : public testing::Test {
 
   static std::vector<std::string> LaunchedApps() {
     std::vector<std::string> apps;
-    for (const fake::Launch& launch : fake::Launches()) apps.push_back(launch.app);
+    for (const fake::Launch& launch : fake::Launches()) {
+      apps.push_back(launch.app);
+    }
     return apps;
   }
   static std::vector<pid_t> KilledPids() {
     std::vector<pid_t> pids;
-    for (const fake::Kill& kill : fake::Kills()) pids.push_back(kill.pid);
+    for (const fake::Kill& kill : fake::Kills()) {
+      pids.push_back(kill.pid);
+    }
     return pids;
   }
   /// Posts of the daemon; the fixture's own are synchronous.
   static std::vector<std::string> Sent() {
     std::vector<std::string> sent;
     for (const fake::Call& call : fake::Calls("FCTask::Send")) {
-      if (call.args.back() == "false") sent.push_back(call.args.at(1));
+      if (call.args.back() == "false") {
+        sent.push_back(call.args.at(1));
+      }
     }
     return sent;
   }

@@ -29,7 +29,9 @@ const std::vector<std::string> LOOK_ALIKES = {"look_alike", "lookXalike", "look%
 
 std::vector<fake::Package> LookAlikes() {
   std::vector<fake::Package> packages;
-  for (const std::string& id : LOOK_ALIKES) packages.push_back(ServiceFeeder(id));
+  for (const std::string& id : LOOK_ALIKES) {
+    packages.push_back(ServiceFeeder(id));
+  }
   return packages;
 }
 
@@ -142,13 +144,19 @@ std::vector<Path> Lives() {
        {},
        {},
        [] {
-         for (int i = 0; i < 7; ++i) Tick();
+         for (int i = 0; i < 7; ++i) {
+           Tick();
+         }
          Say("servicefdb.Feed", {{"orv_scheduler_command", "command_complete_operation"}});
          SetDue("servicefda.Feed", "1440");
          Uninstall("servicefdb");
-         for (int i = 0; i < 3; ++i) Tick();
+         for (int i = 0; i < 3; ++i) {
+           Tick();
+         }
          fake::AdvanceTime(1440);
-         for (int i = 0; i < 3; ++i) Tick();
+         for (int i = 0; i < 3; ++i) {
+           Tick();
+         }
        }},
       {"InstallTwiceAndRemoveTwice",
        {},

@@ -203,7 +203,9 @@ TEST(Resources, ThatAPathLeavesBehindAreAFailure) {
   std::vector<int> kept;
   EXPECT_FALSE(
       LeavesNothingBehind([&] { kept.push_back(open("/dev/null", O_RDONLY | O_CLOEXEC)); }, [] {}));
-  for (const int descriptor : kept) close(descriptor);
+  for (const int descriptor : kept) {
+    close(descriptor);
+  }
 }
 
 }  // namespace

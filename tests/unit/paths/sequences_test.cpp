@@ -57,7 +57,9 @@ class HandleNames {
  private:
   std::string NameOf(const std::string& handle) {
     const auto known = m_names.find(handle);
-    if (known != m_names.end()) return known->second;
+    if (known != m_names.end()) {
+      return known->second;
+    }
     const std::string kind = handle.substr(0, handle.find('#') + 1);
     return m_names[handle] = kind + std::to_string(++m_counts[kind]);
   }
@@ -105,7 +107,9 @@ void PrintRecords(std::ostream& stream) {
 
 void PrintStore(std::ostream& stream) {
   for (const auto& row : records::QueryStore("SELECT * FROM appinfo ORDER BY package_id")) {
-    for (const std::string& text : row) stream << text << " | ";
+    for (const std::string& text : row) {
+      stream << text << " | ";
+    }
     stream << "\n";
   }
 }
@@ -124,7 +128,9 @@ std::string State() {
     }
   }
   stream << "\n[timers]\n";
-  for (const fake::Timer& timer : fake::Timers()) stream << timer.intervalMs << " ms\n";
+  for (const fake::Timer& timer : fake::Timers()) {
+    stream << timer.intervalMs << " ms\n";
+  }
   stream << "\n[open handles]\n";
   for (const char* kind : {"app_control", "app_info", "app_context", "package_info",
                            "package_manager", "bundle", "TCService", "TCServiceNavigation"}) {
@@ -138,14 +144,18 @@ std::string Sequences() {
   for (const auto& [thread, steps] : StepsByThread()) {
     stream << "[" << thread << "]\n";
     HandleNames handles;
-    for (const auto& step : steps) stream << handles.Rename(step.second) << "\n";
+    for (const auto& step : steps) {
+      stream << handles.Rename(step.second) << "\n";
+    }
     stream << "\n";
   }
   return stream.str();
 }
 
 void Store(const std::vector<fake::Package>& packages) {
-  for (const fake::Package& package : packages) fault::Install(package);
+  for (const fake::Package& package : packages) {
+    fault::Install(package);
+  }
 }
 
 /// Runs the path in a daemon of its own.
@@ -154,9 +164,13 @@ std::string RunPath(const fault::Path& path) {
   fault::MakeTelevision();
   if (path.IsStart() && !path.stored.empty()) {
     fault::StoreRows(path.stored);
-    for (const fake::Package& package : path.stored) fault::MakeKnown(package);
+    for (const fake::Package& package : path.stored) {
+      fault::MakeKnown(package);
+    }
   }
-  if (path.before) path.before();
+  if (path.before) {
+    path.before();
+  }
   std::string found;
   const bool reached = fault::RunDaemon([&] {
     fault::Settle();
@@ -166,7 +180,9 @@ std::string RunPath(const fault::Path& path) {
         fake::SetKey("memory/menu/network/set_time", 1);
         fault::Settle();
       }
-      if (path.prepare) path.prepare();
+      if (path.prepare) {
+        path.prepare();
+      }
       fault::Settle();
       fake::ClearCalls();
       fake::ClearLog();
@@ -184,7 +200,9 @@ std::string RunPath(const fault::Path& path) {
 std::vector<fault::Path> Paths() {
   std::vector<fault::Path> paths = MorePaths();
   for (const fault::Path& path : fault::Paths()) {
-    if (!path.isRace && !path.IsStart()) paths.push_back(path);
+    if (!path.isRace && !path.IsStart()) {
+      paths.push_back(path);
+    }
   }
   return paths;
 }
@@ -203,13 +221,17 @@ TEST_P(APath, IsTheRecordedSequenceOfCallsAndRecords) {
   const std::string file = "/" + GetParam() + ".txt";
   const bool isRecorded = support::Exists(ORV_SEQUENCES + file);
   const std::string expected = isRecorded ? support::ReadFile(ORV_SEQUENCES + file) : "";
-  if (found != expected) support::WriteFile(ORV_FOUND_SEQUENCES + file, found);
+  if (found != expected) {
+    support::WriteFile(ORV_FOUND_SEQUENCES + file, found);
+  }
   EXPECT_EQ(found, expected) << "found: " << ORV_FOUND_SEQUENCES << file;
 }
 
 std::vector<std::string> Names() {
   std::vector<std::string> names;
-  for (const fault::Path& path : Paths()) names.push_back(path.name);
+  for (const fault::Path& path : Paths()) {
+    names.push_back(path.name);
+  }
   return names;
 }
 

@@ -116,7 +116,9 @@ class Stress : public testing::Test {
         return;
       default:
         fake::SetKey("memory/was/app_install", LongId("widget"));
-        if (turn % 50 == 0) fake::SetKey("db/tellahub/reset/apps", 0);
+        if (turn % 50 == 0) {
+          fake::SetKey("db/tellahub/reset/apps", 0);
+        }
     }
   }
 
@@ -125,7 +127,9 @@ class Stress : public testing::Test {
       Happen(i);
       fake::DeliverKeyChanges();
       WaitForRoom();
-      if (i % 100 == 0) Forget();
+      if (i % 100 == 0) {
+        Forget();
+      }
     }
     m_done = true;
   }
@@ -161,7 +165,9 @@ TEST_F(Stress, OnAllThreadsLeavesAWholeStoreAndAWorkingDaemon) {
     first.join();
     second.join();
     fault::Settle();
-    for (const fake::Package& package : m_packages) fault::Uninstall(package.id);
+    for (const fake::Package& package : m_packages) {
+      fault::Uninstall(package.id);
+    }
     EXPECT_EQ(fault::WhatIsWrongWithTheStore(), std::vector<std::string>());
     EXPECT_EQ(fault::StoredPackages(), std::vector<std::string>());
     const fake::Package fresh = fault::WebFeeder("freshpacka");

@@ -53,7 +53,9 @@ class AppPreloadingFollowing : public testing::Test {
   }
   static std::vector<std::string> LaunchedApps() {
     std::vector<std::string> apps;
-    for (const fake::Launch& launch : fake::Launches()) apps.push_back(launch.app);
+    for (const fake::Launch& launch : fake::Launches()) {
+      apps.push_back(launch.app);
+    }
     return apps;
   }
 };
@@ -221,7 +223,9 @@ TEST_F(AppPreloadingFollowing, TheMainLoopMeetsAppsThatComeAndGo) {
       const std::string type = "a.type.with.a.name.of.forty.characters." + std::to_string(i % 5);
       AppPreloadingUtils::AddWebStatusChangedCallback(app, type, {[](int, void*) {}, nullptr});
       AppPreloadingUtils::RegisterAppStatusVconfCallback(app);
-      if (i % 3 == 0) RemoveWebStatusChangedCallback(app, type);
+      if (i % 3 == 0) {
+        RemoveWebStatusChangedCallback(app, type);
+      }
     }
   });
   while (!decorators.Done()) {

@@ -266,7 +266,9 @@ TEST_F(AppPreloadingUtilsTest, TheTwentySecondTickLaunchesInTheForegroundAndEnds
   fake::SetLaunchHook([](const fake::Launch& rLaunch) {
     return rLaunch.extra.empty() ? 0 : int(APP_CONTROL_ERROR_LAUNCH_REJECTED);
   });
-  for (int i = 0; i < 21; ++i) fake::FireTimersOf(RETRY_PERIOD_MS);
+  for (int i = 0; i < 21; ++i) {
+    fake::FireTimersOf(RETRY_PERIOD_MS);
+  }
   EXPECT_EQ(fake::Launches().size(), 21u);
   EXPECT_EQ(fake::Launches().back().extra.size(), 1u);
   EXPECT_EQ(fake::TimersOf(RETRY_PERIOD_MS).size(), 1u);
@@ -303,7 +305,9 @@ TEST_F(AppPreloadingUtilsTest, AChangeThatComesBeforeTheSubscriptionIsRecordedIs
 
 TEST_F(AppPreloadingUtilsTest, InitLoadAndDestroyNotifyNoCallbackAndStartNothing) {
   Follow();
-  for (const char* pWord : {"init", "load", "destroy"}) Enter(pWord);
+  for (const char* pWord : {"init", "load", "destroy"}) {
+    Enter(pWord);
+  }
   EXPECT_THAT(Told(), IsEmpty());
   EXPECT_THAT(fake::Timers(), IsEmpty());
   EXPECT_THAT(fake::LogTexts(),
@@ -370,7 +374,9 @@ TEST_F(AppPreloadingUtilsTest, AWordOutsideTheTableOnlyMakesTheStatusInvalid) {
   Follow();
   Enter("resume");
   Forget();
-  for (const char* pWord : {"Resume", "resume ", ""}) Enter(pWord);
+  for (const char* pWord : {"Resume", "resume ", ""}) {
+    Enter(pWord);
+  }
   EXPECT_THAT(Told(), IsEmpty());
   EXPECT_THAT(fake::Timers(), IsEmpty());
   EXPECT_THAT(fake::LogTexts(), HasLogTimes("[Debug] m_iCurrentWebAppStatus is invalid.", 3));
@@ -464,7 +470,9 @@ TEST_F(AppPreloadingUtilsTest, AfterTwentyOneRelaunchesTheAppIsGivenUp) {
   Follow();
   Enter("preload");
   Enter("destroy");
-  for (int i = 0; i < 21; ++i) fake::FireTimersOf(CHECK_PERIOD_MS);
+  for (int i = 0; i < 21; ++i) {
+    fake::FireTimersOf(CHECK_PERIOD_MS);
+  }
   EXPECT_EQ(fake::Launches().size(), 21u);
   EXPECT_EQ(fake::TimersOf(CHECK_PERIOD_MS).size(), 1u);
   Forget();

@@ -20,12 +20,16 @@ using testing::IsEmpty;
 class FileSystemUtilsTest : public testing::Test {
  protected:
   FileSystemUtilsTest() {
-    if (chdir(m_dir.Path().c_str()) != 0) throw std::runtime_error("chdir " + m_dir.Path());
+    if (chdir(m_dir.Path().c_str()) != 0) {
+      throw std::runtime_error("chdir " + m_dir.Path());
+    }
     fake::ClearLog();
     fake::ClearCalls();
   }
   ~FileSystemUtilsTest() override {
-    if (chdir("/") != 0) ADD_FAILURE() << "chdir /";
+    if (chdir("/") != 0) {
+      ADD_FAILURE() << "chdir /";
+    }
   }
 
   support::TempDir m_dir;
@@ -153,7 +157,9 @@ TEST_F(FileSystemUtilsTest, WritingToADirectoryFailsWithTheOneText) {
 }
 
 TEST_F(FileSystemUtilsTest, AWriteThatFailsOnAFullDeviceIsASuccessAllTheSame) {
-  if (access("/dev/full", W_OK) != 0) GTEST_SKIP() << "/dev/full is missing";
+  if (access("/dev/full", W_OK) != 0) {
+    GTEST_SKIP() << "/dev/full is missing";
+  }
   EXPECT_TRUE(FileSystemUtils::WriteFile("/dev/full", "x"));
   EXPECT_THAT(fake::LogTexts(), IsEmpty());
   EXPECT_THAT(fake::CallNames(), ElementsAre("sync"));

@@ -36,7 +36,9 @@ class PackagedDataArchiveTest : public testing::Test {
     ASSERT_EQ(rOld.size(), rNew.size());
     std::string bytes = support::ReadFile(m_archive);
     std::size_t at = bytes.find(rOld);
-    for (int i = 1; i < place && at != std::string::npos; ++i) at = bytes.find(rOld, at + 1);
+    for (int i = 1; i < place && at != std::string::npos; ++i) {
+      at = bytes.find(rOld, at + 1);
+    }
     ASSERT_NE(at, std::string::npos) << "the archive does not contain these bytes";
     bytes.replace(at, rOld.size(), rNew);
     support::WriteFile(m_archive, bytes);
@@ -65,7 +67,9 @@ TEST_F(PackagedDataArchiveTest, EveryEntryIsUnpackedInOrderWithOneLineEach) {
 
 TEST_F(PackagedDataArchiveTest, ContentsLongerThanTheReadBufferComeOutByteForByte) {
   std::string content;
-  for (unsigned int i = 0; i < 4096 * 5; ++i) content += static_cast<char>(i * i % 251);
+  for (unsigned int i = 0; i < 4096 * 5; ++i) {
+    content += static_cast<char>(i * i % 251);
+  }
   EXPECT_TRUE(Unzip({{"exact", content},
                      {"more", content + "x"},
                      {"less", content.substr(1)},
@@ -278,7 +282,9 @@ TEST_F(PackagedDataArchiveTest, AFileInThePlaceOfADirectoryEntryIsNoDirectory) {
 
 TEST_F(PackagedDataArchiveTest, ManySmallFilesLeaveNoFileOpen) {
   std::vector<support::ZipEntry> entries;
-  for (int i = 0; i < 2000; ++i) entries.push_back({"f" + std::to_string(i), std::to_string(i)});
+  for (int i = 0; i < 2000; ++i) {
+    entries.push_back({"f" + std::to_string(i), std::to_string(i)});
+  }
   EXPECT_TRUE(Unzip(entries));
   EXPECT_EQ(support::ListTree(m_target).size(), 2000u);
   EXPECT_EQ(support::ReadFile(m_target + "/f1999"), "1999");

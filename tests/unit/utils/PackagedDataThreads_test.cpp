@@ -31,7 +31,9 @@ class PackagedDataThreads : public testing::Test {
     fake::ClearCalls();
     fake::SetMountHandler([this](const fake::Mount& mount) {
       support::WriteZip(mount.directory + "/orv_app.zip", {{"index.html", mount.directory}});
-      if (m_interruption) StartInterruption();
+      if (m_interruption) {
+        StartInterruption();
+      }
       return 0;
     });
     fake::SetUmountHandler([](const std::string& directory) {

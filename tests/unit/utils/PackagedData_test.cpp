@@ -43,7 +43,9 @@ class ClosedFile {
   explicit ClosedFile(const std::string& rPath) : m_fd(socket(AF_UNIX, SOCK_STREAM, 0)) {
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
-    if (rPath.size() >= sizeof(address.sun_path)) throw std::runtime_error("too long: " + rPath);
+    if (rPath.size() >= sizeof(address.sun_path)) {
+      throw std::runtime_error("too long: " + rPath);
+    }
     std::strcpy(address.sun_path, rPath.c_str());
     if (bind(m_fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) != 0) {
       throw std::runtime_error("bind " + rPath);
@@ -106,7 +108,9 @@ class PackagedDataTest : public testing::Test {
     for (const fake::LogRecord& rRecord : fake::Logs()) {
       const std::string sHead = rRecord.text.substr(0, rRecord.text.find('('));
       const std::string sFunction = sHead.substr(sHead.find(": ") + 2);
-      if (functions.empty() || functions.back() != sFunction) functions.push_back(sFunction);
+      if (functions.empty() || functions.back() != sFunction) {
+        functions.push_back(sFunction);
+      }
     }
     return functions;
   }

@@ -51,7 +51,9 @@ TEST(WASUtils, WebAppsAreListedWithWhetherTheyAreGone) {
 }
 
 TEST(WASUtils, EntriesOfAnyOtherKindAreLeftOut) {
-  for (int kind : {0, 1, 3, -2, 258}) fake::AddWasApp(App("kind" + std::to_string(kind), kind));
+  for (int kind : {0, 1, 3, -2, 258}) {
+    fake::AddWasApp(App("kind" + std::to_string(kind), kind));
+  }
   WASAppList apps;
   EXPECT_TRUE(WASUtils::GetAllWASAppList(apps));
   EXPECT_THAT(apps, IsEmpty());

@@ -25,13 +25,17 @@ class Refusing final : public AppTypeLayer<Refusing> {
   friend class AppTypeLayer<Refusing>;
   Refusing(AppInfo* pAppInfo, const std::string& rValue, int extra)
       : AppTypeLayer(pAppInfo, "refusing", rValue) {
-    if (rValue == "construction") throw std::runtime_error("no layer");
+    if (rValue == "construction") {
+      throw std::runtime_error("no layer");
+    }
     m_mapAppliedData["extra"] = std::to_string(extra);
   }
   ~Refusing() = default;
   void CleanUp() {
     Journal().push_back("clean up");
-    if (GetValue(false) == "cleaning up") throw std::runtime_error("no cleaning up");
+    if (GetValue(false) == "cleaning up") {
+      throw std::runtime_error("no cleaning up");
+    }
   }
 };
 

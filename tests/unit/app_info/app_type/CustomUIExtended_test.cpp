@@ -79,7 +79,9 @@ class CustomUIExtendedTest : public testing::Test {
   /// Ends a wait that should have ended already, so that no test hangs.
   void End() {
     EXPECT_TRUE(WaitFor([this] { return m_bReturned.load(); }, "the caller's return"));
-    if (!m_bReturned) fake::AdvanceWaits(60000);
+    if (!m_bReturned) {
+      fake::AdvanceWaits(60000);
+    }
     m_caller.join();
   }
   static void Tell(int eStatus, void* pLayer) {
@@ -352,7 +354,9 @@ TEST_F(CustomUIExtendedTest, InitLoadDestroyAndUnknownWakeNoThread) {
   WriteReplacementFile();
   Make("epg", BACKGROUND);
   Begin([this] { m_ui->RunOperation(true); });
-  for (const int iStatus : {-1, 0, 1, 5, 7}) Tell(iStatus, m_ui.get());
+  for (const int iStatus : {-1, 0, 1, 5, 7}) {
+    Tell(iStatus, m_ui.get());
+  }
   // The wait was not notified: only the time limit ends it.
   EXPECT_EQ(fake::AdvanceWaits(19999), 0u);
   EXPECT_EQ(fake::AdvanceWaits(1), 1u);

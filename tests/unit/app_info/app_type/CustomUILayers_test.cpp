@@ -56,8 +56,12 @@ class CustomUILayersTest : public testing::Test {
   static std::vector<std::string> OperationChanges() {
     std::vector<std::string> changes;
     for (const fake::Call& call : fake::Calls()) {
-      if (call.name == "app_operation_set_current_app") changes.push_back(call.args[1]);
-      if (call.name == "app_operation_reset_current_app") changes.push_back("reset");
+      if (call.name == "app_operation_set_current_app") {
+        changes.push_back(call.args[1]);
+      }
+      if (call.name == "app_operation_reset_current_app") {
+        changes.push_back("reset");
+      }
     }
     return changes;
   }
@@ -86,7 +90,9 @@ TEST_F(CustomUILayersTest, TheInnerOneRunsAndStopsFirst) {
   std::vector<std::string> types;
   for (const std::string& text : fake::LogTexts()) {
     const std::size_t begin = text.find("rAppType : ");
-    if (begin != std::string::npos) types.push_back(text.substr(begin + 11, 18));
+    if (begin != std::string::npos) {
+      types.push_back(text.substr(begin + 11, 18));
+    }
   }
   EXPECT_THAT(types, ElementsAre("custom_ui_extended", "custom_ui_standard"));
   Forget();

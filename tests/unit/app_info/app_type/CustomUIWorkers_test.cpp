@@ -39,7 +39,9 @@ class Runner {
   /// Ends a wait that should have ended already, so that no test hangs.
   ~Runner() {
     EXPECT_TRUE(WaitFor([this] { return m_returned.load(); }, "the end of a run"));
-    if (!m_returned) fake::AdvanceWaits(60000);
+    if (!m_returned) {
+      fake::AdvanceWaits(60000);
+    }
     m_thread.join();
   }
   Runner(const Runner&) = delete;
@@ -145,7 +147,9 @@ TEST(CustomUIStates, AnAppMayQuitWhileAnUpdateChangesItsScreens) {
   const auto ui = layers::Decorate<CustomUIExtended>(values[0]);
   // Without a replacement file every worker ends at once.
   support::OtherThread mainLoop([&ui] {
-    for (int i = 0; i < ROUNDS; ++i) CustomUIExtended::OnAppStatusChanged(6, ui.get());
+    for (int i = 0; i < ROUNDS; ++i) {
+      CustomUIExtended::OnAppStatusChanged(6, ui.get());
+    }
   });
   for (int i = 1; !mainLoop.Done(); ++i) {
     layers::StageValue(*ui, values[i % 2]);
@@ -153,7 +157,9 @@ TEST(CustomUIStates, AnAppMayQuitWhileAnUpdateChangesItsScreens) {
   }
   mainLoop.Join();
   for (const std::string& text : fake::LogTexts()) {
-    if (text.rfind("[Info] rMetadataValue : ", 0) != 0) continue;
+    if (text.rfind("[Info] rMetadataValue : ", 0) != 0) {
+      continue;
+    }
     EXPECT_THAT(text, testing::AnyOf(testing::EndsWith(" : " + values[0]),
                                      testing::EndsWith(" : " + values[1])));
   }

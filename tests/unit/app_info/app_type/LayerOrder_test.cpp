@@ -103,8 +103,12 @@ class LayerOrder : public testing::TestWithParam<Case> {
   static Operation GetOperation() { return std::get<1>(GetParam()); }
   std::vector<std::string> EntryLines() {
     const std::string operation = GetOperation().testimony;
-    if (operation == "update") return {GetType().entry};
-    if (operation == "stop") return {"[Info] In"};
+    if (operation == "update") {
+      return {GetType().entry};
+    }
+    if (operation == "stop") {
+      return {"[Info] In"};
+    }
     return {};
   }
 

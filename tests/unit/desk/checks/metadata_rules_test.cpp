@@ -106,7 +106,9 @@ TEST(MetadataRules, LayersAreInTheOrderOfTheirNames) {
                                                {Key("orv_type/custom_ui_extended"), ""},
                                                {Key("orv_type/ch_feeder_custom"), ""}}));
   std::vector<std::string> types;
-  for (const auto& layer : ruling.layers) types.push_back(layer.type);
+  for (const auto& layer : ruling.layers) {
+    types.push_back(layer.type);
+  }
   EXPECT_EQ(types, (std::vector<std::string>{"ch_feeder_custom", "ch_feeder_standard",
                                              "custom_ui_extended", "custom_ui_standard"}));
 }

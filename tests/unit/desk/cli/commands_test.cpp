@@ -74,7 +74,9 @@ TEST_F(CliCommands, KeyWatchPrintsTheSetsUnderItsPrefixUntilTheTvGoes) {
   struct Gone : ScriptedTv {
     explicit Gone(Script& script) : ScriptedTv(script), m_own(script) {}
     void Wait(std::chrono::milliseconds most) override {
-      if (m_own.events.empty()) throw DeskError(DeskError::NO_TV, "the TV has gone");
+      if (m_own.events.empty()) {
+        throw DeskError(DeskError::NO_TV, "the TV has gone");
+      }
       ScriptedTv::Wait(most);
     }
     Script& m_own;
@@ -317,7 +319,9 @@ class CliJournal : public CliCommands {
     Do(options);
     std::istringstream lines(m_out.str());
     std::string numbers;
-    for (std::string line; std::getline(lines, line);) numbers += ParseJson(line)["seq"].asString();
+    for (std::string line; std::getline(lines, line);) {
+      numbers += ParseJson(line)["seq"].asString();
+    }
     return numbers;
   }
 };

@@ -164,7 +164,9 @@ class InterruptedTv : public ScriptedTv {
  public:
   using ScriptedTv::ScriptedTv;
   Json::Value Call(const std::string& method, const Json::Value& request) override {
-    if (method == "pkg.install") raise(SIGINT);
+    if (method == "pkg.install") {
+      raise(SIGINT);
+    }
     return ScriptedTv::Call(method, request);
   }
   void Wait(std::chrono::milliseconds) override { raise(SIGINT); }

@@ -51,7 +51,9 @@ std::string RestOfFunction(const std::string& text, std::size_t call) {
 void AddCallsOf(const fs::path& directory, Calls& calls) {
   static const std::regex form("(?:Hooked)?Call call\\(\\s*\"([^\"]+)\"");
   for (const auto& entry : fs::directory_iterator(directory)) {
-    if (entry.path().extension() != ".cpp") continue;
+    if (entry.path().extension() != ".cpp") {
+      continue;
+    }
     const std::string text = Content(entry.path());
     for (std::sregex_iterator match(text.begin(), text.end(), form), end; match != end; ++match) {
       const auto at = static_cast<std::size_t>(match->position());
@@ -77,7 +79,9 @@ TEST(CliReference, AHelperThatIsHandedACallAsks) {
   static const std::regex form("\\n[^\\n]*\\b\\w+\\((?:desk::)?Call& call,");
   int helpers = 0;
   for (const auto& entry : fs::directory_iterator(SOURCE / "platform/desk/client")) {
-    if (entry.path().extension() != ".cpp") continue;
+    if (entry.path().extension() != ".cpp") {
+      continue;
+    }
     const std::string text = Content(entry.path());
     for (std::sregex_iterator match(text.begin(), text.end(), form), end; match != end; ++match) {
       const auto at = static_cast<std::size_t>(match->position());

@@ -38,7 +38,9 @@ struct Script {
   }
   std::string Asked(const std::string& method) const {
     for (const auto& call : asked) {
-      if (call.first == method) return call.second;
+      if (call.first == method) {
+        return call.second;
+      }
     }
     return "never asked for " + method;
   }
@@ -73,14 +75,20 @@ class ScriptedTv : public Television {
   void Wait(std::chrono::milliseconds most) override {
     ++m_script.waits;
     if (m_script.events.empty()) {
-      if (most > std::chrono::seconds(1)) throw DeskError(DeskError::NO_TV, "the TV has gone");
+      if (most > std::chrono::seconds(1)) {
+        throw DeskError(DeskError::NO_TV, "the TV has gone");
+      }
       return;
     }
     const auto event = m_script.events.front();
     m_script.events.pop_front();
-    if (event.first == "answer dump") m_script.answers["dump"] = event.second;
+    if (event.first == "answer dump") {
+      m_script.answers["dump"] = event.second;
+    }
     const auto range = m_functions.equal_range(event.first);
-    for (auto entry = range.first; entry != range.second; ++entry) entry->second(event.second);
+    for (auto entry = range.first; entry != range.second; ++entry) {
+      entry->second(event.second);
+    }
   }
 
  private:

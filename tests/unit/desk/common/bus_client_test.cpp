@@ -470,7 +470,9 @@ std::string OpenAsAnotherUser(const std::string& root) {
   if (child == 0) {
     std::string said = "opened";
     try {
-      if (geteuid() == 0 && setuid(1) != 0) _exit(1);
+      if (geteuid() == 0 && setuid(1) != 0) {
+        _exit(1);
+      }
       BusClient::Open(DeskPaths(root));
     } catch (const DeskError& error) {
       said = error.Code() + ": " + error.what();
