@@ -28,22 +28,33 @@ const std::string LONG = "an.identifier.of.more.than.forty.characters.";
 
 enum class Probe { Created, Started, Cancelled };
 
+/// Whether the probe has to wait for a lock when it begins now, on another thread.
+bool Waits(const std::function<void()>& probe,
+           std::vector<std::unique_ptr<support::OtherThread>>& threads) {
+  const auto state = std::make_shared<std::atomic<Probe>>(Probe::Created);
+  threads.push_back(std::make_unique<support::OtherThread>([&probe, state] {
+    // Both wait where the operation is inside the fake platform.
+    fake::CallCount("");
+    fake::Logs();
+    Probe expected = Probe::Created;
+    if (state->compare_exchange_strong(expected, Probe::Started)) probe();
+  }));
+  EXPECT_TRUE(threads.back()->WaitUntilItStops());
+  Probe expected = Probe::Created;
+  const bool isStarted = !state->compare_exchange_strong(expected, Probe::Cancelled);
+  return isStarted && !threads.back()->Done();
+}
+
 /// Whether another thread has to wait for a lock of the operation at one of the moments when the
-/// operation allocates or releases memory. The probe takes that lock and no other one.
-bool MakesWait(const std::function<void()>& operation, const std::function<void()>& probe) {
+/// operation allocates or releases memory. The probe takes that lock. When it takes a second one,
+/// `other` is a probe that takes the second one alone.
+bool MakesWait(const std::function<void()>& operation, const std::function<void()>& probe,
+               const std::function<void()>& other = nullptr) {
   std::vector<std::unique_ptr<support::OtherThread>> threads;
   bool waited = false;
   memory_hook::RunInterrupted(operation, [&] {
-    const auto state = std::make_shared<std::atomic<Probe>>(Probe::Created);
-    threads.push_back(std::make_unique<support::OtherThread>([&probe, state] {
-      fake::CallCount("");  // waits where the operation is inside the fake platform
-      Probe expected = Probe::Created;
-      if (state->compare_exchange_strong(expected, Probe::Started)) probe();
-    }));
-    EXPECT_TRUE(threads.back()->WaitUntilItStops());
-    Probe expected = Probe::Created;
-    const bool isStarted = !state->compare_exchange_strong(expected, Probe::Cancelled);
-    waited = waited || (isStarted && !threads.back()->Done());
+    if (waited || (other && Waits(other, threads))) return;
+    waited = Waits(probe, threads);
   });
   return waited;
 }
@@ -162,10 +173,19 @@ TEST_F(LeafLocks, KeepAddAndRemoveOfCallbacksApart) {
   const auto add = [] { Follow(LONG, "b"); };
   const auto remove = [] { AppPreloadingUtils::RemoveWebStatusChangedCallback(LONG, "c"); };
   Follow(LONG, LONG);
-  // Each logs first, under the lock. So the lock is held at an allocation outside the other lock.
-  EXPECT_TRUE(MakesWait([] { Follow(LONG + "2", LONG); }, remove));
+  EXPECT_TRUE(MakesWait([] { Follow(LONG + "2", LONG); }, remove, &WalkCallbacks));
   EXPECT_TRUE(
-      MakesWait([] { AppPreloadingUtils::RemoveWebStatusChangedCallback(LONG + "2", LONG); }, add));
+      MakesWait([] { AppPreloadingUtils::RemoveWebStatusChangedCallback(LONG + "2", LONG); }, add,
+                &WalkCallbacks));
+}
+
+TEST_F(LeafLocks, KeepAnItemFromTheSchedulingListWhileItIsEmptied) {
+  AppInfoCache& cache = *AppInfoCache::GetInstance();
+  const auto record = records::MakeLayer(LONG, "ch_feeder_custom", "x");
+  cache.AddAppInfo(LONG, record.get(), false);
+  EXPECT_EQ(cache.ResetSchedulingList(), 1);
+  EXPECT_TRUE(
+      MakesWait([&] { cache.ClearSchedulingList(); }, [&] { cache.AddSchedulingItem(LONG); }));
 }
 
 }  // namespace
