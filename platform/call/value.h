@@ -31,8 +31,8 @@ class Value {
   template <typename T>
   constexpr Value(T value) {
     if constexpr (std::is_pointer_v<T>) {
-      constexpr bool isFunction = std::is_function_v<std::remove_pointer_t<T>>;
-      m_kind = value == nullptr ? Kind::Null : (isFunction ? Kind::Callback : Kind::Pointer);
+      constexpr bool IS_FUNCTION = std::is_function_v<std::remove_pointer_t<T>>;
+      m_kind = value == nullptr ? Kind::Null : (IS_FUNCTION ? Kind::Callback : Kind::Pointer);
     } else {
       static_assert(std::is_integral_v<T> || std::is_enum_v<T>, "not a value of a platform call");
       m_kind = Kind::Number;

@@ -36,8 +36,8 @@ struct State {
 };
 
 State& GetState() {
-  static auto* s_state = new State;
-  return *s_state;
+  static auto* state = new State;
+  return *state;
 }
 
 std::optional<pid_t> PidOf(const std::string& app) {

@@ -23,8 +23,8 @@ struct Bundle {
 };
 
 Handles<bundle*, Bundle>& Bundles() {
-  static auto* s_bundles = new Handles<bundle*, Bundle>("bundle");
-  return *s_bundles;
+  static auto* bundles = new Handles<bundle*, Bundle>("bundle");
+  return *bundles;
 }
 
 int Add(bundle* b, const char* key, int type, const std::vector<std::string>& values) {

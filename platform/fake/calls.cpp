@@ -43,8 +43,8 @@ struct State {
 /// Never deleted: threads of the daemon may still call while the process ends. Made at the first
 /// use: static initialisers may call before those of this file have run.
 State& GetState() {
-  static auto* s_state = new State;
-  return *s_state;
+  static auto* state = new State;
+  return *state;
 }
 
 std::vector<Call> CallsWith(const std::vector<std::string>& names) {
@@ -117,14 +117,14 @@ class MemoryBackend : public platform::Backend {
   MemorySink m_sink;
 };
 
-[[maybe_unused]] const bool g_installed = (framework::SetBackend(&GetBackend()), true);
+[[maybe_unused]] const bool INSTALLED = (framework::SetBackend(&GetBackend()), true);
 
 }  // namespace
 
 platform::Backend& GetBackend() {
   // Never deleted, as the state.
-  static auto* s_backend = new MemoryBackend;
-  return *s_backend;
+  static auto* backend = new MemoryBackend;
+  return *backend;
 }
 
 void SetRecording(bool enabled) {

@@ -32,8 +32,8 @@ struct State {
 };
 
 State& GetState() {
-  static auto* s_state = new State;
-  return *s_state;
+  static auto* state = new State;
+  return *state;
 }
 
 /// Nothing when the record is not a JSON object with a package id.
@@ -156,8 +156,8 @@ void ResetChannels() {
 }  // namespace fake
 
 FCOrvAppInfoAPI* FCAPI::GetOrvAppInfoAPI() {
-  static fake::Registry s_registry;
+  static fake::Registry registry;
   fake::PlatformCall call("FCAPI::GetOrvAppInfoAPI");
-  return call.Run<FCOrvAppInfoAPI*>(
-      nullptr, [] { return fake::GetState().present ? &s_registry : nullptr; });
+  return call.Run<FCOrvAppInfoAPI*>(nullptr,
+                                    [] { return fake::GetState().present ? &registry : nullptr; });
 }

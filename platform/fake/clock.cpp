@@ -46,8 +46,8 @@ struct State {
 };
 
 State& GetState() {
-  static auto* s_state = new State;
-  return *s_state;
+  static auto* state = new State;
+  return *state;
 }
 
 Nanoseconds ToNanoseconds(const timespec& time) {

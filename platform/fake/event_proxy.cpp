@@ -20,8 +20,8 @@ struct State {
 };
 
 State& GetState() {
-  static auto* s_state = new State;
-  return *s_state;
+  static auto* state = new State;
+  return *state;
 }
 
 class Connection : public FIIPCConnection {};
@@ -73,13 +73,13 @@ void ResetProxy() {
 }  // namespace fake
 
 FIIPCConnection* FIIPCConnection::GetInstance() {
-  static auto* s_connection = new fake::Connection;
+  static auto* connection = new fake::Connection;
   fake::PlatformCall call("FIIPCConnection::GetInstance");
-  return call.Run<FIIPCConnection*>(nullptr, [] { return s_connection; });
+  return call.Run<FIIPCConnection*>(nullptr, [] { return connection; });
 }
 
 FCEMSProxy* FCEMSProxy::GetInstance(FIIPCConnection* pConnection, FCEMSSignalCallback pCallback) {
-  static auto* s_proxy = new fake::Proxy;
+  static auto* proxy = new fake::Proxy;
   fake::PlatformCall call("FCEMSProxy::GetInstance", pConnection, pCallback);
   return call.Run<FCEMSProxy*>(nullptr, [&]() -> FCEMSProxy* {
     if (pConnection == nullptr) {
@@ -88,6 +88,6 @@ FCEMSProxy* FCEMSProxy::GetInstance(FIIPCConnection* pConnection, FCEMSSignalCal
     fake::State& state = fake::GetState();
     const std::lock_guard<std::mutex> lock(state.mutex);
     state.callback = pCallback;
-    return s_proxy;
+    return proxy;
   });
 }

@@ -47,8 +47,8 @@ struct State {
 };
 
 State& GetState() {
-  static auto* s_state = new State;
-  return *s_state;
+  static auto* state = new State;
+  return *state;
 }
 
 void Store(const std::string& key, const Value& value, bool tell) {

@@ -24,8 +24,8 @@ struct State {
 };
 
 State& GetState() {
-  static auto* s_state = new State;
-  return *s_state;
+  static auto* state = new State;
+  return *state;
 }
 
 __attribute__((format(printf, 1, 0))) std::string Format(const char* format, std::va_list args) {

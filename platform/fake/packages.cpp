@@ -33,8 +33,8 @@ struct State {
 };
 
 State& GetState() {
-  static auto* s_state = new State;
-  return *s_state;
+  static auto* state = new State;
+  return *state;
 }
 
 bool RemoveFrom(std::vector<Package>& packages, const std::string& id) {

@@ -28,8 +28,8 @@ struct State {
 };
 
 State& GetState() {
-  static auto* s_state = new State;
-  return *s_state;
+  static auto* state = new State;
+  return *state;
 }
 
 /// Alarms that tick only on request of the test.
@@ -87,8 +87,8 @@ class AlarmTable : public framework::AlarmClock {
 };
 
 AlarmTable& GetAlarms() {
-  static auto* s_alarms = new AlarmTable;
-  return *s_alarms;
+  static auto* alarms = new AlarmTable;
+  return *alarms;
 }
 
 [[maybe_unused]] const bool g_installed = (framework::SetAlarmClock(&GetAlarms()), true);

@@ -23,8 +23,8 @@ struct State {
 };
 
 State& GetState() {
-  static auto* s_state = new State;
-  return *s_state;
+  static auto* state = new State;
+  return *state;
 }
 
 was_app_list_item_s* NewList(const std::vector<WasApp>& apps) {

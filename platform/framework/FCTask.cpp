@@ -19,7 +19,7 @@ namespace {
 constexpr std::size_t LONGEST_THREAD_NAME = 15;
 
 /// The task that the calling thread belongs to.
-thread_local const FCTask* t_currentTask = nullptr;
+thread_local const FCTask* g_currentTask = nullptr;
 
 void NameThisThread(const std::string& name) {
   pthread_setname_np(pthread_self(), name.substr(0, LONGEST_THREAD_NAME).c_str());
@@ -68,7 +68,7 @@ bool FCTask::Impl::Start(FCTask& rTask, const char* pName, int queueSize) {
 }
 
 bool FCTask::Impl::End(FCTask& rTask) {
-  if (t_currentTask == &rTask) {
+  if (g_currentTask == &rTask) {
     rTask.m_pQueue->Close();
     return false;
   }
@@ -99,12 +99,12 @@ bool FCTask::Send(const FSEvent& rEvent, bool bUrgent, bool bSync) {
       return m_pQueue->Push(rEvent, bUrgent);
     }
     // On its own thread the task would wait for itself.
-    return t_currentTask != this && framework::TicketQueue::PushAndWait(*m_pQueue, rEvent, bUrgent);
+    return g_currentTask != this && framework::TicketQueue::PushAndWait(*m_pQueue, rEvent, bUrgent);
   });
 }
 
 void FCTask::t_Main() {
-  t_currentTask = this;
+  g_currentTask = this;
   NameThisThread(m_sName);
   t_Create();
   FSEvent event;

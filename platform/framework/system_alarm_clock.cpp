@@ -25,8 +25,8 @@ AlarmClock& GetAlarmClock() {
     return *clock;
   }
   // Never deleted: its thread runs until the process ends.
-  static auto* s_systemClock = new SystemAlarmClock;
-  return *s_systemClock;
+  static auto* systemClock = new SystemAlarmClock;
+  return *systemClock;
 }
 
 unsigned long SystemAlarmClock::Start(const AlarmRequest& request, std::function<bool()> tick) {

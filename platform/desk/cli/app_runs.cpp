@@ -16,16 +16,16 @@ class RunReader {
  public:
   void Add(const TvLogLine& line) {
     std::smatch match;
-    if (std::regex_match(line.text, match, LAUNCHED)) {
+    if (std::regex_match(line.text, match, m_launched)) {
       AddLaunch(line, match);
-    } else if (std::regex_match(line.text, match, NOT_LAUNCHED)) {
+    } else if (std::regex_match(line.text, match, m_notLaunched)) {
       AppRun run;
       run.app = match[1];
       run.launched = line.time;
       run.ended = line.time;
       run.end = match[2];
       m_runs.push_back(run);
-    } else if (std::regex_match(line.text, match, ENDED)) {
+    } else if (std::regex_match(line.text, match, m_ended)) {
       EndOf(match[1], line.time, match[2]);
     } else if (line.text == "power cycle" || line.text == "off" ||
                line.text.compare(0, 8, "a TV in ") == 0) {
@@ -69,9 +69,9 @@ class RunReader {
     }
   }
 
-  const std::regex LAUNCHED{R"((\S+) launched: pid (\d{1,9}), its output from byte (\d{1,18}))"};
-  const std::regex NOT_LAUNCHED{R"(cannot launch (\S+): (.*))"};
-  const std::regex ENDED{R"((\S+) ended: (.*))"};
+  const std::regex m_launched{R"((\S+) launched: pid (\d{1,9}), its output from byte (\d{1,18}))"};
+  const std::regex m_notLaunched{R"(cannot launch (\S+): (.*))"};
+  const std::regex m_ended{R"((\S+) ended: (.*))"};
   std::vector<AppRun> m_runs;
 };
 

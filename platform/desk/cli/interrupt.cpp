@@ -9,12 +9,12 @@
 namespace desk::cli {
 namespace {
 
-std::atomic<const std::string*> s_line{nullptr};
+std::atomic<const std::string*> g_line{nullptr};
 
 // Async-signal-safe. SA_RESETHAND has restored the default action, so that the second signal, which
 // is delivered on return, ends the program.
 void OnInterrupt(int signal) {
-  const std::string* line = s_line.load();
+  const std::string* line = g_line.load();
   if (line != nullptr) {
     [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, line->data(), line->size());
   }
@@ -25,7 +25,7 @@ void OnInterrupt(int signal) {
 
 // The terminal shows ^C where the cursor is, so the text begins on a new line.
 InterruptNotice::InterruptNotice(const std::string& text) : m_line("\n" + text + "\n") {
-  s_line.store(&m_line);
+  g_line.store(&m_line);
   sigaction(SIGINT, nullptr, &m_before);
   if (m_before.sa_handler == SIG_IGN) {
     return;
@@ -38,7 +38,7 @@ InterruptNotice::InterruptNotice(const std::string& text) : m_line("\n" + text +
 
 InterruptNotice::~InterruptNotice() {
   sigaction(SIGINT, &m_before, nullptr);
-  s_line.store(nullptr);
+  g_line.store(nullptr);
 }
 
 }  // namespace desk::cli

@@ -62,8 +62,8 @@ std::string FindProgramDirectory() {
 }  // namespace
 
 std::string ProgramDirectory() {
-  static const std::string s_directory = FindProgramDirectory();
-  return s_directory;
+  static const std::string directory = FindProgramDirectory();
+  return directory;
 }
 
 }  // namespace desk

@@ -323,7 +323,7 @@ void Supervisor::SetState(State state) {
 }
 
 Json::Value Supervisor::Describe() {
-  static const char* const NAMES[] = {"exited", "starting", "ready", "stopping", "restarting"};
+  static constexpr const char* NAMES[] = {"exited", "starting", "ready", "stopping", "restarting"};
   Json::Value daemon;
   daemon["running"] = IsRunning();
   daemon["pid"] = DaemonPid();

@@ -68,11 +68,11 @@ Json::Value ToJson(const std::vector<BroadcastService>& services) {
 }
 
 std::string HexBytes(std::uint64_t id) {
-  constexpr char digits[] = "0123456789abcdef";
+  constexpr char DIGITS[] = "0123456789abcdef";
   std::string text;
   for (int byte = 0; byte < 8; ++byte, id >>= 8) {
-    text += digits[(id >> 4) & 0xf];
-    text += digits[id & 0xf];
+    text += DIGITS[(id >> 4) & 0xf];
+    text += DIGITS[id & 0xf];
   }
   return text;
 }
