@@ -14,7 +14,13 @@ ENDLESS='exec sleep 86400'
 STUBBORN='trap "" TERM; while :; do sleep 1; done'
 pid_of() { tv app list --json | jq --arg id "$1.Feed" '.[] | select(.id == $id) | .pid'; }
 install() { service_wgt "$work/$1.wgt" "$1" "$2"; tv pkg install "$work/$1.wgt"; }
-complete() { forget_log; tv port send $PORT $COMPLETE; logged "$1: handled" "[Debug] [EVENT_APP_TERMINATED]"; }
+# complete WHAT: returns when the scheduler has handled the message. It logs an event before it makes
+# the event's calls, so a second message, which finds no current app, shows that the first is done.
+complete() {
+  forget_log
+  tv port send $PORT $COMPLETE; tv port send $PORT $COMPLETE
+  logged "$1: handled" "[Debug] [EVENT_APP_TERMINATED]" 2
+}
 # scheduler_texts: the log of the scheduler's thread.
 scheduler_texts() {
   thread=$(sed -n 's/^[^ ]* [^ ]* *[0-9]* *\([0-9]*\) .*ORVScheduler\.cpp: t_OnEvent(.*/\1/p' "$TV_ROOT/log/daemon.log" | tail -n 1)
