@@ -35,7 +35,7 @@ struct State {
   // Guarded by mutex.
   std::deque<Call> calls;
   std::map<std::string, std::deque<Fault>> faults;
-  std::map<std::string, std::deque<int>> lateFaults;
+  std::map<std::string, std::deque<Fault>> lateFaults;
   std::map<std::string, std::size_t> failures;
   std::map<std::string, std::size_t> handles;
 };
@@ -218,10 +218,10 @@ void Fail(const std::string& name, int result, int times, int after) {
   state.faultNames = static_cast<int>(state.faults.size());
 }
 
-void FailAfterwards(const std::string& name, int result) {
+void FailAfterwards(const std::string& name, int result, int after) {
   State& state = GetState();
   const std::lock_guard<std::mutex> lock(state.mutex);
-  state.lateFaults[name].push_back(result);
+  state.lateFaults[name].push_back({result, 1, after});
   state.lateFaultNames = static_cast<int>(state.lateFaults.size());
 }
 
@@ -235,7 +235,12 @@ std::optional<int> TakeLateFault(const char* name) {
   if (found == state.lateFaults.end() || found->second.empty()) {
     return std::nullopt;
   }
-  const int result = found->second.front();
+  Fault& fault = found->second.front();
+  if (fault.after > 0) {
+    --fault.after;
+    return std::nullopt;
+  }
+  const int result = fault.result;
   found->second.pop_front();
   ++state.failures[name];
   return result;

@@ -52,9 +52,9 @@ constexpr int FOREVER = -1;
 /// order of Fail(). Calls without a result (except bundle_foreach) and the Destroy of tasks and
 /// alarms cannot fail.
 void Fail(const std::string& name, int result = -1, int times = 1, int after = 0);
-/// Lets the next call of this name do its work, output parameters included, and return `result` all
-/// the same. For calls that return an int.
-void FailAfterwards(const std::string& name, int result = -1);
+/// Lets a call of this name do its work, output parameters included, and return `result` all the
+/// same, after `after` other calls. For calls that return an int.
+void FailAfterwards(const std::string& name, int result = -1, int after = 0);
 void ClearFaults();
 /// The number of calls of this name that failed by a fault.
 std::size_t FailureCount(const std::string& name);

@@ -195,3 +195,12 @@ std::vector<Path> MorePaths() {
   }
   return paths;
 }
+
+Path FindAnyPath(const std::string& name) {
+  for (const Path& path : MorePaths()) {
+    if (path.name == name) {
+      return path;
+    }
+  }
+  return fault::FindPath(name);
+}
