@@ -162,7 +162,7 @@ void AddWebStatusChangedCallback(const std::string& rAppID, const std::string& r
   const bool bReplacing = !sFollowedAppID.empty() && sFollowedAppID != rAppID;
   if (bReplacing) {
     // The key is the new app's: the old app's subscription stays, and so does the mark that there
-    // is one. Intentional: docs/behaviour.md, "Another app loses the callbacks of the first".
+    // is one. Intentional: docs/behaviour.md, "A preload of another app drops the callbacks".
     vconf_ignore_key_changed(GetStatusKey(rAppID).c_str(), WebAppStatusChangedCallback);
   }
   const std::lock_guard<std::mutex> lockFollowedApp(m_mutexFollowedApp);
@@ -254,7 +254,7 @@ int LMKCheckingTimerCallback(void* pUserData) try {
                m_iLMKCheckingCount.load());
   if (m_iCurrentWebAppStatus <= WEB_APP_STATUS_PAUSE) {
     // The id keeps its old value, so the next "preload" sees a running timer. Intentional:
-    // docs/behaviour.md, "An app that lives through the period".
+    // docs/behaviour.md, "When an app survives the period".
     NotifyWebAppStatus();
     return false;
   }

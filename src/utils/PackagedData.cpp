@@ -130,7 +130,7 @@ bool AddAppTypeToList(const std::string& sFilePath, const std::string& rContent,
 
 void RemoveFromList(Json::Value& rTypes, const std::string& rAppType) {
   // The index moves on after a removal too, so the next element is skipped. Intentional:
-  // docs/behaviour.md, "Of an entry listed twice in a row the second stays".
+  // docs/behaviour.md, "If an entry is listed twice in a row".
   for (Json::ArrayIndex i = 0; i < rTypes.size(); ++i) {
     Json::Value removed;
     if (rTypes[i].asString() == rAppType) {

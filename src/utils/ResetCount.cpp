@@ -74,7 +74,7 @@ bool FileSystemUtils::CheckTVResetAndUpdateResetCountInfo() {
   int storedService = 0;
   GetFactoryAndServiceResetCount(storedFactory, storedService);
   // On disk before the result is used, so a crash in between loses the reset. Intentional:
-  // docs/behaviour.md, "The new counters are written before anybody acts".
+  // docs/behaviour.md, "The new counters are written before anything else".
   SetFactoryAndServiceResetCount(factory, service);
   ORV_LOG_DEBUG("[Debug] factory reset count : %d, service reset count : %d", storedFactory,
                 storedService);

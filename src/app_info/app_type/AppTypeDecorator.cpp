@@ -70,7 +70,7 @@ void AppTypeDecorator::SetAppliedMetadata(const std::string& rType,
     return;
   }
   // Any other category counts as data here, unlike in SetUpdatableMetadata(). Intentional:
-  // docs/behaviour.md, "An invented category writes and reads data in force".
+  // docs/behaviour.md, "Any other category writes and reads applied data".
   const auto iter = m_mapAppliedData.find(rKeyValue.first);
   if (iter != m_mapAppliedData.end()) {
     iter->second = rKeyValue.second;
@@ -104,8 +104,8 @@ void AppTypeDecorator::GetAllMetadata(MetadataMap& rMetadata) const {
 void AppTypeDecorator::RemoveMetadata(const std::string& rFirst, const std::string& rSecond) {
   m_pAppInfo->RemoveMetadata(rFirst, rSecond);
   const std::lock_guard<std::mutex> lock(m_mutexMetadata);
-  // Both are keys of the same map. Intentional: docs/behaviour.md, "A removal erases its second
-  // key".
+  // Both are keys of the same map. Intentional: docs/behaviour.md, "A removal of two keys erases
+  // the second one".
   if (m_mapAppliedData.count(rFirst) != 0) {
     m_mapAppliedData.erase(rSecond);
   }

@@ -58,7 +58,7 @@ void ChFeederCustom::UpdateOperation() {
                                           PACKAGED_TYPE_HBBTV_APP);
   }
   // The value in force stays. Intentional: docs/behaviour.md, "An update clears the staged value
-  // and leaves the one in force".
+  // and keeps the applied one".
   ClearUpdatableValue();
 }
 

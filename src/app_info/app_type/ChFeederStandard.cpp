@@ -85,8 +85,8 @@ void ChFeederStandard::UpdateOperation() {
 }
 
 void ChFeederStandard::ClearUpdatable() {
-  // The values in force stay. Intentional: docs/behaviour.md, "The values in force do not move with
-  // an update".
+  // The values in force stay. Intentional: docs/behaviour.md, "An update does not change the
+  // applied values".
   const std::lock_guard<std::mutex> lock(m_mutexMetadata);
   m_UpdatableAppType.second.clear();
   m_mapUpdatableData[DATA_KEY_CHANNEL_DATA_URL].clear();

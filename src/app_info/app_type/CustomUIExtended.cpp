@@ -31,8 +31,8 @@ const char* const REPLACEMENT_UI_KEY_APP_ID = "appid";
 std::mutex s_mutexLayers;
 std::set<const void*> s_setLayers;
 
-/// Without any white space, inside texts too. Intentional: docs/behaviour.md, "One without
-/// "appid"". Empty when the file does not exist.
+/// Without any white space, inside texts too. Intentional: docs/behaviour.md, "Without "appid" the
+/// work continues". Empty when the file does not exist.
 std::string ReadReplacementFile() {
   std::ifstream file(REPLACEMENT_UI_FILE);
   std::string sText;
@@ -90,7 +90,7 @@ void CustomUIExtended::UpdateOperation() {
     const std::lock_guard<std::mutex> lock(m_mutexMetadata);
     m_AppliedAppType.second = m_UpdatableAppType.second;
     // Creates a missing staged key, so a first update wipes the option. Intentional:
-    // docs/behaviour.md, "The first update that gets to the option wipes it".
+    // docs/behaviour.md, "The first update that reaches the option clears it".
     m_mapAppliedData[DATA_KEY_CUSTOM_UI_COLD_BOOT_OPT] =
         m_mapUpdatableData[DATA_KEY_CUSTOM_UI_COLD_BOOT_OPT];
   }
@@ -145,8 +145,8 @@ void CustomUIExtended::SetOperation(const std::vector<SupportedAppType>& rTypes,
   const DataMap mapData = GetData(false);
   const auto it = mapData.find(DATA_KEY_CUSTOM_UI_COLD_BOOT_OPT);
   if (it != mapData.end() && it->second == CUSTOM_UI_BACKGROUND_IMG) {
-    // Also when the operations are to be given back. Intentional: docs/behaviour.md, "A stop with
-    // "background_img" takes the operations over".
+    // Also when the operations are to be given back. Intentional: docs/behaviour.md, "With
+    // "background_img" a stop takes the operations over".
     RunSetOperationAsynchronously(rTypes, m_sAppID, this);
     return;
   }

@@ -47,7 +47,7 @@ void CustomUIStandard::UpdateOperation() {
     const std::lock_guard<std::mutex> lock(m_mutexMetadata);
     m_AppliedAppType.second = m_UpdatableAppType.second;
     // Creates a missing staged key, so a first update wipes the option. Intentional:
-    // docs/behaviour.md, "The first update that gets to the option wipes it".
+    // docs/behaviour.md, "The first update that reaches the option clears it".
     m_mapAppliedData[DATA_KEY_CUSTOM_UI_COLD_BOOT_OPT] =
         m_mapUpdatableData[DATA_KEY_CUSTOM_UI_COLD_BOOT_OPT];
   }
