@@ -20,8 +20,9 @@ constexpr Severity WARNING = Severity::Warning;
 
 // In the order of Message.
 constexpr std::array<Row, static_cast<std::size_t>(Message::Count)> ROWS = {{
-    {Message::ReadingEnds, "reading-ends", ERROR,
-     "The metadata key \"%1\" ends after %2. The daemon stops reading the package with an error.",
+    {Message::NameMissing, "name-missing", ERROR,
+     "The metadata key \"%1\" ends after %2, without a name. The daemon logs an error and ignores "
+     "it.",
      "Add \"/\" and a name, or remove the key."},
     {Message::OtherPrefix, "other-prefix", WARNING,
      "The metadata key \"%1\" names %2, but does not begin with %3. The daemon ignores it.",

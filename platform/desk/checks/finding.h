@@ -21,7 +21,7 @@ const char* SeverityName(Severity severity);
 /// text and remedy.
 enum class Message {
   // Metadata
-  ReadingEnds,
+  NameMissing,
   OtherPrefix,
   UnknownWord,
   UnknownType,

@@ -60,7 +60,7 @@ class MetadataChecks {
   void CheckKey(const KeyRuling& key) {
     switch (key.rule) {
       case Rule::NameMissing:
-        Add(Message::ReadingEnds, {key.key, key.category});
+        Add(Message::NameMissing, {key.key, key.category});
         break;
       case Rule::NoWord:
         Add(Message::UnknownWord, {key.key, MetadataPrefix()});

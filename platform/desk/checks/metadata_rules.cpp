@@ -50,9 +50,7 @@ class Reading {
 
   void Read(const PackageFacts& package) {
     for (const auto& app : package.apps) {
-      if (!m_ended) {
-        (app.component == "service" ? m_ruling.serviceApp : m_ruling.uiApp) = app.id;
-      }
+      (app.component == "service" ? m_ruling.serviceApp : m_ruling.uiApp) = app.id;
       for (const auto& entry : app.metadata) {
         m_ruling.keys.push_back(ReadKey(app.id, entry.first, entry.second));
       }
@@ -70,10 +68,7 @@ class Reading {
     ruling.key = key;
     ruling.value = value;
     const std::string prefix = MetadataPrefix();
-    if (m_ended) {
-      ruling.rule = Rule::NotRead;
-      ruling.reason = "not read: an earlier key has ended the reading";
-    } else if (key.compare(0, prefix.size(), prefix) != 0) {
+    if (key.compare(0, prefix.size(), prefix) != 0) {
       ruling.reason = "does not begin with " + prefix;
     } else {
       ReadRest(key.substr(prefix.size()), ruling);
@@ -95,11 +90,10 @@ class Reading {
       return;
     }
     if (rest.size() < TYPE.size() + 1) {
-      m_ended = true;
       ruling.rule = Rule::NameMissing;
-      ruling.verdict = Verdict::EndsReading;
+      ruling.verdict = Verdict::Error;
       ruling.reason = "no name follows " + ruling.category +
-                      ": the daemon stops reading the package here with an error";
+                      ": the daemon logs an error and goes on with the next key";
       return;
     }
     // The name begins at a fixed position, wherever the word was found.
@@ -153,21 +147,19 @@ class Reading {
   }
 
   Ruling::Outcome Outcome() const {
-    if (m_ended) {
-      return Ruling::Outcome::Broken;
-    }
     if (!m_ruling.layers.empty()) {
       return Ruling::Outcome::ChannelBound;
     }
-    const bool any = std::any_of(m_ruling.keys.begin(), m_ruling.keys.end(),
-                                 [](const KeyRuling& key) { return !key.category.empty(); });
+    const bool any =
+        std::any_of(m_ruling.keys.begin(), m_ruling.keys.end(), [](const KeyRuling& key) {
+          return !key.category.empty() && key.rule != Rule::NameMissing;
+        });
     return any ? Ruling::Outcome::NoKnownType : Ruling::Outcome::NoMetadata;
   }
 
   Ruling& m_ruling;
   std::map<std::string, Names> m_names;
   std::vector<size_t> m_dataKeys;  ///< indices of the data keys that are not repetitions
-  bool m_ended = false;
 };
 
 }  // namespace
@@ -229,9 +221,6 @@ std::vector<Layer> BuildLayers(const Names& types, const Names& data) {
 Ruling RuleOnPackage(const PackageFacts& package) {
   Ruling ruling;
   Reading(ruling).Read(package);
-  if (ruling.outcome == Ruling::Outcome::Broken) {
-    ruling.layers.clear();
-  }
   return ruling;
 }
 

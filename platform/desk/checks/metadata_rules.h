@@ -26,12 +26,11 @@ struct PackageFacts {
 
 /// What the daemon does with one metadata key.
 struct KeyRuling {
-  enum class Verdict { Taken, Ignored, EndsReading };
+  enum class Verdict { Taken, Ignored, Error };
   enum class Rule {
     OtherNamespace,  ///< does not begin with the daemon's prefix
     NoWord,          ///< neither orv_type nor orv_data after the prefix
-    NameMissing,     ///< too short for a name: the daemon's reading ends here
-    NotRead,         ///< after a key that ended the reading
+    NameMissing,     ///< too short for a name: the daemon logs an error
     Repeated,        ///< the same name was given before, and the first value is kept
     KnownType,
     UnknownType,
@@ -63,8 +62,7 @@ struct Ruling {
   enum class Outcome {
     ChannelBound,  ///< the daemon creates a record
     NoMetadata,    ///< an ordinary package
-    NoKnownType,   ///< keys with the prefix, but no app type that the daemon knows
-    Broken         ///< a key ends the reading, and with it the event
+    NoKnownType    ///< keys with the prefix, but no app type that the daemon knows
   };
   Outcome outcome = Outcome::NoMetadata;
   std::string uiApp;

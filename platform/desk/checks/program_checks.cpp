@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
 #include "desk/checks/package_checks.h"
-#include "desk/checks/program_file.h"
+#include "desk/package/program_file.h"
 
 namespace desk {
 

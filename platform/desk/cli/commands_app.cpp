@@ -3,6 +3,7 @@
 // tv app, tv op
 #include <app_control.h>
 
+#include <chrono>
 #include <filesystem>
 #include <ostream>
 
@@ -57,8 +58,28 @@ int Add(Session& session, const Invocation& words) {
   return 0;
 }
 
+constexpr std::chrono::milliseconds LOOK_FOR_END{300};
+
+/// Warns when the process has ended already, as one does that fails at its start.
+void WarnIfEnded(Session& session, const std::string& id, const bool& ended) {
+  const auto deadline = std::chrono::steady_clock::now() + LOOK_FOR_END;
+  for (auto now = std::chrono::steady_clock::now(); !ended && now < deadline;
+       now = std::chrono::steady_clock::now()) {
+    session.Tv().Wait(std::chrono::duration_cast<std::chrono::milliseconds>(deadline - now));
+  }
+  if (ended) {
+    session.Err() << "tv: warning: " << id << " ended at once: `tv log --app " << id
+                  << "` shows its output\n";
+  }
+}
+
 int Launch(Session& session, const Invocation& words) {
   const std::string id = words.Text("ID");
+  bool ended = false;
+  session.Tv().Subscribe("app", [&](const Json::Value& event) {
+    const std::string state = event["state"].asString();
+    ended = ended || (event["id"].asString() == id && (state == "exited" || state == "killed"));
+  });
   const Json::Value reply = session.Call(
       "app.launch", Object({{"app", id},
                             {"operation", words.TextOr("operation", APP_CONTROL_OPERATION_DEFAULT)},
@@ -76,6 +97,7 @@ int Launch(Session& session, const Invocation& words) {
   } else {
     session.Out() << "launched " << id << ", pid " << reply["pid"].asString() << '\n';
   }
+  WarnIfEnded(session, id, ended);
   return 0;
 }
 
@@ -170,6 +192,11 @@ int OpSet(Session& session, const Invocation& words) {
           .asInt();
   if (result != 0) {
     OperationFailed(operation, result);
+  }
+  const Json::Value found = session.Call("app.info", Object({{"app", words.Text("APP")}}))["found"];
+  if (found.isBool() && !found.asBool()) {
+    session.Err() << "tv: warning: there is no app \"" << words.Text("APP")
+                  << "\": nothing answers the operation until one with this id is installed\n";
   }
   return 0;
 }

@@ -3,6 +3,7 @@
 // tv service, tv tune, tv signal, tv channel
 #include <ostream>
 
+#include "desk/checks/channel_files.h"
 #include "desk/cli/bundle_args.h"
 #include "desk/cli/commands.h"
 #include "desk/cli/failure.h"
@@ -56,17 +57,24 @@ int Signal(Session& session, const Invocation& words) {
 }
 
 int ChannelList(Session& session, const Invocation& words) {
-  const Json::Value channels = session.Call("channel.list")["channels"];
+  Json::Value channels = session.Call("channel.list")["channels"];
+  for (auto& channel : channels) {
+    channel["channel_data_state"] =
+        StateOfFeed(session.Paths(), channel["channel_data_url"].asString());
+    channel["schedule_data_state"] =
+        StateOfFeed(session.Paths(), channel["schedule_data_url"].asString());
+  }
   if (words.Json()) {
     session.PrintJson(channels);
     return 0;
   }
-  Table table({"SERVICE", "PACKAGE", "WIDGET", "CHANNELS", "SCHEDULE"});
+  Table table({"SERVICE", "PACKAGE", "WIDGET", "CHANNELS", "", "SCHEDULE", ""});
   table.AlignRight(0);
   for (const auto& channel : channels) {
     table.Add({channel["service_id"].asString(), channel["pkg_id"].asString(),
                channel["widget_id"].asString(), channel["channel_data_url"].asString(),
-               channel["schedule_data_url"].asString()});
+               channel["channel_data_state"].asString(), channel["schedule_data_url"].asString(),
+               channel["schedule_data_state"].asString()});
   }
   table.Print(session.Out());
   return 0;
@@ -96,7 +104,9 @@ std::vector<Command> BroadcastCommands() {
        "list the records of the channel framework",
        {},
        {JsonOption()},
-       "",
+       "After each URL: whether its file exists and is valid JSON; \"web\" for a web URL, which "
+       "is\n"
+       "not fetched.",
        ChannelList}};
 }
 

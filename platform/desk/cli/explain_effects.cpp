@@ -317,9 +317,6 @@ std::vector<std::string> LinesOf(const std::vector<Effect>& effects, Occasion oc
 
 std::vector<std::string> TellTypeChanges(const Ruling& ruling,
                                          const std::map<std::string, std::string>& heldTypes) {
-  if (ruling.outcome == Ruling::Outcome::Broken) {
-    return {"the update ends with an error and changes nothing"};
-  }
   if (ruling.types.empty()) {
     return {"no type is left: the app is stopped and its record is deleted"};
   }

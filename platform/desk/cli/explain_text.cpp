@@ -19,8 +19,6 @@ std::string OutcomeText(Outcome outcome) {
       return "no: no metadata key begins with the daemon's prefix";
     case Outcome::NoKnownType:
       return "no: no key names an app type that the daemon knows";
-    case Outcome::Broken:
-      return "no: the daemon stops reading at a metadata key with an error";
   }
   return "";
 }
@@ -37,7 +35,7 @@ void PrintKeys(std::ostream& out, const std::vector<KeyRuling>& keys) {
       out << "  " << app << '\n';
     }
     const bool taken = key.verdict == KeyRuling::Verdict::Taken;
-    const bool ends = key.verdict == KeyRuling::Verdict::EndsReading;
+    const bool ends = key.verdict == KeyRuling::Verdict::Error;
     out << "    "
         << (taken  ? '+'
             : ends ? '!'
@@ -108,7 +106,7 @@ const char* VerdictName(KeyRuling::Verdict verdict) {
       return "taken";
     case KeyRuling::Verdict::Ignored:
       return "ignored";
-    case KeyRuling::Verdict::EndsReading:
+    case KeyRuling::Verdict::Error:
       return "error";
   }
   return "";

@@ -15,6 +15,7 @@
 #include "app_manager.h"
 #include "desk/common/desk_error.h"
 #include "desk/common/json.h"
+#include "desk/package/program_file.h"
 #include "desk/tv/process.h"
 
 namespace desk::tv {
@@ -98,6 +99,16 @@ std::uintmax_t SizeOf(const std::string& file) {
   std::error_code error;
   const std::uintmax_t size = std::filesystem::file_size(file, error);
   return error ? 0 : size;
+}
+
+// The program's first line tells more than the error of the system call.
+std::string WhyNotStarted(const KnownApp& app, const std::string& error) {
+  const auto trouble =
+      app.program.empty() ? std::optional<ProgramTrouble>() : WhyNotRunnable(app.program);
+  if (app.kind == KnownApp::Kind::Ui || !trouble) {
+    return error;
+  }
+  return app.program + ": " + trouble->reason + ". " + trouble->fix;
 }
 
 }  // namespace
@@ -214,7 +225,7 @@ LaunchResult Apps::Launch(const LaunchRequest& request) {
   try {
     return {APP_CONTROL_ERROR_NONE, Start(*app, request)};
   } catch (const DeskError& error) {
-    m_needs.log("cannot launch " + app->id + ": " + error.what());
+    m_needs.log("cannot launch " + app->id + ": " + WhyNotStarted(*app, error.what()));
     return {APP_CONTROL_ERROR_LAUNCH_FAILED, std::nullopt};
   }
 }

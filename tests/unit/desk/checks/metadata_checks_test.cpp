@@ -65,9 +65,9 @@ TEST(MetadataChecks, AKeyWithoutEitherWordIsReported) {
   EXPECT_EQ(Ids(Check({{Key("orv_kind/x"), ""}})), Names{"unknown-word"});
 }
 
-TEST(MetadataChecks, AKeyThatEndsTheReadingIsAnError) {
+TEST(MetadataChecks, AKeyWithoutANameIsAnError) {
   const auto findings = Check({{Key("orv_type"), ""}});
-  ASSERT_EQ(Ids(findings), Names{"reading-ends"});
+  ASSERT_EQ(Ids(findings), Names{"name-missing"});
   EXPECT_EQ(findings[0].severity, Severity::Error);
 }
 

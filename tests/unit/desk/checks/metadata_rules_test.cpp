@@ -58,13 +58,17 @@ TEST(MetadataRules, TheTypeWordIsSearchedForFirst) {
   EXPECT_EQ(RuleOn(Key("orv_data/orv_type"), "v").category, "orv_type");
 }
 
-TEST(MetadataRules, AKeyWithoutANameEndsTheReading) {
+TEST(MetadataRules, AKeyWithoutANameIsAnErrorAndTheNextIsRead) {
   const Ruling ruling = RuleOnPackage(
       Package({{Key("orv_type"), "v"}, {Key("orv_type/ch_feeder_custom"), "extended"}}));
-  EXPECT_EQ(ruling.outcome, Outcome::Broken);
-  EXPECT_EQ(ruling.keys[0].verdict, Verdict::EndsReading);
-  EXPECT_EQ(ruling.keys[1].reason, "not read: an earlier key has ended the reading");
-  EXPECT_TRUE(ruling.layers.empty());
+  EXPECT_EQ(ruling.outcome, Outcome::ChannelBound);
+  EXPECT_EQ(ruling.keys[0].verdict, Verdict::Error);
+  EXPECT_EQ(ruling.keys[1].verdict, Verdict::Taken);
+  EXPECT_EQ(ruling.layers.size(), 1U);
+}
+
+TEST(MetadataRules, AKeyWithoutANameAloneIsNoMetadata) {
+  EXPECT_EQ(RuleOnPackage(Package({{Key("orv_data"), "v"}})).outcome, Outcome::NoMetadata);
 }
 
 TEST(MetadataRules, AKeyThatEndsAfterTheSeparatorHasAnEmptyName) {

@@ -62,6 +62,44 @@ TEST_F(CliPackages, WithARunningDaemonThereIsNoSuchWarning) {
   EXPECT_FALSE(Warned("the daemon is not running"));
 }
 
+TEST_F(CliPackages, ALaunchWarnsOfAnAppThatEndsAtOnce) {
+  m_script.Answer("app.launch", R"({"result":0,"pid":7})");
+  m_script.events.emplace_back("app", ParseJson(R"({"id":"other.a","state":"exited"})"));
+  m_script.events.emplace_back("app", ParseJson(R"({"id":"p.a","state":"exited"})"));
+  EXPECT_EQ(Do({"app", "launch", "p.a"}), 0);
+  EXPECT_TRUE(Warned("tv: warning: p.a ended at once: `tv log --app p.a` shows its output"));
+}
+
+TEST_F(CliPackages, ALaunchOfAnAppThatRunsDoesNotWarn) {
+  m_script.Answer("app.launch", R"({"result":0,"pid":7})");
+  m_script.events.emplace_back("app", ParseJson(R"({"id":"other.a","state":"exited"})"));
+  EXPECT_EQ(Do({"app", "launch", "p.a"}), 0);
+  EXPECT_EQ(m_err.str(), "");
+}
+
+TEST_F(CliPackages, AnOperationForAMissingAppIsWarnedOf) {
+  m_script.Answer("op.set", R"({"result":0})");
+  m_script.Answer("app.info", R"({"found":false})");
+  EXPECT_EQ(Do({"op", "set", "epg", "no.app"}), 0);
+  EXPECT_TRUE(Warned("tv: warning: there is no app \"no.app\""));
+  m_err.str("");
+  m_script.Answer("app.info", R"({"found":true})");
+  Do({"op", "set", "epg", "no.app"});
+  EXPECT_EQ(m_err.str(), "");
+}
+
+TEST_F(CliPackages, TheChannelListTellsWhatIsBehindTheUrls) {
+  m_script.Answer("channel.list", R"({"channels":[{"service_id":1,"pkg_id":"p","widget_id":"w",
+      "channel_data_url":"file:/none.json","schedule_data_url":"https://a"}]})");
+  Do({"channel", "list"});
+  EXPECT_NE(m_out.str().find("file:/none.json  missing"), std::string::npos) << m_out.str();
+  m_out.str("");
+  Do({"channel", "list", "--json"});
+  const Json::Value list = ParseJson(m_out.str());
+  EXPECT_EQ(list[0]["channel_data_state"], "missing");
+  EXPECT_EQ(list[0]["schedule_data_state"], "web");
+}
+
 TEST_F(CliPackages, ExplainOfAFileHasTheSameFindings) {
   Do({"explain", "--json", m_file});
   const Json::Value json = ParseJson(m_out.str());

@@ -230,6 +230,17 @@ TEST_F(AppsTest, AnUnknownAppIsNotFoundAndABrokenOneFails) {
   EXPECT_FALSE(Running("broken0001.Feed"));
 }
 
+TEST_F(AppsTest, AScriptWithCarriageReturnsIsNamedAsTheReason) {
+  Install("crlf000001");
+  WriteFile(m_paths.Package("crlf000001") + "/res/wgt/bin/feed", "#!/bin/sh\r\nexit\r\n");
+  chmod((m_paths.Package("crlf000001") + "/res/wgt/bin/feed").c_str(), 0755);
+  Launch("crlf000001.Feed");
+  EXPECT_NE(
+      m_lines.back().find("its interpreter `/bin/sh\\r` does not exist. Convert the line ends"),
+      std::string::npos)
+      << m_lines.back();
+}
+
 TEST_F(AppsTest, AnAppThatEndsByItselfIsReported) {
   Install("ends000001", "exit 3");
   const std::string pid = std::to_string(LaunchedPid("ends000001.Feed"));

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "desk/checks/program_file.h"
+#include "desk/package/program_file.h"
 
 #include <unistd.h>
 

@@ -1,11 +1,9 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include "desk/checks/program_file.h"
+#include "desk/package/program_file.h"
 
 #include <gtest/gtest.h>
 
-#include "desk/checks/package_checks.h"
-#include "facts.h"
 #include "package_maker.h"
 
 namespace desk {
@@ -59,18 +57,6 @@ TEST_F(ProgramFile, AFileOfAnotherKindIsNamed) {
 TEST_F(ProgramFile, AMissingFileIsNamed) {
   EXPECT_EQ(WhyNotRunnable(m_directory.Path() + "/none")->reason,
             "the file cannot be read: No such file or directory");
-}
-
-TEST_F(ProgramFile, AServiceThatCannotRunIsAFinding) {
-  WriteFile(m_directory.Path() + "/res/wgt/bin/feed", "#!/bin/sh\r\n");
-  PackageFacts package = Package({});
-  package.apps.push_back({"pkg.service", "service", {}, "bin/feed"});
-  const auto findings = CheckPrograms(package, m_directory.Path());
-  ASSERT_EQ(findings.size(), 1U);
-  EXPECT_EQ(ToLine(findings[0]),
-            "error: The service pkg.service cannot run on a desk: bin/feed: its interpreter "
-            "`/bin/sh\\r` does not exist. Convert the line ends: sed -i 's/\\r$//' feed "
-            "[service-cannot-run]");
 }
 
 }  // namespace
