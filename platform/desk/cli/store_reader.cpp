@@ -113,20 +113,6 @@ class TemporaryDirectory {
   fs::path m_path;
 };
 
-/// SQLite rolls an interrupted write back by changing the file, so it works on a copy.
-Json::Value ReadRolledBackCopy(const std::string& path) {
-  const TemporaryDirectory directory;
-  const fs::path copy = directory.Path() / "appinfo.db";
-  fs::copy_file(path, copy);
-  std::error_code journalGone;
-  fs::copy_file(path + "-journal", copy.string() + "-journal", journalGone);
-  sqlite3* raw = nullptr;
-  sqlite3_open(copy.c_str(), &raw);
-  sqlite3_exec(raw, "SELECT count(*) FROM sqlite_master", nullptr, nullptr, nullptr);
-  sqlite3_close(raw);
-  return ReadRows(ReadBytes(copy.string()));
-}
-
 bool HasJournal(const std::string& path) {
   std::error_code ignored;
   return fs::exists(path + "-journal", ignored);
@@ -157,6 +143,25 @@ bool IsBeingWritten(const std::string& path) {
   const bool asked = fcntl(file, F_GETLK, &lock) == 0;
   close(file);
   return asked && lock.l_type != F_UNLCK;
+}
+
+/// The content before an interrupted write; nothing when another write began meanwhile. SQLite
+/// rolls the write back by changing the file, so it works on a copy.
+std::optional<Json::Value> ReadRolledBackCopy(const std::string& path) {
+  const TemporaryDirectory directory;
+  const fs::path copy = directory.Path() / "appinfo.db";
+  const std::string counter = ChangeCounter(path);
+  fs::copy_file(path, copy);
+  std::error_code journalGone;
+  fs::copy_file(path + "-journal", copy.string() + "-journal", journalGone);
+  if (!HasJournal(path) || IsBeingWritten(path) || ChangeCounter(path) != counter) {
+    return std::nullopt;
+  }
+  sqlite3* raw = nullptr;
+  sqlite3_open(copy.c_str(), &raw);
+  sqlite3_exec(raw, "SELECT count(*) FROM sqlite_master", nullptr, nullptr, nullptr);
+  sqlite3_close(raw);
+  return ReadRows(ReadBytes(copy.string()));
 }
 
 /// The file's bytes; nothing when it was written to meanwhile. The journal of a write exists from
@@ -196,7 +201,9 @@ Json::Value ReadUnlocked(const std::string& path) {
       return ReadRows(std::move(*bytes));
     }
     if (HasJournal(path) && !IsBeingWritten(path)) {
-      return ReadRolledBackCopy(path);
+      if (auto rows = ReadRolledBackCopy(path)) {
+        return std::move(*rows);
+      }
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }

@@ -8,12 +8,16 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <optional>
+#include <string>
 
 #include "desk/cli/failure.h"
 
@@ -69,8 +73,38 @@ class CliStore : public testing::Test {
     return Failure(Exit::Done, "");
   }
 
+  /// Nothing when a write did not end within the reader's patience.
+  std::optional<Json::Value> ReadUnlessBusy() {
+    try {
+      return ReadStore(Path());
+    } catch (const Failure& failure) {
+      EXPECT_STREQ(failure.what(), BUSY);
+      return std::nullopt;
+    }
+  }
+
+  static constexpr char BUSY[] = "the store is being written to: try again";
+
   fs::path m_directory;
 };
+
+/// The highest package id, which is a number here; -1 without rows.
+int Newest(const Json::Value& rows) {
+  int newest = -1;
+  for (const Json::Value& row : rows) {
+    newest = std::max(newest, std::stoi(row["package_id"].asString()));
+  }
+  return newest;
+}
+
+/// Each write adds and deletes rows in pairs.
+void ExpectWholeWrites(const Json::Value& rows, const std::string& values) {
+  EXPECT_EQ(rows.size() % 2, 0U);
+  EXPECT_NE(Newest(rows) % 2, 0) << "half a pair";
+  for (const Json::Value& row : rows) {
+    EXPECT_EQ(row["variables"], values);
+  }
+}
 
 std::string Insert(const std::string& package, const std::string& variables) {
   return "INSERT INTO appinfo VALUES('" + package + "','app','widget','','1.0','" + variables +
@@ -201,27 +235,39 @@ TEST_F(CliStore, AReaderIsNeverInAWritersWay) {
 }
 
 TEST_F(CliStore, AReaderSeesWholeWritesOnly) {
+  constexpr int ROUNDS = 20;
+  constexpr int WRITES_PER_ROUND = 4;
   Make("");
   const std::string values(6000, 'v');  // several pages
+  int rounds[2];
+  ASSERT_EQ(pipe(rounds), 0);
   const Other writer([&](auto& begun) {
     sqlite3* db = OpenAt(Path());
-    // On a busy disk one write could take longer than a reader's timeout.
     Run(db, "PRAGMA synchronous = OFF;");
-    for (int i = 0; true; i += 2) {
-      Run(db, "BEGIN; " + Insert(std::to_string(i), values) +
-                  Insert(std::to_string(i + 1), values) +
-                  "DELETE FROM appinfo WHERE package_id + 20 < " + std::to_string(i) + "; COMMIT;");
-      begun();
-      usleep(20000);  // lint-ok: no reader gets in between writes without a gap
+    begun();
+    char byte = 0;
+    for (int number = 0; read(rounds[0], &byte, 1) == 1;) {
+      for (int i = 0; i < WRITES_PER_ROUND; ++i, number += 2) {
+        Run(db, "BEGIN; " + Insert(std::to_string(number), values) +
+                    Insert(std::to_string(number + 1), values) +
+                    "DELETE FROM appinfo WHERE package_id + 20 < " + std::to_string(number) +
+                    "; COMMIT;");
+      }
     }
   });
-  for (int i = 0; i < 30; ++i) {
-    const Json::Value rows = ReadStore(Path());
-    EXPECT_EQ(rows.size() % 2, 0U);
-    for (const Json::Value& row : rows) {
-      EXPECT_EQ(row["variables"], values);
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+  for (int round = 1; round <= ROUNDS; ++round) {
+    ASSERT_EQ(write(rounds[1], "x", 1), 1);
+    const int last = round * WRITES_PER_ROUND * 2 - 1;
+    for (bool seen = false; !seen;) {
+      ASSERT_LT(std::chrono::steady_clock::now(), deadline) << "row " << last << " is missing";
+      const std::optional<Json::Value> rows = ReadUnlessBusy();
+      seen = rows && Newest(*rows) == last;
+      ExpectWholeWrites(rows.value_or(Json::Value(Json::arrayValue)), values);
     }
   }
+  close(rounds[0]);
+  close(rounds[1]);
 }
 
 TEST_F(CliStore, AWriteThatLastsIsToldSo) {
@@ -230,7 +276,7 @@ TEST_F(CliStore, AWriteThatLastsIsToldSo) {
     Run(OpenAt(Path()), "BEGIN; " + Insert("b", ""));
     begun();
   });
-  EXPECT_EQ(std::string(ReadFails().what()), "the store is being written to: try again");
+  EXPECT_STREQ(ReadFails().what(), BUSY);
   writer.End();
   // What remains is not a row.
   EXPECT_EQ(ReadStore(Path()).size(), 1U);
