@@ -18,24 +18,28 @@ done
 jq -s '[.[].effects[] | select(.call != "")] | group_by(.occasion)
        | map({key: .[0].occasion, value: (map(.call) | unique)}) | from_entries' \
   "$work"/*.explained >"$work/covered.json"
+jq -s --arg marker "$MARKER" 'map(.id) + [$marker]' "$work"/*.explained >"$work/packages.json"
 equal "some sample predicts calls for each occasion" '["install","removal","update"]' \
   "$(jq -c keys "$work/covered.json")"
 
 # differences OCCASION: the predicted calls that are missing since $journal_from, as "missing CALL
 # ARGUMENT", and those that no prediction names, as "unpredicted CALL ARGUMENTS". The daemon reads
-# every package, so reading one that is not channel-bound is not an effect.
+# every package, so reading one that is not channel-bound is not an effect. Calls about other packages
+# do not count: the low-memory check of an earlier sample may still launch its app, or an empty id.
 differences() {
   tv journal --json >"$work/journal.json"
-  jq -rs --argjson from "$journal_from" --arg occasion "$1" --arg marker "$MARKER" \
+  jq -rs --argjson from "$journal_from" --arg occasion "$1" --slurpfile others "$work/packages.json" \
     --slurpfile explained "$explained" --slurpfile covered "$work/covered.json" '
-    [.[] | select(.seq > $from) | {call, text: (.args | map(tostring) | join(" "))}
-         | select(.text | contains($marker) | not)] as $made
+    ($others[0] - [$explained[0].id]) as $others
+    | [.[] | select(.seq > $from) | {call, text: (.args | map(tostring) | join(" "))}
+         | select(.text | any(contains($others[]); .) | not)] as $made
     | [$explained[0].effects[] | select(.occasion == $occasion and .call != "")] as $predicted
     | def is_effect($p): . as $m | $m.call == $p.call and ($m.text | contains($p.argument));
       ($predicted[] | . as $p | select(any($made[]; is_effect($p)) | not)
         | "missing \(.call) \(.argument)"),
       ($made[] | . as $m
         | select(.call | IN($covered[0][$occasion][]))
+        | select(.call != "app_control_set_app_id" or (.text | contains($explained[0].id)))
         | select($explained[0].channel_bound or .call != "package_manager_get_package_info")
         | select(any($predicted[]; . as $p | $m | is_effect($p)) | not)
         | "unpredicted \(.call) \(.text)")' "$work/journal.json" >"$work/differences" || die "cannot compare"
