@@ -7,7 +7,6 @@
 #include "app_info/app_type/CustomUIExtended.h"
 #include "app_info/app_type/CustomUIStandard.h"
 #include "common/ORVConstants.h"
-#include "controller/ORVAppCreator.h"
 
 namespace {
 
@@ -22,10 +21,11 @@ AppTypeCreator MakeCreator() {
 
 }  // namespace
 
-void RegisterAppTypes(ORVAppCreator& rCreator) {
-  rCreator.RegisterAppType(APP_TYPE_CH_FEEDER_STANDARD, MakeCreator<ChFeederStandard>());
-  rCreator.RegisterAppType(APP_TYPE_CH_FEEDER_CUSTOM,
-                           {ChFeederCustom::DecorateAppType, ChFeederCustom::Release});
-  rCreator.RegisterAppType(APP_TYPE_CUSTOM_UI_STANDARD, MakeCreator<CustomUIStandard>());
-  rCreator.RegisterAppType(APP_TYPE_CUSTOM_UI_EXTENDED, MakeCreator<CustomUIExtended>());
+AppTypeTable GetAppTypes() {
+  return {
+      {APP_TYPE_CH_FEEDER_STANDARD, MakeCreator<ChFeederStandard>()},
+      {APP_TYPE_CH_FEEDER_CUSTOM, {ChFeederCustom::DecorateAppType, ChFeederCustom::Release}},
+      {APP_TYPE_CUSTOM_UI_STANDARD, MakeCreator<CustomUIStandard>()},
+      {APP_TYPE_CUSTOM_UI_EXTENDED, MakeCreator<CustomUIExtended>()},
+  };
 }

@@ -3,17 +3,31 @@
 #include "controller/ORVAppCreator.h"
 
 #include <algorithm>
+#include <exception>
+#include <memory>
 
 #include "app_info/AppInfoCache.h"
 #include "app_info/ORVAppInfo.h"
 #include "common/Log.h"
 #include "common/ORVConstants.h"
-#include "controller/AppTypeRegistry.h"
+#include "controller/AppTypeUpdate.h"
+#include "controller/MetadataReader.h"
 #include "controller/ORVScheduler.h"
 #include "controller/RecordGuard.h"
+#include "controller/StoredRow.h"
 #include "controller/WidgetIDWait.h"
 #include "utils/ResetCount.h"
 #include "utils/WASUtils.h"
+
+namespace {
+
+struct ChainDeleter {
+  void operator()(AppInfo* pAppInfo) const { pAppInfo->GetReleaseFunction()(pAppInfo); }
+};
+/// Owns the outermost layer and with it the whole chain.
+using ChainPtr = std::unique_ptr<AppInfo, ChainDeleter>;
+
+}  // namespace
 
 std::vector<std::string> ORVAppCreator::s_vSupportedAppTypes;
 
@@ -22,7 +36,9 @@ ORVAppCreator* ORVAppCreator::GetInstance() {
 }
 
 ORVAppCreator::ORVAppCreator() {
-  RegisterAppTypes(*this);
+  for (const auto& [sType, creator] : GetAppTypes()) {
+    RegisterAppType(sType, creator);
+  }
   AppInfoCache* pCache = AppInfoCache::GetInstance();
   if (FileSystemUtils::CheckTVResetAndUpdateResetCountInfo()) {
     ORV_LOG_DEBUG("[Debug] Factory Reset");
@@ -45,6 +61,29 @@ void ORVAppCreator::AddSupportedAppType(const std::string& rType) {
 void ORVAppCreator::RegisterAppType(const std::string& rType, const AppTypeCreator& rCreator) {
   AddSupportedAppType(rType);
   m_mapAppTypeCreators[rType] = rCreator;
+}
+
+void ORVAppCreator::LoadAndCreateAppInfo() {
+  AppInfoDB::RowMap rows;
+  if (!AppInfoCache::GetInstance()->LoadData(rows)) {
+    ORV_LOG_ERROR("[ERROR] Cannot load the stored data.");
+    return;
+  }
+  try {
+    while (!rows.empty()) {
+      StoredRow row;
+      // The rows after a broken one are not loaded but stay stored (docs/behaviour.md, "Load and
+      // reset").
+      if (!DecodeStoredRow(rows.begin()->second, row)) {
+        return;
+      }
+      AddAppInfoToAppCache(row.info, row.metadata, false);
+      // Frees its memory for the next record.
+      rows.erase(rows.begin());
+    }
+  } catch (const std::exception&) {
+    ORV_LOG_DEBUG("[Debug] Exception Caught.");
+  }
 }
 
 bool ORVAppCreator::CreateApp(const std::string& rPackageID) {
@@ -72,6 +111,52 @@ bool ORVAppCreator::CreateApp(const std::string& rPackageID) {
     return false;
   }
   return true;
+}
+
+bool ORVAppCreator::ExtractAppInfoFromMetadata(AppBaseInfo& rInfo) {
+  // An existing entry is kept: the table holds the first value of each key.
+  m_mapMetadata.try_emplace(rInfo.m_sPackageID);
+  if (MetadataReader::GetPackageInfo(rInfo, PackageInfoAppCB)) {
+    return true;
+  }
+  ORV_LOG_ERROR("[ERROR] Get_PackageInfo() return false.");
+  m_mapMetadata.erase(rInfo.m_sPackageID);
+  return false;
+}
+
+bool ORVAppCreator::PackageInfoAppCB(package_info_app_component_type_e eType, const char* pAppID,
+                                     void* pUserData) {
+  return MetadataReader::ReadApplication(*static_cast<AppBaseInfo*>(pUserData), eType, pAppID,
+                                         AppInfoMetadataCB);
+}
+
+bool ORVAppCreator::AppInfoMetadataCB(const char* pKey, const char* pValue, void* pUserData) {
+  const std::string& rPackageID = static_cast<const AppBaseInfo*>(pUserData)->m_sPackageID;
+  if (pKey == nullptr || pValue == nullptr) {
+    ORV_LOG_ERROR("[ERROR] A metadata entry of %s has no key or no value.", rPackageID.c_str());
+    return true;
+  }
+  try {
+    const auto key = MetadataReader::ParseKey(pKey);
+    if (key) {
+      ORV_LOG_INFO("[Info] packageID : %s, sDataKey : %s, sDataValue : %s", rPackageID.c_str(),
+                   key->sName.c_str(), pValue);
+      GetInstance()->AddMetadata(rPackageID, *key->pCategory, key->sName, pValue);
+    }
+  } catch (const std::exception& e) {
+    ORV_LOG_ERROR("[ERROR] exception : %s", e.what());
+  }
+  return true;
+}
+
+void ORVAppCreator::AddMetadata(const std::string& rPackageID, const std::string& rType,
+                                const std::string& rKey, const std::string& rValue) {
+  const auto iter = m_mapMetadata.find(rPackageID);
+  if (iter == m_mapMetadata.end()) {
+    ORV_LOG_INFO("[Info] Invalid PackageID[%s]", rPackageID.c_str());
+    return;
+  }
+  iter->second[rType].emplace(rKey, rValue);
 }
 
 bool ORVAppCreator::AddAppInfoToAppCache(const AppBaseInfo& rInfo, const MetadataMap& rMetadata,
@@ -103,24 +188,27 @@ bool ORVAppCreator::AddAppInfoToAppCache(const AppBaseInfo& rInfo, const Metadat
 
 AppInfo* ORVAppCreator::DecorateAppTypeByMatadata(const AppBaseInfo& rInfo,
                                                   const MetadataMap& rMetadata) {
-  AppInfo* pAppInfo = nullptr;
   const auto iter = rMetadata.find(METADATA_ORV_TYPE);
   if (iter == rMetadata.end()) {
-    return pAppInfo;
+    return nullptr;
   }
+  ChainPtr pChain;
   for (const auto& [sType, sValue] : iter->second) {
     ORV_LOG_INFO("[Info] [METADATA_ORV_TYPE] key : %s, iter->second : %s", sType.c_str(),
                  sValue.c_str());
     if (!IsSupportedAppType(sType)) {
       continue;
     }
-    // Owned by the first layer that wraps it.
-    if (pAppInfo == nullptr) {
-      pAppInfo = new ORVAppInfo(rInfo);
+    if (pChain == nullptr) {
+      pChain.reset(new ORVAppInfo(rInfo));
     }
-    AddAppTypeDecorator(pAppInfo, sType, sValue);
+    AppInfo* pHead = pChain.get();
+    AddAppTypeDecorator(pHead, sType, sValue);
+    // The new layer owns what it wraps.
+    static_cast<void>(pChain.release());
+    pChain.reset(pHead);
   }
-  return pAppInfo;
+  return pChain.release();
 }
 
 void ORVAppCreator::AddAppTypeDecorator(AppInfo*& rpAppInfo, const std::string& rType,
@@ -136,10 +224,94 @@ void ORVAppCreator::AddAppTypeDecorator(AppInfo*& rpAppInfo, const std::string& 
   rpAppInfo = iter->second.first(rpAppInfo, rValue, pfnRequestEvent);
 }
 
+UpdateResult ORVAppCreator::UpdateApp(const std::string& rPackageID) {
+  ORV_LOG_INFO("[Info] rPackageID : %s", rPackageID.c_str());
+  const RecordGuard guard(rPackageID);  // keeps other threads out while the chain changes
+  AppInfo* pAppInfo = AppInfoCache::GetInstance()->GetAppInfo(rPackageID);
+  if (pAppInfo == nullptr) {
+    return UPDATE_RESULT_CREATE;
+  }
+
+  AppBaseInfo info;
+  info.m_sPackageID = rPackageID;
+  if (!ExtractAppInfoFromMetadata(info)) {
+    ORV_LOG_DEBUG("[Debug] ExtractAppInfoFromMetadata() return false.");
+    return UPDATE_RESULT_FAIL;
+  }
+  const auto newMetadata = m_mapMetadata.find(rPackageID);
+  if (newMetadata == m_mapMetadata.end()) {
+    ORV_LOG_DEBUG("[Debug] Cannot extract metadata for target app(PackageID : %s)",
+                  rPackageID.c_str());
+    return UPDATE_RESULT_REMOVE;
+  }
+  const auto newTypes = newMetadata->second.find(METADATA_ORV_TYPE);
+  if (newTypes == newMetadata->second.end()) {
+    return UPDATE_RESULT_REMOVE;
+  }
+
+  MetadataMap oldMetadata;
+  pAppInfo->GetAllMetadata(oldMetadata);
+  const auto oldTypes = oldMetadata.find(METADATA_ORV_TYPE);
+  if (oldTypes == oldMetadata.end()) {
+    RemoveApp(rPackageID);
+    return UPDATE_RESULT_CREATE;
+  }
+  RemoveDeactivatedAppTypes(pAppInfo, oldTypes->second, newTypes->second);
+  AddActivatedAppTypes(pAppInfo, oldTypes->second, newTypes->second);
+  UpdateChangedMetadata(pAppInfo, oldTypes->second, newTypes->second);
+
+  const auto newData = newMetadata->second.find(METADATA_ORV_DATA);
+  if (newData != newMetadata->second.end()) {
+    AppTypeUpdate::StageMetadata(pAppInfo, METADATA_ORV_DATA, newData->second);
+  }
+  return UPDATE_RESULT_UPDATE;
+}
+
+void ORVAppCreator::RemoveDeactivatedAppTypes(AppInfo*& rpAppInfo, const AppTypeMap& rOldTypes,
+                                              const AppTypeMap& rNewTypes) {
+  for (const auto& [sType, sValue] : AppTypeUpdate::Subtract(rOldTypes, rNewTypes)) {
+    ORV_LOG_DEBUG("[Debug] [Removable] first : %s, second : %s", sType.c_str(), sValue.c_str());
+    AppInfo* pExtracted = AppTypeUpdate::ExtractAppType(rpAppInfo, sType);
+    if (pExtracted == nullptr) {
+      continue;
+    }
+    WidgetIDWait::End(pExtracted);
+    const auto iter = m_mapAppTypeCreators.find(sType);
+    if (iter == m_mapAppTypeCreators.end()) {
+      ORV_LOG_ERROR("[ERROR] Invalid AppTypeStr : %s", sType.c_str());
+      // The layer is not destroyed, and further types stay attached (docs/behaviour.md, "Updates").
+      break;
+    }
+    iter->second.second(pExtracted);
+  }
+}
+
+void ORVAppCreator::AddActivatedAppTypes(AppInfo* pAppInfo, const AppTypeMap& rOldTypes,
+                                         const AppTypeMap& rNewTypes) {
+  // Unlike a removal, this passes the new head neither to the caller nor to the cache: both keep
+  // the chain inside the new layers (docs/behaviour.md, "Updates").
+  AppInfo* pHead = pAppInfo;
+  for (const auto& rKeyValue : AppTypeUpdate::Subtract(rNewTypes, rOldTypes)) {
+    ORV_LOG_DEBUG("[Debug] [Additional] first : %s, second : %s", rKeyValue.first.c_str(),
+                  rKeyValue.second.c_str());
+    if (!IsSupportedAppType(rKeyValue.first)) {
+      continue;
+    }
+    AddAppTypeDecorator(pHead, rKeyValue.first, rKeyValue.second);
+    pHead->SetMetadata(METADATA_ORV_TYPE, rKeyValue, true);
+  }
+}
+
+void ORVAppCreator::UpdateChangedMetadata(AppInfo* pAppInfo, const AppTypeMap& rOldTypes,
+                                          const AppTypeMap& rNewTypes) {
+  // Unchanged values are staged too.
+  AppTypeUpdate::StageMetadata(pAppInfo, METADATA_ORV_TYPE,
+                               AppTypeUpdate::Intersect(rNewTypes, rOldTypes));
+}
+
 void ORVAppCreator::RemoveApp(const std::string& rPackageID) {
   ORV_LOG_INFO("[Info] rPackageID : %s", rPackageID.c_str());
-  // Waits for an operation of the record on another thread.
-  const RecordGuard guard(rPackageID);
+  const RecordGuard guard(rPackageID);  // waits for an operation on another thread
   AppInfo* pAppInfo = AppInfoCache::GetInstance()->RemoveAppInfo(rPackageID);
   if (pAppInfo == nullptr) {
     return;

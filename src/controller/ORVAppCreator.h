@@ -7,19 +7,14 @@
 
 #include <map>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "app_info/AppInfo.h"
-#include "app_info/app_type/AppTypeDecorator.h"
 #include "common/SingleInstance.h"
+#include "controller/AppTypeRegistry.h"
 
 /// Package id to the metadata of the package.
 using AppMetadataTable = std::map<std::string, MetadataMap>;
-
-/// How to wrap a record in a type and how to destroy the outermost layer of that type.
-using AppTypeCreator =
-    std::pair<AppInfo* (*)(AppInfo*, const std::string&, RequestEventCallback), void (*)(AppInfo*)>;
 
 /// What the caller of UpdateApp() does next.
 enum UpdateResult {
@@ -82,15 +77,9 @@ class ORVAppCreator {
   ORVAppCreator();
   ~ORVAppCreator() = default;
 
-  bool GetPackageInfo(AppBaseInfo& rInfo);
-  static void SetComponentID(AppBaseInfo& rInfo, package_info_app_component_type_e eType,
-                             const char* pAppID);
-  void ParseMetadata(const std::string& rPackageID, const std::string& rKey,
-                     const std::string& rValue);
   void AddMetadata(const std::string& rPackageID, const std::string& rType, const std::string& rKey,
                    const std::string& rValue);
   AppInfo* DecorateAppTypeByMatadata(const AppBaseInfo& rInfo, const MetadataMap& rMetadata);
-  bool CreateAppInfoFromRow(std::map<std::string, std::string>& rRow);
 
   void RemoveDeactivatedAppTypes(AppInfo*& rpAppInfo, const AppTypeMap& rOldTypes,
                                  const AppTypeMap& rNewTypes);

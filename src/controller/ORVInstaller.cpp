@@ -5,22 +5,39 @@
 #include <FCEMSProxy.h>
 #include <TVServiceAPI.h>
 #include <glib.h>
+#include <vconf.h>
 
-#include <array>
 #include <cstdint>
 #include <exception>
+#include <memory>
+#include <string>
 
 #include "common/Log.h"
 #include "common/ORVConstants.h"
+#include "controller/AllRecords.h"
+#include "controller/BoostDecision.h"
+#include "controller/InstallerCallbacks.h"
 #include "controller/ORVAppCreator.h"
 #include "controller/ORVAppOperator.h"
+#include "controller/PackageEvents.h"
 
 namespace {
 
 constexpr guint VALIDATION_DELAY_SECONDS = 1800;
 
-// In the order of the subscriptions.
-constexpr std::array<int, 6> SUBSCRIBED_TVS_SIGNALS = {75, 135, 103, 170, 25, 2560};
+using PackageEventHandler = void (*)(const std::string& rPackageID);
+
+/// Owns the payload, which is the package id. It is freed before the work begins.
+void HandlePackageEvent(void* pPayload, PackageEventHandler pfnHandler) {
+  if (pPayload == nullptr) {
+    ORV_LOG_ERROR("[ERROR] l[0] param is NULL.");
+    return;
+  }
+  std::unique_ptr<std::string> pPackageID(static_cast<std::string*>(pPayload));
+  const std::string sPackageID = *pPackageID;
+  pPackageID.reset();
+  pfnHandler(sPackageID);
+}
 
 }  // namespace
 
@@ -47,9 +64,7 @@ ORVInstaller::~ORVInstaller() {
     package_manager_destroy(m_hPackageManager);
     m_hPackageManager = nullptr;
   }
-  if (m_TVSTimeAlarm.IsRunning()) {
-    m_TVSTimeAlarm.Destroy();
-  }
+  m_StopTimeAlarm();
   FCTask::Destroy();
 }
 
@@ -100,8 +115,8 @@ bool ORVInstaller::m_SubscribeTvsSignals() {
     ORV_LOG_ERROR("[ERROR] pSignalSubscriber is NULL");
     return false;
   }
-  for (const int signal : SUBSCRIBED_TVS_SIGNALS) {
-    pSignalSubscriber->Subscribe(signal, 0, 1, 0, 0);
+  for (const TvSignal& rSignal : TV_SIGNALS) {
+    pSignalSubscriber->Subscribe(rSignal.number, 0, 1, 0, 0);
   }
   return true;
 }
@@ -132,49 +147,91 @@ bool ORVInstaller::t_SendEvent(int type, void* param) {
   return bSent;
 }
 
-void PackageManagerEventCallback(const char* /*type*/, const char* package,
-                                 package_manager_event_type_e event_type,
-                                 package_manager_event_state_e event_state, int /*progress*/,
-                                 package_manager_error_e /*error*/, void* /*user_data*/) try {
-  if (event_state != PACKAGE_MANAGER_EVENT_STATE_COMPLETED) {
-    return;
+bool ORVInstaller::t_OnEvent(const FSEvent* pEvent) try {
+  if (FCTask::t_OnEvent(pEvent)) {
+    return true;
   }
-  if (package == nullptr) {
-    ORV_LOG_ERROR("[ERROR] The package event has no package id.");
-    return;
-  }
-  int type = 0;
-  if (event_type == PACKAGE_MANAGER_EVENT_TYPE_INSTALL) {
-    type = EVENT_PACKAGE_INSTALLED;
-  } else if (event_type == PACKAGE_MANAGER_EVENT_TYPE_UNINSTALL) {
-    type = EVENT_PACKAGE_UNINSTALLED;
-  } else if (event_type == PACKAGE_MANAGER_EVENT_TYPE_UPDATE) {
-    type = EVENT_PACKAGE_UPDATED;
-  } else {
-    return;
-  }
-  // Owned by the receiver once queued. Not freed when the queue is full (docs/behaviour.md,
-  // "Installer events").
-  ORVInstaller::GetInstance()->t_SendEvent(type, new std::string(package));
+  const int type = static_cast<int>(pEvent->type);
+  ORV_LOG_INFO("[Info] pEvent : %d", type);
+  m_Dispatch(type, pEvent->P0);
+  return true;
 } catch (const std::exception& e) {
   ORV_LOG_ERROR("[ERROR] exception : %s", e.what());
+  return true;
 }
 
-int tvmesa_signal_callback(int signalType, void* /*data*/) try {
-  ORV_LOG_INFO("[Info] signalType[%d]", signalType);
-  if (signalType == VELDRIN_EVENT_GET_VIRTUAL_SERVICES_COMPLETE) {
-    ORVInstaller::GetInstance()->t_SendEvent(VELDRIN_EVENT_GET_VIRTUAL_SERVICES_COMPLETE, nullptr);
+void ORVInstaller::m_Dispatch(int type, void* pPayload) {
+  switch (type) {
+    case EVENT_PACKAGE_INSTALLED:
+      HandlePackageEvent(pPayload, PackageEvents::Install);
+      return;
+    case EVENT_PACKAGE_UPDATED:
+      HandlePackageEvent(pPayload, PackageEvents::Update);
+      return;
+    case EVENT_PACKAGE_UNINSTALLED:
+      HandlePackageEvent(pPayload, PackageEvents::Uninstall);
+      return;
+    case RUN_VALIDATION_TESTING:
+      AllRecords::RunValidationTesting();
+      return;
+    case SIGNAL_TVS_ACTIVATE:
+      AllRecords::PreloadWebApps();
+      return;
+    case EVENT_TVS_TIME_TIMER:
+      m_CheckBoostFlagWithCh();
+      return;
+    case VELDRIN_EVENT_GET_VIRTUAL_SERVICES_COMPLETE:
+      AllRecords::RunCustomFeeders();
+      return;
+    default:
+      ORV_LOG_ERROR("[ERROR] Invalid EventType : %d", type);
   }
-  return 1;
-} catch (const std::exception& e) {
-  ORV_LOG_ERROR("[ERROR] exception : %s", e.what());
-  return 1;
 }
 
-int ValidationTimerCallback(void* /*user_data*/) try {
-  ORVInstaller::GetInstance()->t_SendEvent(RUN_VALIDATION_TESTING, nullptr);
-  return FALSE;
-} catch (const std::exception& e) {
-  ORV_LOG_ERROR("[ERROR] exception : %s", e.what());
-  return FALSE;
+bool ORVInstaller::m_IsBoostingApp(std::uint64_t serviceID) {
+  return BoostDecision::IsBoostingApp(serviceID);
+}
+
+bool ORVInstaller::m_IsBoostingAppOnCurrentCh() {
+  return BoostDecision::IsBoostingAppOnCurrentCh();
+}
+
+void ORVInstaller::m_CheckBoostFlagWithCh() {
+  ORV_LOG_INFO("[Info] TVS Time Timer");
+  const bool bBoostFile = BoostDecision::HasBoostFlag();
+  const bool bBoostChApp = m_IsBoostingAppOnCurrentCh();
+  ORV_LOG_INFO("[Info] isBoostFile : %lu, isBoostChApp : %lu",
+               static_cast<unsigned long>(bBoostFile), static_cast<unsigned long>(bBoostChApp));
+  if (BoostDecision::DecideFirstScreen(bBoostFile, bBoostChApp)) {
+    m_bFirstScreenRun = true;
+  }
+  m_StopTimeAlarm();
+}
+
+void ORVInstaller::m_StopTimeAlarm() {
+  if (m_TVSTimeAlarm.IsRunning()) {
+    m_TVSTimeAlarm.Destroy();
+  }
+}
+
+void ORVInstaller::m_OnHbbtvStatusChanged() {
+  ORV_LOG_DEBUG("[Debug] vconf_hbbtv_status_cb");
+  if (m_bFirstScreenRun) {
+    ORV_LOG_DEBUG("[Debug] first screen already run");
+    vconf_ignore_key_changed(VCONFKEY_HBBTV_STATUS.c_str(), vconf_hbbtv_status_cb);
+    return;
+  }
+  int value = -1;
+  if (vconf_get_int(VCONFKEY_HBBTV_STATUS.c_str(), &value) != 0) {
+    ORV_LOG_ERROR("[ERROR] vconf_get_int() failed.");
+    return;
+  }
+  ORV_LOG_DEBUG("[Debug] VCONFKEY_HBBTV_CHANGED value %d", value);
+  if (value != 6 && value != 10) {
+    return;
+  }
+  ORV_LOG_DEBUG("[Debug] LAUNCHING fisrtscreen app");
+  BoostDecision::StartFirstScreen();
+  m_bFirstScreenRun = true;  // for a change of the key that is already being delivered
+  vconf_ignore_key_changed(VCONFKEY_HBBTV_STATUS.c_str(), vconf_hbbtv_status_cb);
 }

@@ -4,24 +4,12 @@
 
 #include <FCTask.h>
 #include <package_manager.h>
-#include <vconf.h>
 
 #include <atomic>
 #include <cstdint>
-#include <string>
 
 #include "common/SingleInstance.h"
-
-/// Event types of the installer task. The signals keep the numbers that their senders use.
-enum InstallerEvent : int {
-  SIGNAL_TVS_ACTIVATE = 75,
-  EVENT_PACKAGE_INSTALLED = 1000,
-  EVENT_PACKAGE_UPDATED = 1001,
-  EVENT_PACKAGE_UNINSTALLED = 1002,
-  RUN_VALIDATION_TESTING = 1003,
-  EVENT_TVS_TIME_TIMER = 1004,
-  VELDRIN_EVENT_GET_VIRTUAL_SERVICES_COMPLETE = 90014
-};
+#include "controller/InstallerEvents.h"
 
 /// The daemon's central task. Platform callbacks post events to its queue; its thread handles one
 /// event at a time, to the end.
@@ -64,16 +52,9 @@ class ORVInstaller : public FCTask {
   bool m_SubscribeTvsSignals();
   void m_SubscribeHbbtvStatus();
 
-  void m_Dispatch(const FSEvent& rEvent);
-  void m_DispatchPackageEvent(int type, const std::string& rPackageID);
-  void m_InstallApp(const std::string& rPackageID);
-  void m_UpdateApp(const std::string& rPackageID);
-  void m_UninstallApp(const std::string& rPackageID);
-  void m_RunValidationTesting();
-  void m_PreloadWebApps();
-  void m_RunCustomFeeders();
+  void m_Dispatch(int type, void* pPayload);
   void m_CheckBoostFlagWithCh();
-  void m_DecideFirstScreen(bool bBoostFile, bool bBoostChApp);
+  void m_StopTimeAlarm();
 
   // Main thread only, in construction and destruction.
   package_manager_h m_hPackageManager = nullptr;
@@ -82,22 +63,3 @@ class ORVInstaller : public FCTask {
   // Self-synchronised.
   FCStateAlarm m_TVSTimeAlarm;
 };
-
-// Platform callbacks. No exception leaves them.
-
-/// Main-loop thread. Posts completed events only.
-void PackageManagerEventCallback(const char* type, const char* package,
-                                 package_manager_event_type_e event_type,
-                                 package_manager_event_state_e event_state, int progress,
-                                 package_manager_error_e error, void* user_data);
-/// Main-loop thread (GLib timer, fires once).
-int ValidationTimerCallback(void* user_data);
-/// A thread of the signal library.
-int tvmesa_signal_callback(int signalType, void* data);
-/// A thread of the TV-service library; the flag file is written here, not on the task.
-int tvs_signal_callback(int signalType, const void* signalData, void* user_data);
-/// Main-loop thread. user_data is the ORVInstaller.
-void vconf_hbbtv_status_cb(keynode_t* keynode, void* user_data);
-/// Main-loop thread. Runs all records and then removes them. Waits for an operation that the task
-/// runs on the same record.
-void TellahubResetCallbackFunc(keynode_t* keynode, void* user_data);

@@ -3,7 +3,10 @@
 #include "controller/ORVScheduler.h"
 
 #include <app_control.h>
+#include <app_manager.h>
+#include <app_manager_extension.h>
 #include <glib.h>
+#include <message_port.h>
 
 #include <ctime>
 #include <exception>
@@ -11,12 +14,27 @@
 #include "app_info/AppInfoCache.h"
 #include "common/Log.h"
 #include "common/ORVConstants.h"
+#include "controller/SchedulerMessagePort.h"
+#include "controller/ServiceAppTermination.h"
 #include "utils/AppControlUtils.h"
 #include "utils/TimeUtils.h"
 
 namespace {
 
 constexpr guint SCHEDULER_PERIOD_SECONDS = 720;
+
+/// What a request does to the list.
+using ListChange = void (*)(ORVScheduler& rScheduler, const std::string& rPackageID);
+
+void AddItem(ORVScheduler& rScheduler, const std::string& rPackageID) {
+  AppInfoCache::GetInstance()->AddSchedulingItem(rPackageID);
+  // Posted even when the cache has no such package.
+  rScheduler.t_SendEvent(g_nSchedulerTimerID == 0 ? EVENT_START_SCHEDULER : EVENT_LAUNCH_NEXT_ITEM);
+}
+
+void DeleteItem(ORVScheduler& /*rScheduler*/, const std::string& rPackageID) {
+  AppInfoCache::GetInstance()->RemoveSchedulingItem(rPackageID);
+}
 
 }  // namespace
 
@@ -92,8 +110,9 @@ bool ORVScheduler::t_OnEvent(const FSEvent* pEvent) try {
   if (FCTask::t_OnEvent(pEvent)) {
     return true;
   }
-  ORV_LOG_INFO("[Info] pEvent : %d", static_cast<int>(pEvent->type));
-  Dispatch(static_cast<int>(pEvent->type));
+  const int type = static_cast<int>(pEvent->type);
+  ORV_LOG_INFO("[Info] pEvent : %d", type);
+  Dispatch(type);
   return true;
 } catch (const std::exception& e) {
   ORV_LOG_ERROR("[ERROR] exception : %s", e.what());
@@ -185,6 +204,44 @@ bool ORVScheduler::LaunchNextItem() {
   return true;
 }
 
+bool ORVScheduler::TerminateCurrentServiceApp() {
+  const std::string sServiceID = GetCurrentItem().service_id;
+  if (sServiceID.empty()) {
+    return true;
+  }
+  ORV_LOG_INFO("[Info] Current ServiceApp ID : %s", sServiceID.c_str());
+  bool bRunning = false;
+  app_manager_is_running(sServiceID.c_str(), &bRunning);
+  if (!bRunning) {
+    SetCurrentItem({});
+    return true;
+  }
+  app_context_h hContext = nullptr;
+  const int ret = app_manager_get_app_context(sServiceID.c_str(), &hContext);
+  // Forgotten before anything has ended, so the log lines below show an empty id.
+  SetCurrentItem({});
+  if (ret != 0) {
+    ORV_LOG_ERROR("[ERROR] app_manager_get_app_context() failed = %s",
+                  ServiceAppTermination::GetErrorText(ret));
+    return false;
+  }
+  return ServiceAppTermination::TerminateApp(hContext, GetCurrentItem().service_id);
+}
+
+bool ORVScheduler::StopScheduler() {
+  ORV_LOG_INFO("[Info] ");
+  if (g_nSchedulerTimerID != 0) {
+    g_source_remove(g_nSchedulerTimerID);
+    g_nSchedulerTimerID = 0;
+  }
+  AppInfoCache::GetInstance()->ClearSchedulingList();
+  if (!TerminateCurrentServiceApp()) {
+    ORV_LOG_DEBUG("[Debug] TerminateCurrentServiceApp() return false.[ServiceID : %s]",
+                  GetCurrentItem().service_id.c_str());
+  }
+  return true;
+}
+
 SchedulingItem ORVScheduler::GetCurrentItem() const {
   const std::lock_guard<std::mutex> lock(m_mutexCurrentItem);
   return m_currentItem;
@@ -203,13 +260,19 @@ bool ORVScheduler::IsCurrentPackage(const std::string& rPackageID) const {
 void ORVScheduler::RequestEvent(int eventType, void* pParam) {
   ORVScheduler* pScheduler = GetInstance();
   ORV_LOG_INFO("[Info] EventType : %d", eventType);
-  if (eventType == EVENT_ADD_ITEM) {
-    ORV_LOG_DEBUG("[Debug] [EVENT_ADD_ITEM]");
-  } else if (eventType == EVENT_DELETE_ITEM) {
-    ORV_LOG_DEBUG("[Debug] [EVENT_DELETE_ITEM]");
-  } else {
-    ORV_LOG_DEBUG("[Debug] Invalid EventType : %d", eventType);
-    return;
+  ListChange pfnChange = nullptr;
+  switch (eventType) {
+    case EVENT_ADD_ITEM:
+      ORV_LOG_DEBUG("[Debug] [EVENT_ADD_ITEM]");
+      pfnChange = AddItem;
+      break;
+    case EVENT_DELETE_ITEM:
+      ORV_LOG_DEBUG("[Debug] [EVENT_DELETE_ITEM]");
+      pfnChange = DeleteItem;
+      break;
+    default:
+      ORV_LOG_DEBUG("[Debug] Invalid EventType : %d", eventType);
+      return;
   }
   if (pParam == nullptr) {
     ORV_LOG_DEBUG("[Debug] pParam is NULL");
@@ -219,14 +282,7 @@ void ORVScheduler::RequestEvent(int eventType, void* pParam) {
   if (pScheduler->IsCurrentPackage(sPackageID)) {
     pScheduler->TerminateCurrentServiceApp();
   }
-  if (eventType == EVENT_DELETE_ITEM) {
-    AppInfoCache::GetInstance()->RemoveSchedulingItem(sPackageID);
-    return;
-  }
-  AppInfoCache::GetInstance()->AddSchedulingItem(sPackageID);
-  // Posted even when the cache has no such package.
-  pScheduler->t_SendEvent(g_nSchedulerTimerID == 0 ? EVENT_START_SCHEDULER
-                                                   : EVENT_LAUNCH_NEXT_ITEM);
+  pfnChange(*pScheduler, sPackageID);
 }
 
 void OnSetTimeChanged(keynode_t* keynode, void* user_data) try {

@@ -3,12 +3,10 @@
 #pragma once
 
 #include <FCTask.h>
-#include <message_port.h>
 #include <vconf.h>
 
 #include <atomic>
 #include <cstdint>
-#include <map>
 #include <mutex>
 #include <string>
 
@@ -25,9 +23,6 @@ enum SchedulerEvent : int {
   EVENT_LAUNCH_NEXT_ITEM = 1005,
   EVENT_APP_TERMINATED = 1006
 };
-
-/// Commands of the message port, see RunMessagePortCommand().
-enum SchedulerCommand : int { COMMAND_SET_EXPIRATION_TIME = 0, COMMAND_COMPLETE_OPERATION = 1 };
 
 /// GLib source id of the repeating timer; 0 means that the scheduler is stopped.
 extern std::atomic<unsigned int> g_nSchedulerTimerID;
@@ -96,12 +91,3 @@ class ORVScheduler : public FCTask {
 void OnSetTimeChanged(keynode_t* keynode, void* user_data);
 /// GLib timer, repeats.
 int OnSchedulerTimer(void* user_data);
-/// Runs one command of a service app and replies to remote_port.
-void MessagePortCommandCallback(int local_port_id, const char* remote_app_id,
-                                const char* remote_port, bool trusted_remote_port, bundle* message,
-                                void* user_data);
-
-/// Runs a command and returns the text of its result, which lives as long as the process.
-/// Blocks for a write to the store. params are the other values of the message.
-const std::string& RunMessagePortCommand(int eCommand, const std::string& remoteAppID,
-                                         std::map<std::string, std::string>& params);

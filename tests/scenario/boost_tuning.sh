@@ -10,7 +10,7 @@
 boost_tv
 decided "the decision after the start is made" 0 0
 # boost_texts: only the log lines about the boost; other threads log too.
-boost_texts() { grep -F ORVInstallerBoost.cpp "$TV_ROOT/log/daemon.log" | sed 's/^.*) > //'; }
+boost_texts() { grep -E "/BoostDecision\.cpp: |: tvs_signal_callback\(" "$TV_ROOT/log/daemon.log" | sed 's/^.*) > //'; }
 # tuned WHAT there|gone SERVICE LOG: tunes, then checks the flag and the log lines that say why.
 tuned() {
   forget_log

@@ -8,6 +8,17 @@ namespace {
 
 using AppTypeRegistryTest = CreatorTest;
 
+TEST_F(AppTypeRegistryTest, ListsTheTypesInTheOrderOfTheirRegistration) {
+  std::vector<std::string> types;
+  for (const auto& [type, creator] : GetAppTypes()) {
+    types.push_back(type);
+    EXPECT_NE(creator.first, nullptr) << type;
+    EXPECT_NE(creator.second, nullptr) << type;
+  }
+  EXPECT_THAT(types, testing::ElementsAre("ch_feeder_standard", "ch_feeder_custom",
+                                          "custom_ui_standard", "custom_ui_extended"));
+}
+
 TEST_F(AppTypeRegistryTest, TheInstanceKnowsTheFourTypes) {
   EXPECT_FALSE(ORVAppCreator::IsSupportedAppType("ch_feeder_standard"));
   Creator();

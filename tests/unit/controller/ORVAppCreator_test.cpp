@@ -15,7 +15,6 @@ using records::StoreRow;
 using support::HasLog;
 using support::HasLogsInOrder;
 using support::Texts;
-using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
@@ -228,6 +227,22 @@ TEST_F(ORVAppCreatorTest, ARecordThatTheStoreRefusesStaysInTheCache) {
                                              "[ERROR] AppInfoCache::AddAppInfo() return failed."));
   EXPECT_THAT(Cached(), ElementsAre("pkg"));
   EXPECT_THAT(StoredPackages(), IsEmpty());
+}
+
+TEST_F(ORVAppCreatorTest, ALayerThatCannotBeMadeReleasesTheChainInsideIt) {
+  RegisterLayer<FEEDER_CUSTOM>();
+  RegisterLayer<FEEDER_STANDARD>();
+  Creator().RegisterAppType(OTHER,
+                            {[](AppInfo*, const std::string&, RequestEventCallback) -> AppInfo* {
+                               throw std::runtime_error("no such layer");
+                             },
+                             records::Layer::Release});
+  Forget();
+  const MetadataMap types = {
+      {"orv_type", {{"ch_feeder_custom", "1"}, {"ch_feeder_standard", "1"}, {"other", "1"}}}};
+  EXPECT_THROW(Creator().AddAppInfoToAppCache(Info("pkg"), types, true), std::runtime_error);
+  EXPECT_THAT(Journal(), ElementsAre("ch_feeder_standard release", "ch_feeder_custom release"));
+  EXPECT_THAT(Cached(), IsEmpty());
 }
 
 // Removal.

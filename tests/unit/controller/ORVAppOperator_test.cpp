@@ -12,10 +12,8 @@
 
 namespace {
 
-using support::HasLog;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::Not;
 
 std::vector<std::string> KeyCalls() {
   return fake::CallTexts({"vconf_ignore_key_changed", "vconf_notify_key_changed"});

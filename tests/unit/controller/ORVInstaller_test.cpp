@@ -3,14 +3,15 @@
 #include "controller/ORVInstaller.h"
 
 #include <algorithm>
-#include <functional>
 #include <memory>
 #include <thread>
 
 #include "controller/ORVScheduler.h"
+#include "framework/events.h"
 #include "support/drain.h"
 #include "unit/app_info/records.h"
 #include "unit/controller/allocations.h"
+#include "unit/controller/channel_app.h"
 #include "unit/controller/installer_fixture.h"
 
 namespace {
@@ -18,7 +19,6 @@ namespace {
 using support::HasLog;
 using support::HasLogsInOrder;
 using support::Texts;
-using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
@@ -313,7 +313,7 @@ TEST_F(ORVInstallerCreation, TheDestructorLeavesAloneWhatWasNeverCreated) {
   EXPECT_THAT(fake::CallNames().at(0), "FCTask::Destroy");
 }
 
-/// Sending, and the callbacks that only post. The task's own thread handles the posted events.
+/// Sending. The task's own thread handles the posted events.
 class ORVInstallerSending : public InstallerTest {
  protected:
   static std::vector<std::string> Sent() { return fake::CallTexts({"FCTask::Send"}); }
@@ -359,24 +359,6 @@ TEST_F(ORVInstallerSending, ARefusedEventIsLoggedWithTheSizeOfTheQueueAndItsPayl
   EXPECT_EQ(*payload, "com.example.a-name-that-is-not-in-place");
 }
 
-TEST_F(ORVInstallerSending, APackageEventThatIsRefusedLeavesItsPackageIdAllocated) {
-  Installer();
-  fake::Fail("FCTask::Send", 0);
-  allocations::WatchNext();
-  PackageManagerEventCallback(
-      "wgt", "com.example.a-name-that-is-not-in-place", PACKAGE_MANAGER_EVENT_TYPE_INSTALL,
-      PACKAGE_MANAGER_EVENT_STATE_COMPLETED, 100, PACKAGE_MANAGER_ERROR_NONE, nullptr);
-  const std::unique_ptr<std::string> payload(
-      static_cast<std::string*>(allocations::WatchedBlock()));
-  ASSERT_NE(payload, nullptr) << "the sender freed it";
-  const std::string p0 =
-      std::to_string(static_cast<int>(reinterpret_cast<std::intptr_t>(payload.get())));
-  ASSERT_THAT(fake::LogTexts(6),
-              ElementsAre("[ERROR] Send() return false!!, Name[ORVInstaller] Type[1000] P0[" + p0 +
-                          "] P1[0] Size[0]"));
-  EXPECT_EQ(*payload, "com.example.a-name-that-is-not-in-place");
-}
-
 TEST_F(ORVInstallerSending, AFullQueueRefusesAndTellsItsSize) {
   Installer();
   fake::SetRecording(false);
@@ -414,92 +396,6 @@ TEST_F(ORVInstallerSending, PurgingDropsWhatWaitsInTheTasksQueue) {
   EXPECT_THAT(fake::LogTexts(6), Not(HasLog("[ERROR] Invalid EventType : 1005")));
 }
 
-TEST_F(ORVInstallerSending, CompletedPackageEventsArePostedByKind) {
-  Installer();
-  fake::FirePackageEvent("p", PACKAGE_MANAGER_EVENT_TYPE_INSTALL);
-  fake::FirePackageEvent("p", PACKAGE_MANAGER_EVENT_TYPE_UNINSTALL);
-  fake::FirePackageEvent("p", PACKAGE_MANAGER_EVENT_TYPE_UPDATE);
-  EXPECT_THAT(Sent(), ElementsAre("FCTask::Send(ORVInstaller, 1000, false, false) = true",
-                                  "FCTask::Send(ORVInstaller, 1002, false, false) = true",
-                                  "FCTask::Send(ORVInstaller, 1001, false, false) = true"));
-  Drain();
-}
-
-TEST_F(ORVInstallerSending, PackageEventsThatAreNotCompletedPostNothing) {
-  Installer();
-  for (const auto type : {PACKAGE_MANAGER_EVENT_TYPE_INSTALL, PACKAGE_MANAGER_EVENT_TYPE_UNINSTALL,
-                          PACKAGE_MANAGER_EVENT_TYPE_UPDATE}) {
-    for (const auto state :
-         {PACKAGE_MANAGER_EVENT_STATE_STARTED, PACKAGE_MANAGER_EVENT_STATE_PROCESSING,
-          PACKAGE_MANAGER_EVENT_STATE_FAILED}) {
-      EXPECT_EQ(fake::FirePackageEvent("p", type, state), 1u);
-    }
-  }
-  EXPECT_THAT(Sent(), IsEmpty());
-  EXPECT_THAT(fake::LogTexts(), IsEmpty());
-}
-
-TEST_F(ORVInstallerSending, AnUnknownKindOfPackageEventPostsNothing) {
-  Installer();
-  PackageManagerEventCallback("wgt", "p", static_cast<package_manager_event_type_e>(3),
-                              PACKAGE_MANAGER_EVENT_STATE_COMPLETED, 100,
-                              PACKAGE_MANAGER_ERROR_NONE, nullptr);
-  EXPECT_THAT(Sent(), IsEmpty());
-}
-
-TEST_F(ORVInstallerSending, ThePackageIdIsCopiedBeforeTheCallbackReturns) {
-  Installer();
-  std::string package = "com.example.package-with-a-long-name";
-  PackageManagerEventCallback("wgt", package.c_str(), PACKAGE_MANAGER_EVENT_TYPE_UNINSTALL,
-                              PACKAGE_MANAGER_EVENT_STATE_COMPLETED, 100,
-                              PACKAGE_MANAGER_ERROR_NONE, nullptr);
-  package.assign(package.size(), '#');
-  Drain();
-  EXPECT_THAT(fake::LogTexts(), HasLog("[Info] packageID : com.example.package-with-a-long-name"));
-}
-
-TEST_F(ORVInstallerSending, APackageEventWithoutAPackageEndsInTheCallback) {
-  Installer();
-  EXPECT_NO_THROW(PackageManagerEventCallback("wgt", nullptr, PACKAGE_MANAGER_EVENT_TYPE_INSTALL,
-                                              PACKAGE_MANAGER_EVENT_STATE_COMPLETED, 100,
-                                              PACKAGE_MANAGER_ERROR_NONE, nullptr));
-  EXPECT_THAT(Sent(), IsEmpty());
-  EXPECT_THAT(fake::LogTexts(), ElementsAre("[ERROR] The package event has no package id."));
-}
-
-TEST_F(ORVInstallerSending, TheProxySignalIsPostedUnderItsNumber) {
-  Installer();
-  EXPECT_EQ(tvmesa_signal_callback(90014, nullptr), 1);
-  EXPECT_THAT(Sent(), ElementsAre("FCTask::Send(ORVInstaller, 90014, false, false) = true"));
-  EXPECT_EQ(fake::LogTexts().at(0), "[Info] signalType[90014]");
-  Drain();
-}
-
-TEST_F(ORVInstallerSending, AnotherProxySignalIsOnlyLogged) {
-  Installer();
-  EXPECT_EQ(tvmesa_signal_callback(90013, nullptr), 1);
-  EXPECT_EQ(tvmesa_signal_callback(90015, nullptr), 1);
-  EXPECT_THAT(Sent(), IsEmpty());
-  EXPECT_THAT(fake::LogTexts(),
-              ElementsAre("[Info] signalType[90013]", "[Info] signalType[90015]"));
-}
-
-TEST_F(ORVInstallerSending, TheProxyCallsBackThroughItsSubscription) {
-  Installer();
-  EXPECT_TRUE(fake::FireProxySignal(90014));
-  EXPECT_THAT(Sent(), ElementsAre("FCTask::Send(ORVInstaller, 90014, false, false) = true"));
-  Drain();
-}
-
-TEST_F(ORVInstallerSending, TheValidationTimerFiresOnceAfterHalfAnHour) {
-  Installer();
-  EXPECT_EQ(fake::AdvanceTimers(VALIDATION_MS - 1), 0u);
-  EXPECT_EQ(fake::AdvanceTimers(1), 1u);
-  EXPECT_THAT(Sent(), ElementsAre("FCTask::Send(ORVInstaller, 1003, false, false) = true"));
-  EXPECT_THAT(fake::TimersOf(VALIDATION_MS), IsEmpty());
-  Drain();
-}
-
 TEST_F(ORVInstallerSending, TheAlarmPostsTheTimeTimerAndIsDestroyedByIt) {
   Installer();
   EXPECT_EQ(fake::FireAlarms(1004), 1u);
@@ -511,26 +407,63 @@ TEST_F(ORVInstallerSending, TheAlarmPostsTheTimeTimerAndIsDestroyedByIt) {
       << "a stopped alarm is not destroyed again";
 }
 
-TEST_F(ORVInstallerSending, AnExceptionEndsInEveryCallbackThatOnlyPosts) {
-  Installer();
-  const std::vector<std::function<int()>> callbacks = {
-      [] { return tvmesa_signal_callback(90014, nullptr) == 1 ? 0 : 1; },
-      [] { return tvs_signal_callback(75, nullptr, nullptr) == 1 ? 0 : 1; },
-      [] { return ValidationTimerCallback(nullptr); },
-      [] {
-        PackageManagerEventCallback("wgt", "p", PACKAGE_MANAGER_EVENT_TYPE_INSTALL,
-                                    PACKAGE_MANAGER_EVENT_STATE_COMPLETED, 100,
-                                    PACKAGE_MANAGER_ERROR_NONE, nullptr);
-        return 0;
-      }};
-  for (const auto& callback : callbacks) {
+/// How the task's events reach their handlers.
+class ORVInstallerEvents : public InstallerTest {};
+
+TEST_F(ORVInstallerEvents, APackageEventWithoutAPayloadIsAnErrorAndHandled) {
+  for (const int type : {1000, 1001, 1002}) {
     fake::ClearLog();
-    allocations::FailNext();
-    EXPECT_NO_THROW(EXPECT_EQ(callback(), 0));
-    EXPECT_FALSE(allocations::CancelFailure());
-    EXPECT_THAT(fake::LogTexts(6), ElementsAre("[ERROR] exception : std::bad_alloc"));
+    EXPECT_TRUE(Handle(type, nullptr));
+    EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] pEvent : " + std::to_string(type),
+                                              "[ERROR] l[0] param is NULL."));
   }
-  EXPECT_THAT(Sent(), IsEmpty());
+}
+
+TEST_F(ORVInstallerEvents, UnknownTypesAreErrorsAndHandled) {
+  for (const int type : {0, 74, 999, 1005, 90013}) {
+    Installer();
+    fake::ClearLog();
+    EXPECT_TRUE(Handle(type));
+    EXPECT_THAT(fake::LogTexts(),
+                ElementsAre("[Info] pEvent : " + std::to_string(type),
+                            "[ERROR] Invalid EventType : " + std::to_string(type)));
+  }
+}
+
+TEST_F(ORVInstallerEvents, TheFrameworksOwnEventsAreConsumedSilently) {
+  Installer();
+  FSEvent event;
+  event.pReceiver = &Installer();
+  event.type = framework::EVENT_SUSPEND;
+  EXPECT_TRUE(Installer().t_OnEvent(&event));
+  event.type = framework::EVENT_RESUME;
+  EXPECT_TRUE(Installer().t_OnEvent(&event));
+  EXPECT_THAT(fake::LogTexts(), IsEmpty());
+}
+
+TEST_F(ORVInstallerEvents, AnExceptionOfAHandlerEndsInTheTask) {
+  fake::AddPackage(ChannelApp("p"));
+  RecordingApp app("p");
+  app.SetReadHook([] { throw std::runtime_error("p cannot be read"); });
+  Installer();
+  EXPECT_TRUE(HandlePackageEvent(1001, "p"));
+  EXPECT_THAT(fake::LogTexts(6), ElementsAre("[ERROR] exception : p cannot be read"));
+  EXPECT_THAT(RecordingApp::Operations(), IsEmpty()) << "nothing runs after the exception";
+  app.SetReadHook(nullptr);
+  EXPECT_TRUE(HandlePackageEvent(1002, "p"));
+  EXPECT_EQ(AppInfoCache::GetInstance()->GetAppInfo("p"), nullptr);
+}
+
+TEST_F(ORVInstallerEvents, ThePayloadIsFreedBeforeTheWorkBegins) {
+  RecordingApp app("p");
+  Installer();
+  auto* payload = new std::string("p");  // the handler owns it
+  allocations::Watch(payload);
+  bool freed = false;
+  app.SetHook([&freed] { freed = allocations::WatchedBlockIsFree(); });
+  EXPECT_FALSE(allocations::WatchedBlockIsFree());
+  EXPECT_TRUE(Handle(1002, payload));
+  EXPECT_TRUE(freed);
 }
 
 }  // namespace

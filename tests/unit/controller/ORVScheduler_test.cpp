@@ -11,7 +11,6 @@ namespace {
 
 using support::HasLog;
 using support::HasLogsInOrder;
-using support::HasLogTimes;
 using support::Texts;
 using testing::ElementsAre;
 using testing::IsEmpty;

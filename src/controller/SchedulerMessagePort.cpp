@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// Commands of service apps: when to launch them next, and that they have finished.
+#include "controller/SchedulerMessagePort.h"
+
 #include <ctime>
 #include <exception>
 #include <memory>

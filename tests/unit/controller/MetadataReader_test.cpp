@@ -1,5 +1,7 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
+#include "controller/MetadataReader.h"
+
 #include "unit/controller/creator_fixture.h"
 
 /// How a package's applications and metadata determine its record.
@@ -8,13 +10,10 @@ namespace {
 using records::StoredPackages;
 using support::HasLog;
 using support::HasLogsInOrder;
-using support::HasLogTimes;
 using support::Texts;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::Not;
-using testing::StartsWith;
 
 constexpr char OTHER[] = "other";
 constexpr char SECOND[] = "second";

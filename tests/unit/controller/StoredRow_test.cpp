@@ -1,5 +1,7 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
+#include "controller/StoredRow.h"
+
 #include "unit/controller/creator_fixture.h"
 
 /// How the store's rows become records again.
@@ -14,7 +16,6 @@ using support::HasLogTimes;
 using support::Texts;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::Not;
 
 constexpr char OTHER[] = "other";
 constexpr char SECOND[] = "second";

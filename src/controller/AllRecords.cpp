@@ -1,6 +1,8 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// The events of the installer task that look at all records at once.
+#include "controller/AllRecords.h"
+
+#include <string>
 #include <vector>
 
 #include "app_info/AppInfoCache.h"
@@ -8,17 +10,18 @@
 #include "common/ORVConstants.h"
 #include "controller/ORVAppCreator.h"
 #include "controller/ORVAppOperator.h"
-#include "controller/ORVInstaller.h"
 #include "utils/AppControlUtils.h"
 
-void ORVInstaller::m_RunValidationTesting() {
+namespace AllRecords {
+
+void RunValidationTesting() {
   ORV_LOG_DEBUG("[Debug] RUN_VALIDATION_TESTING");
   // Each fetches the web-app service's list itself: the second runs even if the first fails.
   ORVAppOperator::GetInstance()->RunValidationTesting();
   ORVAppCreator::GetInstance()->RunValidationTesting();
 }
 
-void ORVInstaller::m_PreloadWebApps() {
+void PreloadWebApps() {
   ORV_LOG_INFO("[Info] SIGNAL_TVS_ACTIVATE event comming");
   std::vector<PreloadingApp> vApps;
   AppInfoCache::GetInstance()->GetPreloadingApps(vApps);
@@ -29,7 +32,7 @@ void ORVInstaller::m_PreloadWebApps() {
   }
 }
 
-void ORVInstaller::m_RunCustomFeeders() {
+void RunCustomFeeders() {
   ORV_LOG_INFO("[Info] VELDRIN_EVENT_GET_VIRTUAL_SERVICES_COMPLETE event comming");
   std::vector<std::string> vPackageIDs;
   AppInfoCache::GetInstance()->GetAppIDListByType(APP_TYPE_CH_FEEDER_CUSTOM, vPackageIDs);
@@ -37,3 +40,15 @@ void ORVInstaller::m_RunCustomFeeders() {
   // (docs/behaviour.md, "Validation, activation, virtual services").
   ORVAppOperator::GetInstance()->RunAllApps(vPackageIDs);
 }
+
+void RunAndRemove() {
+  // Every record runs before its removal, twice (docs/behaviour.md, "Package events").
+  ORVAppOperator::GetInstance()->RunInstalledApps();
+  std::vector<std::string> vPackageIDs;
+  AppInfoCache::GetInstance()->GetAppIDList(vPackageIDs);
+  for (const std::string& rPackageID : vPackageIDs) {
+    ORVAppCreator::GetInstance()->RemoveApp(rPackageID);
+  }
+}
+
+}  // namespace AllRecords

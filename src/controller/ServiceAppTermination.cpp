@@ -1,14 +1,14 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// The termination of service apps and the stop of the scheduler.
+#include "controller/ServiceAppTermination.h"
+
 #include <app_manager.h>
 #include <app_manager_extension.h>
-#include <glib.h>
 #include <signal.h>
 
-#include "app_info/AppInfoCache.h"
+#include <map>
+
 #include "common/Log.h"
-#include "controller/ORVScheduler.h"
 
 namespace {
 
@@ -27,12 +27,6 @@ const std::map<int, std::string> AppManagerErrorMessages = {
     {APP_MANAGER_ERROR_NOT_SUPPORTED, "Not supported (Since 3.0)"},
 };
 
-/// Empty for an unknown code.
-const char* GetErrorText(int error) {
-  const auto iter = AppManagerErrorMessages.find(error);
-  return iter == AppManagerErrorMessages.end() ? "" : iter->second.c_str();
-}
-
 bool KillApp(app_context_h hContext) {
   pid_t pid = 1;
   // The context is already destroyed; the platform answers or reports an error (docs/behaviour.md,
@@ -46,7 +40,15 @@ bool KillApp(app_context_h hContext) {
   return kill(pid, SIGKILL) == 0;
 }
 
-/// rServiceID is only logged.
+}  // namespace
+
+namespace ServiceAppTermination {
+
+const char* GetErrorText(int error) {
+  const auto iter = AppManagerErrorMessages.find(error);
+  return iter == AppManagerErrorMessages.end() ? "" : iter->second.c_str();
+}
+
 bool TerminateApp(app_context_h hContext, const std::string& rServiceID) {
   int ret = app_manager_terminate_app(hContext);
   if (ret != 0) {
@@ -63,41 +65,4 @@ bool TerminateApp(app_context_h hContext, const std::string& rServiceID) {
   return KillApp(hContext);
 }
 
-}  // namespace
-
-bool ORVScheduler::TerminateCurrentServiceApp() {
-  const std::string sServiceID = GetCurrentItem().service_id;
-  if (sServiceID.empty()) {
-    return true;
-  }
-  ORV_LOG_INFO("[Info] Current ServiceApp ID : %s", sServiceID.c_str());
-  bool bRunning = false;
-  app_manager_is_running(sServiceID.c_str(), &bRunning);
-  if (!bRunning) {
-    SetCurrentItem({});
-    return true;
-  }
-  app_context_h hContext = nullptr;
-  const int ret = app_manager_get_app_context(sServiceID.c_str(), &hContext);
-  // Forgotten before anything has ended, so the log lines below show an empty id.
-  SetCurrentItem({});
-  if (ret != 0) {
-    ORV_LOG_ERROR("[ERROR] app_manager_get_app_context() failed = %s", GetErrorText(ret));
-    return false;
-  }
-  return TerminateApp(hContext, GetCurrentItem().service_id);
-}
-
-bool ORVScheduler::StopScheduler() {
-  ORV_LOG_INFO("[Info] ");
-  if (g_nSchedulerTimerID != 0) {
-    g_source_remove(g_nSchedulerTimerID);
-    g_nSchedulerTimerID = 0;
-  }
-  AppInfoCache::GetInstance()->ClearSchedulingList();
-  if (!TerminateCurrentServiceApp()) {
-    ORV_LOG_DEBUG("[Debug] TerminateCurrentServiceApp() return false.[ServiceID : %s]",
-                  GetCurrentItem().service_id.c_str());
-  }
-  return true;
-}
+}  // namespace ServiceAppTermination

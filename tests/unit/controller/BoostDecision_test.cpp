@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-#include <cstdint>
-#include <thread>
+#include "controller/BoostDecision.h"
 
-#include "unit/controller/installer_fixture.h"
+#include "controller/InstallerCallbacks.h"
+#include "unit/controller/boost_fixture.h"
 
 namespace {
 
@@ -20,30 +20,6 @@ const char READY_FILE[] = "/tmp/hbb_ready";
 const char STATUS_KEY[] = "memory/hbbtv_status";
 const char LAST_SERVICE_KEY[] = "db/boot/last_service";
 const char FIRST_SCREEN_APP[] = "com.kalmora.tv.csfs";
-constexpr std::uint64_t SERVICE = 0x1122334455667788;
-
-class BoostTest : public InstallerTest {
- protected:
-  void SetUp() override { Installer(); }
-
-  std::string BoostFlag() const { return DataFile("hbb_boost"); }
-  void MakeBoostFlag() { support::WriteFile(BoostFlag(), ""); }
-  static std::vector<std::string> LaunchedApps() {
-    std::vector<std::string> apps;
-    for (const fake::Launch& launch : fake::Launches()) {
-      apps.push_back(launch.app);
-    }
-    return apps;
-  }
-  /// A service of the package, and a record that says whether it boosts.
-  void AddBoostingService(const std::string& value) {
-    m_app.Put("orv_data", "ch.app.boosting", value);
-    fake::AddService(fake::MakeService(SERVICE, "p"));
-  }
-
-  RecordingApp m_app{"p"};
-};
-
 class BoostingApp : public BoostTest {};
 
 TEST_F(BoostingApp, IsOneWhoseMetadataSaysTrue) {
@@ -435,142 +411,6 @@ TEST_F(HbbtvStatus, AReadyFileThatCannotBeMadeEndsInTheCallback) {
   EXPECT_THAT(fake::LogTexts(6), ElementsAre(testing::StartsWith("[ERROR] exception : ")));
   EXPECT_THAT(LaunchedApps(), IsEmpty());
   EXPECT_EQ(fake::KeySubscriptions(STATUS_KEY), 1u) << "the next change tries again";
-}
-
-class TvSignal : public BoostTest {
- protected:
-  void Tune(std::uint64_t service) { fake::FireTvSignalOnThread(103, fake::Payload(service)); }
-};
-
-TEST_F(TvSignal, ATuneToABoostingServiceMakesTheFlag) {
-  AddBoostingService("true");
-  Tune(SERVICE);
-  EXPECT_TRUE(Exists(BoostFlag()));
-  EXPECT_THAT(fake::LogTexts(),
-              ElementsAre("[Info] signalType[103]", "[Info] SIGNAL_TUNE_TO_SERVICEID",
-                          "[Info] ch.app.boosting value is true", "[Info] boosting hbbTV App"));
-  EXPECT_EQ(fake::CallCount("FCTask::Send"), 0u) << "the work is done in the callback";
-}
-
-TEST_F(TvSignal, AFlagThatIsThereIsMadeAgain) {
-  AddBoostingService("true");
-  support::WriteFile(BoostFlag(), "old");
-  Tune(SERVICE);
-  EXPECT_EQ(support::ReadFile(BoostFlag()), "");
-}
-
-TEST_F(TvSignal, ATuneToAnotherServiceRemovesTheFlag) {
-  AddBoostingService("false");
-  MakeBoostFlag();
-  Tune(SERVICE);
-  EXPECT_FALSE(Exists(BoostFlag()));
-  EXPECT_THAT(
-      fake::LogTexts(),
-      ElementsAre("[Info] signalType[103]", "[Info] SIGNAL_TUNE_TO_SERVICEID",
-                  "[Info] ch.app.boosting value is false", "[Info] non boosting hbbTV App"));
-}
-
-TEST_F(TvSignal, AFailedLookUpOnATuneRemovesTheFlag) {
-  AddBoostingService("true");
-  MakeBoostFlag();
-  fake::Fail("TVServiceAPI::CreateService");
-  Tune(SERVICE);
-  EXPECT_FALSE(Exists(BoostFlag()));
-}
-
-TEST_F(TvSignal, OnlyTheFirstEightBytesOfATuneAreTheService) {
-  AddBoostingService("true");
-  std::vector<std::uint8_t> payload = fake::Payload(SERVICE);
-  payload.insert(payload.end(), 16, 0xFF);
-  fake::FireTvSignal(103, payload);
-  EXPECT_TRUE(Exists(BoostFlag()));
-}
-
-TEST_F(TvSignal, ATuneWithoutDataIsAnErrorAndRemovesTheFlag) {
-  MakeBoostFlag();
-  EXPECT_EQ(tvs_signal_callback(103, nullptr, nullptr), 1);
-  EXPECT_FALSE(Exists(BoostFlag()));
-  EXPECT_THAT(
-      fake::LogTexts(),
-      ElementsAre("[Info] signalType[103]", "[Info] SIGNAL_TUNE_TO_SERVICEID",
-                  "[ERROR] The tune signal has no service id.", "[Info] non boosting hbbTV App"));
-}
-
-TEST_F(TvSignal, FourSignalsRemoveTheFlag) {
-  for (const int signal : {25, 135, 170, 2560}) {
-    MakeBoostFlag();
-    fake::ClearLog();
-    EXPECT_EQ(fake::FireTvSignal(signal), 1u);
-    EXPECT_FALSE(Exists(BoostFlag())) << signal;
-    EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] signalType[" + std::to_string(signal) + "]",
-                                              "[Info] non boosting hbbTV App"));
-  }
-}
-
-TEST_F(TvSignal, RemovingAnAbsentFlagIsNoError) {
-  EXPECT_EQ(fake::FireTvSignal(25), 1u);
-  EXPECT_THAT(fake::LogTexts(6), IsEmpty());
-}
-
-TEST_F(TvSignal, ActivationIsPostedToTheTask) {
-  EXPECT_EQ(fake::FireTvSignal(75), 1u);
-  EXPECT_THAT(fake::CallTexts({"FCTask::Send"}),
-              ElementsAre("FCTask::Send(ORVInstaller, 75, false, false) = true"));
-  Drain();
-  EXPECT_THAT(fake::LogTexts(), HasLog("[Info] SIGNAL_TVS_ACTIVATE event comming"));
-}
-
-TEST_F(TvSignal, AnyOtherSignalIsOnlyLogged) {
-  MakeBoostFlag();
-  const std::uint64_t data = 0;
-  EXPECT_EQ(tvs_signal_callback(104, &data, nullptr), 1);
-  EXPECT_TRUE(Exists(BoostFlag()));
-  EXPECT_THAT(fake::LogTexts(), ElementsAre("[Info] signalType[104]"));
-  EXPECT_EQ(fake::CallCount("FCTask::Send"), 0u);
-}
-
-TEST_F(TvSignal, EverySignalIsAnsweredWithOne) {
-  const std::uint64_t data = 0;
-  for (const int signal : {75, 103, 25, 135, 170, 2560, 1}) {
-    EXPECT_EQ(tvs_signal_callback(signal, &data, nullptr), 1) << signal;
-  }
-  Drain();
-}
-
-TEST_F(TvSignal, AFlagThatCannotBeMadeEndsInTheCallback) {
-  AddBoostingService("true");
-  RemoveDataDirectory();
-  EXPECT_EQ(tvs_signal_callback(103, fake::Payload(SERVICE).data(), nullptr), 1);
-  EXPECT_THAT(fake::LogTexts(6), ElementsAre(testing::StartsWith("[ERROR] exception : ")));
-}
-
-TEST_F(TvSignal, FlagsMadeOnTwoThreadsAtOnceAreBothMade) {
-  AddBoostingService("true");
-  const auto tune = [] {
-    const auto payload = fake::Payload(SERVICE);
-    for (int i = 0; i < 1000; ++i) {
-      tvs_signal_callback(103, payload.data(), nullptr);
-    }
-  };
-  std::thread other(tune);
-  tune();
-  other.join();
-  EXPECT_TRUE(Exists(BoostFlag()));
-  EXPECT_FALSE(Exists(BoostFlag() + "_dummy"));
-  EXPECT_THAT(fake::LogTexts(6), IsEmpty());
-}
-
-TEST_F(TvSignal, WithoutADataPathTheFlagIsABareName) {
-  AddBoostingService("true");
-  MakeBoostFlag();
-  support::MakeDirectories("/tmp/here");
-  support::WriteFile("/tmp/here/hbb_boost", "");
-  std::filesystem::current_path("/tmp/here");
-  fake::Fail("app_get_data_path");
-  EXPECT_NO_THROW(fake::FireTvSignal(25));
-  EXPECT_TRUE(Exists(BoostFlag()));
-  EXPECT_FALSE(Exists("/tmp/here/hbb_boost"));
-  EXPECT_THAT(fake::LogTexts(6), IsEmpty());
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
+#include "controller/ServiceAppTermination.h"
+
 #include <csignal>
 #include <ostream>
 

@@ -1,5 +1,7 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
+#include "controller/AppTypeUpdate.h"
+
 #include "controller/ORVScheduler.h"
 #include "unit/controller/creator_fixture.h"
 
@@ -11,10 +13,7 @@ using records::Journal;
 using records::Layer;
 using records::Owned;
 using records::QueryStore;
-using records::StoreRow;
 using support::HasLog;
-using support::HasLogsInOrder;
-using support::Texts;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;

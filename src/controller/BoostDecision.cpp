@@ -1,30 +1,28 @@
 // SPDX-FileCopyrightText: the orv-enabler authors
 // SPDX-License-Identifier: Apache-2.0
-// The boost decision: whether the current channel belongs to an app that asks for an early start.
+#include "controller/BoostDecision.h"
+
 #include <TVServiceAPI.h>
 #include <app_common.h>
-#include <app_control.h>
+#include <vconf.h>
 
 #include <algorithm>
 #include <boost/filesystem.hpp>
 #include <cstdlib>
 #include <cstring>
-#include <exception>
 #include <fstream>
 #include <mutex>
+#include <string>
 
 #include "app_info/AppInfoCache.h"
 #include "common/Log.h"
 #include "common/ORVConstants.h"
-#include "controller/ORVInstaller.h"
 #include "utils/AppControlUtils.h"
 
 namespace {
 
 constexpr int FIELD_SERVICE_ID = 12;
 constexpr int FIELD_PACKAGE_ID = 179;
-
-constexpr int SIGNAL_TUNE_TO_SERVICEID = 103;
 
 std::string GetBoostFlagFile() {
   char* pDataPath = app_get_data_path();
@@ -98,31 +96,11 @@ void LaunchFirstScreen() {
   AppControlUtils::LaunchApp(FIRST_SCREEN_APP_ID, OPERATION_DEFAULT);
 }
 
-void RemoveBoostFlag() {
-  ORV_LOG_INFO("[Info] non boosting hbbTV App");
-  boost::filesystem::remove(GetBoostFlagFile());
-}
-
-void OnTune(const void* pSignalData) {
-  ORV_LOG_INFO("[Info] SIGNAL_TUNE_TO_SERVICEID");
-  if (pSignalData == nullptr) {
-    ORV_LOG_ERROR("[ERROR] The tune signal has no service id.");
-    RemoveBoostFlag();
-    return;
-  }
-  std::uint64_t serviceID = 0;
-  std::memcpy(&serviceID, pSignalData, sizeof(serviceID));
-  if (!ORVInstaller::GetInstance()->m_IsBoostingApp(serviceID)) {
-    RemoveBoostFlag();
-    return;
-  }
-  ORV_LOG_INFO("[Info] boosting hbbTV App");
-  CreateFlagFile(GetBoostFlagFile());
-}
-
 }  // namespace
 
-bool ORVInstaller::m_IsBoostingApp(std::uint64_t serviceID) {
+namespace BoostDecision {
+
+bool IsBoostingApp(std::uint64_t serviceID) {
   std::string sPackageID;
   if (!FindPackageIDOfService(serviceID, sPackageID)) {
     return false;
@@ -145,7 +123,7 @@ bool ORVInstaller::m_IsBoostingApp(std::uint64_t serviceID) {
   return sBoosting == "true";
 }
 
-bool ORVInstaller::m_IsBoostingAppOnCurrentCh() {
+bool IsBoostingAppOnCurrentCh() {
   if (GetVconfValue(VCONFKEY_LAST_SERVICE) != VIRTUAL_SERVICE_NAME) {
     ORV_LOG_INFO("[Info] Not Virtual ch.");
     return false;
@@ -159,86 +137,54 @@ bool ORVInstaller::m_IsBoostingAppOnCurrentCh() {
   std::uint64_t serviceID = UINT64_MAX;
   const bool bFound = GetCurrentServiceID(*pServiceNavigation, serviceID);
   TVServiceAPI::Destroy(pServiceNavigation);
-  return bFound && m_IsBoostingApp(serviceID);
+  return bFound && IsBoostingApp(serviceID);
 }
 
-void ORVInstaller::m_CheckBoostFlagWithCh() {
-  ORV_LOG_INFO("[Info] TVS Time Timer");
-  const bool bBoostFile = boost::filesystem::exists(GetBoostFlagFile());
-  const bool bBoostChApp = m_IsBoostingAppOnCurrentCh();
-  ORV_LOG_INFO("[Info] isBoostFile : %lu, isBoostChApp : %lu",
-               static_cast<unsigned long>(bBoostFile), static_cast<unsigned long>(bBoostChApp));
-  m_DecideFirstScreen(bBoostFile, bBoostChApp);
-  if (m_TVSTimeAlarm.IsRunning()) {
-    m_TVSTimeAlarm.Destroy();
+bool HasBoostFlag() {
+  return boost::filesystem::exists(GetBoostFlagFile());
+}
+
+void RemoveBoostFlag() {
+  ORV_LOG_INFO("[Info] non boosting hbbTV App");
+  boost::filesystem::remove(GetBoostFlagFile());
+}
+
+void OnTune(const void* pSignalData) {
+  ORV_LOG_INFO("[Info] SIGNAL_TUNE_TO_SERVICEID");
+  if (pSignalData == nullptr) {
+    ORV_LOG_ERROR("[ERROR] The tune signal has no service id.");
+    RemoveBoostFlag();
+    return;
   }
+  std::uint64_t serviceID = 0;
+  std::memcpy(&serviceID, pSignalData, sizeof(serviceID));
+  if (!IsBoostingApp(serviceID)) {
+    RemoveBoostFlag();
+    return;
+  }
+  ORV_LOG_INFO("[Info] boosting hbbTV App");
+  CreateFlagFile(GetBoostFlagFile());
 }
 
-void ORVInstaller::m_DecideFirstScreen(bool bBoostFile, bool bBoostChApp) {
+bool DecideFirstScreen(bool bBoostFile, bool bBoostChApp) {
   if (bBoostChApp) {
     if (!bBoostFile) {
       CreateFlagFile(GetBoostFlagFile());
     }
-    return;  // the first screen is launched by the HbbTV status callback
+    return false;  // the first screen is launched by the HbbTV status callback
   }
   if (bBoostFile) {
     CreateFlagFile(HBB_READY_FILE);
     boost::filesystem::remove(GetBoostFlagFile());
     LaunchFirstScreen();
   }
-  m_bFirstScreenRun = true;
+  return true;
 }
 
-void ORVInstaller::m_OnHbbtvStatusChanged() {
-  ORV_LOG_DEBUG("[Debug] vconf_hbbtv_status_cb");
-  if (m_bFirstScreenRun) {
-    ORV_LOG_DEBUG("[Debug] first screen already run");
-    vconf_ignore_key_changed(VCONFKEY_HBBTV_STATUS.c_str(), vconf_hbbtv_status_cb);
-    return;
-  }
-  int value = -1;
-  if (vconf_get_int(VCONFKEY_HBBTV_STATUS.c_str(), &value) != 0) {
-    ORV_LOG_ERROR("[ERROR] vconf_get_int() failed.");
-    return;
-  }
-  ORV_LOG_DEBUG("[Debug] VCONFKEY_HBBTV_CHANGED value %d", value);
-  if (value != 6 && value != 10) {
-    return;
-  }
-  ORV_LOG_DEBUG("[Debug] LAUNCHING fisrtscreen app");
-  // Unlike the timer, this does not remove the boost flag (docs/behaviour.md, "Boost").
+void StartFirstScreen() {
+  // Unlike DecideFirstScreen(), this does not remove the boost flag (docs/behaviour.md, "Boost").
   CreateFlagFile(HBB_READY_FILE);
   LaunchFirstScreen();
-  m_bFirstScreenRun = true;  // for a change of the key that is already being delivered
-  vconf_ignore_key_changed(VCONFKEY_HBBTV_STATUS.c_str(), vconf_hbbtv_status_cb);
 }
 
-void vconf_hbbtv_status_cb(keynode_t* /*keynode*/, void* user_data) try {
-  static_cast<ORVInstaller*>(user_data)->m_OnHbbtvStatusChanged();
-} catch (const std::exception& e) {
-  ORV_LOG_ERROR("[ERROR] exception : %s", e.what());
-}
-
-int tvs_signal_callback(int signalType, const void* signalData, void* /*user_data*/) try {
-  ORV_LOG_INFO("[Info] signalType[%d]", signalType);
-  switch (signalType) {
-    case SIGNAL_TUNE_TO_SERVICEID:
-      OnTune(signalData);
-      break;
-    case 25:
-    case 135:
-    case 170:
-    case 2560:
-      RemoveBoostFlag();
-      break;
-    case SIGNAL_TVS_ACTIVATE:
-      ORVInstaller::GetInstance()->t_SendEvent(SIGNAL_TVS_ACTIVATE, nullptr);
-      break;
-    default:
-      break;
-  }
-  return 1;
-} catch (const std::exception& e) {
-  ORV_LOG_ERROR("[ERROR] exception : %s", e.what());
-  return 1;
-}
+}  // namespace BoostDecision
