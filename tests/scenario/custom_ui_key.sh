@@ -68,7 +68,7 @@ equal "a restart runs it: a known app does not read the key" "channel-list=$app 
 forget_log; uninstall guidedeflt
 logged "the uninstall event ends with an exception too" "[ERROR] exception : basic_string: construction from null is not valid"
 equal "the operations were reset before" "channel-list reset epg reset" "$(op_changes)"
-holds "the row stays" "$(stored guidedeflt)"
+reached "the record and its row are removed all the same" '.store | length == 0'
 holds "no key was created" ".keys | has(\"$UI_KEY\") | not"
 holds_key ''; forget_log
 install "$ORV_SAMPLES/guide-default.wgt"; uninstall guidedeflt
