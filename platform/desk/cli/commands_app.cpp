@@ -68,7 +68,7 @@ void WarnIfEnded(Session& session, const std::string& id, const bool& ended) {
     session.Tv().Wait(std::chrono::duration_cast<std::chrono::milliseconds>(deadline - now));
   }
   if (ended) {
-    session.Err() << "tv: warning: " << id << " ended at once: `tv log --app " << id
+    session.Err() << "tv: warning: " << id << " ended at once: `tv why " << id
                   << "` shows its output\n";
   }
 }

@@ -67,7 +67,7 @@ TEST_F(CliPackages, ALaunchWarnsOfAnAppThatEndsAtOnce) {
   m_script.events.emplace_back("app", ParseJson(R"({"id":"other.a","state":"exited"})"));
   m_script.events.emplace_back("app", ParseJson(R"({"id":"p.a","state":"exited"})"));
   EXPECT_EQ(Do({"app", "launch", "p.a"}), 0);
-  EXPECT_TRUE(Warned("tv: warning: p.a ended at once: `tv log --app p.a` shows its output"));
+  EXPECT_TRUE(Warned("tv: warning: p.a ended at once: `tv why p.a` shows its output"));
 }
 
 TEST_F(CliPackages, ALaunchOfAnAppThatRunsDoesNotWarn) {
