@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <random>
 
+#include "controller/AppTypeRegistry.h"
 #include "desk/checks/metadata_rules.h"
 #include "unit/controller/creator_fixture.h"
 
@@ -149,6 +150,15 @@ class MetadataConformance : public CreatorTest {
     EXPECT_EQ(TakeApart(package), chain);
   }
 };
+
+TEST_F(MetadataConformance, BothKnowTheSameTypes) {
+  std::vector<std::string> names;
+  for (const auto& type : GetAppTypes()) {
+    names.push_back(type.first);
+  }
+  std::sort(names.begin(), names.end());
+  EXPECT_EQ(names, desk::KnownTypeNames());
+}
 
 TEST_F(MetadataConformance, ExplainAgreesWithTheCreatorOnEveryPackage) {
   Generator generator;
